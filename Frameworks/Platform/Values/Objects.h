@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The shared objects behind the handles of PropertyListValue.h. Inner header of this folder.
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace ValueObjects {
+
+using Kind = PropertyListValue::Kind;
+
+struct Object {
+    explicit Object(Kind objectKind) noexcept : kind(objectKind) {}
+    std::atomic<std::uint32_t> references{1};
+    const Kind kind;
+};
+
+/// Characters follow the object in the same allocation.
+struct StringObject : Object {
+    const std::uint32_t hash;
+    const std::size_t length;
+
+    static Reference<StringObject> make(std::string_view text);
+    [[nodiscard]] std::string_view view() const noexcept {
+        return {reinterpret_cast<const char*>(this + 1), length};
+    }
+
+  private:
+    StringObject(std::uint32_t hashOfText, std::size_t lengthOfText) noexcept
+        : Object(Kind::String), hash(hashOfText), length(lengthOfText) {}
+};
+
+std::uint32_t hashOf(std::string_view text) noexcept;
+
+struct DataObject : Object {
+    explicit DataObject(std::string_view contents) : Object(Kind::Data), bytes(contents) {}
+    const std::string bytes;
+};
+
+struct ColorObject : Object {
+    explicit ColorObject(const NSColor& value) : Object(Kind::Color), color(value) {}
+    const NSColor color;
+};
+
+/// Guards one object's contents for the few instructions of a look-up or a change. One word,
+/// because there is one for every dictionary of a tree; sleeps in the kernel when a change takes
+/// longer.
+class ContentsLock {
+  public:
+    void lock() noexcept {
+        std::uint32_t expected = free;
+        if (state_.compare_exchange_strong(expected, taken, std::memory_order_acquire)) return;
+        while (state_.exchange(awaited, std::memory_order_acquire) != free) state_.wait(awaited);
+    }
+    void unlock() noexcept {
+        if (state_.exchange(free, std::memory_order_release) == awaited) state_.notify_one();
+    }
+
+  private:
+    static constexpr std::uint32_t free = 0;
+    static constexpr std::uint32_t taken = 1;
+    static constexpr std::uint32_t awaited = 2;
+    std::atomic<std::uint32_t> state_{free};
+};
+
+/// Contents that several objects and iterations share until one of them changes.
+template <typename Self, typename SharedType>
+struct SharedContents {
+    using Contents = SharedType;
+    Contents contents;
+    mutable std::atomic<std::uint32_t> references{1};
+
+    void retain() const noexcept { references.fetch_add(1, std::memory_order_relaxed); }
+    void release() const noexcept {
+        if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            delete static_cast<const Self*>(this);
+        }
+    }
+    [[nodiscard]] bool isShared() const noexcept {
+        return references.load(std::memory_order_acquire) != 1;
+    }
+};
+
+/// A container object: its own identity and mutability over contents that may be shared.
+///
+/// An immutable object's contents never change, so it takes no lock. A mutable object's contents
+/// are read and changed under the lock; contents that somebody else holds are cloned before a
+/// change.
+template <typename Snapshot>
+struct ContainerObject : Object {
+    using Contents = typename Snapshot::Contents;
+
+    ContainerObject(Kind objectKind, bool mutableObject, const Snapshot* shared) noexcept
+        : Object(objectKind), isMutable(mutableObject), shared_(shared) {}
+    ContainerObject(const ContainerObject&) = delete;
+    ContainerObject& operator=(const ContainerObject&) = delete;
+    ~ContainerObject() { shared_->release(); }
+
+    const bool isMutable;
+
+    /// What `look(contents)` returns.
+    template <typename Look>
+    auto read(Look&& look) const {
+        if (!isMutable) return look(shared_->contents);
+        const std::lock_guard guard(lock_);
+        return look(shared_->contents);
+    }
+
+    /// The contents as they are now; the caller releases them.
+    [[nodiscard]] const Snapshot* snapshot() const noexcept {
+        if (isMutable) {
+            const std::lock_guard guard(lock_);
+            shared_->retain();
+            return shared_;
+        }
+        shared_->retain();
+        return shared_;
+    }
+
+    /// Lets `edit(contents)` change the contents and returns what it returns: the values it took
+    /// out, so that they are destroyed outside the lock.
+    template <typename Edit>
+    auto change(Edit&& edit) {
+        const Snapshot* replaced = nullptr;
+        auto removed = [&] {
+            const std::lock_guard guard(lock_);
+            if (shared_->isShared()) {
+                auto* own = new Snapshot{{shared_->contents}};
+                replaced = std::exchange(shared_, own);
+            }
+            // The one place where shared contents lose their const: nobody else holds them here.
+            return edit(const_cast<Contents&>(shared_->contents));
+        }();
+        if (replaced != nullptr) replaced->release();
+        return removed;
+    }
+
+  private:
+    mutable ContentsLock lock_;
+    const Snapshot* shared_;
+};
+
+struct ArraySnapshot : SharedContents<ArraySnapshot, std::vector<PropertyListValue>> {};
+
+/// Entries in the order of their arrival, with a hash index once a walk along them would cost more.
+class EntryTable {
+  public:
+    struct Entry {
+        Reference<StringObject> key;
+        PropertyListValue value;
+    };
+
+    [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
+    [[nodiscard]] const PropertyListValue* find(std::string_view key) const noexcept;
+    /// Returns the value that was there before.
+    PropertyListValue set(const Reference<StringObject>& key, PropertyListValue value);
+    /// Returns the entry that was removed. The last entry takes its place.
+    Entry remove(std::string_view key);
+    void reserve(std::size_t count);
+
+  private:
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t number = 0;  // of the entry, counted from 1; 0 marks a free slot
+    };
+    static constexpr std::size_t walkLimit = 8;
+
+    [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
+    [[nodiscard]] std::size_t slotOf(std::size_t entryIndex) const noexcept;
+    void insertSlot(std::uint32_t hash, std::size_t entryIndex) noexcept;
+    void removeSlot(std::size_t slot) noexcept;
+    void rebuildIndex(std::size_t capacity);
+
+    std::vector<Entry> entries_;
+    std::vector<Slot> slots_;  // empty up to walkLimit entries, else a power of two
+};
+
+struct DictionarySnapshot : SharedContents<DictionarySnapshot, EntryTable> {};
+
+struct ArrayObject : ContainerObject<ArraySnapshot> {
+    using ContainerObject::ContainerObject;
+};
+
+struct DictionaryObject : ContainerObject<DictionarySnapshot> {
+    using ContainerObject::ContainerObject;
+};
+
+}  // namespace ValueObjects

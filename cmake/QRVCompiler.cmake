@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: MIT
+# How every target of this project is compiled: `qrv_compile(target)`.
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
+endif()
+
+function(qrv_compile target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  if(QRV_DEVELOPER)
+    target_compile_options(${target} PRIVATE
+      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG)
+  endif()
+  if(QRV_SANITIZER STREQUAL "address")
+    set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  elseif(QRV_SANITIZER STREQUAL "thread")
+    set(flags -fsanitize=thread -fno-omit-frame-pointer)
+  elseif(QRV_SANITIZER)
+    message(FATAL_ERROR "QRV_SANITIZER is \"${QRV_SANITIZER}\"; it takes address or thread")
+  endif()
+  if(QRV_SANITIZER)
+    target_compile_options(${target} PRIVATE ${flags})
+    target_link_options(${target} PRIVATE ${flags})
+  endif()
+endfunction()
