@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "Platform/Values/ShortLock.h"
 
 namespace ValueObjects {
 
@@ -48,27 +49,6 @@ struct DataObject : Object {
 struct ColorObject : Object {
     explicit ColorObject(const NSColor& value) : Object(Kind::Color), color(value) {}
     const NSColor color;
-};
-
-/// Guards one object's contents for the few instructions of a look-up or a change. One word,
-/// because there is one for every dictionary of a tree; sleeps in the kernel when a change takes
-/// longer.
-class ContentsLock {
-  public:
-    void lock() noexcept {
-        std::uint32_t expected = free;
-        if (state_.compare_exchange_strong(expected, taken, std::memory_order_acquire)) return;
-        while (state_.exchange(awaited, std::memory_order_acquire) != free) state_.wait(awaited);
-    }
-    void unlock() noexcept {
-        if (state_.exchange(free, std::memory_order_release) == awaited) state_.notify_one();
-    }
-
-  private:
-    static constexpr std::uint32_t free = 0;
-    static constexpr std::uint32_t taken = 1;
-    static constexpr std::uint32_t awaited = 2;
-    std::atomic<std::uint32_t> state_{free};
 };
 
 /// Contents that several objects and iterations share until one of them changes.
@@ -144,7 +124,7 @@ struct ContainerObject : Object {
     }
 
   private:
-    mutable ContentsLock lock_;
+    mutable ShortLock lock_;
     const Snapshot* shared_;
 };
 

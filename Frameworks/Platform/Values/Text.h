@@ -13,7 +13,7 @@ namespace ValueText {
 /// The shortest decimal text that reads back to the same double; `nan`, `inf`, `-inf`.
 std::string shortestReal(double value);
 
-/// `2020-01-31T23:59:59.25Z`: UTC, the fraction cut to microseconds and left out when 0. A year
+/// `2020-01-31T23:59:59.25Z`: UTC, rounded to microseconds, no fraction when it is 0. A year
 /// outside 0 to 9999 has a sign. Not finite, or past what a 64-bit count of days holds: `invalid
 /// date`.
 std::string isoDate(NSDate date);

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <mutex>
+#include <utility>
+
+#include "Platform/Values/ShortLock.h"
+
+/// A property that any thread may read and replace: a reader gets the value before or after a
+/// replacement, whole.
+template <typename Value>
+class AtomicProperty {
+  public:
+    AtomicProperty() = default;
+    explicit AtomicProperty(Value value) : value_(std::move(value)) {}
+
+    [[nodiscard]] Value load() const {
+        const std::lock_guard guard(lock_);
+        return value_;
+    }
+    /// The old value is destroyed after the lock is let go.
+    void store(Value value) {
+        const std::lock_guard guard(lock_);
+        std::swap(value_, value);
+    }
+
+  private:
+    mutable ShortLock lock_;
+    Value value_{};
+};

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "QRVSettings/NSDictionary+QRV.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/System/System.h"
+
+namespace NSDictionaryQRV {
+namespace {
+
+constexpr char separator = '.';
+
+// Takes the first key off a key path; empty when what is left is the leaf key.
+std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
+    const std::size_t end = rest.find(separator);
+    if (end == std::string_view::npos) return std::nullopt;
+    const std::string_view key = rest.substr(0, end);
+    rest.remove_prefix(end + 1);
+    return key;
+}
+
+NSDictionary dictionaryOrThrow(const PropertyListValue& object, KeyPath keyPath) {
+    if (!object.isDictionary()) {
+        throw NSInvalidArgumentException("a value on the way is not a dictionary, key path " +
+                                         std::string(keyPath.text()));
+    }
+    return object.dictionary();
+}
+
+NSMutableDictionary mutableOrThrow(const NSDictionary& dictionary, KeyPath keyPath) {
+    if (!dictionary.isMutable()) {
+        throw NSInvalidArgumentException("the root dictionary is immutable, key path " +
+                                         std::string(keyPath.text()));
+    }
+    return dictionary.asMutable();
+}
+
+// What the write walks into next: the level under `key`, created or made mutable where needed, or a
+// value that is not a dictionary.
+PropertyListValue writableLevel(const NSDictionary& parent, std::string_view key, KeyPath keyPath) {
+    const PropertyListValue present = parent.objectForKey(key);
+    if (present.isNull()) {
+        const NSMutableDictionary created;
+        mutableOrThrow(parent, keyPath).setObjectForKey(created, key);
+        return created;
+    }
+    if (!present.isDictionary()) {
+        NSLog("leaf is not a dictionary");
+        return present;
+    }
+    if (present.dictionary().isMutable()) return present;
+    const NSMutableDictionary copy = present.dictionary().mutableCopy();
+    mutableOrThrow(parent, keyPath).setObjectForKey(copy, key);
+    return copy;
+}
+
+}  // namespace
+
+PropertyListValue objectAtKeyPath(const NSDictionary& root, KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;
+    NSDictionary current = root;
+    std::string_view rest = keyPath.text();
+    while (const auto key = takeIntermediateKey(rest)) {
+        const PropertyListValue next = current.objectForKey(*key);
+        if (next.isNull()) return nullptr;
+        if (!next.isDictionary()) {
+            NSLog("object is not a dictionary");
+            NSLog("%@", {keyPath.text()});
+            return nullptr;
+        }
+        current = next.dictionary();
+    }
+    return current.objectForKey(rest);
+}
+
+void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value, KeyPath keyPath) {
+    if (root.isNull()) return;
+    if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
+    PropertyListValue current = root;
+    std::string_view rest = keyPath.text();
+    while (const auto key = takeIntermediateKey(rest)) {
+        current = writableLevel(dictionaryOrThrow(current, keyPath), *key, keyPath);
+    }
+    mutableOrThrow(dictionaryOrThrow(current, keyPath), keyPath).setObjectForKey(value, rest);
+}
+
+// A list of what remains to be looked at instead of recursion: a key path of many components makes
+// a tree as deep as it likes.
+bool hasValues(const NSDictionary& dictionary) {
+    std::vector<NSDictionary> remaining{dictionary};
+    while (!remaining.empty()) {
+        const NSDictionary level = std::move(remaining.back());
+        remaining.pop_back();
+        for (const auto& [key, value] : level) {
+            if (!value.isDictionary()) return true;
+            remaining.push_back(value.dictionary());
+        }
+    }
+    return false;
+}
+
+void flatten(const NSDictionary& tree, const NSMutableDictionary& results) {
+    flatten(tree, results, std::nullopt);
+}
+
+// A dictionary without leaves enters nothing by itself, so that it need not be looked for first.
+void flatten(const PropertyListValue& value, const NSMutableDictionary& results,
+             std::optional<std::string_view> prefix) {
+    struct Level {
+        NSDictionary dictionary;
+        std::string keyPathStart;
+    };
+    std::vector<Level> remaining;
+    remaining.push_back({value.dictionary(), prefix ? std::string(*prefix) + separator : ""});
+    while (!remaining.empty()) {
+        const Level level = std::move(remaining.back());
+        remaining.pop_back();
+        for (const auto& [key, element] : level.dictionary) {
+            std::string keyPath = level.keyPathStart + std::string(key);
+            if (element.isDictionary()) {
+                remaining.push_back({element.dictionary(), std::move(keyPath) + separator});
+            } else {
+                results.setObjectForKey(element, keyPath);
+            }
+        }
+    }
+}
+
+}  // namespace NSDictionaryQRV

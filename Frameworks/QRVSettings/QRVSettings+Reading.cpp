@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Reading: the settings file and the layers above it.
+//
+// A layered read, QRVSettingsObjectForKeyPath:
+// 1. A null key path is null.
+// 2. An entry of the cache answers, the null marker with null, whatever has changed below since.
+// 3. A stored value answers, and is cached unless the cache is disabled.
+// 4. The default answers, and is cached likewise; where there is none, the null marker is.
+
+#include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+
+using NSDictionaryQRV::objectAtKeyPath;
+
+namespace {
+
+void cacheUnlessDisabled(const PropertyListValue& value, KeyPath keyPath) {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    if (!store.disableCache()) store.cache().setObjectForKey(value, keyPath.text());
+}
+
+}  // namespace
+
+NSDictionary QRVSettingsStorage() {
+    NSDictionary root = nullptr;
+    NSFileCoordinator coordinator;
+    coordinator.coordinateReadingItemAtURL(
+        QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
+        [&root](const std::string& url) {
+            const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+            if (file.error) return;
+            root = NSPropertyListSerialization::propertyListWithData(file.bytes).value.dictionary();
+        });
+    return root;
+}
+
+NSDictionary QRVSettingsStoredValues() {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    const NSDictionary loaded = store.storageCache();
+    if (!loaded.isNull()) return loaded.copy();
+    const NSDictionary read = QRVSettingsStorage();
+    store.setStorageCache(read.mutableCopy());
+    return read.copy();
+}
+
+PropertyListValue QRVSettingsStoredObjectForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;
+    return objectAtKeyPath(QRVSettingsStoredValues(), keyPath);
+}
+
+PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
+    return objectAtKeyPath(QRVSettings::sharedSettings().defaults(), keyPath);
+}
+
+PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;  // 1
+
+    PropertyListValue cached = QRVSettings::sharedSettings().cache().objectForKey(keyPath.text());
+    if (cached.isNullMarker()) return nullptr;  // 2
+    if (!cached.isNull()) return cached;
+
+    PropertyListValue stored = objectAtKeyPath(QRVSettingsStoredValues(), keyPath);
+    if (!stored.isNull()) {  // 3
+        cacheUnlessDisabled(stored, keyPath);
+        return stored;
+    }
+
+    PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);  // 4
+    cacheUnlessDisabled(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault, keyPath);
+    return byDefault;
+}
+
+bool QRVSettingsBoolForKeyPath(KeyPath keyPath) {
+    return QRVSettingsObjectForKeyPath(keyPath).boolValue();
+}

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+// Writing a setting, and saving the settings file.
+//
+// A write, QRVSettingsSetObjectForKeyPathWithCache, on the caller's thread:
+// 1. The working tree is a copy of the stored tree, read from the file first when this process has
+// not.
+// 2. The default of the key path is looked up.
+// 3. A value that is of the default's kind and equal to it is not stored.
+// 4. The change record is made.
+// 5. The value goes into the working tree.
+// 6. The working tree becomes the stored tree.
+// 7. The cache gets the value as it was passed.
+// 8. The save is queued with the tree and the record.
+//
+// A save, on the store's queue, posts its records to the main queue before it replaces the file, so
+// that no notification of the new file can overtake them. They stay in localChanges for 3 seconds.
+//
+// All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
+// several queued saves, and a save that runs after a later write may hold that write's change.
+
+#include <chrono>
+#include <string>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/System/System.h"
+#include "QRVLogger/DDLog.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+constexpr auto localChangeLifetime = std::chrono::seconds(3);
+
+// The messages of a save carry fixed places, so that a log can be searched for them across
+// versions.
+enum class SaveMessageLine : int {
+    MissingValue = 88,
+    SerialisationError = 115,
+    ExceptionRaised = 119,
+    ObjectOfException = 120,
+};
+
+void logSaveMessage(SaveMessageLine line, const char* format,
+                    std::vector<PropertyListValue> arguments) {
+    DDLogMessage message;
+    message.file = "Frameworks/QRVSettings/QRVSettings";
+    message.function = "QRVSettingsSaveObjectWithLog_block_invoke";
+    message.line = static_cast<int>(line);
+    message.format = format;
+    message.arguments = std::move(arguments);
+    DDLog::log(std::move(message));
+}
+
+void keepAsLocalChanges(const NSArray& log) {
+    const NSMutableArray localChanges = QRVSettings::sharedSettings().localChanges();
+    localChanges.addObjectsFromArray(log);
+    DispatchMainQueue::shared().asyncAfter(localChangeLifetime, [localChanges, log] {
+        for (const PropertyListValue& record : log) localChanges.removeObject(record);
+    });
+}
+
+// What a save last left behind. While the file is still that, it need not be read again to know
+// that it is no damaged file. Used on the store's queue only.
+FileIdentity& lastSavedFile() {
+    static FileIdentity identity;
+    return identity;
+}
+
+// Whether the old file may be replaced: it is missing, empty or a settings file, or its bytes have
+// been kept beside it.
+bool oldFileMayBeReplaced(const std::string& url) {
+    if (identityOfFileAtPath(url) == lastSavedFile()) return true;
+    const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+    if (file.isMissing()) return true;
+    if (file.error && file.error != std::errc::file_too_large) {
+        NSLog("Prefs file not saved, the old one cannot be read: %@, %@",
+              {file.error.message(), url});
+        return false;
+    }
+    if (!file.error) {
+        if (file.bytes.empty()) return true;
+        const auto old = NSPropertyListSerialization::propertyListWithData(file.bytes);
+        if (old.value.isDictionary()) return true;
+    }
+    const KeptFile kept = keepAside(url);
+    if (kept.error) {
+        NSLog("Prefs file not saved, the damaged one cannot be kept aside: %@, %@",
+              {kept.error.message(), url});
+        return false;
+    }
+    NSLog("Prefs file was damaged, its bytes are kept: %@", {kept.path});
+    return true;
+}
+
+void replaceSettingsFile(const std::string& url, const std::string& bytes, const NSArray& log) {
+    if (!oldFileMayBeReplaced(url)) return;
+    if (!log.isNull()) DispatchMainQueue::shared().async([log] { keepAsLocalChanges(log); });
+    lastSavedFile() = replaceFile(url, bytes) ? FileIdentity() : identityOfFileAtPath(url);
+}
+
+void save(const NSDictionary& object, const NSArray& log) {
+    if (object.isNull()) {
+        logSaveMessage(SaveMessageLine::MissingValue, "Trying to save settings with missing value",
+                       {});
+        return;
+    }
+    try {
+        const auto serialised = NSPropertyListSerialization::dataWithPropertyList(object);
+        if (serialised.error) {
+            logSaveMessage(SaveMessageLine::SerialisationError, "%@",
+                           {serialised.error->description()});
+            return;
+        }
+        NSFileCoordinator coordinator;
+        coordinator.coordinateWritingItemAtURL(
+            QRVSettings::sharedSettings().location(),
+            NSFileCoordinator::WritingOptions::ForReplacing,
+            [&](const std::string& url) { replaceSettingsFile(url, serialised.bytes, log); });
+    } catch (const NSInvalidArgumentException& exception) {
+        logSaveMessage(SaveMessageLine::ExceptionRaised, "%@", {exception.what()});
+        logSaveMessage(SaveMessageLine::ObjectOfException, "%@", {object});
+    }
+}
+
+// The stored tree to work on; null when nothing is stored.
+NSMutableDictionary workingTree() {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    const NSDictionary loaded = store.storageCache();
+    if (!loaded.isNull()) return loaded.mutableCopy();
+    const NSDictionary read = QRVSettingsStorage();
+    store.setStorageCache(read.mutableCopy());
+    return read.mutableCopy();
+}
+
+NSDictionary changeRecord(KeyPath keyPath) {
+    if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
+    return NSDictionary{{"key", keyPath.text()}, {"time", NSDate::now().timeIntervalSince1970()}};
+}
+
+}  // namespace
+
+void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
+                                             bool /*withCache*/) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    NSMutableDictionary working = workingTree();  // 1
+    if (working.isNull()) working = NSMutableDictionary();
+
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);           // 2
+    const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
+    const NSDictionary record = changeRecord(keyPath);                                   // 4
+    NSDictionaryQRV::setObjectAtKeyPath(working, isDefault ? nullptr : value, keyPath);  // 5
+    store.setStorageCache(working.mutableCopy());                                        // 6
+    store.cache().setObjectForKey(value, keyPath.text());                                // 7
+    QRVSettingsSaveObjectWithLog(working.copy(), NSArray({record}));                     // 8
+}
+
+void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath) {
+    QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
+}
+
+void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    if (store.inBatchSave()) {
+        store.batchLogChanges().addObjectsFromArray(log);
+        return;
+    }
+    store.queue().async([object, log] { save(object, log); });
+}
+
+void QRVSettingsSaveObject(const NSDictionary& object) {
+    QRVSettingsSaveObjectWithLog(object.copy(), nullptr);
+}
+
+void QRVSettingsClearCacheForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return;
+    QRVSettings::sharedSettings().cache().removeObjectForKey(keyPath.text());
+}
+
+void QRVSettingsSynchronize() {}

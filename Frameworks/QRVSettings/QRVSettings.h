@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// The settings store: every user-visible option of the application, in one property-list file that
+/// several processes read and write at the same time.
+///
+/// A setting is addressed by a dotted key path. A read asks three layers, and the first that knows
+/// the key path answers: the cache of this process, the stored values, the built-in defaults. A
+/// write takes effect in this process at once; the file is replaced later, whole, on a queue of the
+/// store's own.
+///
+///     QRVSettingsSetObjectForKeyPath(true, "CPU.Menubar.Enabled");
+///     if (QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled")) ...
+///
+/// Threads: the functions are meant for the main thread of the host, which also has to drain the
+/// main queue (`DispatchMainQueue`). Only `sharedSettings` is safe against concurrent first use.
+///
+/// Values that the store returns are its own objects, not copies: callers must not change them.
+///
+/// Errors: a missing setting and a null key path give null (false for booleans). A save that fails
+/// is logged at most; reads go on giving what was written. The one error that reaches a caller is
+/// NSInvalidArgumentException from a write.
+///
+/// What is not promised: a save that has not run when the process ends is lost. Of two processes
+/// that save at nearly the same time, the later one writes its own whole tree; nothing is merged.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Export.h"
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+
+class NSOperationQueue;
+
+/// The one store object of a process.
+///
+/// `localChanges` and `batchLogChanges` hold change records: dictionaries of exactly "key" (the key
+/// path written) and "time" (seconds since 1970, a real number).
+class QRV_EXPORT QRVSettings {
+  public:
+    /// Receives the key paths that another process changed, each once, in no defined order.
+    using ChangeHandler = std::function<void(const NSArray& changedKeyPaths)>;
+
+    /// The store; made by the first call, exactly once, and never destroyed. Nothing is read from
+    /// disk by that. Any thread.
+    static QRVSettings& sharedSettings();
+
+    QRVSettings(const QRVSettings&) = delete;
+    QRVSettings& operator=(const QRVSettings&) = delete;
+
+    /// Whether there is anything at `location()`, a folder included. Asks the file system, takes no
+    /// lock and reads nothing; false too when the folder above cannot be searched.
+    [[nodiscard]] bool exists() const;
+
+    /// @name Set by the host
+    /// @{
+
+    /// Whether the file is to be watched for changes by other processes. False at the start. Any
+    /// thread.
+    [[nodiscard]] bool monitorFileChanges() const;
+    void setMonitorFileChanges(bool monitorFileChanges);
+
+    /// Whether reads leave the cache alone. False at the start. Setting it, to whichever value,
+    /// also throws the cache away for the rest of the process: from then on every read asks the
+    /// layers below.
+    [[nodiscard]] bool disableCache() const;
+    void setDisableCache(bool disableCache);
+
+    /// A flag for the host's own use. False at the start.
+    [[nodiscard]] bool prepared() const;
+    void setPrepared(bool prepared);
+
+    /// The name of the profile in use; empty at the start.
+    [[nodiscard]] const std::optional<std::string>& activeProfile() const;
+    void setActiveProfile(std::optional<std::string> activeProfile);
+
+    /// Called on the main thread after another process changed settings; none at the start.
+    [[nodiscard]] const ChangeHandler& onChange() const;
+    void setOnChange(ChangeHandler onChange);
+    /// @}
+
+    /// @name State, kept by the store; hosts read it
+    /// @{
+
+    /// Full path of the settings file.
+    [[nodiscard]] const std::string& location() const;
+
+    /// The built-in defaults as a tree; null at the start.
+    [[nodiscard]] NSMutableDictionary defaults() const;
+    void setDefaults(NSMutableDictionary defaults);
+
+    /// What this process last read or wrote, by whole key path; `NSNull` for what is known to be in
+    /// no layer. Empty at the start, null after `setDisableCache`. Any thread.
+    [[nodiscard]] NSMutableDictionary cache() const;
+    void setCache(NSMutableDictionary cache);
+
+    /// The tree of the file as this process last read or changed it, at its top a mutable
+    /// dictionary; null until the first read of a file, or write. Any thread.
+    [[nodiscard]] NSDictionary storageCache() const;
+    void setStorageCache(NSDictionary storageCache);
+
+    /// The menu bar's appearance last set, "Dark" or "Light"; null at the start.
+    [[nodiscard]] const PropertyListValue& currentAppearance() const;
+    void setCurrentAppearance(PropertyListValue currentAppearance);
+
+    /// Whether writes only gather their change records instead of saving. False at the start.
+    [[nodiscard]] bool inBatchSave() const;
+    void setInBatchSave(bool inBatchSave);
+
+    /// Change records of this process's saves of the last 3 seconds. Changed on the main queue
+    /// only.
+    [[nodiscard]] NSMutableArray localChanges() const;
+    /// Change records gathered while `inBatchSave()`.
+    [[nodiscard]] NSMutableArray batchLogChanges() const;
+
+    /// The file's modification date when it was last looked at for changes; empty at the start. Any
+    /// thread.
+    [[nodiscard]] std::optional<NSDate> modificationDate() const;
+    void setModificationDate(std::optional<NSDate> modificationDate);
+
+    /// Runs the saves, one at a time in the order of the writes.
+    [[nodiscard]] DispatchQueue& queue() const;
+    /// Runs the re-reading after another process changed the file.
+    [[nodiscard]] DispatchQueue& readQueue() const;
+    /// Runs the notifications of changes by others; null until the file is watched. Any thread.
+    [[nodiscard]] std::shared_ptr<NSOperationQueue> presenterQueue() const;
+    void setPresenterQueue(std::shared_ptr<NSOperationQueue> presenterQueue);
+    /// @}
+
+  private:
+    QRVSettings();
+    ~QRVSettings() = delete;
+
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// @name Reading
+/// @{
+
+/// The path of the settings file, computed afresh: the user's Library folder, "Preferences/", the
+/// application identifier and ".menubar.7.plist". Empty when the user has no home folder.
+QRV_EXPORT std::string QRVSettingsLocation();
+
+/// The root of the settings file, freshly read under file coordination; null when the file is
+/// missing, unreadable, not a property list or one whose root is not a dictionary. Touches no
+/// layer.
+QRV_EXPORT NSDictionary QRVSettingsStorage();
+
+/// The stored values, an immutable shallow copy; reads the file when this process has not yet. Null
+/// when nothing is stored.
+QRV_EXPORT NSDictionary QRVSettingsStoredValues();
+
+/// The stored value, without cache and defaults.
+QRV_EXPORT PropertyListValue QRVSettingsStoredObjectForKeyPath(KeyPath keyPath);
+
+/// The effective value: of the cache, else stored, else the default. The layers are never merged: a
+/// stored dictionary answers alone.
+QRV_EXPORT PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath);
+
+/// The built-in default.
+QRV_EXPORT PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath);
+
+/// The effective value as a boolean (`PropertyListValue::boolValue`).
+QRV_EXPORT bool QRVSettingsBoolForKeyPath(KeyPath keyPath);
+/// @}
+
+/// @name Writing
+/// @{
+
+/// Writes a setting and queues a save. A null value removes it, and so does a value that is equal
+/// to the default and of its kind; reads of this process give it all the same. `withCache` has no
+/// effect.
+///
+/// Throws NSInvalidArgumentException for a null key path and where the path leads through a stored
+/// value that is not a dictionary; then nothing is saved.
+QRV_EXPORT void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value,
+                                                        KeyPath keyPath, bool withCache);
+QRV_EXPORT void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath);
+
+/// Queues a save of the whole tree, with the change records (or null) that belong to it; while
+/// `inBatchSave()` it only gathers the records. The tree goes to the file as it is when the save
+/// runs.
+///
+/// The save never merges with what is on disk. A file that exists and is no settings file is kept
+/// beside the new one (`keepAside`); where that fails, or the old file cannot be opened, the save
+/// leaves it alone and says so in the system log.
+QRV_EXPORT void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log);
+
+/// Queues a save of a shallow copy of the tree, without records. Touches no layer: this process
+/// goes on reading its own.
+QRV_EXPORT void QRVSettingsSaveObject(const NSDictionary& object);
+
+/// Forgets the cached value of exactly this key path.
+QRV_EXPORT void QRVSettingsClearCacheForKeyPath(KeyPath keyPath);
+
+/// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`.
+QRV_EXPORT void QRVSettingsSynchronize();
+/// @}
