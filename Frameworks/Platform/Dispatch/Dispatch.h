@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Serial queues and the main queue.
+///
+/// Work is any `std::function<void()>`; an empty one throws std::bad_function_call where it is run.
+/// Queues do not swallow exceptions: what a work item throws passes on, see each function.
+///
+/// The memory of queues that live as long as the process belongs to nobody: make them with `new`
+/// and never destroy them, then a process may exit while they are at work.
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Platform/Export.h"
+
+/// Runs work in the order in which it was added, one item at a time, on a thread of its own. The
+/// thread starts with the first item and is named after the label's last dotted component.
+///
+/// Every function but the destructor may be called on any thread. A forked child has no such
+/// thread: it must not use the queues that it inherited.
+class QRV_EXPORT DispatchQueue {
+  public:
+    explicit DispatchQueue(std::string label);
+    DispatchQueue(const DispatchQueue&) = delete;
+    DispatchQueue& operator=(const DispatchQueue&) = delete;
+    /// Runs what is queued, then ends the thread. Must not happen on the queue's own thread.
+    ~DispatchQueue();
+
+    /// An exception from `work` ends the program (std::terminate).
+    void async(std::function<void()> work);
+    /// Runs `work` on the queue's thread and returns when it is done: everything queued before has
+    /// run by then. An exception from `work` is thrown here. On the queue's own thread, where it
+    /// could only wait for itself, it throws std::logic_error and runs nothing.
+    void sync(const std::function<void()>& work);
+
+    [[nodiscard]] const std::string& label() const noexcept;
+
+  private:
+    struct QRV_HIDDEN Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+/// The queue whose work runs on the host's main thread: the one thread that calls `drain()`,
+/// `run()` and `wait()`. Every other function may be called on any thread.
+///
+/// In a host with a loop of its own: watch `fd()` for reading and call `drain()` when it is
+/// readable. In a program without one: `run()`, or `wait()` and `drain()` in turn.
+///
+/// In a forked child the queue is empty, what the parent had pending is forgotten there, and `fd()`
+/// is the same number but another descriptor: neither process can disturb the other.
+class QRV_EXPORT DispatchMainQueue {
+  public:
+    /// The one main queue; it is never destroyed. The first call throws std::system_error when the
+    /// system has no descriptors left.
+    static DispatchMainQueue& shared();
+
+    DispatchMainQueue(const DispatchMainQueue&) = delete;
+    DispatchMainQueue& operator=(const DispatchMainQueue&) = delete;
+
+    /// Runs `work` at the next drain, behind what is queued already.
+    void async(std::function<void()> work);
+    /// Runs `work` at the first drain after `delay` (at the next one when it is 0 or less). Timers
+    /// that are due run in the order of their due times, equal ones in the order added, behind the
+    /// work queued by then. A timer never holds `fd()` or `wait()` awake before it is due.
+    void asyncAfter(std::chrono::nanoseconds delay, std::function<void()> work);
+
+    /// One descriptor for select, poll or epoll, level-triggered and close-on-exec: readable
+    /// exactly while there is work queued or a timer due. It cannot be read, must not be closed,
+    /// and stays the same as long as the process lives.
+    [[nodiscard]] int fd() const;
+
+    /// Runs the work that is queued at entry and the timers that are due, and returns the number of
+    /// items that this call ran. Work added meanwhile waits for the next drain.
+    ///
+    /// An item may call `drain()` again: the inner call runs what is queued at that moment, the
+    /// outer one goes on with what is left. Order is kept and nothing runs twice. An exception from
+    /// an item passes out; the items behind it stay queued.
+    std::size_t drain();
+
+    /// Drains whenever there is work, until `stop()`; returns after the drain that is under way. An
+    /// exception from an item passes out.
+    void run();
+    /// Ends one `run()`, from an item or from any thread: the one under way (the inner one when
+    /// they are nested), else the next, which then returns at once. Several calls before that are
+    /// as one. Not for signal handlers.
+    void stop();
+    /// Waits until there is work or a timer is due, at most `timeout`; true when there is, to be
+    /// followed by `drain()`. Does not run anything. A timeout of 0 or less only looks.
+    [[nodiscard]] bool wait(std::chrono::nanoseconds timeout);
+
+  private:
+    struct QRV_HIDDEN State;
+    QRV_HIDDEN DispatchMainQueue();
+    ~DispatchMainQueue() = default;
+    QRV_HIDDEN static void startAnewInChild();
+    State* state_;
+};

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/Threads.h"
+
+struct DispatchQueue::Implementation {
+    explicit Implementation(std::string ownLabel) : label(std::move(ownLabel)) {}
+
+    void add(std::function<void()> item);
+    void runItems();
+    bool isOwnThread();
+    void endThread();
+
+    const std::string label;
+    std::mutex mutex;
+    std::condition_variable itemsChanged;
+    std::condition_variable itemFinished;
+    std::deque<std::function<void()>> items;
+    std::thread thread;
+    bool isEnding = false;
+};
+
+void DispatchQueue::Implementation::add(std::function<void()> item) {
+    const std::lock_guard lock(mutex);
+    if (!thread.joinable()) thread = std::thread([this] { runItems(); });
+    items.push_back(std::move(item));
+    itemsChanged.notify_one();
+}
+
+void DispatchQueue::Implementation::runItems() {
+    Threads::nameCurrentThread(label);
+    std::unique_lock lock(mutex);
+    for (;;) {
+        itemsChanged.wait(lock, [this] { return isEnding || !items.empty(); });
+        if (items.empty()) return;
+        {
+            const std::function<void()> item = std::move(items.front());
+            items.pop_front();
+            lock.unlock();
+            item();
+        }
+        lock.lock();
+    }
+}
+
+bool DispatchQueue::Implementation::isOwnThread() {
+    const std::lock_guard lock(mutex);
+    return thread.get_id() == std::this_thread::get_id();
+}
+
+void DispatchQueue::Implementation::endThread() {
+    {
+        const std::lock_guard lock(mutex);
+        isEnding = true;
+        itemsChanged.notify_one();
+    }
+    if (thread.joinable()) thread.join();
+}
+
+DispatchQueue::DispatchQueue(std::string label)
+    : implementation_(std::make_unique<Implementation>(std::move(label))) {}
+
+DispatchQueue::~DispatchQueue() {
+    implementation_->endThread();
+}
+
+void DispatchQueue::async(std::function<void()> work) {
+    implementation_->add(std::move(work));
+}
+
+void DispatchQueue::sync(const std::function<void()>& work) {
+    Implementation& queue = *implementation_;
+    if (queue.isOwnThread())
+        throw std::logic_error("sync on the queue's own thread: " + queue.label);
+    bool isFinished = false;
+    std::exception_ptr failure;
+    queue.add([&] {
+        try {
+            work();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        const std::lock_guard lock(queue.mutex);
+        isFinished = true;
+        queue.itemFinished.notify_all();
+    });
+    std::unique_lock lock(queue.mutex);
+    queue.itemFinished.wait(lock, [&] { return isFinished; });
+    lock.unlock();
+    if (failure) std::rethrow_exception(failure);
+}
+
+const std::string& DispatchQueue::label() const noexcept {
+    return implementation_->label;
+}
