@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/Files/FileDescriptor.h"
+
+bool FileDescriptor::close() noexcept {
+    if (!isOpen()) return true;
+    // An interrupted close has closed: to try again could hit another thread's new descriptor.
+    return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR;
+}

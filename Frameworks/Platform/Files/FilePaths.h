@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace FilePaths {
+
+/// The folder that `path` is in: "." for a bare name, "/" at the top.
+std::string folderOf(const std::string& path);
+
+/// `name` beside what `path` names.
+std::string siblingOf(const std::string& path, std::string_view name);
+
+/// `.<file name><suffix>` beside the file; empty when `path` ends in no file name.
+std::string hiddenSiblingOf(const std::string& path, std::string_view suffix);
+
+struct Resolution {
+    std::string path;
+    std::error_code error;
+};
+/// Follows the symbolic links of the last component, also to a target that does not exist. Fails
+/// only for too many of them; a link that cannot be read counts as a file.
+Resolution resolved(std::string path);
+
+/// Makes the folder and those above that are missing, each of mode 0700. Empty when it is there.
+std::error_code createFolder(const std::string& path);
+
+/// Makes the names in a folder outlast a crash of the system, where the file system can do that.
+void syncFolder(const std::string& path);
+
+}  // namespace FilePaths

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <optional>
+#include <utility>
+
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FilePaths.h"
+
+namespace {
+
+std::optional<std::string> linkTarget(const std::string& path) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+    if (length < 0) return std::nullopt;
+    target.resize(static_cast<std::size_t>(length));
+    return target;
+}
+
+std::error_code checkFolder(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return FileFailures::lastError();
+    return S_ISDIR(status.st_mode) ? std::error_code()
+                                   : make_error_code(std::errc::not_a_directory);
+}
+
+}  // namespace
+
+FilePaths::Resolution FilePaths::resolved(std::string path) {
+    constexpr int mostLinks = 40;
+    for (int links = 0;; ++links) {
+        const std::optional<std::string> target = linkTarget(path);
+        if (!target) return {std::move(path), {}};
+        if (links == mostLinks)
+            return {{}, make_error_code(std::errc::too_many_symbolic_link_levels)};
+        path = target->starts_with('/') ? *target : siblingOf(path, *target);
+    }
+}
+
+std::error_code FilePaths::createFolder(const std::string& path) {
+    if (mkdir(path.c_str(), S_IRWXU) == 0) {
+        syncFolder(folderOf(path));
+        return {};
+    }
+    if (errno == EEXIST) return checkFolder(path);
+    const std::string parent = folderOf(path);
+    if (errno != ENOENT || parent == path) return FileFailures::lastError();
+    if (const std::error_code error = createFolder(parent)) return error;
+    const bool isThere = mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
+    return isThere ? std::error_code() : FileFailures::lastError();
+}
+
+void FilePaths::syncFolder(const std::string& path) {
+    const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen()) fsync(folder.number());
+}

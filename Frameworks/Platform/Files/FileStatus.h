@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <system_error>
+
+#include "Platform/Files/Files.h"
+
+struct stat;
+
+namespace FileStatus {
+
+FileIdentity identityOf(const struct stat& status);
+
+/// Empty for a regular file.
+std::error_code errorUnlessRegular(const struct stat& status);
+
+}  // namespace FileStatus

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "Platform/Files/FileStatus.h"
+
+namespace {
+
+constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+
+std::int64_t nanosecondsOf(const timespec& time) {
+    return time.tv_sec * nanosecondsPerSecond + time.tv_nsec;
+}
+
+NSDate dateOf(const timespec& time) {
+    constexpr auto referenceDate =
+        static_cast<std::int64_t>(NSDate::timeIntervalBetween1970AndReferenceDate);
+    return NSDate(static_cast<double>(time.tv_sec - referenceDate) +
+                  static_cast<double>(time.tv_nsec) / static_cast<double>(nanosecondsPerSecond));
+}
+
+std::optional<struct stat> statusOf(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return status;
+}
+
+}  // namespace
+
+FileIdentity FileStatus::identityOf(const struct stat& status) {
+    return {.device = status.st_dev,
+            .inode = status.st_ino,
+            .size = static_cast<std::uint64_t>(status.st_size),
+            .modificationTime = nanosecondsOf(status.st_mtim),
+            .changeTime = nanosecondsOf(status.st_ctim)};
+}
+
+std::error_code FileStatus::errorUnlessRegular(const struct stat& status) {
+    if (S_ISREG(status.st_mode)) return {};
+    return make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
+                                                   : std::errc::invalid_argument);
+}
+
+bool fileExistsAtPath(const std::string& path) {
+    return statusOf(path).has_value();
+}
+
+std::optional<FileAttributes> attributesOfItemAtPath(const std::string& path) {
+    const auto status = statusOf(path);
+    if (!status) return std::nullopt;
+    constexpr mode_t permissionBits = 07777;
+    return FileAttributes{.size = static_cast<std::uint64_t>(status->st_size),
+                          .modificationDate = dateOf(status->st_mtim),
+                          .mode = status->st_mode & permissionBits,
+                          .isRegularFile = S_ISREG(status->st_mode)};
+}
+
+FileIdentity identityOfFileAtPath(const std::string& path) {
+    const auto status = statusOf(path);
+    return status ? FileStatus::identityOf(*status) : FileIdentity{};
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Files/NSFileCoordinator.h"
+
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FileLock.h"
+#include "Platform/Files/FilePaths.h"
+
+namespace {
+
+std::error_code lockForWriting(const std::string& path, FileLock& lock) {
+    const std::string lockPath = FilePaths::hiddenSiblingOf(path, ".lock");
+    if (lockPath.empty()) return make_error_code(std::errc::is_a_directory);
+    return FileLock::acquireExclusive(lockPath, lock);
+}
+
+}  // namespace
+
+// Without a lock file no writer is at work, and one that starts now replaces the file as a whole:
+// so reading without a lock is as good, there and wherever the lock cannot be had.
+std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string& url,
+                                                              ReadingOptions,
+                                                              const Accessor& accessor) {
+    const auto [path, error] = FilePaths::resolved(url);
+    if (error) return FileFailures::reported("coordinate reading", url, error);
+    const FileLock lock = FileLock::shared(FilePaths::hiddenSiblingOf(path, ".lock"));
+    accessor(path);
+    return {};
+}
+
+std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
+                                                              WritingOptions,
+                                                              const Accessor& accessor) {
+    auto [path, error] = FilePaths::resolved(url);
+    FileLock lock;
+    if (!error) error = lockForWriting(path, lock);
+    if (error) return FileFailures::reported("coordinate writing", url, error);
+    accessor(path);
+    return {};
+}

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Coordinated access to one file among threads and processes that all go through a coordinator.
+///
+/// An access is guarded by an advisory lock on a file of our own, `.<file name>.lock`, beside the
+/// file meant (mode 0600, never deleted). Readers share it, a writer excludes everyone else. The
+/// lock ends with the access, and with the process however that ends.
+///
+/// What is not promised: nothing keeps out a program that does not coordinate, nor one that reaches
+/// the file through another hard link. Waiting writers are served in no particular order.
+
+#include <functional>
+#include <string>
+#include <system_error>
+
+#include "Platform/Export.h"
+
+/// Holds no state between accesses; any number may be used on any threads.
+///
+/// `url` is a path. When it names a symbolic link, the link is followed (up to 40 of them, also to
+/// a target that does not exist yet) and the access is to the target; the accessor gets the path to
+/// use. A loop is an error.
+///
+/// The accessor runs exactly once, on the calling thread, before the call returns, or not at all;
+/// the answer is empty when it ran, and says why when it did not. An exception from it passes on
+/// with the lock released. It must not coordinate writing of the same file again, which would wait
+/// for itself for ever.
+class QRV_EXPORT NSFileCoordinator {
+  public:
+    enum class ReadingOptions : unsigned { None = 0 };
+    /// ForReplacing tells that the whole file is going to be replaced; the coordination is the
+    /// same.
+    enum class WritingOptions : unsigned { None = 0, ForReplacing = 8 };
+    using Accessor = std::function<void(const std::string& url)>;
+
+    /// Creates nothing on disk, and never waits longer than about two seconds for a writer: then,
+    /// and where the lock cannot be had at all, the accessor runs without it. What it reads is
+    /// whole all the same as long as writers replace the file (`replaceFile`).
+    std::error_code coordinateReadingItemAtURL(const std::string& url, ReadingOptions options,
+                                               const Accessor& accessor);
+
+    /// Creates the missing folders above the file (each of mode 0700) and the lock file, and waits
+    /// for the other accesses as long as it takes. Fails when there is something else than a
+    /// regular file in the lock file's place, a symbolic link included.
+    std::error_code coordinateWritingItemAtURL(const std::string& url, WritingOptions options,
+                                               const Accessor& accessor);
+};

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/NewFile.h"
+
+namespace {
+
+constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
+
+/// The group alone when the owner cannot be had, and neither when neither can. Returns the mode
+/// that the file may have: what the old group was allowed is not for another one.
+mode_t keepOwner(const FileDescriptor& file, const struct stat& model, mode_t mode) {
+    if (fchown(file.number(), model.st_uid, model.st_gid) == 0) return mode;
+    if (fchown(file.number(), static_cast<uid_t>(-1), model.st_gid) == 0) return mode;
+    return mode & ~static_cast<mode_t>(S_IRWXG);
+}
+
+}  // namespace
+
+NewFile::~NewFile() {
+    if (!path_.empty()) unlink(path_.c_str());
+}
+
+// The owner first, then the mode: a mode for one group is never in force for another on the way.
+std::error_code NewFile::create(const std::string& path, const struct stat* model) {
+    constexpr mode_t permissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
+    mode_t mode = model != nullptr ? model->st_mode & permissionBits : privateMode;
+    file_ = FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                                mode & privateMode));
+    if (!file_.isOpen()) return FileFailures::lastError();
+    path_ = path;
+    if (model != nullptr) mode = keepOwner(file_, *model, mode);
+    return fchmod(file_.number(), mode) == 0 ? std::error_code() : FileFailures::lastError();
+}
+
+std::error_code NewFile::write(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(file_.number(), bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) return FileFailures::lastError();
+        if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return {};
+}
+
+std::error_code NewFile::finish() {
+    while (fdatasync(file_.number()) != 0)
+        if (errno != EINTR) return FileFailures::lastError();
+    return file_.close() ? std::error_code() : FileFailures::lastError();
+}
