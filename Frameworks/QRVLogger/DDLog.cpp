@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "QRVLogger/DDLog.h"
+
+#include <utility>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/System/System.h"
+#include "Platform/System/SystemLog.h"
+
+namespace {
+
+void writeToSystemLog(const DDLogMessage& message) {
+    SystemLog::write(SystemLog::Level::Debug, message.text());
+}
+
+struct Delivery {
+    DispatchQueue queue{"log"};
+    /// Used on the queue only.
+    DDLog::Sink sink = writeToSystemLog;
+};
+
+/// Never destroyed: threads may log while the process exits.
+Delivery& delivery() {
+    static Delivery& instance = *new Delivery;
+    return instance;
+}
+
+}  // namespace
+
+std::string DDLogMessage::text() const {
+    return formattedText(format, arguments);
+}
+
+void DDLog::log(DDLogMessage message) {
+    delivery().queue.async([message = std::move(message)] { delivery().sink(message); });
+}
+
+void DDLog::setSink(Sink sink) {
+    if (!sink) sink = writeToSystemLog;
+    delivery().queue.sync([&sink] { delivery().sink.swap(sink); });
+}
+
+void DDLog::flush() {
+    delivery().queue.sync([] {});
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Takes the place of the C library's `syslog` in a test program and records what it is given. To be
+// included by one source of the program.
+
+#include <syslog.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+struct SystemLogRecorder {
+    static SystemLogRecorder& shared() {
+        static auto& recorder = *new SystemLogRecorder;
+        return recorder;
+    }
+    void record(int priority, const char* format, va_list arguments) {
+        std::array<char, 1024> text{};
+        vsnprintf(text.data(), text.size(), format, arguments);
+        const std::lock_guard lock(mutex);
+        messages.emplace_back(priority, text.data());
+    }
+    std::mutex mutex;
+    std::vector<std::pair<int, std::string>> messages;
+};
+
+extern "C" void syslog(int priority, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    SystemLogRecorder::shared().record(priority, format, arguments);
+    va_end(arguments);
+}
+
+/// What a fortified build calls instead.
+extern "C" void __syslog_chk(int priority, int, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    SystemLogRecorder::shared().record(priority, format, arguments);
+    va_end(arguments);
+}
