@@ -40,7 +40,7 @@ NSMutableDictionary mutableOrThrow(const NSDictionary& dictionary, KeyPath keyPa
 // What the write walks into next: the level under `key`, created or made mutable where needed, or a
 // value that is not a dictionary.
 PropertyListValue writableLevel(const NSDictionary& parent, std::string_view key, KeyPath keyPath) {
-    const PropertyListValue present = parent.objectForKey(key);
+    PropertyListValue present = parent.objectForKey(key);
     if (present.isNull()) {
         const NSMutableDictionary created;
         mutableOrThrow(parent, keyPath).setObjectForKey(created, key);

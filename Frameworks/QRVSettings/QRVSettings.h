@@ -132,10 +132,10 @@ class QRV_EXPORT QRVSettings {
     /// @}
 
   private:
-    QRVSettings();
+    QRV_HIDDEN QRVSettings();
     ~QRVSettings() = delete;
 
-    struct State;
+    struct QRV_HIDDEN State;
     std::unique_ptr<State> state_;
 };
 

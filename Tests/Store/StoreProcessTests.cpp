@@ -2,29 +2,15 @@
 // One settings file and several real processes.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <csignal>
 
+#include "Platform/Files/Files.h"
+#include "Support/ChildProcess.h"
 #include "Support/StoreSupport.h"
 
 using StoreSupport::finishSaves;
 
 namespace {
-
-// Runs `body` in a child process; the child's status is 0 when the body returns true.
-pid_t inChild(const std::function<bool()>& body) {
-    const pid_t child = fork();
-    if (child == 0) _exit(body() ? 0 : 1);
-    return child;
-}
-
-int statusOf(pid_t child) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status;
-}
 
 // A tree of which every version holds one number in all its places.
 void writeVersion(int number) {
@@ -47,7 +33,7 @@ bool isOneVersion(const NSDictionary& tree) {
 
 TEST(StoreProcesses, AReaderInALoopSeesWholeFilesOnly) {
     constexpr int versions = 200;
-    const pid_t writer = inChild([] {
+    ChildProcess writer([] {
         for (int number = 0; number <= versions; ++number) writeVersion(number);
         finishSaves();
         return true;
@@ -60,30 +46,30 @@ TEST(StoreProcesses, AReaderInALoopSeesWholeFilesOnly) {
         seen = QRVSettingsStorage();
         ASSERT_TRUE(seen.isNull() || isOneVersion(seen)) << seen;
     }
-    EXPECT_EQ(statusOf(writer), 0);
+    EXPECT_TRUE(writer.succeeded());
 }
 
 TEST(StoreProcesses, WhatOneProcessWritesAnotherReads) {
-    const pid_t writer = inChild([] {
+    ChildProcess writer([] {
         QRVSettingsSetObjectForKeyPath(NSArray({NSDictionary{{"source", 21}}, "text"}), "A.Items");
         finishSaves();
         return true;
     });
-    ASSERT_EQ(statusOf(writer), 0);
+    ASSERT_TRUE(writer.succeeded());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A.Items"),
               NSArray({NSDictionary{{"source", 21}}, "text"}));
 }
 
 TEST(StoreProcesses, ProcessesThatSaveAtOnceLeaveOneOfTheirTrees) {
-    std::vector<pid_t> writers;
+    std::vector<std::unique_ptr<ChildProcess>> writers;
     for (int process = 1; process <= 3; ++process) {
-        writers.push_back(inChild([process] {
+        writers.push_back(std::make_unique<ChildProcess>([process] {
             for (int round = 0; round < 50; ++round) writeVersion(process * 1000 + round);
             finishSaves();
             return isOneVersion(QRVSettingsStorage());
         }));
     }
-    for (const pid_t writer : writers) EXPECT_EQ(statusOf(writer), 0);
+    for (const auto& writer : writers) EXPECT_TRUE(writer->succeeded());
     EXPECT_TRUE(isOneVersion(QRVSettingsStorage()));
     const auto folder = std::filesystem::path(QRVSettingsLocation()).parent_path();
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2)
@@ -92,7 +78,7 @@ TEST(StoreProcesses, ProcessesThatSaveAtOnceLeaveOneOfTheirTrees) {
 
 TEST(StoreProcesses, AWriterKilledAtAnyMomentLeavesAWholeFile) {
     for (int round = 0; round < 20; ++round) {
-        const pid_t writer = inChild([]() -> bool {
+        ChildProcess writer([]() -> bool {
             for (int number = 0;; ++number) {
                 writeVersion(number);
                 finishSaves();
@@ -103,8 +89,8 @@ TEST(StoreProcesses, AWriterKilledAtAnyMomentLeavesAWholeFile) {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(round));  // a moment like any other
-        ASSERT_EQ(kill(writer, SIGKILL), 0);
-        EXPECT_TRUE(WIFSIGNALED(statusOf(writer)));
+        writer.send(SIGKILL);
+        EXPECT_TRUE(writer.diedOf(SIGKILL));
         ASSERT_TRUE(isOneVersion(QRVSettingsStorage()));
     }
     writeVersion(7);
@@ -113,4 +99,29 @@ TEST(StoreProcesses, AWriterKilledAtAnyMomentLeavesAWholeFile) {
     const auto folder = std::filesystem::path(QRVSettingsLocation()).parent_path();
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2)
         << "what a killed process left behind is gone";
+}
+
+TEST(StoreProcesses, AnExceptionThatIsNotAnInvalidArgumentPassesOutOfASave) {
+    const std::filesystem::path file = QRVSettingsLocation();
+    std::filesystem::create_directories(file.parent_path() /
+                                        ("." + file.filename().string() + ".tmp") / "inside");
+    ChildProcess process([] {
+        setFileFailureHandler([](const FileFailure&) { throw std::runtime_error("raised"); });
+        QRVSettingsSetObjectForKeyPath(1, "A");
+        finishSaves();
+        return true;
+    });
+    EXPECT_TRUE(process.diedOf(SIGABRT));
+}
+
+TEST(StoreProcesses, AProcessMayExitDuringASave) {
+    for (int round = 0; round < 20; ++round) {
+        ChildProcess process([]() -> bool {
+            for (int number = 0; number < 100; ++number) writeVersion(number);
+            std::exit(0);  // runs the destructors of static objects while the queue is at work
+        });
+        ASSERT_TRUE(process.succeeded());
+        const NSDictionary seen = QRVSettingsStorage();
+        ASSERT_TRUE(seen.isNull() || isOneVersion(seen));
+    }
 }

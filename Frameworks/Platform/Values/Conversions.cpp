@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -10,7 +9,6 @@
 
 using ValueObjects::ColorObject;
 using ValueObjects::DataObject;
-using ValueObjects::Object;
 using ValueObjects::Reference;
 using ValueObjects::StringObject;
 

@@ -4,9 +4,6 @@
 
 #include "Platform/Values/Objects.h"
 
-using ValueObjects::ArrayObject;
-using ValueObjects::DictionaryObject;
-
 namespace {
 
 bool integerEqualsReal(const PropertyListValue& integer, double real) noexcept {
@@ -73,13 +70,14 @@ struct Comparison {
 
     bool run() {
         while (!pairs.empty()) {
-            const auto [left, right] = std::move(pairs.back());
+            const std::pair<PropertyListValue, PropertyListValue> pair = pairs.back();
             pairs.pop_back();
             // Copies, so that a change on another thread meets the comparison before or after.
             const bool equal =
-                left.isArray()
-                    ? compareElements(left.array().copy(), right.array().copy())
-                    : compareEntries(left.dictionary().copy(), right.dictionary().copy());
+                pair.first.isArray()
+                    ? compareElements(pair.first.array().copy(), pair.second.array().copy())
+                    : compareEntries(pair.first.dictionary().copy(),
+                                     pair.second.dictionary().copy());
             if (!equal) return false;
         }
         return true;

@@ -455,7 +455,7 @@ class QRV_EXPORT NSDictionary::Iterator {
 
   private:
     friend class NSDictionary;
-    explicit Iterator(const ValueObjects::DictionaryObject* object);
+    QRV_HIDDEN explicit Iterator(const ValueObjects::DictionaryObject* object);
     const ValueObjects::DictionarySnapshot* snapshot_;
     std::size_t position_ = 0;
     std::size_t count_ = 0;
@@ -475,7 +475,7 @@ class QRV_EXPORT NSArray::Iterator {
 
   private:
     friend class NSArray;
-    explicit Iterator(const ValueObjects::ArrayObject* object);
+    QRV_HIDDEN explicit Iterator(const ValueObjects::ArrayObject* object);
     const ValueObjects::ArraySnapshot* snapshot_;
     std::size_t position_ = 0;
     std::size_t count_ = 0;

@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: MIT
+"""The shared library shows the names of the checked-in list, and no others.
+
+    python3 exported_symbols.py LIBRARY LIST [--write]
+"""
+
+import subprocess
+import sys
+from pathlib import Path
+
+
+def exported(library):
+    output = subprocess.run(["nm", "-D", "--defined-only", "-C", library],
+                            check=True, capture_output=True, text=True).stdout
+    return {line.split(" ", 2)[2] for line in output.splitlines()}
+
+
+def main():
+    library, list_path = sys.argv[1], Path(sys.argv[2])
+    actual = exported(library)
+    if "--write" in sys.argv:
+        list_path.write_text("\n".join(sorted(actual)) + "\n")
+        return 0
+    expected = set(list_path.read_text().splitlines())
+    problems = [f"no longer exported: {name}" for name in sorted(expected - actual)]
+    problems += [f"exported and not in the list: {name}" for name in sorted(actual - expected)]
+    print("\n".join(problems) or f"{len(actual)} names, as listed")
+    return 1 if problems else 0
+
+
+sys.exit(main())
