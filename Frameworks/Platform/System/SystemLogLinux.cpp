@@ -17,9 +17,10 @@ std::string localTimeText() {
     tm local{};
     localtime_r(&now.tv_sec, &local);
     std::array<char, 64> seconds{};
-    strftime(seconds.data(), seconds.size(), "%Y-%m-%d %H:%M:%S", &local);
+    const std::size_t length =
+        strftime(seconds.data(), seconds.size(), "%Y-%m-%d %H:%M:%S", &local);
     const std::string milliseconds = std::to_string(1000 + now.tv_nsec / 1'000'000).substr(1);
-    return std::string(seconds.data()) + "." + milliseconds;
+    return std::string(seconds.data(), length) + "." + milliseconds;
 }
 
 void writeAll(int descriptor, std::string_view bytes) {

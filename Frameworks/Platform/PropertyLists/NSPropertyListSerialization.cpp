@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Scalars.h"
+#include "Platform/PropertyLists/Unicode.h"
+#include "Platform/PropertyLists/Writing.h"
+
+namespace {
+
+using PropertyLists::Failure;
+
+bool isBinary(std::string_view bytes) {
+    constexpr std::string_view signature = "bplist";
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    return bytes.starts_with(signature) && bytes.size() >= signature.size() + 2 &&
+           isDigit(bytes[signature.size()]) && isDigit(bytes[signature.size() + 1]);
+}
+
+// "<" begins XML and, followed by hexadecimal digits alone, old-style data. No element of a
+// property list has such a name.
+bool isXML(std::string_view text) {
+    text = PropertyLists::withoutSpaceAround(text);
+    if (!text.starts_with('<')) return false;
+    const std::string_view name = text.substr(1, text.find('>') - 1);
+    return !std::all_of(name.begin(), name.end(), [](char character) {
+        return PropertyLists::isSpace(character) || PropertyLists::hexadecimalDigit(character);
+    });
+}
+
+// A carriage return, a line feed and the two together each end one line.
+void locate(PropertyListError& error, std::string_view text) {
+    const auto endsLine = [](char character, char next) {
+        return character == '\n' || (character == '\r' && next != '\n');
+    };
+    error.place = PropertyListError::Place::LineAndColumn;
+    error.line = 1;
+    error.column = 1;
+    for (std::size_t index = 0; index < std::min(error.offset, text.size()); ++index) {
+        const char next = index + 1 < text.size() ? text[index + 1] : '\0';
+        const bool isContinuation = (static_cast<unsigned char>(text[index]) & 0xC0U) == 0x80;
+        if (endsLine(text[index], next)) {
+            ++error.line;
+            error.column = 1;
+        } else if (!isContinuation) {
+            ++error.column;
+        }
+    }
+}
+
+PropertyListReadResult failedRead(const Failure& failure, PropertyListFormat format) {
+    PropertyListReadResult result{.value = nullptr, .format = format, .error = {}};
+    result.error.emplace().message = failure.message;
+    result.error->offset = failure.offset;
+    return result;
+}
+
+PropertyListReadResult readBinary(std::string_view bytes) {
+    try {
+        return {PropertyLists::readBinary(bytes), PropertyListFormat::Binary, std::nullopt};
+    } catch (const Failure& failure) {
+        return failedRead(failure, PropertyListFormat::Binary);
+    }
+}
+
+PropertyListReadResult readText(std::string_view bytes) {
+    PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes);
+    const auto format =
+        isXML(decoded.text) ? PropertyListFormat::XML : PropertyListFormat::OldStyle;
+    try {
+        if (!decoded.fault.empty()) PropertyLists::fail(decoded.fault, decoded.text.size());
+        if (format == PropertyListFormat::OldStyle) {
+            return {PropertyLists::readOldStyle(decoded.text), format, std::nullopt};
+        }
+        return {PropertyLists::readXML(std::move(decoded.text)), format, std::nullopt};
+    } catch (const Failure& failure) {
+        PropertyListReadResult result = failedRead(failure, format);
+        // Decoded again, because reading XML uses the text up.
+        locate(*result.error, PropertyLists::decodeText(bytes).text);
+        return result;
+    }
+}
+
+}  // namespace
+
+std::string PropertyListError::description() const {
+    switch (place) {
+        case Place::Byte:
+            return message + ", byte " + std::to_string(offset);
+        case Place::LineAndColumn:
+            return message + ", line " + std::to_string(line) + ", column " +
+                   std::to_string(column);
+        case Place::KeyPath:
+            break;
+    }
+    return message + (keyPath.empty() ? ", at the root" : ", key path " + keyPath);
+}
+
+PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::string_view bytes) {
+    const bool binary = isBinary(bytes);
+    if (bytes.size() > maximumSize) {
+        return failedRead({"the file is larger than 64 MiB", maximumSize},
+                          binary ? PropertyListFormat::Binary : PropertyListFormat::XML);
+    }
+    return binary ? readBinary(bytes) : readText(bytes);
+}
+
+PropertyListWriteResult NSPropertyListSerialization::dataWithPropertyList(
+    const PropertyListValue& value) {
+    try {
+        return {PropertyLists::writeXML(value), std::nullopt};
+    } catch (const PropertyLists::WriteFailure& failure) {
+        PropertyListError error;
+        error.message = failure.message;
+        error.place = PropertyListError::Place::KeyPath;
+        error.keyPath = failure.keyPath;
+        return {{}, std::move(error)};
+    }
+}

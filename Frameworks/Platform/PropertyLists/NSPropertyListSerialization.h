@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Property lists as files: bytes to values and back.
+///
+///     const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
+///     if (read.error) NSLog(read.error->description());
+///
+/// Both directions are functions of their argument alone: any thread may call them at any time, and
+/// the locale plays no part. Bad input never throws (only running out of memory does).
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Export.h"
+#include "Platform/Values/PropertyListValue.h"
+
+enum class PropertyListFormat { OldStyle, XML, Binary };
+
+/// Why a property list could not be read or written, and where.
+struct QRV_EXPORT PropertyListError {
+    enum class Place {
+        Byte,           ///< reading the binary format: `offset` tells
+        LineAndColumn,  ///< reading a text format: `line` and `column` tell
+        KeyPath,        ///< writing: `keyPath` tells
+    };
+
+    std::string message;
+    Place place = Place::Byte;
+    /// Bytes from the start of the input; for text in UTF-16 or UTF-32, of the same text in UTF-8.
+    std::size_t offset = 0;
+    /// Counted from 1, the column in characters; 0 where there are no lines.
+    std::size_t line = 0;
+    std::size_t column = 0;
+    /// Keys joined by ".", array elements as "[index]": `Menu.Items[2].Name`. Empty for the root.
+    std::string keyPath;
+
+    /// One line for people: `unknown element <foo>, line 3, column 5`.
+    [[nodiscard]] std::string description() const;
+};
+
+struct PropertyListReadResult {
+    /// Null exactly when there is an error. The root may be of any kind that a property list holds.
+    PropertyListValue value;
+    /// What the bytes looked like, also when they could not be read.
+    PropertyListFormat format = PropertyListFormat::OldStyle;
+    std::optional<PropertyListError> error;
+};
+
+struct PropertyListWriteResult {
+    /// The whole file; empty when there is an error.
+    std::string bytes;
+    std::optional<PropertyListError> error;
+};
+
+class QRV_EXPORT NSPropertyListSerialization {
+  public:
+    /// Containers within containers, the root being the first.
+    static constexpr std::size_t maximumLevels = 512;
+    /// Bytes of a file.
+    static constexpr std::size_t maximumSize = std::size_t{64} * 1024 * 1024;
+    /// Values of a list, containers included and keys not; a value that a binary file refers to
+    /// from several places counts at each.
+    static constexpr std::size_t maximumValues = 1'000'000;
+
+    /// Reads a property list; the format is found from the bytes.
+    ///
+    /// - Binary: version 00. Dates keep their fractions. Null, fill, sets and UIDs are refused.
+    /// - XML in UTF-8, UTF-16 or UTF-32, with or without `<plist>` around the one value. Unknown
+    ///   elements and entities, an internal document type subset and text between elements are
+    ///   refused; attributes are ignored. Text is kept as it stands, white space included. Raw
+    ///   control characters other than U+0000 are accepted. A real that is too large or too small
+    ///   for a double is refused. Dates are `YYYY-MM-DDThh:mm:ssZ`, years 0000 to 9999, with or
+    ///   without a decimal fraction of seconds.
+    /// - Old-style text in UTF-8, or UTF-16 or UTF-32 with a byte-order mark: `{ key = value; }`
+    ///   (the last `;` before `}` may be missing), `( a, b )`, `<0fbd 77>`, quoted strings, and
+    ///   strings of ASCII letters, digits and `_ $ / : . - +` unquoted; `key = value;` lines
+    ///   without outer braces. Octal escapes are in the NeXTSTEP encoding. A lone unquoted word is
+    ///   refused.
+    ///
+    /// Of two entries with one key the later wins. Everything in the result is immutable; equal
+    /// parts may be the same object. What is beyond one of the limits above is refused, and a file
+    /// that was cut off is refused or, where only white space or comments are missing, read in
+    /// full; lines without outer braces are the exception, since they are whole after each `;`.
+    [[nodiscard]] static PropertyListReadResult propertyListWithData(std::string_view bytes);
+
+    /// Writes a value as XML in UTF-8, keys sorted by their bytes, so that equal trees give equal
+    /// files. `propertyListWithData` reads back an equal tree, kinds included, but for the
+    /// fractions of dates: the format knows whole seconds, dates are rounded down.
+    ///
+    /// Control characters are written as numeric references, which other readers may refuse.
+    ///
+    /// The error names the value that cannot be stored: null, the null marker, a colour, text or a
+    /// key that is not UTF-8, a date outside the years 0000 to 9999; or the one that goes past a
+    /// limit above. A tree that other threads change meanwhile is written container by container,
+    /// each as it was at one moment.
+    [[nodiscard]] static PropertyListWriteResult dataWithPropertyList(
+        const PropertyListValue& value);
+};

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Numbers, dates and data as text, the same in every locale. Inner header of this folder.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace PropertyLists {
+
+constexpr bool isSpace(char character) {
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
+}
+
+std::string_view withoutSpaceAround(std::string_view text) noexcept;
+
+/// The value of a hexadecimal digit.
+std::optional<unsigned> hexadecimalDigit(char character) noexcept;
+
+/// @name Parsing; an empty answer when the text is malformed or what it says is out of range.
+/// @{
+
+/// Decimal, or hexadecimal after `0x`; with or without sign.
+std::optional<PropertyListValue> parseInteger(std::string_view text) noexcept;
+/// Decimal with or without exponent, `nan`, `inf` and `infinity` in any case; with or without sign.
+std::optional<double> parseReal(std::string_view text) noexcept;
+/// `YYYY-MM-DDThh:mm:ssZ`, with or without a fraction of seconds.
+std::optional<NSDate> parseDate(std::string_view text) noexcept;
+/// Base64, with white space anywhere; the decoded bytes.
+std::optional<std::string> parseBase64(std::string_view text);
+/// @}
+
+/// `value` is an integer.
+void appendInteger(std::string& text, const PropertyListValue& value);
+/// The shortest form that reads back to the same number.
+void appendReal(std::string& text, double value);
+/// Whole seconds, rounded down; false, and nothing appended, outside the years 0000 to 9999.
+[[nodiscard]] bool appendDate(std::string& text, NSDate date);
+/// Base64 without white space.
+void appendBase64(std::string& text, std::string_view bytes);
+
+}  // namespace PropertyLists

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// UTF-8, UTF-16 and UTF-32. Inner header of this folder.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace PropertyLists {
+
+inline constexpr char32_t lastCharacter = 0x10FFFF;
+
+constexpr bool isHighSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+constexpr bool isLowSurrogate(char32_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+constexpr bool isCharacter(char32_t value) {
+    return value <= lastCharacter && !isHighSurrogate(value) && !isLowSurrogate(value);
+}
+constexpr char32_t characterOfSurrogates(char32_t high, char32_t low) {
+    return 0x10000 + ((high - 0xD800) << 10U) + (low - 0xDC00);
+}
+
+/// `character` is one for which `isCharacter` holds.
+void appendUTF8(std::string& text, char32_t character);
+
+/// The number of bytes of the well-formed sequence that `text` begins with; 0 when it begins with
+/// none.
+std::size_t lengthOfFirstCharacter(std::string_view text) noexcept;
+
+/// Where the first byte is that is not part of well-formed UTF-8.
+std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept;
+
+/// Text out of a file for a message: the first 40 bytes or a little less, when there are more.
+std::string shortened(std::string_view text);
+
+enum class ByteOrder { LittleEndian, BigEndian };
+
+/// Appends UTF-16 as UTF-8; false at an unpaired surrogate or half a unit: what precedes it is
+/// appended.
+[[nodiscard]] bool appendUTF16(std::string& text, std::string_view bytes, ByteOrder order);
+
+/// A file as UTF-8 without byte-order mark.
+struct DecodedText {
+    std::string text;   ///< up to the fault, if there is one
+    std::string fault;  ///< empty when the whole file was decoded
+};
+
+/// The encoding is that of the byte-order mark, else of the first character when that is "<" in
+/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault.
+DecodedText decodeText(std::string_view bytes);
+
+}  // namespace PropertyLists
