@@ -63,7 +63,8 @@ PropertyListValue commonTree() {
         {"long data", NSData(std::string(1000, '\xA5'))},
         {"date", NSDate(700000000)},
         {"leap day", NSDate(730857600)},
-        {"array", NSArray{1, "two", 3.5, NSArray{}, NSDictionary{}, NSArray{NSArray{true}}}},
+        {"array", NSArray{1, "two", 3.5, NSArray{}, NSDictionary{},
+                          NSArray::arrayWithObject(NSArray{true})}},
         {"dictionary", NSDictionary{{"a", NSDictionary{{"b", NSDictionary{{"c", 1}}}}}}}};
 }
 

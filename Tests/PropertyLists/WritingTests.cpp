@@ -144,7 +144,7 @@ TEST(Writing, WhatNoPropertyListHoldsIsRefusedWithItsKeyPath) {
               "the null marker cannot be stored, key path A[1].B");
     EXPECT_EQ(writeRefusal(nullptr), "there is no value to store, at the root");
     EXPECT_EQ(writeRefusal(NSColor{}), "a colour cannot be stored, at the root");
-    EXPECT_EQ(writeRefusal(NSArray{NSArray{"\xFF"}}),
+    EXPECT_EQ(writeRefusal(NSArray::arrayWithObject(NSArray{"\xFF"})),
               "a string is not valid UTF-8, key path [0][0]");
     EXPECT_EQ(writeRefusal(NSDictionary{{"a", "\xED\xA0\x80"}}),
               "a string is not valid UTF-8, key path a");

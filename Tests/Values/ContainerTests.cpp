@@ -15,6 +15,24 @@ TEST(Containers, ANestedTreeIsBuiltInOneExpression) {
     EXPECT_EQ(tree.objectForKey("Items").array().objectAtIndex(2), NSArray({1, 2}));
 }
 
+TEST(Containers, AnArrayMayHoldNothingButAnArray) {
+    const NSArray outer = NSArray::arrayWithObject(NSArray{1, 2});
+    EXPECT_EQ(outer.count(), 1U);
+    EXPECT_EQ(outer.objectAtIndex(0), NSArray({1, 2}));
+    EXPECT_THROW(static_cast<void>(NSArray::arrayWithObject(nullptr)), NSInvalidArgumentException);
+}
+
+TEST(Containers, MutableContainersAreBuiltInOneExpressionToo) {
+    const NSMutableDictionary dictionary{{"a", 1}, {"b", 2}};
+    EXPECT_TRUE(dictionary.isMutable());
+    dictionary.removeObjectForKey("a");
+    EXPECT_EQ(dictionary, NSDictionary({{"b", 2}}));
+    const NSMutableArray array{1, 2};
+    EXPECT_TRUE(array.isMutable());
+    array.addObject(3);
+    EXPECT_EQ(array, NSArray({1, 2, 3}));
+}
+
 TEST(Containers, TheDefaultIsEmptyAndNullptrIsNone) {
     EXPECT_FALSE(NSDictionary().isNull());
     EXPECT_EQ(NSDictionary().count(), 0U);

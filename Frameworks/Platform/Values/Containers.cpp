@@ -56,6 +56,10 @@ NSArray::NSArray(std::span<const PropertyListValue> values) {
     object_ = makeArray(false, new ArraySnapshot{{{values.begin(), values.end()}}});
 }
 
+NSArray NSArray::arrayWithObject(const PropertyListValue& value) {
+    return NSArray(std::span<const PropertyListValue>(&value, 1));
+}
+
 bool NSArray::isMutable() const noexcept {
     return !isNull() && object_->isMutable;
 }
@@ -120,6 +124,9 @@ bool NSArray::Iterator::operator!=(Sentinel) const noexcept {
 }
 
 NSMutableArray::NSMutableArray() : NSArray(makeArray(true, new ArraySnapshot)) {}
+
+NSMutableArray::NSMutableArray(std::initializer_list<PropertyListValue> values)
+    : NSMutableArray(NSArray(values).mutableCopy()) {}
 
 void NSMutableArray::addObject(PropertyListValue value) const {
     requireValue(value, "an array");
@@ -231,6 +238,9 @@ bool NSDictionary::Iterator::operator!=(Sentinel) const noexcept {
 
 NSMutableDictionary::NSMutableDictionary()
     : NSDictionary(makeDictionary(true, new DictionarySnapshot)) {}
+
+NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> entries)
+    : NSMutableDictionary(NSDictionary(entries).mutableCopy()) {}
 
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
     if (value.isNull()) return removeObjectForKey(key);

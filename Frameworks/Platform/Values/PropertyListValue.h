@@ -161,8 +161,12 @@ class QRV_EXPORT NSArray {
     NSArray();
     NSArray(std::nullptr_t) noexcept {}
     /// Throws NSInvalidArgumentException when a value is null.
+    ///
+    /// For one value that is an array itself, use `arrayWithObject`: of `NSArray{NSArray{1}}` some
+    /// compilers make a copy of the inner array instead.
     NSArray(std::initializer_list<PropertyListValue> values);
     explicit NSArray(std::span<const PropertyListValue> values);
+    [[nodiscard]] static NSArray arrayWithObject(const PropertyListValue& value);
 
     [[nodiscard]] bool isNull() const noexcept { return object_.get() == nullptr; }
     [[nodiscard]] bool isMutable() const noexcept;
@@ -197,6 +201,7 @@ class QRV_EXPORT NSMutableArray : public NSArray {
     /// A new empty array.
     NSMutableArray();
     NSMutableArray(std::nullptr_t) noexcept : NSArray(nullptr) {}
+    NSMutableArray(std::initializer_list<PropertyListValue> values);
 
     /// Throws NSInvalidArgumentException when `value` is null.
     void addObject(PropertyListValue value) const;
@@ -207,7 +212,6 @@ class QRV_EXPORT NSMutableArray : public NSArray {
 
   private:
     friend class NSArray;
-    using NSArray::NSArray;
 };
 
 /// Values by string key, or no dictionary at all (`nullptr`). Never holds null.
@@ -258,6 +262,7 @@ class QRV_EXPORT NSMutableDictionary : public NSDictionary {
     /// A new empty dictionary.
     NSMutableDictionary();
     NSMutableDictionary(std::nullptr_t) noexcept : NSDictionary(nullptr) {}
+    NSMutableDictionary(std::initializer_list<InitialEntry> entries);
 
     /// A null value removes the key.
     void setObjectForKey(PropertyListValue value, std::string_view key) const;
@@ -269,7 +274,6 @@ class QRV_EXPORT NSMutableDictionary : public NSDictionary {
 
   private:
     friend class NSDictionary;
-    using NSDictionary::NSDictionary;
 };
 
 /// One value of a property list, the null marker, a colour, or null (no value).
