@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "Tool/ToolSupport.h"
+
+using testing::HasSubstr;
+using ToolSupport::contentsOf;
+using ToolSupport::Outcome;
+using ToolSupport::propertyList;
+using ToolSupport::run;
+using ToolSupport::writeSettings;
+
+namespace {
+
+const std::vector<std::vector<std::string>> readingCommands = {
+    {"get", "CPU.Width"},
+    {"get", "absent"},
+    {"get", "CPU", "--layer", "default"},
+    {"list"},
+    {"list", "CPU"},
+    {"list", "--json", "--layer", "stored"},
+    {"export"},
+    {"path"},
+    {"export", "--json"},
+    {"set", "a", "{broken"},
+    {"unset"},
+    {"--help"}};
+
+std::string sample() {
+    return propertyList(
+        "<key>CPU</key><dict><key>Width</key><integer>40</integer>"
+        "<key>Enabled</key><true/></dict>"
+        "<key>CPUs</key><dict><key>x</key><real>2</real></dict>"
+        "<key>Items</key><array><string>b</string><dict><key>n</key><false/></dict></array>"
+        "<key>Empty</key><dict/>");
+}
+
+void expectNotSet(const std::vector<std::string>& arguments, const std::string& message) {
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.exitCode, 1) << testing::PrintToString(arguments);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "qrvsettings: " + message + "\n");
+}
+
+}  // namespace
+
+TEST(ReadingCommands, CreateNothingWhereNothingIs) {
+    const auto before = ToolSupport::snapshot(ToolSupport::configurationFolder());
+    for (const auto& arguments : readingCommands) run(arguments);
+    EXPECT_EQ(ToolSupport::snapshot(ToolSupport::configurationFolder()), before);
+    EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
+}
+
+TEST(ReadingCommands, TouchNothingThatIsThere) {
+    writeSettings(sample());
+    const auto before = ToolSupport::snapshot(ToolSupport::configurationFolder());
+    for (const auto& arguments : readingCommands) run(arguments);
+    EXPECT_EQ(ToolSupport::snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(Get, PrintsScalarsBare) {
+    writeSettings(
+        propertyList("<key>b</key><true/><key>i</key><integer>18446744073709551615</integer>"
+                     "<key>r</key><real>40</real><key>s</key><string>ä \"x\"</string>"
+                     "<key>t</key><date>2020-01-02T03:04:05Z</date><key>d</key><data>AQI=</data>"
+                     "<key>n</key><real>-infinity</real>"));
+    EXPECT_EQ(run({"get", "b"}).output, "true\n");
+    EXPECT_EQ(run({"get", "i"}).output, "18446744073709551615\n");
+    EXPECT_EQ(run({"get", "r"}).output, "40.0\n");
+    EXPECT_EQ(run({"get", "s"}).output, "ä \"x\"\n");
+    EXPECT_EQ(run({"get", "t"}).output, "2020-01-02T03:04:05Z\n");
+    EXPECT_EQ(run({"get", "d"}).output, "AQI=\n");
+    EXPECT_EQ(run({"get", "n"}).output, "-inf\n");
+}
+
+TEST(Get, PrintsContainersAsOneLineOfSortedJSON) {
+    writeSettings(sample());
+    const Outcome outcome = run({"get", "CPU"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "{\"Enabled\":true,\"Width\":40}\n");
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run({"get", "Items"}).output, "[\"b\",{\"n\":false}]\n");
+    EXPECT_EQ(run({"get", "Empty"}).output, "{}\n");
+}
+
+TEST(Get, SaysWhatIsNotSet) {
+    writeSettings(sample());
+    expectNotSet({"get", "CPU.Height"}, "not set, CPU.Height");
+    expectNotSet({"get", "CPU.Width.Max"}, "not set, CPU.Width.Max");
+    expectNotSet({"get", ""}, "not set, ");
+}
+
+TEST(Get, AsksTheLayerThatIsNamed) {
+    writeSettings(sample());
+    EXPECT_EQ(run({"get", "CPU.Width", "--layer", "effective"}).output, "40\n");
+    EXPECT_EQ(run({"get", "CPU.Width", "--layer", "stored"}).output, "40\n");
+    expectNotSet({"get", "CPU.Width", "--layer", "default"}, "not set, CPU.Width");
+}
+
+TEST(Get, ReadsABinaryFileOfAnotherProgram) {
+    std::filesystem::create_directories(ToolSupport::settingsFile().parent_path());
+    const Outcome python = ToolSupport::runProgram(
+        QRV_PYTHON, {"-c",
+                     "import plistlib, sys, datetime\n"
+                     "tree = {'a': {'i': -2**63, 'r': 1.0, 'd': b'\\0\\1', 'l': [True, 'ö'],\n"
+                     "        't': datetime.datetime(1999, 12, 31, 23, 59, 59)}}\n"
+                     "plistlib.dump(tree, open(sys.argv[1], 'wb'), fmt=plistlib.FMT_BINARY)\n",
+                     ToolSupport::settingsFile()});
+    ASSERT_EQ(python.exitCode, 0) << python.errors;
+    ASSERT_THAT(contentsOf(ToolSupport::settingsFile()), testing::StartsWith("bplist00"));
+    EXPECT_EQ(run({"get", "a"}).output,
+              "{\"d\":{\"$data\":\"AAE=\"},\"i\":-9223372036854775808,\"l\":[true,\"ö\"],"
+              "\"r\":1.0,\"t\":{\"$date\":\"1999-12-31T23:59:59Z\"}}\n");
+}
+
+TEST(List, PrintsEachLeafOnALineInOrder) {
+    writeSettings(sample());
+    const Outcome outcome = run({"list"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output,
+              "CPU.Enabled\ttrue\nCPU.Width\t40\nCPUs.x\t2.0\nItems\t[\"b\",{\"n\":false}]\n");
+    EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(List, PrintsOneObjectWhenAskedForJSON) {
+    writeSettings(sample());
+    EXPECT_EQ(run({"list", "--json", "CPU"}).output, "{\"CPU.Enabled\":true,\"CPU.Width\":40}\n");
+}
+
+TEST(List, TakesThePrefixByComponents) {
+    writeSettings(sample());
+    EXPECT_EQ(run({"list", "CPU"}).output, "CPU.Enabled\ttrue\nCPU.Width\t40\n");
+    EXPECT_EQ(run({"list", "CPU.Width"}).output, "CPU.Width\t40\n");
+    expectNotSet({"list", "CP"}, "nothing is set, CP");
+    expectNotSet({"list", "CPU.Width.Max"}, "nothing is set, CPU.Width.Max");
+    expectNotSet({"list", ""}, "nothing is set, ");
+}
+
+TEST(List, SaysWhenNothingIsSet) {
+    expectNotSet({"list"}, "nothing is set");
+    writeSettings(sample());
+    expectNotSet({"list", "--layer", "default"}, "nothing is set");
+    expectNotSet({"list", "Empty"}, "nothing is set, Empty");
+}
+
+TEST(List, KeepsOneLineForAKeyWithControlCharacters) {
+    writeSettings(propertyList("<key>a&#9;b&#10;</key><true/><key>\"q</key><true/>"));
+    EXPECT_EQ(run({"list"}).output, "\"\\\"q\"\ttrue\n\"a\\tb\\n\"\ttrue\n");
+}
+
+TEST(List, LeavesOutWhatNoKeyPathReaches) {
+    writeSettings(
+        propertyList("<key>a.b</key><true/><key>c</key><dict><key>d.e</key><true/></dict>"
+                     "<key>x.y</key><true/><key>x</key><dict><key>y</key><false/></dict>"));
+    EXPECT_EQ(run({"list"}).output, "x.y\tfalse\n");
+}
+
+TEST(Export, GivesThePropertyListAgain) {
+    writeSettings(sample());
+    const Outcome outcome = run({"export"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("<key>Width</key>\n\t\t<integer>40</integer>"));
+    ToolSupport::writeFile(ToolSupport::settingsFile(), outcome.output);
+    EXPECT_EQ(run({"export"}).output, outcome.output);
+    EXPECT_EQ(run({"export", "-"}).output, outcome.output);
+}
+
+TEST(Export, GivesJSONWhenAskedForIt) {
+    writeSettings(sample());
+    EXPECT_EQ(run({"export", "--json"}).output,
+              "{\"CPU\":{\"Enabled\":true,\"Width\":40},\"CPUs\":{\"x\":2.0},\"Empty\":{},"
+              "\"Items\":[\"b\",{\"n\":false}]}\n");
+}
+
+TEST(Export, ReplacesTheFileNamed) {
+    writeSettings(sample());
+    ToolSupport::writeFile("out.plist", "old");
+    const Outcome outcome = run({"export", "out.plist"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(contentsOf("out.plist"), run({"export"}).output);
+    EXPECT_FALSE(std::filesystem::exists(".out.plist.tmp"));
+}
+
+TEST(Export, NamesTheFileThatCannotBeWritten) {
+    writeSettings(sample());
+    const Outcome outcome = run({"export", "no-such-folder/out.plist"});
+    EXPECT_EQ(outcome.exitCode, 4);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: cannot write: No such file or directory, no-such-folder/out.plist\n");
+}
+
+TEST(Export, SaysWhenNothingIsStoredAndWritesNoFile) {
+    expectNotSet({"export"}, "nothing is set");
+    expectNotSet({"export", "out.plist"}, "nothing is set");
+    EXPECT_FALSE(std::filesystem::exists("out.plist"));
+}
+
+TEST(Path, IsBelowTheConfigurationHome) {
+    EXPECT_EQ(run({"path"}).output, ToolSupport::configurationFolder().string() +
+                                        "/Preferences/" QRV_APPLICATION_IDENTIFIER
+                                        ".menubar.7.plist\n");
+}
+
+TEST(Path, IsBelowTheHomeFolderWithoutConfigurationHome) {
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(run({"path"}).output, std::string(std::getenv("HOME")) +
+                                        "/.config/Preferences/" QRV_APPLICATION_IDENTIFIER
+                                        ".menubar.7.plist\n");
+}
+
+TEST(Path, IsThatOfThePasswordDatabaseWhenTheEnvironmentNamesNoHome) {
+    const passwd* user = getpwuid(geteuid());
+    ASSERT_NE(user, nullptr);
+    unsetenv("XDG_CONFIG_HOME");
+    for (const bool isRelative : {false, true}) {
+        unsetenv("HOME");
+        if (isRelative) setenv("HOME", "somewhere", 1);
+        EXPECT_EQ(run({"path"}).output, std::string(user->pw_dir) +
+                                            "/.config/Preferences/" QRV_APPLICATION_IDENTIFIER
+                                            ".menubar.7.plist\n");
+    }
+}
+
+TEST(Path, IsMissingForAUserWithoutHome) {
+    constexpr uid_t nobodyKnown = 54321;
+    constexpr int cannotBeTried = 77;
+    if (geteuid() != 0 || getpwuid(nobodyKnown) != nullptr)
+        GTEST_SKIP() << "only root can become a user without a home folder";
+    unsetenv("XDG_CONFIG_HOME");
+    unsetenv("HOME");
+    const auto becomeUnknown = [] {
+        if (setuid(nobodyKnown) != 0 || access(QRV_TOOL, X_OK) != 0) _exit(cannotBeTried);
+    };
+    const Outcome path = run({"path"}, {"", becomeUnknown});
+    if (path.exitCode == cannotBeTried)
+        GTEST_SKIP() << "the tool was built in a folder that other users may not search";
+    EXPECT_EQ(path.exitCode, 1);
+    EXPECT_EQ(path.errors, "qrvsettings: there is no home folder, so no settings file\n");
+    EXPECT_EQ(run({"get", "a"}, {"", becomeUnknown}).exitCode, 1);
+    const Outcome set = run({"set", "a", "1"}, {"", becomeUnknown});
+    EXPECT_EQ(set.exitCode, 4);
+    EXPECT_EQ(set.errors, "qrvsettings: there is no home folder, so no settings file\n");
+}

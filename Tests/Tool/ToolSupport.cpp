@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+#include "Tool/ToolSupport.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace ToolSupport {
+namespace {
+
+/// Files instead of pipes: nobody waits for anybody.
+struct Streams {
+    std::filesystem::path folder = std::filesystem::temp_directory_path() / "tool-streams-XXXXXX";
+    Streams() {
+        std::string name = folder.string();
+        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for streams");
+        folder = name;
+    }
+    Streams(const Streams&) = delete;
+    Streams& operator=(const Streams&) = delete;
+    ~Streams() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    [[nodiscard]] std::filesystem::path input() const { return folder / "input"; }
+    [[nodiscard]] std::filesystem::path output() const { return folder / "output"; }
+    [[nodiscard]] std::filesystem::path errors() const { return folder / "errors"; }
+};
+
+constexpr int noProgram = 127;
+
+void redirect(int number, const std::filesystem::path& path, int flags) {
+    const int file = open(path.c_str(), flags, S_IRUSR | S_IWUSR);
+    if (file < 0 || dup2(file, number) < 0) _exit(noProgram);
+    close(file);
+}
+
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments,
+                         const Streams& streams, const std::function<void()>& prepare) {
+    constexpr unsigned mostSeconds = 60;
+    alarm(mostSeconds);
+    redirect(STDIN_FILENO, streams.input(), O_RDONLY);
+    redirect(STDOUT_FILENO, streams.output(), O_WRONLY | O_CREAT | O_TRUNC);
+    redirect(STDERR_FILENO, streams.errors(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (prepare) prepare();
+    std::vector<std::string> words = {program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    execv(program.c_str(), pointers.data());
+    _exit(noProgram);
+}
+
+int exitCodeOf(pid_t child) {
+    int status = 0;
+    if (waitpid(child, &status, 0) != child) throw std::runtime_error("no child to wait for");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string stateOf(const std::filesystem::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) return "gone";
+    std::ostringstream text;
+    text << status.st_mode << ' ' << status.st_ino << ' ' << status.st_size << ' '
+         << status.st_mtim.tv_sec << '.' << status.st_mtim.tv_nsec << ' ' << status.st_ctim.tv_sec
+         << '.' << status.st_ctim.tv_nsec << ' ';
+    if (S_ISREG(status.st_mode)) text << contentsOf(path);
+    return text.str();
+}
+
+}  // namespace
+
+Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                   const Surroundings& surroundings) {
+    const Streams streams;
+    writeFile(streams.input(), surroundings.input);
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("no child");
+    if (child == 0) become(program, arguments, streams, surroundings.prepare);
+    Outcome outcome;
+    outcome.exitCode = exitCodeOf(child);
+    outcome.output = contentsOf(streams.output());
+    outcome.errors = contentsOf(streams.errors());
+    return outcome;
+}
+
+Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings) {
+    return runProgram(QRV_TOOL, arguments, surroundings);
+}
+
+std::filesystem::path configurationFolder() {
+    return std::getenv("XDG_CONFIG_HOME");
+}
+
+std::filesystem::path settingsFile() {
+    std::string path = run({"path"}).output;
+    if (!path.ends_with('\n')) throw std::runtime_error("the tool tells no path");
+    path.pop_back();
+    return path;
+}
+
+std::string contentsOf(const std::filesystem::path& path) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+void writeFile(const std::filesystem::path& path, std::string_view bytes) {
+    std::filesystem::create_directories(std::filesystem::absolute(path).parent_path());
+    std::ofstream file(path, std::ios::binary);
+    file << bytes;
+    if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+void writeSettings(std::string_view bytes) {
+    writeFile(settingsFile(), bytes);
+}
+
+std::string propertyList(std::string_view entries) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>" +
+           std::string(entries) + "</dict>\n</plist>\n";
+}
+
+std::map<std::string, std::string> snapshot(const std::filesystem::path& folder) {
+    std::map<std::string, std::string> states = {{folder.string(), stateOf(folder)}};
+    if (!std::filesystem::exists(folder)) return states;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        states[entry.path().string()] = stateOf(entry.path());
+    return states;
+}
+
+}  // namespace ToolSupport

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The tool as another process, and the files around it.
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ToolSupport {
+
+struct Outcome {
+    int exitCode = -1;   ///< 128 and the signal when one ended it
+    std::string output;  ///< standard output
+    std::string errors;  ///< standard error
+};
+
+struct Surroundings {
+    std::string input;  ///< standard input
+    /// Runs in the new process, after its standard streams are in place.
+    std::function<void()> prepare;
+};
+
+/// Runs the tool to its end, which comes after a minute at the latest.
+Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
+Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                   const Surroundings& surroundings = {});
+
+/// Where the tool of this test keeps its settings.
+std::filesystem::path configurationFolder();
+std::filesystem::path settingsFile();
+
+std::string contentsOf(const std::filesystem::path& path);
+void writeFile(const std::filesystem::path& path, std::string_view bytes);
+void writeSettings(std::string_view bytes);
+
+/// An XML property list with these contents of its root dictionary.
+std::string propertyList(std::string_view entries);
+
+/// All there is below a folder: kind, times, and contents by path.
+std::map<std::string, std::string> snapshot(const std::filesystem::path& folder);
+
+}  // namespace ToolSupport

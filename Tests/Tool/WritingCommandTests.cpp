@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "Tool/ToolSupport.h"
+
+using testing::HasSubstr;
+using ToolSupport::contentsOf;
+using ToolSupport::Outcome;
+using ToolSupport::propertyList;
+using ToolSupport::run;
+using ToolSupport::settingsFile;
+using ToolSupport::writeSettings;
+
+TEST(Set, TheFileHoldsTheValueOnReturn) {
+    EXPECT_EQ(run({"set", "CPU.Width", "40"}).exitCode, 0);
+    EXPECT_THAT(contentsOf(settingsFile()), HasSubstr("<integer>40</integer>"));
+}
+
+TEST(Set, ANewFileIsPrivate) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    struct stat status {};
+    ASSERT_EQ(stat(settingsFile().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST(Set, OneProcessBuildsOnWhatAnotherWrote) {
+    ASSERT_EQ(run({"set", "CPU.Width", "40"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "CPU.Enabled", "true"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "CPU.Width", "41"}).exitCode, 0);
+    EXPECT_EQ(run({"export", "--json"}).output, "{\"CPU\":{\"Enabled\":true,\"Width\":41}}\n");
+}
+
+TEST(Set, WritesAnEqualNumberOfAnotherKind) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "a", "1.0"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a"}).output, "1.0\n");
+}
+
+TEST(Set, ReplacesADictionary) {
+    ASSERT_EQ(run({"set", "a.b", "1"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "a", "2"}).exitCode, 0);
+    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":2}\n");
+}
+
+TEST(Set, AnEmptyFileIsNoObstacle) {
+    writeSettings("");
+    const Outcome outcome = run({"set", "a", "1"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run({"get", "a"}).output, "1\n");
+}
+
+TEST(Set, NamesTheStoredValueInTheWay) {
+    writeSettings(
+        propertyList("<key>CPU</key><dict><key>Width</key><integer>40</integer></dict>"
+                     "<key>Items</key><array/>"));
+    const std::string before = contentsOf(settingsFile());
+    const Outcome outcome = run({"set", "CPU.Width.Max.x", "1"});
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: a stored value is in the way: CPU.Width is an integer, "
+              "CPU.Width.Max.x\n");
+    EXPECT_EQ(run({"set", "Items.0", "1"}).errors,
+              "qrvsettings: a stored value is in the way: Items is an array, Items.0\n");
+    EXPECT_EQ(contentsOf(settingsFile()), before);
+}
+
+TEST(Unset, RemovesWhatIsStored) {
+    ASSERT_EQ(run({"set", "a", R"({"b":1,"c":2,"d":3})"}).exitCode, 0);
+    const Outcome outcome = run({"unset", "a.b", "a.c"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output + outcome.errors, "");
+    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":{\"d\":3}}\n");
+}
+
+TEST(Unset, NamesWhatIsNotSetAndRemovesTheRest) {
+    ASSERT_EQ(run({"set", "a", R"({"b":1,"c":2})"}).exitCode, 0);
+    const Outcome outcome = run({"unset", "x", "a.b", "a.b.c"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "qrvsettings: not set, x\nqrvsettings: not set, a.b.c\n");
+    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":{\"c\":2}}\n");
+}
+
+TEST(Unset, LeavesTheFileAloneWhenNothingIsSet) {
+    EXPECT_EQ(run({"unset", "x"}).exitCode, 1);
+    EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
+    writeSettings(propertyList("<key>a</key><true/>"));
+    const auto before = ToolSupport::snapshot(ToolSupport::configurationFolder());
+    EXPECT_EQ(run({"unset", "x", "y"}).exitCode, 1);
+    EXPECT_EQ(ToolSupport::snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(Unset, OneKeyPathMayLieBelowAnother) {
+    for (const bool parentFirst : {true, false}) {
+        ASSERT_EQ(run({"set", "a", R"({"b":{"c":1}})"}).exitCode, 0);
+        ASSERT_EQ(run({"set", "z", "1"}).exitCode, 0);
+        const Outcome outcome =
+            parentFirst ? run({"unset", "a", "a.b.c", "a"}) : run({"unset", "a.b.c", "a", "a.b.c"});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        EXPECT_EQ(run({"export", "--json"}).output, "{\"z\":1}\n");
+    }
+}

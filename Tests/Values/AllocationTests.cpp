@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// What must not take memory from the heap. A program of its own, because it counts every
+// allocation.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace {
+
+std::atomic<std::size_t> allocations = 0;
+
+std::size_t allocationsOf(const auto& work) {
+    const std::size_t before = allocations;
+    work();
+    return allocations - before;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    ++allocations;
+    void* memory = std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+TEST(Allocation, TheCountSeesAllocations) {
+    EXPECT_GT(allocationsOf([] { const PropertyListValue text = "some text"; }), 0U);
+}
+
+TEST(Allocation, ScalarsAllocateNothing) {
+    EXPECT_EQ(allocationsOf([] {
+                  const PropertyListValue values[] = {nullptr, true, 1, 2.5, NSDate(3), NSNull{}};
+                  const PropertyListValue copy = values[2];
+                  EXPECT_EQ(copy, 1);
+              }),
+              0U);
+}
+
+TEST(Allocation, CopyingAHandleAllocatesNothing) {
+    const PropertyListValue text = "some text";
+    const NSDictionary dictionary{{"a", 1}};
+    EXPECT_EQ(allocationsOf([&] {
+                  const PropertyListValue textCopy = text;
+                  const NSDictionary dictionaryCopy = dictionary;
+                  EXPECT_TRUE(textCopy.isString());
+                  EXPECT_FALSE(dictionaryCopy.isNull());
+              }),
+              0U);
+}
+
+TEST(Allocation, LookingUpAKeyAllocatesNothing) {
+    const NSMutableDictionary dictionary;
+    for (int number = 0; number < 100; ++number) {
+        dictionary.setObjectForKey(
+            number, "A long key that no string holds in itself " + std::to_string(number));
+    }
+    const std::string_view key = "A long key that no string holds in itself 42";
+    EXPECT_EQ(allocationsOf([&] { EXPECT_EQ(dictionary.objectForKey(key), 42); }), 0U);
+}
+
+TEST(Allocation, CopyingADictionaryTakesTheSameHoweverLargeItIs) {
+    const NSMutableDictionary small;
+    const NSMutableDictionary large;
+    small.setObjectForKey(1, "a");
+    for (int number = 0; number < 10000; ++number)
+        large.setObjectForKey(number, std::to_string(number));
+    const auto copyOf = [](const NSDictionary& dictionary) {
+        return allocationsOf([&] { const NSMutableDictionary copy = dictionary.mutableCopy(); });
+    };
+    EXPECT_EQ(copyOf(large), copyOf(small));
+}

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "CommandOptions.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace Tool {
+namespace {
+
+constexpr char mark = '\0';
+
+bool wantsMark(std::string_view argument) {
+    constexpr std::array<std::string_view, 5> starts = {"-.", "-inf", "-nan", "+", "["};
+    return std::any_of(starts.begin(), starts.end(),
+                       [argument](std::string_view start) { return argument.starts_with(start); });
+}
+
+CLI::Option* addPlain(CLI::Option* option) {
+    return option->type_name("")->transform(
+        [](const std::string& text) { return withoutMarks(text); });
+}
+
+}  // namespace
+
+std::string marked(const std::string& argument) {
+    return wantsMark(argument) ? mark + argument : argument;
+}
+
+std::string withoutMarks(std::string text) {
+    std::erase(text, mark);
+    return text;
+}
+
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& text,
+                     const std::string& description) {
+    return addPlain(command.add_option(name, text, description));
+}
+
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description) {
+    return addPlain(command.add_option(name, texts, description));
+}
+
+void addLayer(CLI::App& command, std::string& layer) {
+    command
+        .add_option("--layer", layer,
+                    "effective: stored values over the defaults, as the application sees them; "
+                    "stored: the settings file alone; default: the built-in defaults alone")
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"effective", "stored", "default"}))
+        ->capture_default_str();
+}
+
+void addJSON(CLI::App& command, bool& json, const std::string& description) {
+    command.add_flag("--json", json, description);
+}
+
+void addReplaceDamaged(CLI::App& command, bool& replaceDamaged) {
+    command.add_flag("--replace-damaged", replaceDamaged,
+                     "Go on where the settings file is damaged: it counts as empty, and its bytes "
+                     "are kept beside the new file");
+}
+
+}  // namespace Tool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// What the command line parser gets to see, and what several commands ask of it.
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace Tool {
+
+/// The parser takes `-.5`, `-inf`, `++` and `[1,2]` for something of its own. Such arguments go
+/// through it with a mark in front that no argument can hold.
+std::string marked(const std::string& argument);
+std::string withoutMarks(std::string text);
+
+/// @name Texts as they were given, marks removed
+/// @{
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& text,
+                     const std::string& description);
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description);
+/// @}
+
+void addLayer(CLI::App& command, std::string& layer);
+void addJSON(CLI::App& command, bool& json, const std::string& description);
+void addReplaceDamaged(CLI::App& command, bool& replaceDamaged);
+
+}  // namespace Tool

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "Failure.h"
+
+#include <cstdio>
+
+namespace Tool {
+namespace {
+
+bool isControl(char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+}
+
+std::string escaped(char character) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const auto byte = static_cast<unsigned char>(character);
+    return {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+}
+
+bool continuesCharacter(char character) {
+    return (static_cast<unsigned char>(character) & 0xC0U) == 0x80;
+}
+
+}  // namespace
+
+void say(std::string_view text) {
+    std::string line = "qrvsettings: ";
+    for (const char character : text)
+        line += isControl(character) ? escaped(character) : std::string(1, character);
+    line += '\n';
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+std::string shortened(std::string_view text) {
+    constexpr std::size_t most = 80;
+    if (text.size() <= most) return std::string(text);
+    std::size_t end = most;
+    while (end > 0 && continuesCharacter(text[end])) --end;
+    return std::string(text.substr(0, end)) + "...";
+}
+
+}  // namespace Tool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#include "Input.h"
+
+#include <array>
+#include <cstdio>
+
+#include "Failure.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+
+namespace Tool {
+
+void requireUTF8(const std::string& text) {
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(text);
+    if (written.error)
+        throw Failure(ExitCode::WrongValue, written.error->message + ": " + shortened(text));
+}
+
+std::string standardInput() {
+    constexpr std::size_t largest = NSPropertyListSerialization::maximumSize;
+    std::string text;
+    std::array<char, 65536> buffer{};
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), stdin)) {
+        text.append(buffer.data(), count);
+        if (text.size() > largest)
+            throw Failure(ExitCode::WrongValue, "more than 64 MiB, standard input");
+    }
+    if (std::ferror(stdin) != 0)
+        throw Failure(ExitCode::WrongValue, "cannot be read, standard input");
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
+}  // namespace Tool

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "Layers.h"
+
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+#include "SettingsFile.h"
+
+namespace Tool {
+
+Layer::Layer(std::string_view name)
+    : name_(name == "stored"    ? Name::Stored
+            : name == "default" ? Name::Default
+                                : Name::Effective) {}
+
+void Layer::requireReadable() const {
+    if (name_ != Name::Default) requireReadableSettingsFile();
+}
+
+PropertyListValue Layer::value(KeyPath keyPath) const {
+    if (name_ == Name::Stored) return QRVSettingsStoredObjectForKeyPath(keyPath);
+    if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
+    return QRVSettingsObjectForKeyPath(keyPath);
+}
+
+NSDictionary Layer::flattened() const {
+    NSMutableDictionary leaves;
+    if (name_ != Name::Stored)
+        NSDictionaryQRV::flatten(QRVSettings::sharedSettings().defaults(), leaves);
+    if (name_ != Name::Default) NSDictionaryQRV::flatten(QRVSettingsStoredValues(), leaves);
+    return leaves;
+}
+
+// One layer may hold a leaf where another holds a dictionary, and a key with a "." looks like two:
+// only a read tells what a key path means.
+NSDictionary Layer::leaves() const {
+    NSMutableDictionary leaves;
+    for (const auto& [keyPath, candidate] : flattened()) {
+        const PropertyListValue answer = value(keyPath);
+        if (!answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
+    }
+    return leaves;
+}
+
+bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
+    return keyPath.starts_with(prefix) &&
+           (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
+}
+
+}  // namespace Tool

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+
+namespace Tool {
+
+/// Where a read looks: "effective" is what the application sees, "stored" the settings file alone,
+/// "default" the built-in defaults alone.
+class Layer {
+  public:
+    /// `name` is one of the three.
+    explicit Layer(std::string_view name);
+
+    /// Throws Failure (UnreadableFile) when the layer needs the settings file and that is no good.
+    void requireReadable() const;
+    /// Null when it is not set.
+    [[nodiscard]] PropertyListValue value(KeyPath keyPath) const;
+    /// What `value` answers for each key path of a leaf, by key path. A key that holds a "." cannot
+    /// be reached by any key path, so what is below it is not among them.
+    [[nodiscard]] NSDictionary leaves() const;
+
+  private:
+    enum class Name { Effective, Stored, Default };
+    [[nodiscard]] NSDictionary flattened() const;
+    Name name_;
+};
+
+/// Whether the key path is `prefix` or leads through it.
+bool isAtOrBelow(std::string_view keyPath, std::string_view prefix);
+
+}  // namespace Tool

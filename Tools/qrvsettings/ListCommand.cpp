@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "CommandOptions.h"
+#include "Commands.h"
+#include "Input.h"
+#include "JSON.h"
+#include "Layers.h"
+#include "Output.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::optional<std::string> prefix;
+    std::string layer = "effective";
+    bool json = false;
+};
+
+NSDictionary withPrefix(const NSDictionary& leaves, const std::optional<std::string>& prefix) {
+    if (!prefix) return leaves;
+    NSMutableDictionary chosen;
+    for (const auto& [keyPath, value] : leaves)
+        if (isAtOrBelow(keyPath, *prefix)) chosen.setObjectForKey(value, keyPath);
+    return chosen;
+}
+
+bool isControl(char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+}
+
+/// A key may hold a tab or a newline, which would break the line.
+std::string keyPathText(std::string_view keyPath) {
+    const bool isPlain =
+        !keyPath.starts_with('"') && std::none_of(keyPath.begin(), keyPath.end(), isControl);
+    return isPlain ? std::string(keyPath) : jsonText(keyPath);
+}
+
+std::string lines(const NSDictionary& leaves) {
+    std::map<std::string, std::string> valueTexts;
+    for (const auto& [keyPath, value] : leaves) valueTexts.emplace(keyPath, jsonText(value));
+    std::string text;
+    for (const auto& [keyPath, valueText] : valueTexts)
+        text += keyPathText(keyPath) + "\t" + valueText + "\n";
+    return text;
+}
+
+ExitCode list(const Options& options) {
+    if (options.prefix) requireUTF8(*options.prefix);
+    const Layer layer(options.layer);
+    layer.requireReadable();
+    const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
+    if (leaves.count() == 0)
+        throw Failure(ExitCode::NotSet,
+                      "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
+    print(options.json ? jsonText(leaves) + "\n" : lines(leaves));
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+void addListCommand(CLI::App& program, Action& action) {
+    CLI::App& command = *program.add_subcommand(
+        "list", "Print settings, a line each: key path, tab, value as JSON");
+    const auto options = std::make_shared<Options>();
+    const auto prefix = std::make_shared<std::string>();
+    const CLI::Option* prefixOption =
+        addText(command, "PREFIX", *prefix, "Only this key path and those that lead through it");
+    addLayer(command, options->layer);
+    addJSON(command, options->json, "Print one JSON object, from key path to value");
+    command.footer(
+        "Key paths are in the order of their bytes. One that holds control characters or begins\n"
+        "with a quotation mark is printed as a JSON string.\n\n"
+        "Example: qrvsettings list CPU --layer stored");
+    command.callback([options, prefix, prefixOption, &action] {
+        if (prefixOption->count() > 0) options->prefix = *prefix;
+        action = [options] { return list(*options); };
+    });
+}
+
+}  // namespace Tool

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "CommandOptions.h"
+#include "Commands.h"
+#include "Input.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Saving.h"
+#include "SettingsFile.h"
+#include "ValueText.h"
+
+namespace Tool {
+namespace {
+
+constexpr const char* valueHelp =
+    R"(VALUE: true and false are booleans, 40 is an integer, 0.5 and 1e3 are reals, text that
+begins with {, [ or " is JSON, and anything else is a string. Of standard input the newline
+at its end is left out, if there is one. A value that begins with a dash and is no number
+goes after --.
+
+In JSON, {"$date":"2020-01-01T00:00:00Z"} is a date, {"$data":"AQI="} is data (base64),
+{"$real":"nan"} (inf, -inf) is a real, and {"$dictionary":{...}} is a dictionary that looks
+like one of these.
+
+Example: qrvsettings set CPU.Menubar.Width 40)";
+
+struct Options {
+    std::string keyPath;
+    std::string value;
+    std::string type;
+    bool replaceDamaged = false;
+};
+
+PropertyListValue valueOf(const Options& options) {
+    PropertyListValue value =
+        valueFromText(options.value == "-" ? standardInput() : options.value, options.type);
+    requireStorable(value);
+    return value;
+}
+
+/// The stored value that the key path leads through though it is no dictionary.
+std::string obstacleOf(const std::string& keyPath) {
+    const NSDictionary stored = QRVSettingsStoredValues();
+    for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
+         end = keyPath.find('.', end + 1)) {
+        const std::string above = keyPath.substr(0, end);
+        const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(stored, above);
+        if (!value.isNull() && !value.isDictionary()) return above + " is " + kindName(value);
+    }
+    return "unknown";
+}
+
+void store(const PropertyListValue& value, const std::string& keyPath) {
+    try {
+        QRVSettingsSetObjectForKeyPath(value, keyPath);
+    } catch (const NSInvalidArgumentException&) {
+        throw Failure(ExitCode::WrongValue,
+                      "a stored value is in the way: " + obstacleOf(keyPath) + ", " + keyPath);
+    }
+}
+
+/// What a reader of the file will find.
+PropertyListValue asFileHolds(const PropertyListValue& value) {
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
+    return NSPropertyListSerialization::propertyListWithData(written.bytes).value;
+}
+
+void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
+    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && asFileHolds(value) != value)
+        say("fractions of seconds are not kept, " + keyPath);
+}
+
+ExitCode set(const Options& options) {
+    requireUTF8(options.keyPath);
+    const PropertyListValue value = valueOf(options);
+    requireWritableSettingsFile(options.replaceDamaged ? DamagedFile::Replaced
+                                                       : DamagedFile::Refused);
+    Saving saving;
+    store(value, options.keyPath);
+    saving.finish({options.keyPath});
+    tellWhatIsNotKept(value, options.keyPath);
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+void addSetCommand(CLI::App& program, Action& action) {
+    CLI::App& command =
+        *program.add_subcommand("set", "Store a setting; returns when the settings file holds it");
+    const auto options = std::make_shared<Options>();
+    addText(command, "KEYPATH", options->keyPath, "Keys joined by dots")->required();
+    addText(command, "VALUE", options->value, "See below; - reads standard input")->required();
+    command
+        .add_option("--type", options->type,
+                    "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"bool", "int", "real", "string", "date", "data", "json"}));
+    addReplaceDamaged(command, options->replaceDamaged);
+    command.footer(valueHelp);
+    command.callback([options, &action] { action = [options] { return set(*options); }; });
+}
+
+}  // namespace Tool

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "CommandOptions.h"
+#include "Commands.h"
+#include "Input.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Saving.h"
+#include "SettingsFile.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::vector<std::string> keyPaths;
+    bool replaceDamaged = false;
+};
+
+bool isStored(const std::string& keyPath) {
+    return !QRVSettingsStoredObjectForKeyPath(keyPath).isNull();
+}
+
+/// Names the others on standard error.
+std::vector<std::string> storedOnes(const std::vector<std::string>& keyPaths) {
+    std::vector<std::string> stored;
+    for (const std::string& keyPath : keyPaths) {
+        if (isStored(keyPath))
+            stored.push_back(keyPath);
+        else
+            say("not set, " + keyPath);
+    }
+    return stored;
+}
+
+void remove(const std::vector<std::string>& keyPaths) {
+    Saving saving;
+    for (const std::string& keyPath : keyPaths)
+        // It may be gone with one above it; to remove it again would create what is above.
+        if (isStored(keyPath)) QRVSettingsSetObjectForKeyPath(nullptr, keyPath);
+    saving.finish(keyPaths);
+}
+
+ExitCode unset(const Options& options) {
+    for (const std::string& keyPath : options.keyPaths) requireUTF8(keyPath);
+    requireWritableSettingsFile(options.replaceDamaged ? DamagedFile::Replaced
+                                                       : DamagedFile::Refused);
+    const std::vector<std::string> stored = storedOnes(options.keyPaths);
+    if (!stored.empty()) remove(stored);
+    return stored.size() == options.keyPaths.size() ? ExitCode::Done : ExitCode::NotSet;
+}
+
+}  // namespace
+
+void addUnsetCommand(CLI::App& program, Action& action) {
+    CLI::App& command =
+        *program.add_subcommand("unset", "Remove stored settings, so that the defaults hold again");
+    const auto options = std::make_shared<Options>();
+    addTexts(command, "KEYPATH", options->keyPaths, "Keys joined by dots; one or more")->required();
+    addReplaceDamaged(command, options->replaceDamaged);
+    command.footer(
+        "Key paths that are not stored are named on standard error, and the exit code is 1; the\n"
+        "others are removed all the same.\n\n"
+        "Example: qrvsettings unset CPU.Menubar.Width CPU.Menubar.Enabled");
+    command.callback([options, &action] { action = [options] { return unset(*options); }; });
+}
+
+}  // namespace Tool
