@@ -130,7 +130,7 @@ TEST(ReplaceFile, SaysWhatIsWrongWithThePath) {
 TEST(ReplaceFile, AWriteThatFailsMidwayLeavesTheOldFileAndNoTemporaryFile) {
     writePlainly("file", "old");
     ChildProcess child([] {
-        signal(SIGXFSZ, SIG_IGN);
+        static_cast<void>(signal(SIGXFSZ, SIG_IGN));
         const rlimit limit{100'000, 100'000};
         if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
         return replaceFile("file", std::string(300'000, 'n')) == std::errc::file_too_large;

@@ -74,7 +74,7 @@ TEST(NSLog, GivesLocalTime) {
     const std::time_t after = std::time(nullptr);
     tm parsed{};
     ASSERT_NE(strptime(line.c_str(), "%Y-%m-%d %H:%M:%S", &parsed), nullptr);
-    const std::time_t instant = timegm(&parsed) - (5 * 60 + 30) * 60;
+    const std::time_t instant = timegm(&parsed) - std::time_t{5 * 60 + 30} * 60;
     EXPECT_GE(instant, before);
     EXPECT_LE(instant, after);
 }

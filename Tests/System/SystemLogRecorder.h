@@ -21,7 +21,7 @@ struct SystemLogRecorder {
     }
     void record(int priority, const char* format, va_list arguments) {
         std::array<char, 1024> text{};
-        vsnprintf(text.data(), text.size(), format, arguments);
+        static_cast<void>(vsnprintf(text.data(), text.size(), format, arguments));
         const std::lock_guard lock(mutex);
         messages.emplace_back(priority, text.data());
     }
@@ -36,7 +36,8 @@ extern "C" void syslog(int priority, const char* format, ...) {
     va_end(arguments);
 }
 
-/// What a fortified build calls instead.
+/// What a fortified build calls instead; the name is the C library's own.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" void __syslog_chk(int priority, int, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);

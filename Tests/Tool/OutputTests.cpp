@@ -57,7 +57,7 @@ TEST(Output, AReaderThatIsGoneEndsTheProgramInSilence) {
 
 TEST(Output, AReaderThatIsGoneIsAnErrorWhereTheSignalIsIgnored) {
     const Outcome outcome = run({"path"}, {"", [] {
-                                               std::signal(SIGPIPE, SIG_IGN);
+                                               static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
                                                writeToAPipeWithoutReader();
                                            }});
     EXPECT_EQ(outcome.exitCode, 4);
