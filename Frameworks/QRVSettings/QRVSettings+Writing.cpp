@@ -125,16 +125,6 @@ void save(const NSDictionary& object, const NSArray& log) {
     }
 }
 
-// The stored tree to work on; null when nothing is stored.
-NSMutableDictionary workingTree() {
-    QRVSettings& store = QRVSettings::sharedSettings();
-    const NSDictionary loaded = store.storageCache();
-    if (!loaded.isNull()) return loaded.mutableCopy();
-    const NSDictionary read = QRVSettingsStorage();
-    store.setStorageCache(read.mutableCopy());
-    return read.mutableCopy();
-}
-
 NSDictionary changeRecord(KeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     return NSDictionary{{"key", keyPath.text()}, {"time", NSDate::now().timeIntervalSince1970()}};
@@ -145,7 +135,7 @@ NSDictionary changeRecord(KeyPath keyPath) {
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
                                              bool /*withCache*/) {
     QRVSettings& store = QRVSettings::sharedSettings();
-    NSMutableDictionary working = workingTree();  // 1
+    NSMutableDictionary working = QRVSettingsStoredValues().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);           // 2

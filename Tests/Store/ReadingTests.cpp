@@ -6,21 +6,11 @@
 
 #include "Support/StoreSupport.h"
 
+using StoreSupport::cached;
+using StoreSupport::setDefaults;
 using StoreSupport::SystemLogLines;
 using StoreSupport::writeSettings;
 using testing::IsEmpty;
-
-namespace {
-
-void setDefaults(const NSDictionary& defaults) {
-    QRVSettings::sharedSettings().setDefaults(defaults.mutableCopy());
-}
-
-PropertyListValue cached(std::string_view keyPath) {
-    return QRVSettings::sharedSettings().cache().objectForKey(keyPath);
-}
-
-}  // namespace
 
 TEST(Reading, WhatNoLayerKnowsIsRememberedAsMissing) {
     EXPECT_TRUE(QRVSettingsObjectForKeyPath("A.B").isNull());

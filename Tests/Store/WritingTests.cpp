@@ -5,22 +5,12 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Support/StoreSupport.h"
 
+using StoreSupport::cached;
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;
+using StoreSupport::setDefaults;
 using StoreSupport::SystemLogLines;
 using StoreSupport::writeSettings;
-
-namespace {
-
-void setDefaults(const NSDictionary& defaults) {
-    QRVSettings::sharedSettings().setDefaults(defaults.mutableCopy());
-}
-
-PropertyListValue cached(std::string_view keyPath) {
-    return QRVSettings::sharedSettings().cache().objectForKey(keyPath);
-}
-
-}  // namespace
 
 TEST(Writing, AWriteIsReadAtOnceAndReachesTheFileLater) {
     QRVSettingsSetObjectForKeyPath(40, "CPU.Graph.Width");

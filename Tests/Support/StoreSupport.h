@@ -47,6 +47,15 @@ inline NSDictionary fileTree() {
         .value.dictionary();
 }
 
+inline void setDefaults(const NSDictionary& defaults) {
+    QRVSettings::sharedSettings().setDefaults(defaults.mutableCopy());
+}
+
+/// The entry of the cache, null when there is none.
+inline PropertyListValue cached(std::string_view keyPath) {
+    return QRVSettings::sharedSettings().cache().objectForKey(keyPath);
+}
+
 /// Returns when the saves queued so far have run.
 inline void finishSaves() {
     QRVSettings::sharedSettings().queue().sync([] {});

@@ -67,15 +67,15 @@ void MainQueueSignal::setReady(bool isReady) noexcept {
 
 void MainQueueSignal::setTime(std::optional<std::chrono::steady_clock::time_point> time) noexcept {
     using namespace std::chrono;
-    itimerspec specification{};
+    itimerspec wanted{};
     if (time) {
         // A time of 0 would mean none.
         const auto sinceStart = std::max<nanoseconds>(time->time_since_epoch(), nanoseconds(1));
         const auto wholeSeconds = duration_cast<seconds>(sinceStart);
-        specification.it_value.tv_sec = wholeSeconds.count();
-        specification.it_value.tv_nsec = (sinceStart - wholeSeconds).count();
+        wanted.it_value.tv_sec = wholeSeconds.count();
+        wanted.it_value.tv_nsec = (sinceStart - wholeSeconds).count();
     }
-    timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &specification, nullptr);
+    timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &wanted, nullptr);
 }
 
 void MainQueueSignal::startAnewInChild() noexcept {
