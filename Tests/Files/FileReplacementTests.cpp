@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -63,6 +64,21 @@ TEST(ReplaceFile, ReplacesAForeignFileWhoseOwnerCannotBeKept) {
     EXPECT_TRUE(child.succeeded());
     EXPECT_EQ(readPlainly("file"), "new");
     EXPECT_EQ(modeOf("file"), 0644U);
+}
+
+TEST(ReplaceFile, WhatTheOldGroupMightDoIsNotForAnotherGroup) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to become someone else";
+    writePlainly("file", "old");
+    chmod("file", 0664);
+    chmod(".", 0777);
+    ChildProcess child([] {
+        constexpr uid_t nobody = 65534;
+        return setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0 &&
+               !replaceFile("file", "new");
+    });
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_EQ(readPlainly("file"), "new");
+    EXPECT_EQ(modeOf("file"), 0604U);
 }
 
 TEST(ReplaceFile, TheOldFileStaysWholeForThoseWhoHaveItOpen) {

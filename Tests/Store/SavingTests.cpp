@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 
+#include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
 
 using StoreSupport::contentsOf;
@@ -113,29 +114,23 @@ TEST(Saving, NothingIsMergedWithWhatIsOnDisk) {
 }
 
 TEST(Saving, TheRecordsArePostedBeforeTheFileIsReplaced) {
-    QRVSettingsSetObjectForKeyPath(1, "A");
-    bool fileWasThere = false;
-    // The main queue runs nothing by itself, so the file is complete when the record is still to
-    // come.
-    finishSaves();
-    fileWasThere = QRVSettings::sharedSettings().exists();
-    EXPECT_TRUE(fileWasThere);
-    EXPECT_EQ(localChangeCount(), 0U);
-    EXPECT_TRUE(DispatchMainQueue::shared().wait(std::chrono::nanoseconds(0))) << "but posted";
-    DispatchMainQueue::shared().drain();
-    EXPECT_EQ(localChangeCount(), 1U);
-}
-
-TEST(Saving, RecordsArePostedAlsoWhenTheReplacementFails) {
-    QRVSettings& store = QRVSettings::sharedSettings();
-    // A folder that cannot be removed stands where the new bytes would be written.
-    const std::filesystem::path file = store.location();
+    // A folder that cannot be removed stands where the new bytes would be written, so that the
+    // replacement fails and tells of it while the save is under way.
+    const std::filesystem::path file = QRVSettings::sharedSettings().location();
     std::filesystem::create_directories(file.parent_path() /
                                         ("." + file.filename().string() + ".tmp") / "inside");
+    std::vector<bool> wasPosted;
+    setFileFailureHandler([&wasPosted](const FileFailure&) {
+        wasPosted.push_back(DispatchMainQueue::shared().wait(std::chrono::nanoseconds(0)));
+    });
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
-    EXPECT_FALSE(store.exists());
-    ASSERT_TRUE(drainUntil([] { return localChangeCount() == 1; }));
+    setFileFailureHandler(nullptr);
+    EXPECT_EQ(wasPosted, std::vector<bool>{true});
+    EXPECT_FALSE(QRVSettings::sharedSettings().exists());
+    EXPECT_EQ(localChangeCount(), 0U) << "the main queue runs nothing by itself";
+    DispatchMainQueue::shared().drain();
+    EXPECT_EQ(localChangeCount(), 1U) << "and keeps the record though the replacement failed";
 }
 
 TEST(Saving, RecordsLeaveLocalChangesThreeSecondsAfterTheMainQueueTookThemUp) {

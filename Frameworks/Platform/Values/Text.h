@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Export.h"
 #include "Platform/Values/PropertyListValue.h"
 
 /// Scalars as text, the same in every locale.
