@@ -26,16 +26,14 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
-#include "QRVLogger/DDLog.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
 
 constexpr auto localChangeLifetime = std::chrono::seconds(3);
 
-// The messages of a save carry fixed places, so that a log can be searched for them across
-// versions.
 enum class SaveMessageLine : int {
     MissingValue = 88,
     SerialisationError = 115,
@@ -45,13 +43,8 @@ enum class SaveMessageLine : int {
 
 void logSaveMessage(SaveMessageLine line, const char* format,
                     std::vector<PropertyListValue> arguments) {
-    DDLogMessage message;
-    message.file = "Frameworks/QRVSettings/QRVSettings";
-    message.function = "QRVSettingsSaveObjectWithLog_block_invoke";
-    message.line = static_cast<int>(line);
-    message.format = format;
-    message.arguments = std::move(arguments);
-    DDLog::log(std::move(message));
+    logMessage("QRVSettingsSaveObjectWithLog_block_invoke", static_cast<int>(line), format,
+               std::move(arguments));
 }
 
 void keepAsLocalChanges(const NSArray& log) {

@@ -56,6 +56,30 @@ class QRV_EXPORT QRVSettings {
     /// lock and reads nothing; false too when the folder above cannot be searched.
     [[nodiscard]] bool exists() const;
 
+    /// @name Called by the host at its start, on its main thread and before other threads read
+    /// @{
+
+    /// Restores the appearance, compares the machine with the one that last used the settings, and
+    /// then builds `defaults()` anew; each time it is called. Until the first time there are no
+    /// defaults, and what was read before may go on being null: the cache is not touched.
+    ///
+    /// The machine and its model are recorded in the settings. On another machine
+    /// "Network.Menubar.Global.PrimaryInterface" is removed, on another model
+    /// "Sensors.Global.Fans" and each profile's "Sensors.Menubar.Sensors". These are ordinary
+    /// writes, and may throw as such.
+    ///
+    /// The defaults of clocks follow the short time pattern of the user's locale: LC_ALL, LC_TIME
+    /// or LANG of the environment.
+    void loadDefaults();
+
+    /// The machine: 40 lowercase hexadecimal digits that do not tell its serial number. Null when
+    /// it has none. Asks the system at each call.
+    [[nodiscard]] PropertyListValue deviceID() const;
+    /// The machine's model, ASCII text; null when the system does not tell it. Asks the system at
+    /// each call.
+    [[nodiscard]] PropertyListValue modelIdentifier() const;
+    /// @}
+
     /// @name Set by the host
     /// @{
 
@@ -89,7 +113,7 @@ class QRV_EXPORT QRVSettings {
     /// Full path of the settings file.
     [[nodiscard]] const std::string& location() const;
 
-    /// The built-in defaults as a tree; null at the start.
+    /// The built-in defaults as a tree; null until `loadDefaults`.
     [[nodiscard]] NSMutableDictionary defaults() const;
     void setDefaults(NSMutableDictionary defaults);
 
@@ -103,7 +127,7 @@ class QRV_EXPORT QRVSettings {
     [[nodiscard]] NSDictionary storageCache() const;
     void setStorageCache(NSDictionary storageCache);
 
-    /// The menu bar's appearance last set, "Dark" or "Light"; null at the start.
+    /// The menu bar's appearance, "Dark" or "Light"; null until it is set or restored.
     [[nodiscard]] const PropertyListValue& currentAppearance() const;
     void setCurrentAppearance(PropertyListValue currentAppearance);
 
@@ -200,4 +224,39 @@ QRV_EXPORT void QRVSettingsClearCacheForKeyPath(KeyPath keyPath);
 
 /// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`.
 QRV_EXPORT void QRVSettingsSynchronize();
+/// @}
+
+/// @name Appearance of the menu bar
+/// An appearance is known to the platform by a name (`Platform/System/NSAppearance.h`). Exactly the
+/// four names there are dark; any other, and null, is light.
+/// @{
+
+/// Makes "Dark" or "Light" the current appearance, and writes it to the settings.
+QRV_EXPORT void QRVSettingsSetCurrentAppearance(const PropertyListValue& appearanceName);
+
+/// "Dark" or "Light", or null when it was never set. What `loadDefaults` found in the settings
+/// stands as it is.
+QRV_EXPORT PropertyListValue QRVSettingsCurrentAppearance();
+
+/// The menu theme for an appearance, "dark" or "light". Changes nothing. Any thread.
+QRV_EXPORT std::string QRVSettingsMenuThemeForAppearance(const PropertyListValue& appearanceName);
+/// @}
+
+/// @name Colours
+/// A colour is kept as text: red, green, blue and alpha, usually from 0 to 1, with single spaces
+/// between them, as "1 0.321 0.341 1".
+/// @{
+
+/// The colour stored, else the default colour; null when neither is the text of a colour. In a text
+/// of four pieces a piece that is no number counts as 0; components have the precision of a float,
+/// and are not clamped.
+///
+/// Colours are cached under their key path together with other values: what another read has cached
+/// there is returned as it is.
+QRV_EXPORT PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath);
+
+/// Writes a colour's text, each component in the fewest digits that read back to the same double;
+/// null removes it, so that the default holds again. Throws NSInvalidArgumentException when `color`
+/// is something else, and as `QRVSettingsSetObjectForKeyPath` does.
+QRV_EXPORT void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, KeyPath keyPath);
 /// @}

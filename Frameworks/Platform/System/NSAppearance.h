@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// The names of the appearances that the platform knows as dark.
+
+#include <string_view>
+
+inline constexpr std::string_view NSAppearanceNameDarkAqua = "NSAppearanceNameDarkAqua";
+inline constexpr std::string_view NSAppearanceNameVibrantDark = "NSAppearanceNameVibrantDark";
+inline constexpr std::string_view NSAppearanceNameAccessibilityHighContrastDarkAqua =
+    "NSAppearanceNameAccessibilityHighContrastDarkAqua";
+inline constexpr std::string_view NSAppearanceNameAccessibilityHighContrastVibrantDark =
+    "NSAppearanceNameAccessibilityHighContrastVibrantDark";

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// The menu bar's appearance: the platform's many names for it as one of two words.
+
+#include <algorithm>
+#include <array>
+
+#include "Platform/System/NSAppearance.h"
+#include "QRVSettings/QRVSettings+StartUp.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+// The key is spelt so in every settings file there is.
+constexpr const char* appearanceKey = "MenubarCurrentApperance";
+
+constexpr std::array darkAppearances = {
+    NSAppearanceNameDarkAqua,
+    NSAppearanceNameVibrantDark,
+    NSAppearanceNameAccessibilityHighContrastDarkAqua,
+    NSAppearanceNameAccessibilityHighContrastVibrantDark,
+};
+
+bool isDark(const PropertyListValue& appearanceName) {
+    return appearanceName.isString() &&
+           std::find(darkAppearances.begin(), darkAppearances.end(), appearanceName.stringView()) !=
+               darkAppearances.end();
+}
+
+}  // namespace
+
+void QRVSettingsSetCurrentAppearance(const PropertyListValue& appearanceName) {
+    const PropertyListValue word = isDark(appearanceName) ? "Dark" : "Light";
+    QRVSettings::sharedSettings().setCurrentAppearance(word);
+    QRVSettingsSetObjectForKeyPathWithCache(word, appearanceKey, false);
+}
+
+PropertyListValue QRVSettingsCurrentAppearance() {
+    return QRVSettings::sharedSettings().currentAppearance();
+}
+
+std::string QRVSettingsMenuThemeForAppearance(const PropertyListValue& appearanceName) {
+    return isDark(appearanceName) ? "dark" : "light";
+}
+
+void restoreAppearance() {
+    PropertyListValue stored = QRVSettingsObjectForKeyPath(appearanceKey);
+    if (!stored.isNull()) QRVSettings::sharedSettings().setCurrentAppearance(std::move(stored));
+}

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+// Colours: four numbers as text in the settings, a colour object in the cache.
+//
+// A read, QRVSettingsColorForKeyPath:
+// 1. A null key path is null.
+// 2. An entry of the cache answers, whatever it is; the null marker with null.
+// 3. A stored colour answers, and is cached unless the cache is disabled.
+// 4. The default colour answers, and is cached whether the cache is disabled or not.
+// 5. Where there is none, the null marker is cached likewise.
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+using Pieces = std::array<std::string_view, 4>;
+
+/// What stands between the spaces, when that is four pieces.
+std::optional<Pieces> splitAtSpaces(std::string_view text) {
+    Pieces pieces;
+    for (std::size_t index = 0; index < pieces.size(); ++index) {
+        const bool isLast = index + 1 == pieces.size();
+        const std::size_t end = text.find(' ');
+        if ((end == std::string_view::npos) != isLast) return std::nullopt;
+        pieces[index] = text.substr(0, end);
+        if (!isLast) text.remove_prefix(end + 1);
+    }
+    return pieces;
+}
+
+double component(std::string_view piece) {
+    return PropertyListValue(piece).floatValue();
+}
+
+/// Null for what is not the text of a colour.
+PropertyListValue colorFromText(const PropertyListValue& text) {
+    if (!text.isString()) return nullptr;
+    const std::optional<Pieces> pieces = splitAtSpaces(text.stringView());
+    if (!pieces) return nullptr;
+    const auto& [red, green, blue, alpha] = *pieces;
+    return NSColor::colorWithSRGBRed(component(red), component(green), component(blue),
+                                     component(alpha));
+}
+
+PropertyListValue textOfColor(const PropertyListValue& value) {
+    if (value.isNull()) return nullptr;
+    if (!value.isColor()) throw NSInvalidArgumentException("the value to write is no colour");
+    const NSColor color = value.color();
+    const auto number = [](double component) { return PropertyListValue(component).stringValue(); };
+    return number(color.redComponent) + " " + number(color.greenComponent) + " " +
+           number(color.blueComponent) + " " + number(color.alphaComponent);
+}
+
+}  // namespace
+
+PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;  // 1
+    const QRVSettings& store = QRVSettings::sharedSettings();
+
+    PropertyListValue cached = store.cache().objectForKey(keyPath.text());
+    if (cached.isNullMarker()) return nullptr;  // 2
+    if (!cached.isNull()) return cached;
+
+    PropertyListValue stored = colorFromText(QRVSettingsStoredObjectForKeyPath(keyPath));
+    if (!stored.isNull()) {  // 3
+        if (!store.disableCache()) store.cache().setObjectForKey(stored, keyPath.text());
+        return stored;
+    }
+
+    PropertyListValue byDefault = colorFromText(QRVSettingsDefaultForKeyPath(keyPath));  // 4, 5
+    store.cache().setObjectForKey(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault,
+                                  keyPath.text());
+    return byDefault;
+}
+
+void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, KeyPath keyPath) {
+    const PropertyListValue text = textOfColor(color);
+    // The whole key path as one key of the top level. A key path with a dot is none, so of those it
+    // is the write below that leaves out what is equal to the default.
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    const bool isDefault = !text.isNull() && store.defaults().objectForKey(keyPath.text()) == text;
+    QRVSettingsSetObjectForKeyPathWithCache(isDefault ? nullptr : text, keyPath, false);
+    // The write has cached the text, and a cached value is returned as it is.
+    store.cache().removeObjectForKey(keyPath.text());
+}

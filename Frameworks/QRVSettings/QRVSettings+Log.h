@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The store's messages to the developers' log. Inner header of this folder.
+
+#include <utility>
+#include <vector>
+
+#include "QRVLogger/DDLog.h"
+
+/// A message's function and line are its own for good, so that a log can be searched for them
+/// across versions.
+inline void logMessage(const char* function, int line, const char* format,
+                       std::vector<PropertyListValue> arguments) {
+    DDLogMessage message;
+    message.file = "Frameworks/QRVSettings/QRVSettings";
+    message.function = function;
+    message.line = line;
+    message.format = format;
+    message.arguments = std::move(arguments);
+    DDLog::log(std::move(message));
+}

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Another machine than the one the tests run on.
+
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "Platform/System/MachineIdentity.h"
+
+namespace MachineSupport {
+
+/// From now on the machine is the one of these texts, kept in files of the working folder; without
+/// a text it does not tell.
+inline void beMachine(const std::optional<std::string>& serialNumber,
+                      const std::optional<std::string>& model) {
+    MachineIdentitySources sources{{}, {}, false};
+    if (serialNumber) {
+        std::ofstream("serial-number", std::ios::binary) << *serialNumber;
+        sources.serialNumberFiles = {"serial-number"};
+    }
+    if (model) {
+        std::ofstream("model", std::ios::binary) << *model;
+        sources.modelFiles = {"model"};
+    }
+    setMachineIdentitySources(sources);
+}
+
+}  // namespace MachineSupport
