@@ -14,7 +14,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get", "set", "unset", "list", "export", "path"};
+const std::vector<std::string> commands = {"get",    "set",   "unset",      "list",
+                                           "export", "color", "appearance", "path"};
 
 }  // namespace
 
@@ -38,6 +39,16 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"list", "a", "b"},
         {"export", "a", "b"},
         {"path", "a"},
+        {"color"},
+        {"color", "frobnicate"},
+        {"color", "get"},
+        {"color", "get", "a", "b"},
+        {"color", "set", "a"},
+        {"color", "unset", "a", "b"},
+        {"appearance"},
+        {"appearance", "get", "a"},
+        {"appearance", "set"},
+        {"appearance", "set", "dark", "light"},
     };
     for (const Arguments& arguments : wrong) {
         const Outcome outcome = run(arguments);

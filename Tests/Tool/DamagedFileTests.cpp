@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "Tool/ToolSupport.h"
 
 using testing::HasSubstr;
@@ -17,9 +19,19 @@ using ToolSupport::writeSettings;
 
 namespace {
 
-const std::vector<std::vector<std::string>> commandsThatRead = {
-    {"get", "a"}, {"get", "a", "--layer", "stored"}, {"list"},          {"list", "a"},
-    {"export"},   {"export", "out.plist"},           {"set", "a", "1"}, {"unset", "a"}};
+const std::vector<std::vector<std::string>> commandsThatRead = {{"get", "a"},
+                                                                {"get", "a", "--layer", "stored"},
+                                                                {"list", "--layer", "stored"},
+                                                                {"list", "a"},
+                                                                {"export"},
+                                                                {"export", "out.plist"},
+                                                                {"set", "a", "1"},
+                                                                {"unset", "a"},
+                                                                {"color", "get", "a"},
+                                                                {"color", "set", "a", "#000000"},
+                                                                {"color", "unset", "a"},
+                                                                {"appearance", "get"},
+                                                                {"appearance", "set", "dark"}};
 
 /// All of them say so and leave everything as it is.
 void expectUnreadable(const std::string& reason) {
@@ -97,14 +109,14 @@ TEST(DamagedFile, AFileThatIsTooLargeIsDamaged) {
 TEST(DamagedFile, DefaultsAndPathDoNotNeedIt) {
     writeSettings("{{{");
     EXPECT_EQ(run({"get", "a", "--layer", "default"}).exitCode, 1);
-    EXPECT_EQ(run({"list", "--layer", "default"}).exitCode, 1);
+    EXPECT_EQ(run({"list", "--layer", "default"}).exitCode, 0);
     EXPECT_EQ(run({"path"}).exitCode, 0);
 }
 
 TEST(DamagedFile, AnEmptyFileIsNotDamaged) {
     writeSettings("");
     for (const auto& arguments : commandsThatRead)
-        if (arguments.front() != "set") {
+        if (std::find(arguments.begin(), arguments.end(), "set") == arguments.end()) {
             EXPECT_EQ(run(arguments).exitCode, 1) << arguments.front();
         }
     EXPECT_EQ(contentsOf(settingsFile()), "");
@@ -129,7 +141,7 @@ TEST(ReplaceDamaged, ChangesNothingForAWholeFile) {
     const Outcome outcome = run({"set", "b", "1", "--replace-damaged"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "");
-    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":true,\"b\":1}\n");
+    EXPECT_EQ(ToolSupport::storedSettings(), "{\"a\":true,\"b\":1}");
 }
 
 TEST(ReplaceDamaged, UnsetFindsNothingToRemove) {

@@ -4,6 +4,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "Tool/ToolSupport.h"
@@ -24,6 +25,13 @@ const std::vector<std::vector<std::string>> readingCommands = {
     {"list"},
     {"list", "CPU"},
     {"list", "--json", "--layer", "stored"},
+    {"list", "--layer", "default"},
+    {"color", "get", "Network.Menubar.Mode.Status.NoIP.Color"},
+    {"color", "get", "absent"},
+    {"color", "set", "a", "red"},
+    {"color", "unset", "absent"},
+    {"appearance", "get"},
+    {"appearance", "set", "blue"},
     {"export"},
     {"path"},
     {"export", "--json"},
@@ -100,6 +108,9 @@ TEST(Get, AsksTheLayerThatIsNamed) {
     EXPECT_EQ(run({"get", "CPU.Width", "--layer", "effective"}).output, "40\n");
     EXPECT_EQ(run({"get", "CPU.Width", "--layer", "stored"}).output, "40\n");
     expectNotSet({"get", "CPU.Width", "--layer", "default"}, "not set, CPU.Width");
+    EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "1\n");
+    EXPECT_EQ(run({"get", "UpdateFrequency", "--layer", "default"}).output, "1\n");
+    expectNotSet({"get", "UpdateFrequency", "--layer", "stored"}, "not set, UpdateFrequency");
 }
 
 TEST(Get, ReadsABinaryFileOfAnotherProgram) {
@@ -120,21 +131,51 @@ TEST(Get, ReadsABinaryFileOfAnotherProgram) {
 
 TEST(List, PrintsEachLeafOnALineInOrder) {
     writeSettings(sample());
-    const Outcome outcome = run({"list"});
+    const Outcome outcome = run({"list", "--layer", "stored"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output,
               "CPU.Enabled\ttrue\nCPU.Width\t40\nCPUs.x\t2.0\nItems\t[\"b\",{\"n\":false}]\n");
     EXPECT_EQ(outcome.errors, "");
 }
 
+TEST(List, PrintsTheDefaultsWhereNothingElseIsAskedFor) {
+    const Outcome outcome = run({"list", "--layer", "default"});
+    EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 87);
+    EXPECT_THAT(outcome.output, HasSubstr("\nMenu.THeme.Vibrancy\ttrue\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("\nProcesses.Combine\t1\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("\nWeather.Global.Location.identifier\t-7\n"));
+    EXPECT_EQ(run({"list", "Menu", "--layer", "default"}).output,
+              "Menu.THeme.Vibrancy\ttrue\nMenu.Theme.Dark\t\"indigo\"\n"
+              "Menu.Theme.Light\t\"indigo\"\n");
+}
+
+TEST(List, PrintsWhatTheApplicationSees) {
+    writeSettings(
+        propertyList("<key>Menu</key><dict><key>Theme</key><dict><key>Dark</key>"
+                     "<string>red</string></dict></dict>"));
+    EXPECT_EQ(run({"list", "Menu"}).output,
+              "Menu.THeme.Vibrancy\ttrue\nMenu.Theme.Dark\t\"red\"\n"
+              "Menu.Theme.Light\t\"indigo\"\n");
+    EXPECT_EQ(run({"list", "Menu", "--layer", "stored"}).output, "Menu.Theme.Dark\t\"red\"\n");
+}
+
+TEST(List, AStoredValueAboveThemLeavesTheDefaultsReadable) {
+    writeSettings(propertyList("<key>Menu</key><string>flat</string>"));
+    EXPECT_EQ(run({"list", "Menu"}).output,
+              "Menu\t\"flat\"\nMenu.THeme.Vibrancy\ttrue\nMenu.Theme.Dark\t\"indigo\"\n"
+              "Menu.Theme.Light\t\"indigo\"\n");
+    EXPECT_EQ(run({"get", "Menu.Theme.Dark"}).output, "indigo\n");
+}
+
 TEST(List, PrintsOneObjectWhenAskedForJSON) {
     writeSettings(sample());
-    EXPECT_EQ(run({"list", "--json", "CPU"}).output, "{\"CPU.Enabled\":true,\"CPU.Width\":40}\n");
+    EXPECT_EQ(run({"list", "--json", "CPUs"}).output, "{\"CPUs.x\":2.0}\n");
 }
 
 TEST(List, TakesThePrefixByComponents) {
     writeSettings(sample());
-    EXPECT_EQ(run({"list", "CPU"}).output, "CPU.Enabled\ttrue\nCPU.Width\t40\n");
+    EXPECT_EQ(run({"list", "CPU", "--layer", "stored"}).output,
+              "CPU.Enabled\ttrue\nCPU.Width\t40\n");
     EXPECT_EQ(run({"list", "CPU.Width"}).output, "CPU.Width\t40\n");
     expectNotSet({"list", "CP"}, "nothing is set, CP");
     expectNotSet({"list", "CPU.Width.Max"}, "nothing is set, CPU.Width.Max");
@@ -142,22 +183,22 @@ TEST(List, TakesThePrefixByComponents) {
 }
 
 TEST(List, SaysWhenNothingIsSet) {
-    expectNotSet({"list"}, "nothing is set");
+    expectNotSet({"list", "--layer", "stored"}, "nothing is set");
     writeSettings(sample());
-    expectNotSet({"list", "--layer", "default"}, "nothing is set");
+    expectNotSet({"list", "Items", "--layer", "default"}, "nothing is set, Items");
     expectNotSet({"list", "Empty"}, "nothing is set, Empty");
 }
 
 TEST(List, KeepsOneLineForAKeyWithControlCharacters) {
     writeSettings(propertyList("<key>a&#9;b&#10;</key><true/><key>\"q</key><true/>"));
-    EXPECT_EQ(run({"list"}).output, "\"\\\"q\"\ttrue\n\"a\\tb\\n\"\ttrue\n");
+    EXPECT_EQ(run({"list", "--layer", "stored"}).output, "\"\\\"q\"\ttrue\n\"a\\tb\\n\"\ttrue\n");
 }
 
 TEST(List, LeavesOutWhatNoKeyPathReaches) {
     writeSettings(
         propertyList("<key>a.b</key><true/><key>c</key><dict><key>d.e</key><true/></dict>"
                      "<key>x.y</key><true/><key>x</key><dict><key>y</key><false/></dict>"));
-    EXPECT_EQ(run({"list"}).output, "x.y\tfalse\n");
+    EXPECT_EQ(run({"list", "--layer", "stored"}).output, "x.y\tfalse\n");
 }
 
 TEST(Export, GivesThePropertyListAgain) {

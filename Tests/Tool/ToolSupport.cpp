@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 
@@ -126,6 +127,12 @@ void writeSettings(std::string_view bytes) {
 std::string propertyList(std::string_view entries) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>" +
            std::string(entries) + "</dict>\n</plist>\n";
+}
+
+std::string storedSettings() {
+    nlohmann::json settings = nlohmann::json::parse(run({"export", "--json"}).output);
+    settings.erase("Device");
+    return settings.dump();
 }
 
 std::map<std::string, std::string> snapshot(const std::filesystem::path& folder) {

@@ -40,6 +40,9 @@ void writeSettings(std::string_view bytes);
 /// An XML property list with these contents of its root dictionary.
 std::string propertyList(std::string_view entries);
 
+/// What the settings file holds as a line of JSON, without the record of the machine.
+std::string storedSettings();
+
 /// All there is below a folder: kind, times, and contents by path.
 std::map<std::string, std::string> snapshot(const std::filesystem::path& folder);
 

@@ -11,6 +11,7 @@ using ToolSupport::Outcome;
 using ToolSupport::propertyList;
 using ToolSupport::run;
 using ToolSupport::settingsFile;
+using ToolSupport::storedSettings;
 using ToolSupport::writeSettings;
 
 TEST(Set, TheFileHoldsTheValueOnReturn) {
@@ -29,7 +30,7 @@ TEST(Set, OneProcessBuildsOnWhatAnotherWrote) {
     ASSERT_EQ(run({"set", "CPU.Width", "40"}).exitCode, 0);
     ASSERT_EQ(run({"set", "CPU.Enabled", "true"}).exitCode, 0);
     ASSERT_EQ(run({"set", "CPU.Width", "41"}).exitCode, 0);
-    EXPECT_EQ(run({"export", "--json"}).output, "{\"CPU\":{\"Enabled\":true,\"Width\":41}}\n");
+    EXPECT_EQ(storedSettings(), "{\"CPU\":{\"Enabled\":true,\"Width\":41}}");
 }
 
 TEST(Set, WritesAnEqualNumberOfAnotherKind) {
@@ -41,7 +42,7 @@ TEST(Set, WritesAnEqualNumberOfAnotherKind) {
 TEST(Set, ReplacesADictionary) {
     ASSERT_EQ(run({"set", "a.b", "1"}).exitCode, 0);
     ASSERT_EQ(run({"set", "a", "2"}).exitCode, 0);
-    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":2}\n");
+    EXPECT_EQ(storedSettings(), "{\"a\":2}");
 }
 
 TEST(Set, AnEmptyFileIsNoObstacle) {
@@ -72,7 +73,7 @@ TEST(Unset, RemovesWhatIsStored) {
     const Outcome outcome = run({"unset", "a.b", "a.c"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output + outcome.errors, "");
-    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":{\"d\":3}}\n");
+    EXPECT_EQ(storedSettings(), "{\"a\":{\"d\":3}}");
 }
 
 TEST(Unset, NamesWhatIsNotSetAndRemovesTheRest) {
@@ -80,7 +81,7 @@ TEST(Unset, NamesWhatIsNotSetAndRemovesTheRest) {
     const Outcome outcome = run({"unset", "x", "a.b", "a.b.c"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "qrvsettings: not set, x\nqrvsettings: not set, a.b.c\n");
-    EXPECT_EQ(run({"export", "--json"}).output, "{\"a\":{\"c\":2}}\n");
+    EXPECT_EQ(storedSettings(), "{\"a\":{\"c\":2}}");
 }
 
 TEST(Unset, LeavesTheFileAloneWhenNothingIsSet) {
@@ -99,6 +100,6 @@ TEST(Unset, OneKeyPathMayLieBelowAnother) {
         const Outcome outcome =
             parentFirst ? run({"unset", "a", "a.b.c", "a"}) : run({"unset", "a.b.c", "a", "a.b.c"});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        EXPECT_EQ(run({"export", "--json"}).output, "{\"z\":1}\n");
+        EXPECT_EQ(storedSettings(), "{\"z\":1}");
     }
 }

@@ -27,6 +27,8 @@ void addCommands(CLI::App& program, Action& action) {
     addUnsetCommand(program, action);
     addListCommand(program, action);
     addExportCommand(program, action);
+    addColorCommand(program, action);
+    addAppearanceCommand(program, action);
     addPathCommand(program, action);
 }
 

@@ -58,10 +58,11 @@ void addJSON(CLI::App& command, bool& json, const std::string& description) {
     command.add_flag("--json", json, description);
 }
 
-void addReplaceDamaged(CLI::App& command, bool& replaceDamaged) {
-    command.add_flag("--replace-damaged", replaceDamaged,
-                     "Go on where the settings file is damaged: it counts as empty, and its bytes "
-                     "are kept beside the new file");
+void addReplaceDamaged(CLI::App& command, DamagedFile& damagedFile) {
+    command.add_flag_callback(
+        "--replace-damaged", [&damagedFile] { damagedFile = DamagedFile::Replaced; },
+        "Go on where the settings file is damaged: it counts as empty, and its bytes "
+        "are kept beside the new file");
 }
 
 }  // namespace Tool

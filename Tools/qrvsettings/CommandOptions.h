@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "SettingsFile.h"
+
 namespace CLI {
 class App;
 class Option;
@@ -28,6 +30,6 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
 
 void addLayer(CLI::App& command, std::string& layer);
 void addJSON(CLI::App& command, bool& json, const std::string& description);
-void addReplaceDamaged(CLI::App& command, bool& replaceDamaged);
+void addReplaceDamaged(CLI::App& command, DamagedFile& damagedFile);
 
 }  // namespace Tool

@@ -21,6 +21,8 @@ void addSetCommand(CLI::App& program, Action& action);
 void addUnsetCommand(CLI::App& program, Action& action);
 void addListCommand(CLI::App& program, Action& action);
 void addExportCommand(CLI::App& program, Action& action);
+void addColorCommand(CLI::App& program, Action& action);
+void addAppearanceCommand(CLI::App& program, Action& action);
 void addPathCommand(CLI::App& program, Action& action);
 
 }  // namespace Tool

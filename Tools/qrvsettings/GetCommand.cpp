@@ -23,7 +23,7 @@ struct Options {
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
     const Layer layer(options.layer);
-    layer.requireReadable();
+    layer.open();
     const PropertyListValue value = layer.value(options.keyPath);
     if (value.isNull()) throw Failure(ExitCode::NotSet, "not set, " + options.keyPath);
     print((options.json ? jsonText(value) : bareText(value)) + "\n");

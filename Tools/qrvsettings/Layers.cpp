@@ -4,6 +4,7 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "SettingsFile.h"
+#include "StartUp.h"
 
 namespace Tool {
 
@@ -12,8 +13,11 @@ Layer::Layer(std::string_view name)
             : name == "default" ? Name::Default
                                 : Name::Effective) {}
 
-void Layer::requireReadable() const {
+// The start-up changes the stored values in memory: a foreign machine's are reset. Of the settings
+// file alone it has nothing to say.
+void Layer::open() const {
     if (name_ != Name::Default) requireReadableSettingsFile();
+    if (name_ != Name::Stored) startUp();
 }
 
 PropertyListValue Layer::value(KeyPath keyPath) const {

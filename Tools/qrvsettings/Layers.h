@@ -16,8 +16,9 @@ class Layer {
     /// `name` is one of the three.
     explicit Layer(std::string_view name);
 
-    /// Throws Failure (UnreadableFile) when the layer needs the settings file and that is no good.
-    void requireReadable() const;
+    /// Before the first read. Throws Failure: UnreadableFile when the layer needs the settings file
+    /// and that is no good, and as `startUp` does.
+    void open() const;
     /// Null when it is not set.
     [[nodiscard]] PropertyListValue value(KeyPath keyPath) const;
     /// What `value` answers for each key path of a leaf, by key path. A key that holds a "." cannot

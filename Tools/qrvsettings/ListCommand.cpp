@@ -53,7 +53,7 @@ std::string lines(const NSDictionary& leaves) {
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
     const Layer layer(options.layer);
-    layer.requireReadable();
+    layer.open();
     const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
     if (leaves.count() == 0)
         throw Failure(ExitCode::NotSet,

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <memory>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace Tool {
 
-/// Watches over the saves of what is written during its life: nothing that goes wrong with them
-/// reaches the writer otherwise. One at a time.
-class Saving {
-  public:
-    Saving();
-    Saving(const Saving&) = delete;
-    Saving& operator=(const Saving&) = delete;
-    ~Saving();
+enum class StartUp { MustSucceed, MayFail };
 
-    /// Waits for the saves and reads the file afresh. What the store has to say about the saves
-    /// goes to the user. Throws Failure (NotWritten), with the reason, unless the file holds at
-    /// each key path what this process has stored there.
-    void finish(const std::vector<std::string>& keyPaths);
-
-  private:
-    struct Observations;
-    std::shared_ptr<Observations> observations_;
-};
+/// Starts up, runs `write`, saves everything once, and returns when the file holds at each of the
+/// key paths what this process has stored there. What start-up and the saves have to say goes to
+/// the user.
+///
+/// Throws Failure: WrongValue when a stored value is in the way of `write` or, unless it may fail,
+/// of the start-up; then nothing is saved. NotWritten, with the reason, when the file does not hold
+/// the change.
+void save(const std::vector<std::string>& keyPaths, const std::function<void()>& write,
+          StartUp startUp = StartUp::MustSucceed);
 
 }  // namespace Tool

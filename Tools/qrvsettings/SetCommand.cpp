@@ -7,7 +7,6 @@
 #include "Commands.h"
 #include "Input.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
 #include "SettingsFile.h"
@@ -32,7 +31,7 @@ struct Options {
     std::string keyPath;
     std::string value;
     std::string type;
-    bool replaceDamaged = false;
+    DamagedFile damagedFile = DamagedFile::Refused;
 };
 
 PropertyListValue valueOf(const Options& options) {
@@ -40,27 +39,6 @@ PropertyListValue valueOf(const Options& options) {
         valueFromText(options.value == "-" ? standardInput() : options.value, options.type);
     requireStorable(value);
     return value;
-}
-
-/// The stored value that the key path leads through though it is no dictionary.
-std::string obstacleOf(const std::string& keyPath) {
-    const NSDictionary stored = QRVSettingsStoredValues();
-    for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
-         end = keyPath.find('.', end + 1)) {
-        const std::string above = keyPath.substr(0, end);
-        const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(stored, above);
-        if (!value.isNull() && !value.isDictionary()) return above + " is " + kindName(value);
-    }
-    return "unknown";
-}
-
-void store(const PropertyListValue& value, const std::string& keyPath) {
-    try {
-        QRVSettingsSetObjectForKeyPath(value, keyPath);
-    } catch (const NSInvalidArgumentException&) {
-        throw Failure(ExitCode::WrongValue,
-                      "a stored value is in the way: " + obstacleOf(keyPath) + ", " + keyPath);
-    }
 }
 
 /// What a reader of the file will find.
@@ -77,11 +55,8 @@ void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPat
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
-    requireWritableSettingsFile(options.replaceDamaged ? DamagedFile::Replaced
-                                                       : DamagedFile::Refused);
-    Saving saving;
-    store(value, options.keyPath);
-    saving.finish({options.keyPath});
+    requireWritableSettingsFile(options.damagedFile);
+    save({options.keyPath}, [&] { QRVSettingsSetObjectForKeyPath(value, options.keyPath); });
     tellWhatIsNotKept(value, options.keyPath);
     return ExitCode::Done;
 }
@@ -99,7 +74,7 @@ void addSetCommand(CLI::App& program, Action& action) {
                     "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
         ->type_name("NAME")
         ->check(CLI::IsMember({"bool", "int", "real", "string", "date", "data", "json"}));
-    addReplaceDamaged(command, options->replaceDamaged);
+    addReplaceDamaged(command, options->damagedFile);
     command.footer(valueHelp);
     command.callback([options, &action] { action = [options] { return set(*options); }; });
 }

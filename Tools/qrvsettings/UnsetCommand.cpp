@@ -15,7 +15,7 @@ namespace {
 
 struct Options {
     std::vector<std::string> keyPaths;
-    bool replaceDamaged = false;
+    DamagedFile damagedFile = DamagedFile::Refused;
 };
 
 bool isStored(const std::string& keyPath) {
@@ -35,19 +35,19 @@ std::vector<std::string> storedOnes(const std::vector<std::string>& keyPaths) {
 }
 
 void remove(const std::vector<std::string>& keyPaths) {
-    Saving saving;
     for (const std::string& keyPath : keyPaths)
         // It may be gone with one above it; to remove it again would create what is above.
         if (isStored(keyPath)) QRVSettingsSetObjectForKeyPath(nullptr, keyPath);
-    saving.finish(keyPaths);
 }
 
 ExitCode unset(const Options& options) {
     for (const std::string& keyPath : options.keyPaths) requireUTF8(keyPath);
-    requireWritableSettingsFile(options.replaceDamaged ? DamagedFile::Replaced
-                                                       : DamagedFile::Refused);
+    requireWritableSettingsFile(options.damagedFile);
     const std::vector<std::string> stored = storedOnes(options.keyPaths);
-    if (!stored.empty()) remove(stored);
+    // What is removed may be what the application cannot start with.
+    if (!stored.empty())
+        save(
+            stored, [&stored] { remove(stored); }, StartUp::MayFail);
     return stored.size() == options.keyPaths.size() ? ExitCode::Done : ExitCode::NotSet;
 }
 
@@ -58,7 +58,7 @@ void addUnsetCommand(CLI::App& program, Action& action) {
         *program.add_subcommand("unset", "Remove stored settings, so that the defaults hold again");
     const auto options = std::make_shared<Options>();
     addTexts(command, "KEYPATH", options->keyPaths, "Keys joined by dots; one or more")->required();
-    addReplaceDamaged(command, options->replaceDamaged);
+    addReplaceDamaged(command, options->damagedFile);
     command.footer(
         "Key paths that are not stored are named on standard error, and the exit code is 1; the\n"
         "others are removed all the same.\n\n"

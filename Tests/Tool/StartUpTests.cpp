@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+// The tool starts up as any process of the application does: what it reads is what that would see.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tool/ToolSupport.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using ToolSupport::Outcome;
+using ToolSupport::propertyList;
+using ToolSupport::run;
+using ToolSupport::snapshot;
+using ToolSupport::writeSettings;
+
+namespace {
+
+std::string ofAnotherModel() {
+    return propertyList(
+        "<key>Device</key><dict><key>Model</key><string>another</string></dict>"
+        "<key>Sensors</key><dict><key>Global</key><dict><key>Fans</key><dict>"
+        "<key>Speed</key><integer>3</integer></dict></dict></dict>");
+}
+
+}  // namespace
+
+TEST(StartUp, AWriteRecordsTheMachine) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    const std::string model = run({"get", "Device.Model", "--layer", "stored"}).output;
+    EXPECT_NE(model, "");
+    EXPECT_EQ(run({"get", "Device.Model"}).output, model);
+}
+
+TEST(StartUp, OfAReadingCommandStaysInMemory) {
+    writeSettings(ofAnotherModel());
+    const auto before = snapshot(ToolSupport::configurationFolder());
+    EXPECT_EQ(run({"get", "Sensors.Global.Fans.Speed"}).exitCode, 1);
+    EXPECT_THAT(run({"list", "Sensors.Global.Fans"}).output,
+                testing::Not(HasSubstr("Sensors.Global.Fans.Speed")));
+    EXPECT_EQ(run({"get", "Device.Model", "--layer", "stored"}).output, "another\n");
+    EXPECT_EQ(run({"get", "Sensors.Global.Fans.Speed", "--layer", "stored"}).output, "3\n");
+    EXPECT_THAT(run({"export"}).output, HasSubstr("<string>another</string>"));
+    EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(StartUp, AWriteSavesTheResetAndSaysSo) {
+    writeSettings(ofAnotherModel());
+    const Outcome outcome = run({"set", "a", "1"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(
+        outcome.errors,
+        HasSubstr("qrvsettings: the settings come from another model: Sensors.Global.Fans "));
+    EXPECT_EQ(run({"get", "Sensors.Global.Fans.Speed", "--layer", "stored"}).exitCode, 1);
+    EXPECT_NE(run({"get", "Device.Model", "--layer", "stored"}).output, "another\n");
+    EXPECT_EQ(run({"set", "a", "2"}).errors, "") << "once per change";
+}
+
+TEST(StartUp, TheResetIsSavedToTogetherWithTheRemovalOfWhatItRemoves) {
+    writeSettings(ofAnotherModel());
+    EXPECT_EQ(run({"unset", "Sensors.Global.Fans"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "Sensors.Global.Fans", "--layer", "stored"}).exitCode, 1);
+}
+
+TEST(StartUp, ARefusedWriteSavesNothing) {
+    writeSettings(ofAnotherModel());
+    const auto before = snapshot(ToolSupport::configurationFolder());
+    EXPECT_EQ(run({"set", "Device.Model.Deeper", "1"}).exitCode, 5);
+    EXPECT_EQ(run({"unset", "absent"}).exitCode, 1);
+    EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(StartUp, NamesTheStoredValueThatIsInItsWay) {
+    writeSettings(propertyList("<key>Device</key><string>flat</string>"));
+    const auto before = snapshot(ToolSupport::configurationFolder());
+    const std::vector<std::vector<std::string>> commands = {
+        {"get", "a"}, {"list"}, {"set", "a", "1"}, {"color", "get", "a"}, {"appearance", "get"}};
+    for (const auto& arguments : commands) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 5) << arguments.front();
+        EXPECT_THAT(outcome.errors,
+                    StartsWith("qrvsettings: the application cannot start with these settings: "));
+        EXPECT_THAT(outcome.errors, HasSubstr("Device.Device"));
+    }
+    EXPECT_EQ(run({"get", "Device", "--layer", "stored"}).output, "flat\n");
+    EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+    EXPECT_EQ(run({"unset", "Device"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "1\n");
+}
