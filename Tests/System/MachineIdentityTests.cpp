@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 
-#include <array>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 #include "Support/MachineSupport.h"
 
@@ -12,13 +12,10 @@ using MachineSupport::beMachine;
 namespace {
 
 std::string hexadecimal(const SHA1Digest& digest) {
-    std::string text;
-    for (const unsigned byte : digest) {
-        std::array<char, 3> digits{};
-        std::snprintf(digits.data(), digits.size(), "%02x", byte);
-        text += digits.data();
-    }
-    return text;
+    std::ostringstream text;
+    for (const unsigned byte : digest)
+        text << std::hex << std::setw(2) << std::setfill('0') << byte;
+    return text.str();
 }
 
 void write(const char* path, const std::string& text) {

@@ -8,7 +8,6 @@ using testing::HasSubstr;
 using ToolSupport::Outcome;
 using ToolSupport::propertyList;
 using ToolSupport::run;
-using ToolSupport::storedSettings;
 using ToolSupport::writeSettings;
 
 namespace {

@@ -50,7 +50,7 @@ bool isColorText(const PropertyListValue& value) {
     return value.isString() && std::count(text.begin(), text.end(), ' ') == 3;
 }
 
-PropertyListValue colorOf(const std::string& keyPath) {
+NSColor colorOf(const std::string& keyPath) {
     const PropertyListValue color = QRVSettingsColorForKeyPath(keyPath);
     const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(keyPath);
     const PropertyListValue present =
@@ -61,14 +61,14 @@ PropertyListValue colorOf(const std::string& keyPath) {
                                                 shortened(bareText(present)) + ", " + keyPath);
     if (!isColorText(present))
         say("what is stored is not a colour, so this is the default, " + keyPath);
-    return color;
+    return color.color();
 }
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
     requireReadableSettingsFile();
     startUp();
-    const NSColor color = colorOf(options.keyPath).color();
+    const NSColor color = colorOf(options.keyPath);
     const std::string text = options.hexadecimal ? hexadecimalColorText(color) : colorText(color);
     print(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") + "\n");
     return ExitCode::Done;
