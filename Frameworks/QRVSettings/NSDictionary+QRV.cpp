@@ -128,4 +128,81 @@ void flatten(const PropertyListValue& value, const NSMutableDictionary& results,
     }
 }
 
+namespace {
+
+// By their flat maps: any two key paths that look alike are one.
+NSMutableArray changedKeysOfFlattened(const NSDictionary& dict1, const NSDictionary& dict2) {
+    const NSMutableDictionary before;
+    const NSMutableDictionary after;
+    flatten(dict1, before);
+    flatten(dict2, after);
+    NSMutableArray changed;
+    for (const auto& [keyPath, value] : before)
+        if (after.objectForKey(keyPath) != value) changed.addObject(keyPath);
+    for (const auto& [keyPath, value] : after)
+        if (before.objectForKey(keyPath).isNull()) changed.addObject(keyPath);
+    return changed;
+}
+
+struct KeyWithSeparator {};
+
+/// Walks over two trees at once and collects where they differ. Throws KeyWithSeparator where a key
+/// holds a ".": then two ways through a tree may have one key path.
+class Comparison {
+  public:
+    NSMutableArray changedKeys(const NSDictionary& dict1, const NSDictionary& dict2) {
+        remaining_.push_back({dict1, dict2, ""});
+        while (!remaining_.empty()) {
+            const Level level = std::move(remaining_.back());
+            remaining_.pop_back();
+            compare(level);
+        }
+        return changed_;
+    }
+
+  private:
+    /// Two dictionaries at one place; null where there is none.
+    struct Level {
+        NSDictionary before;
+        NSDictionary after;
+        std::string keyPathStart;
+    };
+
+    void compare(const Level& level) {
+        if (level.before.isIdenticalTo(level.after)) return;
+        for (const auto& [key, value] : level.before)
+            compare(value, level.after.objectForKey(key), level, key);
+        for (const auto& [key, value] : level.after)
+            if (level.before.objectForKey(key).isNull()) compare(nullptr, value, level, key);
+    }
+
+    void compare(const PropertyListValue& before, const PropertyListValue& after,
+                 const Level& level, std::string_view key) {
+        if (key.find(separator) != std::string_view::npos) throw KeyWithSeparator();
+        if (before.isIdenticalTo(after)) return;
+        const bool hadLeaf = !before.isNull() && !before.isDictionary();
+        const bool hasLeaf = !after.isNull() && !after.isDictionary();
+        const bool isEqual = hadLeaf && hasLeaf && before == after;
+        if (isEqual) return;
+        std::string keyPath = level.keyPathStart + std::string(key);
+        if (hadLeaf || hasLeaf) changed_.addObject(keyPath);
+        if (before.isDictionary() || after.isDictionary())
+            remaining_.push_back(
+                {before.dictionary(), after.dictionary(), std::move(keyPath) + separator});
+    }
+
+    std::vector<Level> remaining_;
+    NSMutableArray changed_;
+};
+
+}  // namespace
+
+NSMutableArray changedKeys(const NSDictionary& dict1, const NSDictionary& dict2) {
+    try {
+        return Comparison().changedKeys(dict1, dict2);
+    } catch (const KeyWithSeparator&) {
+        return changedKeysOfFlattened(dict1, dict2);
+    }
+}
+
 }  // namespace NSDictionaryQRV

@@ -43,4 +43,10 @@ QRV_EXPORT void flatten(const NSDictionary& tree, const NSMutableDictionary& res
 QRV_EXPORT void flatten(const PropertyListValue& value, const NSMutableDictionary& results,
                         std::optional<std::string_view> prefix);
 
+/// The key paths of the leaves that were added, removed or given another value, each once, in no
+/// defined order. Null counts as an empty tree. An array is one leaf, numbers are compared by their
+/// numeric value, and dictionaries without any leaf are nothing. What both trees share is not
+/// looked into.
+QRV_EXPORT NSMutableArray changedKeys(const NSDictionary& dict1, const NSDictionary& dict2);
+
 }  // namespace NSDictionaryQRV

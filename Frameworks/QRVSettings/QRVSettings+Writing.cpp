@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Writing a setting, and saving the settings file.
 //
-// A write, QRVSettingsSetObjectForKeyPathWithCache, on the caller's thread:
+// A write, plain or into a profile, on the caller's thread:
 // 1. The working tree is a copy of the stored tree, read from the file first when this process has
 // not.
 // 2. The default of the key path is looked up.
@@ -28,6 +28,7 @@
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Log.h"
+#include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -125,19 +126,23 @@ NSDictionary changeRecord(KeyPath keyPath) {
 
 }  // namespace
 
-void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
-                                             bool /*withCache*/) {
+void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault) {
     QRVSettings& store = QRVSettings::sharedSettings();
     NSMutableDictionary working = QRVSettingsStoredValues().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);           // 2
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
     const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
     const NSDictionary record = changeRecord(keyPath);                                   // 4
     NSDictionaryQRV::setObjectAtKeyPath(working, isDefault ? nullptr : value, keyPath);  // 5
     store.setStorageCache(working.mutableCopy());                                        // 6
     store.cache().setObjectForKey(value, keyPath.text());                                // 7
     QRVSettingsSaveObjectWithLog(working.copy(), NSArray({record}));                     // 8
+}
+
+void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
+                                             bool /*withCache*/) {
+    writeSetting(value, keyPath, keyPath);
 }
 
 void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath) {

@@ -78,6 +78,11 @@ class QRV_EXPORT QRVSettings {
     /// The machine's model, ASCII text; null when the system does not tell it. Asks the system at
     /// each call.
     [[nodiscard]] PropertyListValue modelIdentifier() const;
+
+    /// Brings stored settings of earlier versions into the present shape: merges the combined
+    /// menu-bar items, and copies menu-bar settings into the profile "default". Each is done once
+    /// for a settings file, as flags below "Migration" tell. `QRVSettingsImport` calls it.
+    void migrate();
     /// @}
 
     /// @name Set by the host
@@ -98,7 +103,8 @@ class QRV_EXPORT QRVSettings {
     [[nodiscard]] bool prepared() const;
     void setPrepared(bool prepared);
 
-    /// The name of the profile in use; empty at the start.
+    /// The name of the profile that the profile functions work in, read at each call; empty at the
+    /// start.
     [[nodiscard]] const std::optional<std::string>& activeProfile() const;
     void setActiveProfile(std::optional<std::string> activeProfile);
 
@@ -224,6 +230,53 @@ QRV_EXPORT void QRVSettingsClearCacheForKeyPath(KeyPath keyPath);
 
 /// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`.
 QRV_EXPORT void QRVSettingsSynchronize();
+/// @}
+
+/// @name Batches and import
+/// @{
+
+/// From here on writes take effect in this process only; a commit saves them. There is one batch at
+/// a time: opening it twice is opening it once.
+QRV_EXPORT void QRVSettingsPrepareBatchSave();
+
+/// Ends the batch and queues one save of everything, with the batch's change records; also when
+/// nothing was written, and when no batch is open.
+QRV_EXPORT void QRVSettingsCommitBatchSave();
+
+/// Replaces all stored settings by a tree, migrates it and queues one save. An open batch ends, its
+/// writes are gone. What this process has cached stays readable under its key path; clear what the
+/// tree changes (`QRVSettingsClearCacheForKeyPath`).
+QRV_EXPORT void QRVSettingsImport(const NSDictionary& settings);
+
+/// Always false: a migration is never left to the host.
+QRV_EXPORT bool QRVSettingsMigrationNeeded();
+/// Does nothing.
+QRV_EXPORT void QRVSettingsPerformMigration();
+/// @}
+
+/// @name Settings of the active profile
+/// Stored apart for each profile, with one default for all: that of the plain key path, which is
+/// what these functions take. A profile whose name holds a "." adds levels. Without an active
+/// profile the name is "(null)".
+/// @{
+
+/// The key path of the setting inside the active profile: "Profiles.Settings.", the name, "." and
+/// `keyPath`.
+QRV_EXPORT std::string QRVSettingsProfileKeyForKey(KeyPath keyPath);
+
+/// The profile's value, else the default. A value stored at the plain key path is not looked at.
+/// The answer is cached also when `disableCache()` is set.
+QRV_EXPORT PropertyListValue QRVSettingsProfileObjectForKeyPath(KeyPath keyPath);
+
+/// Writes into the profile, and otherwise as `QRVSettingsSetObjectForKeyPathWithCache` does. A null
+/// key path is "(null)".
+QRV_EXPORT void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value,
+                                                               KeyPath keyPath, bool withCache);
+QRV_EXPORT void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value,
+                                                      KeyPath keyPath);
+
+/// Forgets the profile's cached value of exactly this key path.
+QRV_EXPORT void QRVSettingsProfileClearCacheForKeyPath(KeyPath keyPath);
 /// @}
 
 /// @name Appearance of the menu bar

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// Brings settings written by earlier versions into the present shape. Each of the two migrations
+// runs once for a settings file, as its flag there tells; any value of the flag counts, false too.
+
+#include <array>
+#include <utility>
+
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+constexpr const char* combinedItemsFlag = "Migration.CombinedPowerItems";
+constexpr const char* profilesFlag = "Migration.Profiles";
+constexpr const char* combinedItemsKeyPath = "Combined.Menubar.Items";
+
+constexpr std::array modules = {"CPU",     "Network",  "Battery", "Weather", "Disks",
+                                "Sensors", "Combined", "Memory",  "Time"};
+constexpr std::array menubarKeys = {"Enabled", "Items",     "Clocks",       "Disks",
+                                    "Sensors", "Batteries", "DetailedState"};
+
+void write(const PropertyListValue& value, KeyPath keyPath) {
+    QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
+}
+
+/// All items of the kind that is no more become one of the kind that replaces it.
+NSArray withMergedPowerItems(const NSArray& items) {
+    constexpr int mergedSource = 8;
+    static const auto& replacement = *new NSDictionary{{"source", 21}};
+    NSMutableArray merged;
+    bool isReplaced = false;
+    for (const PropertyListValue& item : items) {
+        if (item.dictionary().objectForKey("source").integerValue() != mergedSource)
+            merged.addObject(item);
+        else if (!std::exchange(isReplaced, true))
+            merged.addObject(replacement);
+    }
+    return merged.copy();
+}
+
+// The items are read from the active profile and written to the plain key path. So a file that
+// holds none in its profile gets an empty list there, whatever it held.
+void mergeCombinedPowerItems() {
+    if (!QRVSettingsObjectForKeyPath(combinedItemsFlag).isNull()) return;
+    const NSArray items = QRVSettingsProfileObjectForKeyPath(combinedItemsKeyPath).array();
+    const NSArray merged = withMergedPowerItems(items);
+    if (merged != items) write(merged, combinedItemsKeyPath);
+    write(true, combinedItemsFlag);
+}
+
+NSDictionary menubarOfProfile(const NSDictionary& module) {
+    const NSDictionary menubar = module.objectForKey("Menubar").dictionary();
+    NSMutableDictionary copied;
+    for (const char* key : menubarKeys) copied.setObjectForKey(menubar.objectForKey(key), key);
+    return copied;
+}
+
+// The flag of this one is looked for in the file alone: a default would not tell what the file
+// holds.
+void moveMenubarSettingsIntoDefaultProfile() {
+    if (!QRVSettingsStoredObjectForKeyPath(profilesFlag).isNull()) return;
+    static const auto& available = *new NSDictionary{{"identifier", "default"}};
+    const NSMutableDictionary profile;
+    for (const char* module : modules) {
+        const NSDictionary stored = QRVSettingsStoredObjectForKeyPath(module).dictionary();
+        profile.setObjectForKey(NSMutableDictionary{{"Menubar", menubarOfProfile(stored)}}, module);
+    }
+    const NSMutableDictionary profiles{{"Available", available},
+                                       {"Settings", NSMutableDictionary{{"default", profile}}}};
+    write(profiles, "Profiles");
+    write(true, profilesFlag);
+}
+
+}  // namespace
+
+void QRVSettings::migrate() {
+    mergeCombinedPowerItems();
+    moveMenubarSettingsIntoDefaultProfile();
+}
+
+bool QRVSettingsMigrationNeeded() {
+    return false;
+}
+
+void QRVSettingsPerformMigration() {}

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// Settings of the active profile: stored and cached below "Profiles.Settings", with the defaults of
+// the plain key paths.
+//
+// A read, QRVSettingsProfileObjectForKeyPath, P being the profile key path:
+// 1. A null key path is null.
+// 2. An entry of the cache under P answers, the null marker with null.
+// 3. A value stored at P answers; a value stored at the plain key path never does.
+// 4. The default of the plain key path answers, else null.
+// What 3 and 4 find, the null marker included, is cached under P even when the cache is disabled.
+
+#include <string>
+#include <string_view>
+
+#include "QRVSettings/QRVSettings+WriteSetting.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+constexpr std::string_view nullText = "(null)";
+
+}  // namespace
+
+std::string QRVSettingsProfileKeyForKey(KeyPath keyPath) {
+    std::string profileKeyPath = "Profiles.Settings.";
+    profileKeyPath += QRVSettings::sharedSettings().activeProfile().value_or(std::string(nullText));
+    profileKeyPath += '.';
+    profileKeyPath += keyPath.isNull() ? nullText : keyPath.text();
+    return profileKeyPath;
+}
+
+PropertyListValue QRVSettingsProfileObjectForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;  // 1
+    const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
+    const NSMutableDictionary cache = QRVSettings::sharedSettings().cache();
+
+    PropertyListValue cached = cache.objectForKey(profileKeyPath);
+    if (cached.isNullMarker()) return nullptr;  // 2
+    if (!cached.isNull()) return cached;
+
+    PropertyListValue value = QRVSettingsStoredObjectForKeyPath(profileKeyPath);  // 3
+    if (value.isNull()) value = QRVSettingsDefaultForKeyPath(keyPath);            // 4
+    cache.setObjectForKey(value.isNull() ? PropertyListValue(NSNull{}) : value, profileKeyPath);
+    return value;
+}
+
+void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
+                                                    bool /*withCache*/) {
+    writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
+}
+
+void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath) {
+    QRVSettingsProfileSetObjectForKeyPathWithCache(value, keyPath, false);
+}
+
+void QRVSettingsProfileClearCacheForKeyPath(KeyPath keyPath) {
+    QRVSettingsClearCacheForKeyPath(QRVSettingsProfileKeyForKey(keyPath));
+}

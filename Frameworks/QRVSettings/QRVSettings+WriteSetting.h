@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The one write that plain and profile settings share. Inner header of this folder.
+
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+
+/// Writes at `keyPath`; whether the value is stored at all is decided by the default at
+/// `keyPathOfDefault`. Throws as QRVSettingsSetObjectForKeyPath does.
+void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault);
