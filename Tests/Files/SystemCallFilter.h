@@ -21,6 +21,8 @@ enum class SystemCall {
     ChangeMode,
     ChangeOwner,
     Flock,
+    InotifyAdd,
+    InotifyStart,
     Link,
     Open,
     Rename,
@@ -38,6 +40,10 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchown};
         case SystemCall::Flock:
             return {SYS_flock};
+        case SystemCall::InotifyAdd:
+            return {SYS_inotify_add_watch};
+        case SystemCall::InotifyStart:
+            return {SYS_inotify_init1};
         case SystemCall::Link:
 #ifdef SYS_link
             return {SYS_link, SYS_linkat};

@@ -27,7 +27,8 @@ class QRV_EXPORT DispatchQueue {
     explicit DispatchQueue(std::string label);
     DispatchQueue(const DispatchQueue&) = delete;
     DispatchQueue& operator=(const DispatchQueue&) = delete;
-    /// Runs what is queued, then ends the thread. Must not happen on the queue's own thread.
+    /// Runs what is queued, then ends the thread. On the queue's own thread it returns at once, and
+    /// what is queued runs afterwards.
     ~DispatchQueue();
 
     /// An exception from `work` ends the program (std::terminate).
@@ -41,7 +42,7 @@ class QRV_EXPORT DispatchQueue {
 
   private:
     struct QRV_HIDDEN Implementation;
-    std::unique_ptr<Implementation> implementation_;
+    std::shared_ptr<Implementation> implementation_;
 };
 
 /// The queue whose work runs on the host's main thread: the one thread that calls `drain()`,

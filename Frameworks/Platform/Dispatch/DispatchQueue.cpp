@@ -10,7 +10,8 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/Threads.h"
 
-struct DispatchQueue::Implementation {
+/// Kept alive by its thread, which may outlive the queue.
+struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueue::Implementation> {
     explicit Implementation(std::string ownLabel) : label(std::move(ownLabel)) {}
 
     void add(std::function<void()> item);
@@ -29,7 +30,7 @@ struct DispatchQueue::Implementation {
 
 void DispatchQueue::Implementation::add(std::function<void()> item) {
     const std::lock_guard lock(mutex);
-    if (!thread.joinable()) thread = std::thread([this] { runItems(); });
+    if (!thread.joinable()) thread = std::thread([self = shared_from_this()] { self->runItems(); });
     items.push_back(std::move(item));
     itemsChanged.notify_one();
 }
@@ -61,11 +62,14 @@ void DispatchQueue::Implementation::endThread() {
         isEnding = true;
         itemsChanged.notify_one();
     }
-    if (thread.joinable()) thread.join();
+    if (isOwnThread())
+        thread.detach();
+    else if (thread.joinable())
+        thread.join();
 }
 
 DispatchQueue::DispatchQueue(std::string label)
-    : implementation_(std::make_unique<Implementation>(std::move(label))) {}
+    : implementation_(std::make_shared<Implementation>(std::move(label))) {}
 
 DispatchQueue::~DispatchQueue() {
     implementation_->endThread();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,6 +16,12 @@ std::string siblingOf(const std::string& path, std::string_view name);
 
 /// `.<file name><suffix>` beside the file; empty when `path` ends in no file name.
 std::string hiddenSiblingOf(const std::string& path, std::string_view suffix);
+
+/// Where the symbolic link at `path` points; empty when there is no link there.
+std::optional<std::string> linkTarget(const std::string& path);
+
+/// There is a folder at `path`, no link to one.
+bool isFolder(const std::string& path);
 
 struct Resolution {
     std::string path;

@@ -13,14 +13,6 @@
 
 namespace {
 
-std::optional<std::string> linkTarget(const std::string& path) {
-    std::string target(PATH_MAX, '\0');
-    const ssize_t length = readlink(path.c_str(), target.data(), target.size());
-    if (length < 0) return std::nullopt;
-    target.resize(static_cast<std::size_t>(length));
-    return target;
-}
-
 std::error_code checkFolder(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return FileFailures::lastError();
@@ -29,6 +21,19 @@ std::error_code checkFolder(const std::string& path) {
 }
 
 }  // namespace
+
+std::optional<std::string> FilePaths::linkTarget(const std::string& path) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+    if (length < 0) return std::nullopt;
+    target.resize(static_cast<std::size_t>(length));
+    return target;
+}
+
+bool FilePaths::isFolder(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
 
 FilePaths::Resolution FilePaths::resolved(std::string path) {
     constexpr int mostLinks = 40;

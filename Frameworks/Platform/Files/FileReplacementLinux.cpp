@@ -7,8 +7,10 @@
 
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/FilePresenters.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/NewFile.h"
+#include "Platform/Files/OwnWrites.h"
 
 namespace {
 
@@ -17,6 +19,13 @@ std::error_code writeNewFile(NewFile& file, const std::string& path, const struc
     if (const auto error = file.create(path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
     return file.finish();
+}
+
+std::error_code putInPlace(const std::string& newFile, const std::string& path) {
+    return FilePresenters::replaceFor(OwnWrites::performerAt(path), newFile, [&] {
+        return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
+                                                          : FileFailures::lastError();
+    });
 }
 
 std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
@@ -31,7 +40,7 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     NewFile file;
     if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
         return error;
-    if (rename(temporary.c_str(), path.c_str()) != 0) return FileFailures::lastError();
+    if (const auto error = putInPlace(temporary, path)) return error;
     file.keep();
     FilePaths::syncFolder(FilePaths::folderOf(path));
     return {};

@@ -4,6 +4,8 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FileLock.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/FilePresenters.h"
+#include "Platform/Files/OwnWrites.h"
 
 namespace {
 
@@ -34,6 +36,17 @@ std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string&
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
+    const OwnWrites writes(performer_, path);
     accessor(path);
     return {};
 }
+
+void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {
+    FilePresenters::add(presenter);
+}
+
+void NSFileCoordinator::removeFilePresenter(NSFilePresenter& presenter) {
+    FilePresenters::remove(presenter);
+}
+
+NSFilePresenter::~NSFilePresenter() = default;

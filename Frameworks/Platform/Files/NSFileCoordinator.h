@@ -16,6 +16,8 @@
 
 #include "Platform/Export.h"
 
+class NSFilePresenter;
+
 /// Holds no state between accesses; any number may be used on any threads.
 ///
 /// `url` is a path. When it names a symbolic link, the link is followed (up to 40 of them, also to
@@ -34,6 +36,26 @@ class QRV_EXPORT NSFileCoordinator {
     enum class WritingOptions : unsigned { None = 0, ForReplacing = 8 };
     using Accessor = std::function<void(const std::string& url)>;
 
+    /// With a presenter, the accesses are the presenter's own: it is not notified when the accessor
+    /// replaces the file by `replaceFile`, on the thread that it runs on and under the path that it
+    /// got. All other presenters are. It is notified of what it does to the file by other means.
+    explicit NSFileCoordinator(const NSFilePresenter* performer = nullptr)
+        : performer_(performer) {}
+
+    /// From the return on the presenter is notified of changes, until it is removed; it must live
+    /// that long. Adding it again changes nothing. A forked child has none of the presenters added
+    /// before the fork, and may add its own.
+    ///
+    /// Throws NSInvalidArgumentException when the presenter has no path or no queue, and
+    /// std::system_error when the system has no thread left for the first presenter.
+    static void addFilePresenter(NSFilePresenter& presenter);
+
+    /// After it has returned no notification of the presenter is under way or will come, and the
+    /// presenter may be destroyed. It waits for the one under way, except from within that one. So
+    /// it must not be called where a notification could be waiting for the caller: inside an access
+    /// to the file, for one. Nothing happens when the presenter is not there.
+    static void removeFilePresenter(NSFilePresenter& presenter);
+
     /// Creates nothing on disk, and never waits longer than about two seconds for a writer: then,
     /// and where the lock cannot be had at all, the accessor runs without it. What it reads is
     /// whole all the same as long as writers replace the file (`replaceFile`).
@@ -45,4 +67,7 @@ class QRV_EXPORT NSFileCoordinator {
     /// regular file in the lock file's place, a symbolic link included.
     std::error_code coordinateWritingItemAtURL(const std::string& url, WritingOptions options,
                                                const Accessor& accessor);
+
+  private:
+    const NSFilePresenter* performer_;
 };

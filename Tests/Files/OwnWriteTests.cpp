@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+// A presenter's own writes, which it is not notified of.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "Files/PresenterSupport.h"
+#include "Platform/Files/FilePresenters.h"
+
+using namespace PresenterSupport;
+namespace fs = std::filesystem;
+
+TEST(OwnWrites, AreNotTold) {
+    const Reader reader("a/file");
+    for (int round = 0; round < 500; ++round)
+        ASSERT_TRUE(save(&reader, "a/file", std::to_string(round)));
+    EXPECT_EQ(finalCount(reader), 0);
+}
+
+TEST(OwnWrites, ThroughALinkAreNotTold) {
+    fs::create_directory("elsewhere");
+    fs::create_symlink("elsewhere/target", "file");
+    const Reader reader("file");
+    for (int round = 0; round < 20; ++round)
+        ASSERT_TRUE(save(&reader, "file", std::to_string(round)));
+    EXPECT_EQ(finalCount(reader), 0);
+    EXPECT_TRUE(fs::is_symlink("file"));
+}
+
+TEST(OwnWrites, OfTheSameBytesAsBeforeOrKeepingTheOldFileAsideAreNotTold) {
+    writePlainly("file", "damaged");
+    const Reader reader("file");
+    NSFileCoordinator(&reader).coordinateWritingItemAtURL(
+        "file", NSFileCoordinator::WritingOptions::ForReplacing, [](const std::string& url) {
+            EXPECT_EQ(keepAside(url).error.value(), 0);
+            EXPECT_FALSE(replaceFile(url, "good"));
+            EXPECT_FALSE(replaceFile(url, "good"));
+        });
+    EXPECT_EQ(finalCount(reader), 0);
+}
+
+TEST(OwnWrites, ThatFailAreNotToldAndHideNothing) {
+    const Reader reader("file");
+    ASSERT_TRUE(save(&reader, "file", "own"));
+    fs::create_directory(".file.tmp");
+    EXPECT_FALSE(save(&reader, "file", "fails"));
+    EXPECT_EQ(finalCount(reader), 0);
+    replaceByRename("file", "another's");
+    EXPECT_TRUE(reader.sees("another's"));
+}
+
+TEST(OwnWrites, OfAnotherFileHideNothing) {
+    writePlainly("file", "old");
+    const Reader reader("file");
+    ASSERT_TRUE(save(&reader, "other", "own"));
+    EXPECT_EQ(finalCount(reader), 0);
+    fs::rename("other", "file");
+    EXPECT_TRUE(reader.sees("own"));
+}
+
+TEST(OwnWrites, WithoutAPerformerOrByAnotherPresenterAreTold) {
+    const Reader first("file");
+    const Reader second("file");
+    ASSERT_TRUE(save(&first, "file", "first"));
+    EXPECT_TRUE(second.sees("first"));
+    EXPECT_EQ(finalCount(first), 0);
+    ASSERT_TRUE(save(&second, "file", "second"));
+    EXPECT_TRUE(first.sees("second"));
+    const int firstCount = finalCount(first);
+    const int secondCount = finalCount(second);
+    ASSERT_TRUE(save(nullptr, "file", "nobody"));
+    EXPECT_TRUE(first.isNotifiedMoreThan(firstCount));
+    EXPECT_TRUE(second.isNotifiedMoreThan(secondCount));
+    EXPECT_TRUE(first.sees("nobody"));
+    EXPECT_TRUE(second.sees("nobody"));
+}
+
+TEST(OwnWrites, OfTwoPresentersOfOneProcessAtOnce) {
+    const Reader first("file");
+    const Reader second("file");
+    const auto saveOften = [](const Reader& reader, const std::string& name) {
+        for (int round = 0; round < 200; ++round)
+            EXPECT_TRUE(save(&reader, "file", name + std::to_string(round)));
+    };
+    std::thread thread([&] { saveOften(first, "first"); });
+    saveOften(second, "second");
+    thread.join();
+    ASSERT_TRUE(save(&first, "file", "last of the first"));
+    EXPECT_TRUE(second.sees("last of the first"));
+    ASSERT_TRUE(save(&second, "file", "last of the second"));
+    EXPECT_TRUE(first.sees("last of the second"));
+}
+
+TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsTold) {
+    const Reader reader("file");
+    for (int round = 0; round < 100; ++round) {
+        const int count = reader.count();
+        ASSERT_TRUE(save(&reader, "file", "own"));
+        replaceByRename("file", "theirs");
+        ASSERT_TRUE(save(&reader, "file", "own"));
+        ASSERT_TRUE(reader.isNotifiedMoreThan(count)) << round;
+        ASSERT_GT(finalCount(reader), count);
+    }
+}
+
+TEST(OwnWrites, ChangedInPlaceByAnotherAreTold) {
+    const Reader reader("file");
+    ASSERT_TRUE(save(&reader, "file", "before"));
+    writePlainly("file", "behind");
+    EXPECT_TRUE(reader.sees("behind"));
+    ASSERT_TRUE(save(&reader, "file", "before"));
+    const int count = finalCount(reader);
+    chmod("file", 0640);
+    EXPECT_TRUE(reader.isNotifiedMoreThan(count));
+}
+
+TEST(OwnWrites, AnInodeNumberThatComesBackIsNotMistakenForAnOwnFile) {
+    const Reader reader("file");
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_TRUE(save(&reader, "file", "own"));
+        const int count = finalCount(reader);
+        const FileIdentity own = identityOfFileAtPath("file");
+        const timespec date{own.modificationTime / 1'000'000'000,
+                            own.modificationTime % 1'000'000'000};
+        const timespec dates[2] = {date, date};
+        // The watching thread is held up meanwhile, so that it sees the second one only. On many
+        // file systems that would get the number of the own file.
+        FilePresenters::replaceFor(&reader, "unused", [&] {
+            for (int times = 0; times < 2; ++times) {
+                writePlainly("new", "xyz");
+                EXPECT_EQ(utimensat(AT_FDCWD, "new", dates, 0), 0);
+                fs::rename("new", "file");
+            }
+            return std::error_code();
+        });
+        ASSERT_TRUE(reader.isNotifiedMoreThan(count)) << round;
+        ASSERT_TRUE(reader.sees("xyz"));
+    }
+}
+
+TEST(OwnWrites, FromWithinANotificationMakeNoLoop) {
+    Reader* self = nullptr;
+    Reader reader("file", [&] {
+        std::string seen;
+        NSFileCoordinator().coordinateReadingItemAtURL(
+            "file", NSFileCoordinator::ReadingOptions::None,
+            [&](const std::string& url) { seen = readPlainly(url); });
+        EXPECT_TRUE(save(self, "file", seen + "+"));
+    });
+    self = &reader;
+    ASSERT_TRUE(save(nullptr, "file", "theirs"));
+    EXPECT_TRUE(reader.sees("theirs+"));
+    EXPECT_EQ(finalCount(reader), 1);
+    EXPECT_EQ(readPlainly("file"), "theirs+");
+}
