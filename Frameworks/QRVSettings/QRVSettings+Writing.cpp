@@ -108,7 +108,8 @@ void save(const NSDictionary& object, const NSArray& log) {
                            {serialised.error->description()});
             return;
         }
-        NSFileCoordinator coordinator;
+        // In the store's name: its own presenter does not hear of this write.
+        NSFileCoordinator coordinator(&QRVSettings::sharedSettings());
         coordinator.coordinateWritingItemAtURL(
             QRVSettings::sharedSettings().location(),
             NSFileCoordinator::WritingOptions::ForReplacing,

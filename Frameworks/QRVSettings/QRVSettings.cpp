@@ -4,6 +4,7 @@
 #include "QRVSettings/QRVSettings.h"
 
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
 #include "QRVSettings/QRVSettings+State.h"
 
 namespace {
@@ -33,6 +34,17 @@ std::string QRVSettingsLocation() {
 
 bool QRVSettings::exists() const {
     return fileExistsAtPath(state_->location);
+}
+
+// Never destroyed, but the destructor of the presenter that it is has to be there.
+QRVSettings::~QRVSettings() = default;
+
+void QRVSettings::prepare() {
+    setActiveProfile("default");
+    migrate();
+    if (!monitorFileChanges() || presenterQueue()) return;
+    setPresenterQueue(std::make_shared<NSOperationQueue>());
+    NSFileCoordinator::addFilePresenter(*this);
 }
 
 bool QRVSettings::monitorFileChanges() const {

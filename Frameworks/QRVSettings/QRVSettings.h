@@ -30,17 +30,17 @@
 #include <string>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/NSOperationQueue.h"
 #include "Platform/Export.h"
+#include "Platform/Files/NSFilePresenter.h"
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"
-
-class NSOperationQueue;
 
 /// The one store object of a process.
 ///
 /// `localChanges` and `batchLogChanges` hold change records: dictionaries of exactly "key" (the key
 /// path written) and "time" (seconds since 1970, a real number).
-class QRV_EXPORT QRVSettings {
+class QRV_EXPORT QRVSettings : public NSFilePresenter {
   public:
     /// Receives the key paths that another process changed, each once, in no defined order.
     using ChangeHandler = std::function<void(const NSArray& changedKeyPaths)>;
@@ -79,16 +79,22 @@ class QRV_EXPORT QRVSettings {
     /// each call.
     [[nodiscard]] PropertyListValue modelIdentifier() const;
 
+    /// After `loadDefaults`: activates the profile "default", migrates, and, when
+    /// `monitorFileChanges()` is set by now, begins to watch the file, once and for good.
+    void prepare();
+
     /// Brings stored settings of earlier versions into the present shape: merges the combined
     /// menu-bar items, and copies menu-bar settings into the profile "default". Each is done once
-    /// for a settings file, as flags below "Migration" tell. `QRVSettingsImport` calls it.
+    /// for a settings file, as flags below "Migration" tell. `prepare` and `QRVSettingsImport` call
+    /// it.
     void migrate();
     /// @}
 
     /// @name Set by the host
     /// @{
 
-    /// Whether the file is to be watched for changes by other processes. False at the start. Any
+    /// Whether the file is to be watched for changes by other processes. Looked at by `prepare`,
+    /// and again at each change: set to false later, it silences them. False at the start. Any
     /// thread.
     [[nodiscard]] bool monitorFileChanges() const;
     void setMonitorFileChanges(bool monitorFileChanges);
@@ -104,11 +110,13 @@ class QRV_EXPORT QRVSettings {
     void setPrepared(bool prepared);
 
     /// The name of the profile that the profile functions work in, read at each call; empty at the
-    /// start.
+    /// start, "default" after `prepare`.
     [[nodiscard]] const std::optional<std::string>& activeProfile() const;
     void setActiveProfile(std::optional<std::string> activeProfile);
 
-    /// Called on the main thread after another process changed settings; none at the start.
+    /// Called from the main queue after another process changed settings, with `storageCache()`
+    /// holding the new tree and `cache()` emptied. Key paths that this process has itself saved
+    /// within the last 3 seconds are not among the changes. None at the start.
     [[nodiscard]] const ChangeHandler& onChange() const;
     void setOnChange(ChangeHandler onChange);
     /// @}
@@ -161,9 +169,22 @@ class QRV_EXPORT QRVSettings {
     void setPresenterQueue(std::shared_ptr<NSOperationQueue> presenterQueue);
     /// @}
 
+    /// @name The store as presenter of its file
+    /// @{
+    [[nodiscard]] std::string presentedItemURL() const override;
+    [[nodiscard]] std::shared_ptr<NSOperationQueue> presentedItemOperationQueue() const override;
+    /// Comes on `presenterQueue()`. When the file has changed, it is read again on `readQueue()`;
+    /// what differs is then published on the main queue: "Prefs file changed" goes to the system
+    /// log, and `onChange()` is called. Without any difference nothing happens.
+    void presentedItemDidChange() override;
+    /// Whether the file's modification date is another than `modificationDate()`, which becomes
+    /// that date. A file that is not there always counts as changed.
+    [[nodiscard]] bool fileContentsDidChange();
+    /// @}
+
   private:
     QRV_HIDDEN QRVSettings();
-    ~QRVSettings() = delete;
+    QRV_HIDDEN ~QRVSettings() override;
 
     struct QRV_HIDDEN State;
     std::unique_ptr<State> state_;

@@ -12,6 +12,16 @@
 
 namespace fs = std::filesystem;
 
+TEST(FileReplacement, EachReplacementHasALaterDate) {
+    NSDate last(0);
+    for (int number = 0; number < 200; ++number) {
+        ASSERT_FALSE(replaceFile("dated", std::to_string(number)));
+        const NSDate date = attributesOfItemAtPath("dated")->modificationDate;
+        ASSERT_GT(date, last) << number;
+        last = date;
+    }
+}
+
 TEST(ReplaceFile, MakesANewPrivateFileUnderAnyUmask) {
     for (const mode_t mask : {0000U, 0022U, 0077U, 0777U}) {
         const std::string path = "file-" + std::to_string(mask);

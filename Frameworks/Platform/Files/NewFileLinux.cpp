@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstdint>
 
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/NewFile.h"
@@ -18,6 +20,13 @@ mode_t keepOwner(const FileDescriptor& file, const struct stat& model, mode_t mo
     if (fchown(file.number(), model.st_uid, model.st_gid) == 0) return mode;
     if (fchown(file.number(), static_cast<uid_t>(-1), model.st_gid) == 0) return mode;
     return mode & ~static_cast<mode_t>(S_IRWXG);
+}
+
+constexpr std::int64_t aSecond = 1'000'000'000;
+constexpr std::int64_t aMicrosecond = 1000;
+
+std::int64_t nanoseconds(const timespec& time) {
+    return time.tv_sec * aSecond + time.tv_nsec;
 }
 
 }  // namespace
@@ -45,6 +54,20 @@ std::error_code NewFile::write(std::string_view bytes) {
         if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
     }
     return {};
+}
+
+std::error_code NewFile::dateAfter(const struct stat& model) {
+    struct stat status {};
+    if (fstat(file_.number(), &status) != 0) return FileFailures::lastError();
+    const std::int64_t before = nanoseconds(model.st_mtim);
+    const std::int64_t now = nanoseconds(status.st_mtim);
+    // A date that lies further ahead comes from another clock: no need to follow it.
+    if (now > before + aMicrosecond || before - now > aSecond) return {};
+    const std::int64_t next = before + aMicrosecond;
+    const std::array<timespec, 2> times = {timespec{0, UTIME_OMIT},
+                                           timespec{next / aSecond, next % aSecond}};
+    return futimens(file_.number(), times.data()) == 0 ? std::error_code()
+                                                       : FileFailures::lastError();
 }
 
 std::error_code NewFile::finish() {

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: MIT
+// Changes of the file by somebody else, as the store finds them once it is told.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Platform/Files/Files.h"
+#include "Support/StoreSupport.h"
+
+using StoreSupport::drainUntil;
+using StoreSupport::SystemLogLines;
+using StoreSupport::writeSettings;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+/// A store that monitors, and what its change handler was given.
+class Monitoring {
+  public:
+    Monitoring() {
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setMonitorFileChanges(true);
+        store.setOnChange([this](const NSArray& changes) {
+            ++calls_;
+            keyPaths_.clear();
+            for (const PropertyListValue& keyPath : changes)
+                keyPaths_.push_back(keyPath.stringValue());
+            thread_ = std::this_thread::get_id();
+            cacheIsEmpty_ = QRVSettings::sharedSettings().cache().count() == 0;
+            tree_ = QRVSettings::sharedSettings().storageCache().copy();
+        });
+    }
+    Monitoring(const Monitoring&) = delete;
+    Monitoring& operator=(const Monitoring&) = delete;
+    ~Monitoring() { QRVSettings::sharedSettings().setOnChange(nullptr); }
+
+    /// The notification, and all that follows from it.
+    static void notify() {
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.presentedItemDidChange();
+        store.readQueue().sync([] {});
+        DispatchMainQueue::shared().drain();
+    }
+
+    [[nodiscard]] int calls() const { return calls_; }
+    [[nodiscard]] const std::vector<std::string>& keyPaths() const { return keyPaths_; }
+    [[nodiscard]] std::thread::id thread() const { return thread_; }
+    [[nodiscard]] bool cacheWasEmpty() const { return cacheIsEmpty_; }
+    [[nodiscard]] const NSDictionary& tree() const { return tree_; }
+
+  private:
+    int calls_ = 0;
+    std::vector<std::string> keyPaths_;
+    std::thread::id thread_;
+    bool cacheIsEmpty_ = false;
+    NSDictionary tree_ = nullptr;
+};
+
+/// The file written again, with a date of its own.
+void rewriteSettings(const NSDictionary& tree) {
+    static int age = 0;
+    writeSettings(tree);
+    const auto date = std::filesystem::file_time_type::clock::now() - std::chrono::hours(++age);
+    std::filesystem::last_write_time(QRVSettingsLocation(), date);
+}
+
+NSDictionary localRecord(const PropertyListValue& key) {
+    return {{"key", key}, {"time", 1.0}};
+}
+
+}  // namespace
+
+TEST(FileContentsDidChange, WhenTheDateIsAnother) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    rewriteSettings({{"A", 1}});
+    EXPECT_TRUE(store.fileContentsDidChange()) << "no date is known at first";
+    EXPECT_EQ(store.modificationDate(), attributesOfItemAtPath(store.location())->modificationDate);
+    EXPECT_FALSE(store.fileContentsDidChange());
+    rewriteSettings({{"A", 1}});
+    EXPECT_TRUE(store.fileContentsDidChange());
+    EXPECT_FALSE(store.fileContentsDidChange());
+}
+
+TEST(FileContentsDidChange, AlwaysWhenThereIsNoFile) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    EXPECT_TRUE(store.fileContentsDidChange());
+    EXPECT_TRUE(store.fileContentsDidChange());
+    rewriteSettings({{"A", 1}});
+    EXPECT_TRUE(store.fileContentsDidChange());
+    std::filesystem::remove(QRVSettingsLocation());
+    EXPECT_TRUE(store.fileContentsDidChange());
+    EXPECT_FALSE(store.modificationDate().has_value());
+}
+
+TEST(Reload, CallsTheHandlerOnceOnTheMainThreadWithTheNewTree) {
+    Monitoring monitoring;
+    const SystemLogLines log;
+    rewriteSettings({{"A", NSDictionary{{"B", 1}, {"C", 1}}}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A.B"), 1);
+    rewriteSettings({{"A", NSDictionary{{"B", 2}, {"C", 1}}}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A.B"));
+    EXPECT_EQ(monitoring.thread(), std::this_thread::get_id());
+    EXPECT_TRUE(monitoring.cacheWasEmpty());
+    EXPECT_EQ(monitoring.tree(), NSDictionary({{"A", NSDictionary{{"B", 2}, {"C", 1}}}}));
+    EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isMutable());
+    EXPECT_THAT(log.lines(), ElementsAre("Prefs file changed"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A.B"), 2);
+}
+
+TEST(Reload, WithoutMonitoringNothingIsLookedAt) {
+    Monitoring monitoring;
+    QRVSettings::sharedSettings().setMonitorFileChanges(false);
+    rewriteSettings({{"A", 1}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    EXPECT_FALSE(QRVSettings::sharedSettings().modificationDate().has_value());
+}
+
+TEST(Reload, WithTheSameDateNothingIsRead) {
+    Monitoring monitoring;
+    rewriteSettings({{"A", 1}});
+    Monitoring::notify();
+    ASSERT_EQ(monitoring.calls(), 1);
+    const auto date = std::filesystem::last_write_time(QRVSettingsLocation());
+    writeSettings(NSDictionary{{"A", 2}});
+    std::filesystem::last_write_time(QRVSettingsLocation(), date);
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1);
+}
+
+TEST(Reload, OfDictionariesWithoutLeavesLeavesTheTreeAsItWas) {
+    Monitoring monitoring;
+    const SystemLogLines log;
+    rewriteSettings({{"A", 1}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
+    const NSDictionary before = QRVSettings::sharedSettings().storageCache();
+    rewriteSettings({{"A", 1}, {"Empty", NSDictionary{{"Deeper", NSDictionary{}}}}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    EXPECT_THAT(log.lines(), ElementsAre());
+    EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isIdenticalTo(before));
+    EXPECT_EQ(StoreSupport::cached("A"), 1);
+}
+
+TEST(Reload, OfOwnRecentChangesOnlyLeavesTheTreeAsItWas) {
+    Monitoring monitoring;
+    const SystemLogLines log;
+    rewriteSettings({{"A", 1}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
+    const NSDictionary before = QRVSettings::sharedSettings().storageCache();
+    const NSMutableArray localChanges = QRVSettings::sharedSettings().localChanges();
+    localChanges.addObject(localRecord("A"));
+    rewriteSettings({{"A", 2}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    EXPECT_THAT(log.lines(), ElementsAre());
+    EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isIdenticalTo(before));
+    EXPECT_EQ(localChanges.count(), 1U) << "the record stays";
+}
+
+TEST(Reload, LeavesOutOwnRecentChangesAndReportsTheOthers) {
+    Monitoring monitoring;
+    const NSMutableArray localChanges = QRVSettings::sharedSettings().localChanges();
+    for (const PropertyListValue& key : {PropertyListValue("A"), PropertyListValue("a.b"),
+                                         PropertyListValue("A.B.C"), PropertyListValue(1)})
+        localChanges.addObject(localRecord(key));
+    rewriteSettings({{"A", 1}, {"B", 1}, {"1", 1}, {"a", NSDictionary{{"B", 1}}}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("B", "1", "a.B"));
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1) << "the whole tree is taken over";
+}
+
+TEST(Reload, OfADeletedFileReportsEveryLeaf) {
+    Monitoring monitoring;
+    rewriteSettings({{"A", NSDictionary{{"B", 1}}}, {"C", NSArray{}}, {"D", NSDictionary{}}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A.B"), 1);
+    std::filesystem::remove(QRVSettingsLocation());
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("A.B", "C"));
+    EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isNull());
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("A.B").isNull());
+}
+
+TEST(Reload, WithoutAHandlerOrACacheStillTakesTheTreeOver) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMonitorFileChanges(true);
+    store.setDisableCache(true);
+    rewriteSettings({{"A", 1}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
+    rewriteSettings({{"A", 2}});
+    Monitoring::notify();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+}
+
+TEST(Reload, TheHandlerMayInstallAnother) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMonitorFileChanges(true);
+    int calls = 0;
+    store.setOnChange([&store, &calls](const NSArray&) {
+        store.setOnChange(nullptr);
+        ++calls;
+    });
+    rewriteSettings({{"A", 1}});
+    Monitoring::notify();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(Prepare, ActivatesTheDefaultProfileAndMigrates) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setActiveProfile("work");
+    writeSettings(
+        NSDictionary{{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", false}}}}}});
+    store.prepare();
+    EXPECT_EQ(store.activeProfile(), "default");
+    EXPECT_EQ(QRVSettingsProfileObjectForKeyPath("CPU.Menubar.Enabled"), false);
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Migration.Profiles"), true);
+    EXPECT_FALSE(store.prepared()) << "that flag is the host's";
+}
+
+TEST(Prepare, WatchesOnlyWhenAskedTo) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.prepare();
+    EXPECT_EQ(store.presenterQueue(), nullptr);
+    store.setMonitorFileChanges(true);
+    EXPECT_EQ(store.presenterQueue(), nullptr);
+    store.prepare();
+    EXPECT_NE(store.presenterQueue(), nullptr);
+    EXPECT_EQ(store.presentedItemOperationQueue(), store.presenterQueue());
+    EXPECT_EQ(store.presentedItemURL(), store.location());
+}
+
+TEST(Prepare, RegistersOnceAndDoesTheRestAgain) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMonitorFileChanges(true);
+    store.prepare();
+    const auto queue = store.presenterQueue();
+    store.setActiveProfile("work");
+    store.prepare();
+    EXPECT_EQ(store.presenterQueue(), queue);
+    EXPECT_EQ(store.activeProfile(), "default");
+}
