@@ -2,9 +2,10 @@
 // Presenters of several processes, and of processes that lack something.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <filesystem>
+#include <initializer_list>
+#include <sstream>
 
 #include "Files/PresenterSupport.h"
 #include "Files/SystemCallFilter.h"
@@ -44,17 +45,18 @@ constexpr int rounds = 300;
 bool countsUpAndSeesTheOther(int Counts::*own, int Counts::*other) {
     std::atomic<int> seen = 0;
     bool isSaved = true;
-    const Reader reader("file", [&] { seen = std::max(seen.load(), countsIn("file").*other); });
+    const Reader reader("file",
+                        [&](Reader&) { seen = std::max(seen.load(), countsIn("file").*other); });
     for (int round = 0; round < rounds; ++round) isSaved = countUp(&reader, own) && isSaved;
     return isSaved && waitUntil([&] { return seen == rounds; });
 }
 
-/// A child in which a system call fails sees all changes of a file and of what is on its way.
-bool childSeesChangesWithout(SystemCall call, int error) {
+/// A child in which system calls fail sees all changes of a file and of what is on its way.
+bool childSeesChangesWithout(std::initializer_list<SystemCall> calls, int error) {
     const Gate isReady;
     const Gate hasSeenTheFirst;
     ChildProcess child([&] {
-        failCall(call, error);
+        for (const SystemCall call : calls) failCall(call, error);
         const Reader reader("a/file");
         isReady.open();
         if (!reader.sees("first")) return false;
@@ -72,6 +74,17 @@ bool childSeesChangesWithout(SystemCall call, int error) {
     writePlainly("elsewhere/file", "second");
     fs::create_symlink("elsewhere", "a");
     return child.succeeded();
+}
+
+/// This process has an inotify watch of the folder: the kernel lists their inode numbers.
+bool isWatching(const std::string& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0) return false;
+    std::ostringstream inode;
+    inode << " ino:" << std::hex << status.st_ino << " ";
+    for (const auto& entry : fs::directory_iterator("/proc/self/fdinfo"))
+        if (readPlainly(entry.path()).find(inode.str()) != std::string::npos) return true;
+    return false;
 }
 
 }  // namespace
@@ -153,36 +166,36 @@ TEST(PresentersAmongProcesses, AProcessMayExitAmongItsNotifications) {
 }
 
 TEST(PresentersWithoutMeans, WithoutAnInotifyInstanceTheFileIsPolled) {
-    EXPECT_TRUE(childSeesChangesWithout(SystemCall::InotifyStart, EMFILE));
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyStart}, EMFILE));
 }
 
 TEST(PresentersWithoutMeans, WithoutMoreInotifyWatchesTheFileIsPolled) {
-    EXPECT_TRUE(childSeesChangesWithout(SystemCall::InotifyAdd, ENOSPC));
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyAdd}, ENOSPC));
 }
 
 TEST(PresentersWithoutMeans, WithoutMemoryForAWatchTheFileIsPolled) {
-    EXPECT_TRUE(childSeesChangesWithout(SystemCall::InotifyAdd, ENOMEM));
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyAdd}, ENOMEM));
 }
 
-TEST(PresentersWithoutMeans, WithoutAnyDescriptorLeftTheFileIsPolledUntilThereAreSome) {
+TEST(PresentersWithoutMeans, WithoutAnyDescriptorLeftTheFileIsPolled) {
+    EXPECT_TRUE(
+        childSeesChangesWithout({SystemCall::InotifyStart, SystemCall::EventDescriptor}, EMFILE));
+}
+
+TEST(PresentersWithoutMeans, AFileIsPolledAlsoWhenOthersAreWatched) {
+    // Nothing that is watched takes part in the change.
+    fs::create_directories("a/b");
     const Gate isReady;
-    const Gate hasSeenTheFirst;
     ChildProcess child([&] {
-        rlimit old{};
-        getrlimit(RLIMIT_NOFILE, &old);
-        const rlimit none{0, old.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &none);
-        const Reader reader("file");
-        setrlimit(RLIMIT_NOFILE, &old);
+        const Reader watched("watched");
+        if (!finishEvents()) return false;
+        failCall(SystemCall::InotifyAdd, ENOSPC);
+        const Reader polled("a/b/polled");
         isReady.open();
-        if (!reader.sees("first")) return false;
-        hasSeenTheFirst.open();
-        return reader.sees("second");
+        return polled.sees("there");
     });
     ASSERT_TRUE(isReady.wait());
-    writePlainly("file", "first");
-    ASSERT_TRUE(hasSeenTheFirst.wait());
-    writePlainly("file", "second");
+    writePlainly("a/b/polled", "there");
     EXPECT_TRUE(child.succeeded());
 }
 
@@ -198,27 +211,34 @@ TEST(PresentersWithoutMeans, AFolderFarUpThatMayNotBeReadDoesNotMatter) {
         if (setuid(nobody) != 0 || ::open(above.c_str(), O_RDONLY) >= 0) return false;
         const Reader reader(above + "/open/file");
         writePlainly(above + "/open/file", "x");
-        return reader.sees("x");
+        return isWatching(above + "/open") && reader.sees("x");
     });
     EXPECT_TRUE(child.succeeded());
 }
 
-TEST(PresentersWithoutMeans, AFileInAFolderThatMayNotBeReadIsPolled) {
+TEST(PresentersWithoutMeans, AFileInAFolderThatMayNotBeReadIsPolledUntilItMay) {
     if (geteuid() != 0) GTEST_SKIP() << "takes root to become someone else";
-    const std::string path = fs::current_path() / "secret/file";
-    fs::create_directory("secret");
+    const std::string folder = fs::current_path() / "secret";
+    const std::string path = folder + "/file";
+    fs::create_directory(folder);
     writePlainly(path, "old");
     chmod(".", 0711);
     chmod("secret", 0711);
     const Gate isReady;
+    const Gate hasSeenIt;
     ChildProcess child([&] {
         constexpr uid_t nobody = 65534;
         if (setuid(nobody) != 0) return false;
         const Reader reader(path);
+        const bool isPolled = !isWatching(folder);
         isReady.open();
-        return reader.sees("new");
+        if (!isPolled || !reader.sees("new")) return false;
+        hasSeenIt.open();
+        return waitUntil([&] { return isWatching(folder); });
     });
     ASSERT_TRUE(isReady.wait());
     replaceByRename(path, "new");
+    ASSERT_TRUE(hasSeenIt.wait());
+    chmod("secret", 0755);
     EXPECT_TRUE(child.succeeded());
 }

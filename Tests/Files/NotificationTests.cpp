@@ -54,7 +54,7 @@ std::size_t countOfDescriptors() {
 
 TEST(Notifications, OfChangesDuringOneBecomeExactlyOneMore) {
     Door door;
-    Reader reader("file", [&] { door.pass(); });
+    Reader reader("file", [&](Reader&) { door.pass(); });
     writePlainly("file", "first");
     ASSERT_TRUE(door.hasArrivals(1));
     for (int round = 0; round < 10; ++round) {
@@ -72,7 +72,7 @@ TEST(Notifications, RunOnThePresentersQueueOneAtATime) {
     std::thread::id queueThread;
     std::atomic<int> inside = 0;
     std::atomic<int> failures = 0;
-    Reader reader("file", [&] {
+    Reader reader("file", [&](Reader&) {
         if (++inside != 1 || std::this_thread::get_id() != queueThread) ++failures;
         std::this_thread::yield();
         --inside;
@@ -87,7 +87,7 @@ TEST(Notifications, RunOnThePresentersQueueOneAtATime) {
 
 TEST(Notifications, EndWithTheRemovalWhichWaitsForTheOneUnderWay) {
     Door door;
-    std::optional<Reader> reader(std::in_place, "file", [&] { door.pass(); });
+    std::optional<Reader> reader(std::in_place, "file", [&](Reader&) { door.pass(); });
     writePlainly("file", "x");
     ASSERT_TRUE(door.hasArrivals(1));
     std::atomic<bool> isRemoved = false;
@@ -110,9 +110,7 @@ TEST(Notifications, EndWithTheRemovalWhichWaitsForTheOneUnderWay) {
 }
 
 TEST(Notifications, MayRemoveThePresenterAndAddItAgain) {
-    Reader* self = nullptr;
-    Reader reader("file", [&] { NSFileCoordinator::removeFilePresenter(*self); });
-    self = &reader;
+    Reader reader("file", NSFileCoordinator::removeFilePresenter);
     for (int round = 1; round <= 3; ++round) {
         writePlainly("file", std::to_string(round));
         EXPECT_TRUE(reader.sees(std::to_string(round)));
@@ -188,11 +186,10 @@ TEST(Presenters, LeaveNoDescriptorsBehind) {
 }
 
 TEST(Presenters, OpenEverythingCloseOnExec) {
-    const std::string before = "/proc/self/fd";
     const Reader reader("file");
     ASSERT_TRUE(save(&reader, "file", "own"));
     int seen = 0;
-    for (const auto& entry : fs::directory_iterator(before)) {
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code ignored;
         const std::string target = fs::read_symlink(entry, ignored).string();
         if (!target.ends_with("inotify") && !target.ends_with("[eventfd]") &&

@@ -133,11 +133,11 @@ TEST(PresentedFolder, ComesLevelByLevel) {
 }
 
 TEST(PresentedFolder, ComesAllAtOnce) {
-    for (int round = 0; round < 50; ++round) {
-        const std::string top = "a" + std::to_string(round);
-        const Reader reader(top + "/b/c/file");
-        fs::create_directories(top + "/b/c");
-        writePlainly(top + "/b/c/file", "there");
+    for (int round = 0; round < 300; ++round) {
+        const std::string folder = std::to_string(round) + "/a/b/c/d/e/f";
+        const Reader reader(folder + "/file");
+        fs::create_directories(folder);
+        writePlainly(folder + "/file", "there");
         ASSERT_TRUE(reader.sees("there")) << round;
     }
 }

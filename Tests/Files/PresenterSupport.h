@@ -32,7 +32,7 @@ inline std::string contentsOrMissing(const std::string& path) {
 /// Presents a file as long as it lives, and reads it at every notification.
 class Reader : public NSFilePresenter {
   public:
-    explicit Reader(std::string path, std::function<void()> whenNotified = {})
+    explicit Reader(std::string path, std::function<void(Reader&)> whenNotified = {})
         : path_(std::move(path)),
           whenNotified_(std::move(whenNotified)),
           queue_(std::make_shared<NSOperationQueue>()) {
@@ -46,7 +46,7 @@ class Reader : public NSFilePresenter {
     }
     void presentedItemDidChange() override {
         ++count_;
-        if (whenNotified_) whenNotified_();
+        if (whenNotified_) whenNotified_(*this);
         const std::string contents = contentsOrMissing(path_);
         const std::lock_guard guard(mutex_);
         contents_ = contents;
@@ -72,7 +72,7 @@ class Reader : public NSFilePresenter {
 
   private:
     std::string path_;
-    std::function<void()> whenNotified_;
+    std::function<void(Reader&)> whenNotified_;
     std::shared_ptr<NSOperationQueue> queue_;
     std::atomic<int> count_ = 0;
     mutable std::mutex mutex_;
@@ -111,7 +111,7 @@ inline bool save(const NSFilePresenter* performer, const std::string& path,
 }
 
 inline bool setModificationTime(const std::string& path, long seconds) {
-    const timespec times[2] = {{0, UTIME_OMIT}, {seconds, 0}};
+    const timespec times[2] = {{seconds, 0}, {seconds, 0}};
     return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
 }
 

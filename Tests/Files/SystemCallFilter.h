@@ -20,6 +20,7 @@
 enum class SystemCall {
     ChangeMode,
     ChangeOwner,
+    EventDescriptor,
     Flock,
     InotifyAdd,
     InotifyStart,
@@ -38,6 +39,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchmod};
         case SystemCall::ChangeOwner:
             return {SYS_fchown};
+        case SystemCall::EventDescriptor:
+            return {SYS_eventfd2};
         case SystemCall::Flock:
             return {SYS_flock};
         case SystemCall::InotifyAdd:
