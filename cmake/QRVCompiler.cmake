@@ -17,7 +17,8 @@ function(qrv_compile target)
     POSITION_INDEPENDENT_CODE ON)
   if(QRV_DEVELOPER)
     target_compile_options(${target} PRIVATE
-      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG)
+      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG
+      $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
   endif()
   if(QRV_SANITIZER STREQUAL "address")
     set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

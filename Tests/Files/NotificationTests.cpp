@@ -87,12 +87,20 @@ TEST(Notifications, RunOnThePresentersQueueOneAtATime) {
 
 TEST(Notifications, EndWithTheRemovalWhichWaitsForTheOneUnderWay) {
     Door door;
-    std::optional<Reader> reader(std::in_place, "file", [&](Reader&) { door.pass(); });
+    std::atomic<bool> isUnderWay = false;
+    std::optional<Reader> reader(std::in_place, "file", [&](Reader&) {
+        isUnderWay = true;
+        door.pass();
+        isUnderWay = false;
+    });
     writePlainly("file", "x");
     ASSERT_TRUE(door.hasArrivals(1));
     std::atomic<bool> isRemoved = false;
+    int count = 0;
     std::thread remover([&] {
         NSFileCoordinator::removeFilePresenter(*reader);
+        EXPECT_FALSE(isUnderWay);
+        count = reader->count();
         isRemoved = true;
     });
     replaceByRename("file", "y");
@@ -100,8 +108,6 @@ TEST(Notifications, EndWithTheRemovalWhichWaitsForTheOneUnderWay) {
     EXPECT_FALSE(isRemoved);
     door.open();
     remover.join();
-    const int count = reader->count();
-    EXPECT_EQ(count, 1);
     replaceByRename("file", "z");
     EXPECT_EQ(finalCount(*reader), count);
     reader.reset();

@@ -6,7 +6,6 @@
 #include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
 
-using StoreSupport::drainUntil;
 using StoreSupport::SystemLogLines;
 using StoreSupport::writeSettings;
 using testing::ElementsAre;
