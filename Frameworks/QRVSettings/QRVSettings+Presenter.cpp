@@ -64,7 +64,8 @@ std::shared_ptr<NSOperationQueue> QRVSettings::presentedItemOperationQueue() con
 }
 
 bool QRVSettings::fileContentsDidChange() {
-    const auto attributes = attributesOfItemAtPath(location());
+    // Of two changes that had the same date, the second would never be seen.
+    const auto attributes = settledAttributesOfItemAtPath(location());
     const std::optional<NSDate> known = modificationDate();
     if (attributes && known && *known == attributes->modificationDate) return false;
     setModificationDate(attributes ? std::optional(attributes->modificationDate) : std::nullopt);

@@ -3,6 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <ctime>
+
 #include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
 
@@ -63,6 +69,15 @@ void rewriteSettings(const NSDictionary& tree) {
     std::filesystem::last_write_time(QRVSettingsLocation(), date);
 }
 
+/// The file written again, with the date that a system gives it whose dates have the grain of its
+/// clock; others have a finer one.
+void rewriteSettingsWithCoarseDate(const NSDictionary& tree) {
+    writeSettings(tree);
+    std::array<timespec, 2> times = {timespec{0, UTIME_OMIT}, timespec{}};
+    clock_gettime(CLOCK_REALTIME_COARSE, &times[1]);
+    ASSERT_EQ(utimensat(AT_FDCWD, QRVSettingsLocation().c_str(), times.data(), 0), 0);
+}
+
 NSDictionary localRecord(const PropertyListValue& key) {
     return {{"key", key}, {"time", 1.0}};
 }
@@ -78,6 +93,13 @@ TEST(FileContentsDidChange, WhenTheDateIsAnother) {
     rewriteSettings({{"A", 1}});
     EXPECT_TRUE(store.fileContentsDidChange());
     EXPECT_FALSE(store.fileContentsDidChange());
+}
+
+TEST(FileContentsDidChange, AlsoWhenChangesFollowEachOtherWithinATickOfTheClock) {
+    for (int number = 0; number < 20; ++number) {
+        rewriteSettingsWithCoarseDate({{"A", number}});
+        ASSERT_TRUE(QRVSettings::sharedSettings().fileContentsDidChange()) << number;
+    }
 }
 
 TEST(FileContentsDidChange, AlwaysWhenThereIsNoFile) {

@@ -18,9 +18,7 @@ std::error_code writeNewFile(NewFile& file, const std::string& path, const struc
                              std::string_view bytes) {
     if (const auto error = file.create(path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
-    if (model != nullptr) {
-        if (const auto error = file.dateAfter(*model)) return error;
-    }
+    if (const auto error = file.date(model)) return error;
     return file.finish();
 }
 

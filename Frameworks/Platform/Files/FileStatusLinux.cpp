@@ -2,6 +2,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <thread>
 
 #include "Platform/Files/FileStatus.h"
 
@@ -26,6 +29,21 @@ std::optional<struct stat> statusOf(const std::string& path) {
     return status;
 }
 
+FileAttributes attributesOf(const struct stat& status) {
+    constexpr mode_t permissionBits = 07777;
+    return {.size = static_cast<std::uint64_t>(status.st_size),
+            .modificationDate = dateOf(status.st_mtim),
+            .mode = status.st_mode & permissionBits,
+            .isRegularFile = S_ISREG(status.st_mode)};
+}
+
+/// The clock that the system takes the dates of files from still shows this time.
+bool isOfThisTick(const timespec& time) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    return nanosecondsOf(time) == nanosecondsOf(now);
+}
+
 }  // namespace
 
 FileIdentity FileStatus::identityOf(const struct stat& status) {
@@ -48,12 +66,18 @@ bool fileExistsAtPath(const std::string& path) {
 
 std::optional<FileAttributes> attributesOfItemAtPath(const std::string& path) {
     const auto status = statusOf(path);
-    if (!status) return std::nullopt;
-    constexpr mode_t permissionBits = 07777;
-    return FileAttributes{.size = static_cast<std::uint64_t>(status->st_size),
-                          .modificationDate = dateOf(status->st_mtim),
-                          .mode = status->st_mode & permissionBits,
-                          .isRegularFile = S_ISREG(status->st_mode)};
+    return status ? std::optional(attributesOf(*status)) : std::nullopt;
+}
+
+std::optional<FileAttributes> settledAttributesOfItemAtPath(const std::string& path) {
+    constexpr std::chrono::seconds patience(1);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    auto status = statusOf(path);
+    while (status && isOfThisTick(status->st_mtim) && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        status = statusOf(path);
+    }
+    return status ? std::optional(attributesOf(*status)) : std::nullopt;
 }
 
 FileIdentity identityOfFileAtPath(const std::string& path) {

@@ -37,6 +37,10 @@ struct FileAttributes {
 };
 /// Empty when there is nothing there, or nothing that may be looked at.
 QRV_EXPORT std::optional<FileAttributes> attributesOfItemAtPath(const std::string& path);
+/// The same, with a modification date that no later change of the file has again, unless somebody
+/// sets it: all changes within a tick of the system's clock, some milliseconds, have the same date,
+/// and this returns when that tick is over. After a second of changes it gives up.
+QRV_EXPORT std::optional<FileAttributes> settledAttributesOfItemAtPath(const std::string& path);
 
 /// Tells one state of a file from another: two equal identities mean the same file, unchanged as
 /// far as the file system can tell (a change within its time stamps' grain, some milliseconds, that

@@ -21,9 +21,10 @@ class NewFile {
     /// where allowed, its owner and group; mode 0600 without a model. At no moment it has more.
     std::error_code create(const std::string& path, const struct stat* model);
     std::error_code write(std::string_view bytes);
-    /// Gives the file a later modification date than that of `model`, by a microsecond, where the
-    /// grain of the system's clock has made the two equal: who goes by the date sees the change.
-    std::error_code dateAfter(const struct stat& model);
+    /// Gives the file the exact time as its modification date, and a later one than that of `model`
+    /// (or null), by a microsecond at least: who goes by the date sees the change. The system's own
+    /// dates repeat themselves for some milliseconds.
+    std::error_code date(const struct stat* model);
     /// Brings the bytes to the disk and ends writing.
     std::error_code finish();
     /// The file stays, or has gone to another name.

@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/NewFile.h"
@@ -56,16 +58,17 @@ std::error_code NewFile::write(std::string_view bytes) {
     return {};
 }
 
-std::error_code NewFile::dateAfter(const struct stat& model) {
-    struct stat status {};
-    if (fstat(file_.number(), &status) != 0) return FileFailures::lastError();
-    const std::int64_t before = nanoseconds(model.st_mtim);
-    const std::int64_t now = nanoseconds(status.st_mtim);
-    // A date that lies further ahead comes from another clock: no need to follow it.
-    if (now > before + aMicrosecond || before - now > aSecond) return {};
-    const std::int64_t next = before + aMicrosecond;
+std::error_code NewFile::date(const struct stat* model) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::int64_t date = nanoseconds(now);
+    if (model != nullptr) {
+        const std::int64_t next = nanoseconds(model->st_mtim) + aMicrosecond;
+        // A date that lies further ahead comes from another clock: no need to follow it.
+        if (next - date <= aSecond) date = std::max(date, next);
+    }
     const std::array<timespec, 2> times = {timespec{0, UTIME_OMIT},
-                                           timespec{next / aSecond, next % aSecond}};
+                                           timespec{date / aSecond, date % aSecond}};
     return futimens(file_.number(), times.data()) == 0 ? std::error_code()
                                                        : FileFailures::lastError();
 }
