@@ -6,6 +6,7 @@
 #include <fstream>
 #include <set>
 
+#include "Files/SystemCallFilter.h"
 #include "Platform/Files/Files.h"
 #include "Support/ChildProcess.h"
 #include "Support/MachineSupport.h"
@@ -18,12 +19,29 @@ using StoreSupport::SystemLogLines;
 
 namespace {
 
+namespace fs = std::filesystem;
+
+/// What somebody else makes of the settings: everything there is, and one more.
+std::string bytesWith(const std::string& key) {
+    const NSDictionary stored = fileTree();
+    const NSMutableDictionary tree = stored.isNull() ? NSMutableDictionary() : stored.mutableCopy();
+    tree.setObjectForKey("x", key);
+    return NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
+}
+
+void replaceFileWith(const std::string& key) {
+    EXPECT_FALSE(replaceFile(QRVSettingsLocation(), bytesWith(key)));
+}
+
+enum class AtStart { Saves, LeavesTheFileAlone };
+
 /// This process as a host that has started and watches, with what it was told so far.
 class Host {
   public:
-    Host() {
+    explicit Host(AtStart atStart = AtStart::Saves) {
         MachineSupport::beMachine("1", "M");
         QRVSettings& store = QRVSettings::sharedSettings();
+        store.setInBatchSave(atStart == AtStart::LeavesTheFileAlone);
         store.setMonitorFileChanges(true);
         store.setOnChange([this](const NSArray& changes) {
             for (const PropertyListValue& keyPath : changes) told_.insert(keyPath.stringValue());
@@ -37,14 +55,15 @@ class Host {
     ~Host() { QRVSettings::sharedSettings().setOnChange(nullptr); }
 
     [[nodiscard]] const std::multiset<std::string>& told() const { return told_; }
+    /// False when it is not told of it until the deadline.
+    [[nodiscard]] bool hearsOf(const std::string& keyPath) const {
+        return drainUntil([&] { return told_.contains(keyPath); });
+    }
 
     /// All that the watcher saw before has been handled then.
     void hearOfAChangeBySomebodyElse() const {
-        const NSMutableDictionary tree = fileTree().mutableCopy();
-        tree.setObjectForKey("x", "Other");
-        const auto bytes = NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
-        EXPECT_FALSE(replaceFile(QRVSettingsLocation(), bytes));
-        EXPECT_TRUE(drainUntil([this] { return told_.contains("Other"); }));
+        replaceFileWith("Other");
+        EXPECT_TRUE(hearsOf("Other"));
         settle();
     }
 
@@ -87,6 +106,10 @@ class Writer {
     ChildProcess process_;
 };
 
+fs::path settingsFolder() {
+    return fs::path(QRVSettingsLocation()).parent_path();
+}
+
 }  // namespace
 
 TEST(Monitoring, AChangeByAnotherProcessReachesTheHandler) {
@@ -94,7 +117,7 @@ TEST(Monitoring, AChangeByAnotherProcessReachesTheHandler) {
     const Host host;
     EXPECT_TRUE(QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled"));
     ASSERT_TRUE(writer.run());
-    EXPECT_TRUE(drainUntil([&] { return host.told().contains("CPU.Menubar.Enabled"); }));
+    EXPECT_TRUE(host.hearsOf("CPU.Menubar.Enabled"));
     EXPECT_EQ(host.told().size(), 1U);
     EXPECT_FALSE(QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled"));
 }
@@ -138,14 +161,12 @@ TEST(Monitoring, TheWriterIsNotToldOfItsOwnSaves) {
 TEST(Monitoring, AnEditorsWriteInPiecesArrivesWhole) {
     const Host host;
     host.hearOfAChangeBySomebodyElse();
-    const NSMutableDictionary tree = fileTree().mutableCopy();
-    tree.setObjectForKey("edited", "Edited");
-    const std::string bytes = NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
+    const std::string bytes = bytesWith("Edited");
     {
         std::ofstream file(QRVSettingsLocation(), std::ios::binary);
         for (const char byte : bytes) file.put(byte).flush();
     }
-    EXPECT_TRUE(drainUntil([&] { return host.told().contains("Edited"); }));
+    EXPECT_TRUE(host.hearsOf("Edited"));
     Host::settle();
     EXPECT_EQ(host.told(), (std::multiset<std::string>{"Edited", "Other"}));
 }
@@ -155,7 +176,7 @@ TEST(Monitoring, DeletingAndCreatingTheFileArrives) {
     Host::forgetOwnChanges();
     const NSDictionary tree = fileTree();
     std::filesystem::remove(QRVSettingsLocation());
-    EXPECT_TRUE(drainUntil([&] { return host.told().contains("Device.Model"); }));
+    EXPECT_TRUE(host.hearsOf("Device.Model"));
     StoreSupport::writeSettings(tree);
     EXPECT_TRUE(drainUntil([&] { return host.told().count("Device.Model") == 2; }));
     EXPECT_EQ(QRVSettingsStoredValues(), tree);
@@ -164,12 +185,105 @@ TEST(Monitoring, DeletingAndCreatingTheFileArrives) {
 TEST(Monitoring, RestoringAnOlderFileArrives) {
     const Host host;
     const std::string backup = QRVSettingsLocation() + ".backup";
-    const NSMutableDictionary tree = fileTree().mutableCopy();
-    tree.setObjectForKey("old", "Restored");
-    StoreSupport::writeFile(backup, NSPropertyListSerialization::dataWithPropertyList(tree).bytes);
+    StoreSupport::writeFile(backup, bytesWith("Restored"));
     const auto date = std::filesystem::file_time_type::clock::now() - std::chrono::hours(48);
     std::filesystem::last_write_time(backup, date);
     std::filesystem::rename(backup, QRVSettingsLocation());
-    EXPECT_TRUE(drainUntil([&] { return host.told().contains("Restored"); }));
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("Restored"), "old");
+    EXPECT_TRUE(host.hearsOf("Restored"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Restored"), "x");
+}
+
+TEST(Monitoring, AFileThatIsTouchedOrReplacedByItselfCallsNothing) {
+    const Host host;
+    Host::forgetOwnChanges();
+    const SystemLogLines log;
+    const std::string same = StoreSupport::contentsOf(QRVSettingsLocation());
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_FALSE(replaceFile(QRVSettingsLocation(), same));
+        fs::last_write_time(QRVSettingsLocation(), fs::file_time_type::clock::now());
+    }
+    host.hearOfAChangeBySomebodyElse();
+    EXPECT_EQ(host.told(), (std::multiset<std::string>{"Other"}));
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"Prefs file changed"}));
+}
+
+TEST(Monitoring, AChangeThroughASymbolicLinkArrives) {
+    const fs::path target = fs::absolute("elsewhere/settings.plist");
+    StoreSupport::writeFile(target, "");
+    fs::create_directories(settingsFolder());
+    fs::create_symlink(target, QRVSettingsLocation());
+    const Host host;
+    EXPECT_FALSE(replaceFile(target, bytesWith("AtTheTarget")));
+    EXPECT_TRUE(host.hearsOf("AtTheTarget"));
+    replaceFileWith("ThroughTheLink");
+    EXPECT_TRUE(host.hearsOf("ThroughTheLink"));
+    EXPECT_TRUE(fs::is_symlink(QRVSettingsLocation()));
+}
+
+TEST(Monitoring, AFolderThatComesAfterPrepareIsWatched) {
+    const Host host(AtStart::LeavesTheFileAlone);
+    ASSERT_FALSE(fs::exists(settingsFolder()));
+    StoreSupport::writeSettings(bytesWith("First"));
+    EXPECT_TRUE(host.hearsOf("First"));
+    replaceFileWith("Second");
+    EXPECT_TRUE(host.hearsOf("Second"));
+}
+
+TEST(Monitoring, AFolderThatIsDeletedRenamedAndMadeAnewIsFollowed) {
+    const Host host;
+    Host::forgetOwnChanges();
+    const std::string bytes = bytesWith("Anew");
+    fs::remove_all(settingsFolder());
+    EXPECT_TRUE(host.hearsOf("Device.Model"));
+    StoreSupport::writeSettings(bytes);
+    EXPECT_TRUE(host.hearsOf("Anew"));
+    fs::rename(settingsFolder(), "away");
+    EXPECT_TRUE(drainUntil([&] { return host.told().count("Anew") == 2; }));
+    EXPECT_EQ(QRVSettingsStoredValues(), nullptr);
+    fs::rename("away", settingsFolder());
+    EXPECT_TRUE(drainUntil([&] { return host.told().count("Anew") == 3; }));
+    replaceFileWith("Last");
+    EXPECT_TRUE(host.hearsOf("Last"));
+}
+
+TEST(Monitoring, WithoutInotifyChangesStillArrive) {
+    const Gate isReady;
+    ChildProcess child([&] {
+        failCall(SystemCall::InotifyStart, EMFILE);
+        const Host host;
+        isReady.open();
+        return host.hearsOf("Polled");
+    });
+    ASSERT_TRUE(isReady.wait());
+    replaceFileWith("Polled");
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(Monitoring, TwoThatSaveHundredsOfTimesEndWithTheSameSettings) {
+    constexpr int saves = 300;
+    const auto saveMany = [](const std::string& keyPath) {
+        for (int number = 1; number <= saves; ++number) {
+            QRVSettingsSetObjectForKeyPath(number, keyPath);
+            finishSaves();
+            DispatchMainQueue::shared().drain();
+        }
+    };
+    const auto agreesWithTheFile = [] {
+        return drainUntil([] { return QRVSettingsStoredValues() == fileTree(); });
+    };
+    const Gate isReady;
+    const Gate hasSaved;
+    ChildProcess other([&] {
+        const Host host;
+        isReady.open();
+        saveMany("B");
+        hasSaved.open();
+        return agreesWithTheFile();
+    });
+    ASSERT_TRUE(isReady.wait());
+    const Host host;
+    saveMany("A");
+    ASSERT_TRUE(hasSaved.wait());
+    EXPECT_TRUE(agreesWithTheFile()) << QRVSettingsStoredValues() << fileTree();
+    EXPECT_TRUE(other.succeeded());
 }
