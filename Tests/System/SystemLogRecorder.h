@@ -37,7 +37,9 @@ extern "C" void syslog(int priority, const char* format, ...) {
 }
 
 /// What a fortified build calls instead; the name is the C library's own.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wreserved-identifier"
+#endif
 extern "C" void __syslog_chk(int priority, int, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
