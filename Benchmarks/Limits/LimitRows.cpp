@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include <benchmark/benchmark.h>
+
+#include "Limits/BareStore.h"
+#include "Limits/LocalePattern.h"
+#include "Measures/StoreRows.h"
+
+int main(int argc, char** argv) {
+    const Measures::RowArguments arguments = Measures::takeRowArguments(argc, argv);
+    Measures::StoreOfSize<BareStore> of(arguments.folder, arguments.size);
+    Measures::registerStoreRows(of);
+    benchmark::RegisterBenchmark(("CopyOfAMap" + of.name).c_str(), [&of](benchmark::State& state) {
+        for ([[maybe_unused]] const auto unused : state) {
+            auto copy = of.store->values();
+            benchmark::DoNotOptimize(copy);
+        }
+    });
+    benchmark::RegisterBenchmark(("LoadDefaults" + of.name).c_str(), [](benchmark::State& state) {
+        for ([[maybe_unused]] const auto unused : state)
+            benchmark::DoNotOptimize(lengthOfTimePattern());
+    });
+    return Measures::runRows(argc, argv);
+}
