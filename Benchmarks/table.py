@@ -74,7 +74,7 @@ ROWS = [
     Row("boolean, all keys", "BooleanAllKeys", demands=HIT),
     Row("boolean, allocations", "Allocations", ALL, "", {None: [at_most(0, "0")]}, "count"),
     Row("default, first read", "DefaultFirst", ALL, "", {None: [at_most(150, "150 ns")]}),
-    Row("default, read again", "DefaultAgain", ALL, "ReadAllKeys", HIT),
+    Row("default, read again", "DefaultAgain", ALL, demands=HIT),
     Row("write in a burst", "WriteBurst", ALL,
         demands={None: [better_than("kconfig")], LARGEST: [at_most_smallest(1.3), better_than("kconfig")]}),
     Row("write, first after load", "WriteFirst", ALL, ""),
@@ -165,24 +165,28 @@ def line_of(row, size, cells, bytes_of):
     ]
 
 
-def print_table(figures, bytes_of, sizes):
-    """Prints the table; answers the rows that have no figure of our own."""
-    header = ["row", "settings", "ours", "+-", "limit", "x limit", "best peer", "peer/ours",
-              "demanded", "reached"]
+def lines_and_missing(samples, bytes_of, sizes):
+    """The lines of the table, and the rows that have no figure of our own."""
     lines, missing = [], []
     for row in ROWS:
         for size in (size for size in row.sizes if size in sizes):
-            cells = cells_of(row, size, figures.samples)
+            cells = cells_of(row, size, samples)
             if cells is None:
                 missing.append(f"{row.name} {size}")
             else:
                 lines.append(line_of(row, size, cells, bytes_of))
+    return lines, missing
+
+
+def print_table(lines, figures):
+    header = ["row", "settings", "ours", "+-", "limit", "x limit", "best peer", "peer/ours",
+              "demanded", "reached"]
     widths = [max(len(line[column]) for line in [header, *lines]) for column in range(len(header))]
     for line in [header, *lines]:
         print("  ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
-    present = {participant for _, _, participant in figures.samples}
-    print("\nMedians; +- is the median absolute deviation of ours. Measured beside: "
-          + (", ".join(sorted(present - {OWN, LIMIT})) or "no other store") + ".")
+    present = {participant for _, _, participant in figures.samples} - {OWN, LIMIT}
+    print("\nMedians; +- is the median absolute deviation of ours. Rows of one thread are in processor "
+          "time,\nthe others in elapsed time. Measured beside: "
+          + (", ".join(sorted(present)) or "no other store") + ".")
     for note in figures.notes:
         print(note)
-    return missing

@@ -3,6 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+
 #include "Measures/StoreRows.h"
 #include "Own/OwnStore.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -47,27 +49,32 @@ void readKeyPath(const std::string& keyPath) {
     benchmark::DoNotOptimize(QRVSettingsObjectForKeyPath(keyPath));
 }
 
-/// Each read fills the cache, which is emptied outside the measured time once all have been read.
+/// Seconds for each read while all are read for the first time.
+double secondsOfAFirstRead(const Halves& halves) {
+    Halves::forgetWhatWasRead();
+    const auto start = std::chrono::steady_clock::now();
+    for (const std::string& keyPath : halves.keyPaths) readKeyPath(keyPath);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    return elapsed.count() / static_cast<double>(halves.keyPaths.size());
+}
+
 void readFirstTime(benchmark::State& state, const Halves& halves) {
     halves.install();
-    std::size_t index = 0;
-    for ([[maybe_unused]] const auto unused : state) {
-        readKeyPath(halves.keyPaths[index]);
-        if (++index < halves.keyPaths.size()) continue;
-        index = 0;
-        state.PauseTiming();
-        Halves::forgetWhatWasRead();
-        state.ResumeTiming();
-    }
+    for ([[maybe_unused]] const auto unused : state)
+        state.SetIterationTime(secondsOfAFirstRead(halves));
 }
 
 void registerHalves(const Fixture& of, const std::filesystem::path& folder) {
     const auto* const halves = new Halves(of);
+    const auto passes = 1 + 5000 / static_cast<benchmark::IterationCount>(halves->keyPaths.size());
     benchmark::RegisterBenchmark(("DefaultFirst" + of.name).c_str(),
                                  [halves, folder](benchmark::State& state) {
                                      readFirstTime(state, *halves);
                                      Halves::remove(folder);
-                                 });
+                                 })
+        ->UseManualTime()
+        ->Iterations(passes)
+        ->Repetitions(Measures::samplesOfARow);
     benchmark::RegisterBenchmark(
         ("DefaultAgain" + of.name).c_str(), [halves, folder](benchmark::State& state) {
             halves->install();
@@ -92,7 +99,8 @@ void registerFirstBurst(const Fixture& of, const std::filesystem::path& folder) 
             }
         })
         ->UseManualTime()
-        ->Iterations(Measures::savesOfARow);
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
 }
 
 void registerPropertyLists(const Fixture& of, const std::filesystem::path& files) {
