@@ -50,7 +50,7 @@ Dictionaries makeDictionaries(std::size_t count, Random& random) {
 std::vector<Item> makeItems(Random& random) {
     std::vector<Item> items(2 + random() % 3);
     for (Item& item : items) {
-        item.source = random() % 40;
+        item.source = static_cast<std::int64_t>(random() % 40);
         item.label = leaves.at(random() % leaves.size());
     }
     return items;
