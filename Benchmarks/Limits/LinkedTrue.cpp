@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+// Loads the libraries that the tool loads, and does nothing.
+
+#include <cstdlib>
+
+int main() {
+    return EXIT_SUCCESS;
+}

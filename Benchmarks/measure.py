@@ -1,0 +1,350 @@
+# SPDX-License-Identifier: MIT
+"""Runs the benchmark programs side by side, and prints one table.
+
+All participants take turns within each round, so that a slow moment of the machine meets all of
+them. Everything happens in a fresh folder, which is removed afterwards.
+"""
+
+import argparse
+import collections
+import json
+import os
+import plistlib
+import select
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import table
+
+SIZES = (100, 1000, 10000)
+# The participants in the order in which they take turns; a program that was not built stays out.
+PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "libplist")
+PROGRAM_OF = {"dconf": "gsettings"}
+LOST_IN_A_ROW = 5
+
+
+def time_of(name):
+    """What a row waits for counts where it waits; elsewhere other programs must not count."""
+    return "real_time" if name.endswith(("/manual_time", "/real_time")) else "cpu_time"
+
+
+class Effort:
+    """How often things are done."""
+
+    def __init__(self, is_once):
+        self.sizes = SIZES[:1] if is_once else SIZES
+        self.rounds = 1 if is_once else 5
+        self.minimum_seconds = 0 if is_once else 0.03
+        self.processes = 1 if is_once else 40
+        self.changes = 3 if is_once else 150
+
+
+class Figures:
+    """Samples by row, size and participant: nanoseconds, bytes or a count."""
+
+    def __init__(self):
+        self.samples = collections.defaultdict(list)
+        self.notes = []
+
+    def add(self, row, size, participant, sample):
+        self.samples[row, size, participant].append(sample)
+
+    def as_json(self):
+        return [{"row": row, "size": size, "participant": participant, "samples": samples}
+                for (row, size, participant), samples in sorted(self.samples.items())]
+
+
+class Bus:
+    """A message bus of our own, which starts the service that writes below one folder."""
+
+    def __init__(self, environment):
+        self.process = subprocess.Popen(
+            ["dbus-daemon", "--session", "--nofork", "--print-address"],
+            env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.address = self.process.stdout.readline().strip()
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait()
+
+
+class Bench:
+    def __init__(self, programs, tool, effort, folder):
+        self.programs = Path(programs)
+        self.tool = tool
+        self.effort = effort
+        self.folder = folder
+        self.figures = Figures()
+        self.number = 0
+        self.buses = {}
+
+    def has(self, participant, kind):
+        if participant == "dconf" and not (shutil.which("dconf") and shutil.which("dbus-daemon")):
+            return False
+        return self.program(participant, kind).exists()
+
+    def program(self, participant, kind):
+        return self.programs / f"{PROGRAM_OF.get(participant, participant)}-{kind}"
+
+    def participants(self, kind, *, without=()):
+        return [name for name in PARTICIPANTS if name not in without and self.has(name, kind)]
+
+    def new_folder(self, size):
+        self.number += 1
+        folder = self.folder / str(self.number)
+        folder.mkdir()
+        (folder / "runtime").mkdir(mode=0o700)
+        os.symlink(self.folder / f"files-{size}", folder / "files")
+        return folder
+
+    def environment(self, participant, folder, locale="C.UTF-8"):
+        """What a participant runs with; nothing of the user's own session."""
+        environment = {"PATH": os.environ["PATH"], "HOME": str(folder), "LC_ALL": locale,
+                       "XDG_CONFIG_HOME": str(folder), "XDG_RUNTIME_DIR": str(folder / "runtime")}
+        if participant == "dconf":
+            environment["GSETTINGS_BACKEND"] = "dconf"
+            if folder not in self.buses:
+                self.buses[folder] = Bus(environment)
+            environment["DBUS_SESSION_BUS_ADDRESS"] = self.buses[folder].address
+        return environment
+
+    def close_buses(self):
+        for bus in self.buses.values():
+            bus.close()
+        self.buses.clear()
+
+    def run(self, participant, kind, arguments, folder, **more):
+        command = [str(self.program(participant, kind)), *map(str, arguments)]
+        done = subprocess.run(command, env=self.environment(participant, folder, **more),
+                              capture_output=True, text=True)
+        if done.returncode != 0:
+            raise SystemExit(f"{' '.join(command)}: {done.stderr}{done.stdout}")
+        return done.stdout
+
+    def prepare(self, participant, size):
+        folder = self.new_folder(size)
+        self.run(participant, "open", ["prepare", folder, size], folder)
+        return folder
+
+    def make_files(self):
+        """The same settings as files in both formats: what property lists are read from."""
+        for size in (0, *self.effort.sizes):
+            files = self.folder / f"files-{size}"
+            files.mkdir()
+            folder = self.prepare("own", size)
+            written = next((folder / "Preferences").glob("*.plist")).read_bytes()
+            (files / "XMLReading").write_bytes(written)
+            (files / "BinaryReading").write_bytes(
+                plistlib.dumps(plistlib.loads(written), fmt=plistlib.FMT_BINARY))
+            shutil.copy(folder / "keys", files / "keys")
+
+    def bytes_of(self, row, size):
+        name = "BinaryReading" if row == "BinaryReading" else "XMLReading"
+        return (self.folder / f"files-{size}" / name).stat().st_size
+
+    # Rows inside one process
+
+    def run_rows(self, participant, size, only, **more):
+        folder = self.new_folder(size)
+        printed = self.run(participant, "rows", [
+            folder, size, f"--benchmark_min_time={self.effort.minimum_seconds}",
+            f"--benchmark_filter={only}", "--benchmark_format=json"], folder, **more)
+        self.close_buses()
+        shutil.rmtree(folder)
+        nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+        for benchmark in json.loads(printed)["benchmarks"]:
+            if "error_message" in benchmark:
+                raise SystemExit(f"{participant} {benchmark['name']}: {benchmark['error_message']}")
+            if benchmark["run_type"] == "iteration":
+                yield (benchmark["name"].split("/")[0],
+                       benchmark[time_of(benchmark["name"])] * nanoseconds[benchmark["time_unit"]])
+
+    def measure_rows(self):
+        for _ in range(self.effort.rounds):
+            for size in self.effort.sizes:
+                for participant in self.participants("rows"):
+                    for row, sample in self.run_rows(participant, size, "-LoadDefaults"):
+                        self.figures.add(row, size, participant, sample)
+            self.measure_start()
+
+    def measure_start(self):
+        for locale in ("de_DE.UTF-8", "C"):
+            for participant in ("limit", "own"):
+                for _, sample in self.run_rows(participant, 100, "LoadDefaults", locale=locale):
+                    self.figures.add(f"LoadDefaults {locale}", 100, participant, sample)
+
+    def count_allocations(self):
+        for size in self.effort.sizes:
+            folder = self.new_folder(size)
+            count = int(self.run("own", "allocations", [folder, size], folder))
+            self.figures.add("Allocations", size, "own", count)
+
+    # Whole processes
+
+    @staticmethod
+    def time_process(command, environment):
+        with open(os.devnull, "wb") as nowhere:
+            redirection = [(os.POSIX_SPAWN_DUP2, nowhere.fileno(), 1)]
+            start = time.perf_counter_ns()
+            process = os.posix_spawn(command[0], command, environment, file_actions=redirection)
+            _, status = os.waitpid(process, 0)
+            elapsed = time.perf_counter_ns() - start
+        if status != 0:
+            raise SystemExit(f"{' '.join(command)}: status {status}")
+        return elapsed
+
+    def measure_processes(self, row, size, commands):
+        """`commands`: what to run and its environment, by participant."""
+        for _ in range(self.effort.processes):
+            for participant, (command, environment) in commands.items():
+                self.figures.add(row, size, participant, self.time_process(command, environment))
+
+    def measure_opening(self):
+        for size in self.effort.sizes:
+            commands, sums = {}, set()
+            for participant in self.participants("open"):
+                folder = self.prepare(participant, size)
+                sums.add(self.run(participant, "open", ["read", folder], folder))
+                commands[participant] = (
+                    [str(self.program(participant, "open")), "read", str(folder)],
+                    self.environment(participant, folder))
+            if len(sums) != 1:
+                raise SystemExit(f"the participants have read different settings: {sums}")
+            self.measure_processes("OpenAndRead", size, commands)
+            self.close_buses()
+
+    def measure_memory(self):
+        size = self.effort.sizes[-1]
+        for participant in self.participants("open"):
+            for command, row in (("load", "MemoryLoaded"), ("read", "MemoryRead")):
+                peaks = {}
+                for count in (0, size):
+                    folder = self.prepare(participant, count)
+                    peaks[count] = [
+                        int(self.run(participant, "open", [command, folder, "memory"],
+                                     folder).split()[1]) for _ in range(self.effort.rounds)]
+                empty = sorted(peaks[0])[len(peaks[0]) // 2]
+                for peak in peaks[size]:
+                    self.figures.add(row, size, participant, peak)
+                    self.figures.add(f"{row} each", size, participant, (peak - empty) / size)
+            self.close_buses()
+
+    def measure_tool(self):
+        for size in (self.effort.sizes[0], self.effort.sizes[-1]):
+            folder = self.prepare("own", size)
+            key_path = (folder / "keys").read_text().splitlines()[0][1:]
+            environment = self.environment("own", folder)
+            self.measure_processes("ToolGet", size, {
+                "limit": ([str(self.program("limit", "true"))], environment),
+                "own": ([str(self.tool), "get", key_path], environment)})
+
+    # From one process to another
+
+    def measure_propagation(self):
+        for size in (self.effort.sizes[0], self.effort.sizes[-1]):
+            pairs = {}
+            for participant in self.participants("propagation"):
+                folder = self.prepare(participant, size) if self.has(participant, "open") \
+                    else self.new_folder(size)
+                pairs[participant] = Pair(self.program(participant, "propagation"), folder,
+                                          self.environment(participant, folder))
+            for _ in range(self.effort.changes):
+                for participant, pair in pairs.items():
+                    self.change(participant, pair, size)
+            for participant, pair in pairs.items():
+                pair.close()
+                if pair.lost:
+                    self.figures.notes.append(
+                        f"Propagation {size}: {participant} was not told of {pair.lost} changes"
+                        + (", and then left out" if pair.is_out() else ""))
+            self.close_buses()
+
+    def change(self, participant, pair, size):
+        if pair.is_out():
+            return
+        elapsed = pair.change()
+        if elapsed is not None:
+            self.figures.add("Propagation", size, participant, elapsed)
+        time.sleep(0.01)  # two changes within one tick of the file system's clock look like one
+
+
+class Pair:
+    """Two processes, one that changes a setting and one that is told of it."""
+
+    def __init__(self, program, folder, environment):
+        self.lost = self.lost_in_a_row = 0
+        self.listener = self.start([program, "listen", folder], environment)
+        self.writer = self.start([program, "write", folder], environment)
+
+    @staticmethod
+    def start(command, environment):
+        process = subprocess.Popen(list(map(str, command)), env=environment, stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        if process.stdout.readline() != b"ready\n":
+            raise SystemExit(f"{command[0]} {command[1]} did not start")
+        return process
+
+    def is_out(self):
+        return self.lost_in_a_row >= LOST_IN_A_ROW
+
+    def change(self):
+        """Nanoseconds until the listener was told, or nothing when that took seconds."""
+        while select.select([self.listener.stdout], [], [], 0)[0]:
+            os.read(self.listener.stdout.fileno(), 4096)
+        self.writer.stdin.write(b"\n")
+        self.writer.stdin.flush()
+        start = int(self.writer.stdout.readline())
+        if select.select([self.listener.stdout], [], [], 3)[0]:
+            self.lost_in_a_row = 0
+            return int(os.read(self.listener.stdout.fileno(), 4096).split()[0]) - start
+        self.lost += 1
+        self.lost_in_a_row += 1
+        return None
+
+    def close(self):
+        self.writer.stdin.close()
+        self.writer.wait()
+        self.listener.terminate()
+        self.listener.wait()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("programs", help="the folder of the benchmark programs")
+    parser.add_argument("tool", help="the command-line tool")
+    parser.add_argument("--once", action="store_true", help="only see that everything runs")
+    parser.add_argument("--json", metavar="FILE", help="write all samples there")
+    arguments = parser.parse_args()
+    # Beside the programs, which are on a disk where a temporary folder may be in memory.
+    folder = Path(tempfile.mkdtemp(prefix="run-", dir=Path(arguments.programs).resolve().parent))
+    bench = Bench(Path(arguments.programs).resolve(), arguments.tool, Effort(arguments.once), folder)
+    try:
+        bench.make_files()
+        bench.measure_rows()
+        bench.count_allocations()
+        bench.measure_opening()
+        bench.measure_memory()
+        bench.measure_tool()
+        bench.measure_propagation()
+        lines, missing = table.lines_and_missing(bench.figures.samples, bench.bytes_of,
+                                                 bench.effort.sizes)
+    finally:
+        bench.close_buses()
+        shutil.rmtree(folder)
+    if arguments.once:
+        print(f"{len(lines)} rows were measured once")
+    else:
+        table.print_table(lines, bench.figures)
+    if arguments.json:
+        Path(arguments.json).write_text(json.dumps(bench.figures.as_json(), indent=1) + "\n")
+    if missing:
+        print(f"nothing was measured for: {', '.join(missing)}", file=sys.stderr)
+    return 1 if missing else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,193 @@
+# SPDX-License-Identifier: MIT
+"""The rows of the benchmark: what is compared, what is demanded, and how it is shown."""
+
+import statistics
+from dataclasses import dataclass, field
+
+OWN, LIMIT = "own", "limit"
+SMALLEST, LARGEST = 100, 10000
+
+
+@dataclass
+class Row:
+    title: str
+    name: str
+    sizes: tuple = (100, 10000)
+    # The row of the limit, when it has another name; "" for none.
+    limit: str = None
+    # What is demanded: (text, check) by size, or under None for all sizes. A check gets the
+    # `Cells` of the row and answers yes, no, or None for what was not measured.
+    demands: dict = field(default_factory=dict)
+    unit: str = "time"
+    percentile: float = 50
+
+    def limit_name(self):
+        return self.name if self.limit is None else self.limit
+
+
+@dataclass
+class Cells:
+    own: float
+    spread: float
+    limit: float
+    peers: dict
+    own_at_smallest: float
+
+    def best_peer(self):
+        return min(self.peers.items(), key=lambda peer: peer[1], default=None)
+
+
+def at_most_limit(factor):
+    return (f"<= {factor} x limit",
+            lambda cells: None if cells.limit is None else cells.own <= factor * cells.limit)
+
+
+def faster_than_peers(factor=1):
+    def check(cells):
+        best = cells.best_peer()
+        return None if best is None else cells.own * factor <= best[1]
+    return ("best" if factor == 1 else f">= {factor} x best peer", check)
+
+
+def at_most(value, text):
+    return (f"<= {text}", lambda cells: cells.own <= value)
+
+
+def at_most_smallest(factor):
+    return (f"<= {factor} x at {SMALLEST}",
+            lambda cells: None if cells.own_at_smallest is None
+            else cells.own <= factor * cells.own_at_smallest)
+
+
+def better_than(peer):
+    return (f"< {peer}", lambda cells: None if peer not in cells.peers else cells.own < cells.peers[peer])
+
+
+HIT = {None: [at_most_limit(1.5), faster_than_peers(5)]}
+ALL = (100, 1000, 10000)
+BEST = {None: [faster_than_peers()]}
+
+ROWS = [
+    Row("read, hot key", "ReadHotKey", demands=HIT),
+    Row("read, all keys", "ReadAllKeys", demands=HIT),
+    Row("boolean, hot key", "BooleanHotKey", demands=HIT),
+    Row("boolean, all keys", "BooleanAllKeys", demands=HIT),
+    Row("boolean, allocations", "Allocations", ALL, "", {None: [at_most(0, "0")]}, "count"),
+    Row("default, first read", "DefaultFirst", ALL, "", {None: [at_most(150, "150 ns")]}),
+    Row("default, read again", "DefaultAgain", ALL,
+        demands={None: [at_most_limit(1.5), faster_than_peers()]}),
+    Row("write in a burst", "WriteBurst", ALL,
+        demands={None: [better_than("kconfig")], LARGEST: [at_most_smallest(1.3), better_than("kconfig")]}),
+    Row("write, first after load", "WriteFirst", ALL, ""),
+    Row("save to the disk", "Save", ALL, demands={SMALLEST: [at_most_limit(1.3)], LARGEST: BEST[None]}),
+    Row("XML writing", "XMLWriting", ALL, "", BEST, "speed"),
+    Row("XML reading", "XMLReading", ALL, "", BEST, "speed"),
+    Row("binary reading", "BinaryReading", ALL, "", BEST, "speed"),
+    Row("process: open, read", "OpenAndRead", ALL, "", BEST),
+    Row("peak memory, loaded", "MemoryLoaded", (10000,), "", BEST, "bytes"),
+    Row("  for each setting", "MemoryLoaded each", (10000,), "", BEST, "bytes"),
+    Row("peak memory, all read", "MemoryRead", (10000,), "", BEST, "bytes"),
+    Row("  for each setting", "MemoryRead each", (10000,), "", BEST, "bytes"),
+    Row("changed keys, equal", "CompareEqual", ALL, "CopyOfAMap", {None: [at_most_limit(1)]}),
+    Row("changed keys, five", "CompareDifferent", ALL, "CopyOfAMap", {None: [at_most_limit(1)]}),
+    Row("set to onChange", "Propagation", demands=BEST),
+    Row("  99th percentile", "Propagation", demands=BEST, percentile=99),
+    Row("loadDefaults, de_DE", "LoadDefaults de_DE.UTF-8", (100,)),
+    Row("loadDefaults, C", "LoadDefaults C", (100,)),
+    Row("tool: get", "ToolGet"),
+]
+
+
+def percentile(samples, percent):
+    if not samples:
+        return None
+    if percent == 50:
+        return statistics.median(samples)
+    ordered = sorted(samples)
+    return ordered[min(len(ordered) - 1, int(len(ordered) * percent / 100))]
+
+
+def deviation(samples):
+    median = statistics.median(samples)
+    return statistics.median(abs(sample - median) for sample in samples)
+
+
+def scaled(value, units):
+    for unit, size in units:
+        if abs(value) >= size:
+            return f"{value / size:.3g} {unit}" if value / size < 1000 else f"{value / size:.0f} {unit}"
+    return f"{value:.3g} {units[-1][0]}"
+
+
+def shown(value, unit, size_in_bytes):
+    if value is None:
+        return "-"
+    if unit == "count":
+        return f"{value:.0f}"
+    if unit == "bytes":
+        return scaled(value, [("MB", 1e6), ("kB", 1e4), ("B", 1)])
+    if unit == "speed":
+        return f"{size_in_bytes / value * 1e3:.0f} MB/s"
+    return scaled(value, [("s", 1e9), ("ms", 1e6), ("us", 1e3), ("ns", 1)])
+
+
+def cells_of(row, size, samples):
+    own = samples.get((row.name, size, OWN))
+    if not own:
+        return None
+    peers = {participant: percentile(values, row.percentile)
+             for (name, of_size, participant), values in samples.items()
+             if (name, of_size) == (row.name, size) and participant not in (OWN, LIMIT) and values}
+    return Cells(percentile(own, row.percentile), deviation(own),
+                 percentile(samples.get((row.limit_name(), size, LIMIT)), row.percentile), peers,
+                 percentile(samples.get((row.name, SMALLEST, OWN)), row.percentile))
+
+
+def verdict(checks):
+    known = [check for check in checks if check is not None]
+    if not known:
+        return "-"
+    return "yes" if all(known) else "NO"
+
+
+def line_of(row, size, cells, bytes_of):
+    size_in_bytes = bytes_of(row.name, size) if row.unit == "speed" else None
+    best = cells.best_peer()
+    demands = row.demands.get(size, row.demands.get(None, []))
+    spread = f"{cells.spread / cells.own:.0%}" if cells.own else "-"
+    return [
+        row.title, f"{size:,}", shown(cells.own, row.unit, size_in_bytes), spread,
+        shown(cells.limit, row.unit, size_in_bytes),
+        f"{cells.own / cells.limit:.2f}" if cells.limit else "-",
+        f"{best[0]} {shown(best[1], row.unit, size_in_bytes)}" if best else "-",
+        f"{best[1] / cells.own:.2f}" if best and cells.own else "-",
+        ", ".join(text for text, _ in demands) or "-",
+        verdict([check(cells) for _, check in demands]),
+    ]
+
+
+def lines_and_missing(samples, bytes_of, sizes):
+    """The lines of the table, and the rows that have no figure of our own."""
+    lines, missing = [], []
+    for row in ROWS:
+        for size in (size for size in row.sizes if size in sizes):
+            cells = cells_of(row, size, samples)
+            if cells is None:
+                missing.append(f"{row.name} {size}")
+            else:
+                lines.append(line_of(row, size, cells, bytes_of))
+    return lines, missing
+
+
+def print_table(lines, figures):
+    header = ["row", "settings", "ours", "+-", "limit", "x limit", "best peer", "peer/ours",
+              "demanded", "reached"]
+    widths = [max(len(line[column]) for line in [header, *lines]) for column in range(len(header))]
+    for line in [header, *lines]:
+        print("  ".join(cell.ljust(width) for cell, width in zip(line, widths)).rstrip())
+    present = {participant for _, _, participant in figures.samples} - {OWN, LIMIT}
+    print("\nMedians; +- is the median absolute deviation of ours. Rows of one thread are in processor "
+          "time,\nthe others in elapsed time. Measured beside: "
+          + (", ".join(sorted(present)) or "no other store") + ".")
+    for note in figures.notes:
+        print(note)
