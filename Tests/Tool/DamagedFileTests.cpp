@@ -137,7 +137,7 @@ TEST(ReplaceDamaged, KeepsTheBytesAndSaysWhere) {
 }
 
 TEST(ReplaceDamaged, ChangesNothingForAWholeFile) {
-    writeSettings(propertyList("<key>a</key><true/>"));
+    ASSERT_EQ(run({"set", "a", "true"}).exitCode, 0);
     const Outcome outcome = run({"set", "b", "1", "--replace-damaged"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "");

@@ -36,6 +36,18 @@ struct Streams {
 
 constexpr int noProgram = 127;
 
+/// What the start-up leaves where nothing was set before, but for the record of the machine.
+constexpr const char* recordsOfAnEmptyFile = R"({
+    "Combined": {"Menubar": {"Items": []}},
+    "Migration": {"CombinedPowerItems": true, "Profiles": true},
+    "Profiles": {
+        "Available": {"identifier": "default"},
+        "Settings": {"default": {
+            "Battery": {"Menubar": {}}, "CPU": {"Menubar": {}},
+            "Combined": {"Menubar": {"Items": []}}, "Disks": {"Menubar": {}},
+            "Memory": {"Menubar": {}}, "Network": {"Menubar": {}}, "Sensors": {"Menubar": {}},
+            "Time": {"Menubar": {}}, "Weather": {"Menubar": {}}}}}})";
+
 void redirect(int number, const std::filesystem::path& path, int flags) {
     const int file = open(path.c_str(), flags, S_IRUSR | S_IWUSR);
     if (file < 0 || dup2(file, number) < 0) _exit(noProgram);
@@ -130,8 +142,11 @@ std::string propertyList(std::string_view entries) {
 }
 
 std::string storedSettings() {
+    static const nlohmann::json ofAnEmptyFile = nlohmann::json::parse(recordsOfAnEmptyFile);
     nlohmann::json settings = nlohmann::json::parse(run({"export", "--json"}).output);
     settings.erase("Device");
+    for (const auto& [key, value] : ofAnEmptyFile.items())
+        if (settings.contains(key) && settings[key] == value) settings.erase(key);
     return settings.dump();
 }
 

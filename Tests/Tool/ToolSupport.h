@@ -40,7 +40,8 @@ void writeSettings(std::string_view bytes);
 /// An XML property list with these contents of its root dictionary.
 std::string propertyList(std::string_view entries);
 
-/// What the settings file holds as a line of JSON, without the record of the machine.
+/// What the settings file holds as a line of JSON, without the record of the machine and what else
+/// a start-up leaves in a file where nothing was set before. Those that differ from that are shown.
 std::string storedSettings();
 
 /// All there is below a folder: kind, times, and contents by path.

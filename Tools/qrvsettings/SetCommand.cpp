@@ -6,7 +6,6 @@
 #include "CommandOptions.h"
 #include "Commands.h"
 #include "Input.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
 #include "SettingsFile.h"
@@ -39,17 +38,6 @@ PropertyListValue valueOf(const Options& options) {
         valueFromText(options.value == "-" ? standardInput() : options.value, options.type);
     requireStorable(value);
     return value;
-}
-
-/// What a reader of the file will find.
-PropertyListValue asFileHolds(const PropertyListValue& value) {
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
-    return NSPropertyListSerialization::propertyListWithData(written.bytes).value;
-}
-
-void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
-    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && asFileHolds(value) != value)
-        say("fractions of seconds are not kept, " + keyPath);
 }
 
 ExitCode set(const Options& options) {
