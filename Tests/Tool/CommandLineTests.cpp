@@ -14,8 +14,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",    "set",   "unset",      "list",
-                                           "export", "color", "appearance", "path"};
+const std::vector<std::string> commands = {"get",   "set",        "unset", "list", "export",
+                                           "color", "appearance", "watch", "path"};
 
 }  // namespace
 

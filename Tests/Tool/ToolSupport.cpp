@@ -6,17 +6,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace ToolSupport {
-namespace {
-
 /// Files instead of pipes: nobody waits for anybody.
-struct Streams {
+struct RunningTool::Streams {
     std::filesystem::path folder = std::filesystem::temp_directory_path() / "tool-streams-XXXXXX";
     Streams() {
         std::string name = folder.string();
@@ -33,6 +33,8 @@ struct Streams {
     [[nodiscard]] std::filesystem::path output() const { return folder / "output"; }
     [[nodiscard]] std::filesystem::path errors() const { return folder / "errors"; }
 };
+
+namespace {
 
 constexpr int noProgram = 127;
 
@@ -54,14 +56,9 @@ void redirect(int number, const std::filesystem::path& path, int flags) {
     close(file);
 }
 
-[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments,
-                         const Streams& streams, const std::function<void()>& prepare) {
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments) {
     constexpr unsigned mostSeconds = 60;
     alarm(mostSeconds);
-    redirect(STDIN_FILENO, streams.input(), O_RDONLY);
-    redirect(STDOUT_FILENO, streams.output(), O_WRONLY | O_CREAT | O_TRUNC);
-    redirect(STDERR_FILENO, streams.errors(), O_WRONLY | O_CREAT | O_TRUNC);
-    if (prepare) prepare();
     std::vector<std::string> words = {program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -90,18 +87,53 @@ std::string stateOf(const std::filesystem::path& path) {
 
 }  // namespace
 
+RunningTool::RunningTool(const std::string& program, const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings)
+    : streams_(std::make_unique<Streams>()) {
+    writeFile(streams_->input(), surroundings.input);
+    child_ = fork();
+    if (child_ < 0) throw std::runtime_error("no child");
+    if (child_ > 0) return;
+    redirect(STDIN_FILENO, streams_->input(), O_RDONLY);
+    redirect(STDOUT_FILENO, streams_->output(), O_WRONLY | O_CREAT | O_TRUNC);
+    redirect(STDERR_FILENO, streams_->errors(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (surroundings.prepare) surroundings.prepare();
+    become(program, arguments);
+}
+
+RunningTool::RunningTool(const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings)
+    : RunningTool(QRV_TOOL, arguments, surroundings) {}
+
+RunningTool::~RunningTool() {
+    if (child_ < 0) return;
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+}
+
+std::string RunningTool::output() const {
+    return contentsOf(streams_->output());
+}
+
+std::string RunningTool::errors() const {
+    return contentsOf(streams_->errors());
+}
+
+void RunningTool::send(int signal) const {
+    kill(child_, signal);
+}
+
+Outcome RunningTool::finish() {
+    Outcome outcome;
+    outcome.exitCode = exitCodeOf(std::exchange(child_, -1));
+    outcome.output = output();
+    outcome.errors = errors();
+    return outcome;
+}
+
 Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
                    const Surroundings& surroundings) {
-    const Streams streams;
-    writeFile(streams.input(), surroundings.input);
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("no child");
-    if (child == 0) become(program, arguments, streams, surroundings.prepare);
-    Outcome outcome;
-    outcome.exitCode = exitCodeOf(child);
-    outcome.output = contentsOf(streams.output());
-    outcome.errors = contentsOf(streams.errors());
-    return outcome;
+    return RunningTool(program, arguments, surroundings).finish();
 }
 
 Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,31 @@ struct Surroundings {
     std::string input;  ///< standard input
     /// Runs in the new process, after its standard streams are in place.
     std::function<void()> prepare;
+};
+
+/// The tool in a process that goes on meanwhile; it is killed at the end if it still runs, and ends
+/// after a minute at the latest.
+class RunningTool {
+  public:
+    explicit RunningTool(const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings = {});
+    RunningTool(const std::string& program, const std::vector<std::string>& arguments,
+                const Surroundings& surroundings);
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+    ~RunningTool();
+
+    /// What it has printed so far.
+    [[nodiscard]] std::string output() const;
+    [[nodiscard]] std::string errors() const;
+    void send(int signal) const;
+    /// Waits for its end.
+    Outcome finish();
+
+  private:
+    struct Streams;
+    std::unique_ptr<Streams> streams_;
+    int child_ = -1;
 };
 
 /// Runs the tool to its end, which comes after a minute at the latest.

@@ -29,6 +29,7 @@ void addCommands(CLI::App& program, Action& action) {
     addExportCommand(program, action);
     addColorCommand(program, action);
     addAppearanceCommand(program, action);
+    addWatchCommand(program, action);
     addPathCommand(program, action);
 }
 

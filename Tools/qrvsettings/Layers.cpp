@@ -45,9 +45,4 @@ NSDictionary Layer::leaves() const {
     return leaves;
 }
 
-bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
-    return keyPath.starts_with(prefix) &&
-           (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
-}
-
 }  // namespace Tool

@@ -31,7 +31,4 @@ class Layer {
     Name name_;
 };
 
-/// Whether the key path is `prefix` or leads through it.
-bool isAtOrBelow(std::string_view keyPath, std::string_view prefix);
-
 }  // namespace Tool

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -10,8 +8,10 @@
 #include "Commands.h"
 #include "Input.h"
 #include "JSON.h"
+#include "KeyPaths.h"
 #include "Layers.h"
 #include "Output.h"
+#include "SettingLines.h"
 
 namespace Tool {
 namespace {
@@ -30,26 +30,6 @@ NSDictionary withPrefix(const NSDictionary& leaves, const std::optional<std::str
     return chosen;
 }
 
-bool isControl(char character) {
-    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
-}
-
-/// A key may hold a tab or a newline, which would break the line.
-std::string keyPathText(std::string_view keyPath) {
-    const bool isPlain =
-        !keyPath.starts_with('"') && std::none_of(keyPath.begin(), keyPath.end(), isControl);
-    return isPlain ? std::string(keyPath) : jsonText(keyPath);
-}
-
-std::string lines(const NSDictionary& leaves) {
-    std::map<std::string, std::string> valueTexts;
-    for (const auto& [keyPath, value] : leaves) valueTexts.emplace(keyPath, jsonText(value));
-    std::string text;
-    for (const auto& [keyPath, valueText] : valueTexts)
-        text += keyPathText(keyPath) + "\t" + valueText + "\n";
-    return text;
-}
-
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
     const Layer layer(options.layer);
@@ -58,7 +38,7 @@ ExitCode list(const Options& options) {
     if (leaves.count() == 0)
         throw Failure(ExitCode::NotSet,
                       "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
-    print(options.json ? jsonText(leaves) + "\n" : lines(leaves));
+    print(options.json ? jsonText(leaves) + "\n" : settingLines(leaves));
     return ExitCode::Done;
 }
 

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 #include "Failure.h"
+#include "KeyPaths.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
@@ -97,18 +97,6 @@ void SaveWatch::finish(const std::function<bool(const NSDictionary& file)>& isSa
     throw Failure(ExitCode::NotWritten, "cannot save: " + reason);
 }
 
-/// The stored value that a key path leads through though it is no dictionary.
-std::optional<std::string> obstacleOf(const std::string& keyPath) {
-    const NSDictionary stored = QRVSettingsStoredValues();
-    for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
-         end = keyPath.find('.', end + 1)) {
-        const std::string above = keyPath.substr(0, end);
-        const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(stored, above);
-        if (!value.isNull() && !value.isDictionary()) return above + " is " + kindName(value);
-    }
-    return std::nullopt;
-}
-
 /// What a reader of the file will find.
 PropertyListValue asFileHolds(const PropertyListValue& value) {
     return NSPropertyListSerialization::propertyListWithData(fileForm(value)).value;
@@ -130,9 +118,11 @@ void writeOrName(const std::vector<std::string>& keyPaths, const std::function<v
         write();
     } catch (const NSInvalidArgumentException& exception) {
         for (const std::string& keyPath : keyPaths)
-            if (const auto obstacle = obstacleOf(keyPath))
+            if (const auto obstacle = leafAbove(QRVSettingsStoredValues(), keyPath))
                 throw Failure(ExitCode::WrongValue,
-                              "a stored value is in the way: " + *obstacle + ", " + keyPath);
+                              "a stored value is in the way: " + *obstacle + " is " +
+                                  kindName(QRVSettingsStoredObjectForKeyPath(*obstacle)) + ", " +
+                                  keyPath);
         throw Failure(ExitCode::WrongValue, exception.what());
     }
 }
