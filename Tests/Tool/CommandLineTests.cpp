@@ -14,8 +14,9 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",   "set",        "unset", "list", "export",
-                                           "color", "appearance", "watch", "path"};
+const std::vector<std::string> commands = {"get",    "set",   "unset",      "list",
+                                           "export", "color", "appearance", "apply",
+                                           "import", "watch", "path"};
 
 }  // namespace
 
@@ -45,6 +46,11 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"color", "get", "a", "b"},
         {"color", "set", "a"},
         {"color", "unset", "a", "b"},
+        {"apply"},
+        {"apply", "a", "b"},
+        {"import"},
+        {"import", "a", "b"},
+        {"watch", "a", "b"},
         {"appearance"},
         {"appearance", "get", "a"},
         {"appearance", "set"},

@@ -36,6 +36,11 @@ const std::vector<std::vector<std::string>> readingCommands = {
     {"path"},
     {"export", "--json"},
     {"set", "a", "{broken"},
+    {"apply", "-"},
+    {"apply", "absent"},
+    {"import", "-"},
+    {"import", "absent"},
+    {"watch", "--timeout", "0.01"},
     {"unset"},
     {"--help"}};
 

@@ -97,11 +97,6 @@ void SaveWatch::finish(const std::function<bool(const NSDictionary& file)>& isSa
     throw Failure(ExitCode::NotWritten, "cannot save: " + reason);
 }
 
-/// What a reader of the file will find.
-PropertyListValue asFileHolds(const PropertyListValue& value) {
-    return NSPropertyListSerialization::propertyListWithData(fileForm(value)).value;
-}
-
 std::vector<std::string> startUpAs(StartUp demand) {
     try {
         return startUpNotingChanges();
@@ -147,8 +142,12 @@ void saveWhole(const std::function<void()>& write) {
         [](const NSDictionary& file) { return isKeptAs(QRVSettingsStoredValues(), file); });
 }
 
+bool isKeptWhole(const PropertyListValue& value) {
+    return NSPropertyListSerialization::propertyListWithData(fileForm(value)).value == value;
+}
+
 void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
-    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && asFileHolds(value) != value)
+    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && !isKeptWhole(value))
         say("fractions of seconds are not kept, " + keyPath);
 }
 

@@ -29,6 +29,8 @@ void saveWhole(const std::function<void()>& write);
 /// value in its way.
 void writeOrName(const std::vector<std::string>& keyPaths, const std::function<void()>& write);
 
+/// Whether the file holds the value as it is, and not without the fractions of its dates.
+bool isKeptWhole(const PropertyListValue& value);
 /// Names on standard error the stored key path of a value that lost a part on its way to the file.
 void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath);
 

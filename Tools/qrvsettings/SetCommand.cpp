@@ -33,9 +33,15 @@ struct Options {
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
+std::string textOf(const Options& options) {
+    if (options.value != "-") return options.value;
+    std::string text = standardInput();
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
 PropertyListValue valueOf(const Options& options) {
-    PropertyListValue value =
-        valueFromText(options.value == "-" ? standardInput() : options.value, options.type);
+    PropertyListValue value = valueFromText(textOf(options), options.type);
     requireStorable(value);
     return value;
 }
