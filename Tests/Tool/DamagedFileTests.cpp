@@ -37,6 +37,8 @@ const std::vector<std::vector<std::string>> commandsThatRead = {
     {"apply", "changes", "--dry-run"},
     {"import", "whole.plist"},
     {"import", "whole.plist", "--dry-run"},
+    {"profiles"},
+    {"get", "a", "--profile", "p"},
     {"watch"}};
 
 /// All of them say so and leave everything as it is.

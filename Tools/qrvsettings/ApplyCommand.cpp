@@ -49,6 +49,7 @@ void preview(const std::vector<Change>& changes, const std::string& name) {
 
 void saveAll(const std::vector<Change>& changes, const std::string& name) {
     std::vector<std::string> keyPaths;
+    keyPaths.reserve(changes.size());
     for (const Change& change : changes) keyPaths.push_back(change.keyPath);
     save(keyPaths, [&] { makeAll(changes, name); });
     for (const Change& change : changes) tellWhatIsNotKept(change.value, change.keyPath);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ChangeList.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "Failure.h"

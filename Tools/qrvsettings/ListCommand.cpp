@@ -19,6 +19,7 @@ namespace {
 struct Options {
     std::optional<std::string> prefix;
     std::string layer = "effective";
+    std::string profile;
     bool json = false;
 };
 
@@ -32,7 +33,7 @@ NSDictionary withPrefix(const NSDictionary& leaves, const std::optional<std::str
 
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
-    const Layer layer(options.layer);
+    const Layer layer(options.layer, Scope(options.profile));
     layer.open();
     const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
     if (leaves.count() == 0)
@@ -52,10 +53,12 @@ void addListCommand(CLI::App& program, Action& action) {
     const CLI::Option* prefixOption =
         addText(command, "PREFIX", *prefix, "Only this key path and those that lead through it");
     addLayer(command, options->layer);
+    addProfile(command, options->profile);
     addJSON(command, options->json, "Print one JSON object, from key path to value");
     command.footer(
         "Key paths are in the order of their bytes. One that holds control characters or begins\n"
-        "with a quotation mark is printed as a JSON string.\n\n"
+        "with a quotation mark is printed as a JSON string. Those of a profile are printed as the\n"
+        "application asks for them, without the profile's own place.\n\n"
         "Example: qrvsettings list CPU --layer stored");
     command.callback([options, prefix, prefixOption, &action] {
         if (prefixOption->count() > 0) options->prefix = *prefix;

@@ -6,8 +6,8 @@
 #include "CommandOptions.h"
 #include "Commands.h"
 #include "Input.h"
-#include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
+#include "Scope.h"
 #include "SettingsFile.h"
 #include "ValueText.h"
 
@@ -30,6 +30,7 @@ struct Options {
     std::string keyPath;
     std::string value;
     std::string type;
+    std::string profile;
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
@@ -49,9 +50,11 @@ PropertyListValue valueOf(const Options& options) {
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
+    const Scope scope(options.profile);
+    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     requireWritableSettingsFile(options.damagedFile);
-    save({options.keyPath}, [&] { QRVSettingsSetObjectForKeyPath(value, options.keyPath); });
-    tellWhatIsNotKept(value, options.keyPath);
+    save({storedKeyPath}, [&] { scope.set(value, options.keyPath); });
+    tellWhatIsNotKept(value, storedKeyPath);
     return ExitCode::Done;
 }
 
@@ -68,6 +71,7 @@ void addSetCommand(CLI::App& program, Action& action) {
                     "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
         ->type_name("NAME")
         ->check(CLI::IsMember({"bool", "int", "real", "string", "date", "data", "json"}));
+    addProfile(command, options->profile);
     addReplaceDamaged(command, options->damagedFile);
     command.footer(valueHelp);
     command.callback([options, &action] { action = [options] { return set(*options); }; });
