@@ -14,8 +14,9 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",    "set",   "unset",      "list",
-                                           "export", "color", "appearance", "path"};
+const std::vector<std::string> commands = {"get",    "set",    "unset",      "list",
+                                           "export", "color",  "appearance", "profiles",
+                                           "apply",  "import", "watch",      "path"};
 
 }  // namespace
 
@@ -45,6 +46,18 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"color", "get", "a", "b"},
         {"color", "set", "a"},
         {"color", "unset", "a", "b"},
+        {"profiles", "a"},
+        {"get", "a", "--profile"},
+        {"get", "a", "--profile", ""},
+        {"set", "a", "1", "--profile", ""},
+        {"unset", "a", "--profile="},
+        {"list", "--profile", ""},
+        {"color", "get", "a", "--profile", ""},
+        {"apply"},
+        {"apply", "a", "b"},
+        {"import"},
+        {"import", "a", "b"},
+        {"watch", "a", "b"},
         {"appearance"},
         {"appearance", "get", "a"},
         {"appearance", "set"},

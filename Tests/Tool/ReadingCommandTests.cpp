@@ -36,6 +36,15 @@ const std::vector<std::vector<std::string>> readingCommands = {
     {"path"},
     {"export", "--json"},
     {"set", "a", "{broken"},
+    {"get", "CPU.Width", "--profile", "p"},
+    {"list", "--profile", "p"},
+    {"color", "get", "absent", "--profile", "p"},
+    {"profiles"},
+    {"apply", "-"},
+    {"apply", "absent"},
+    {"import", "-"},
+    {"import", "absent"},
+    {"watch", "--timeout", "0.01"},
     {"unset"},
     {"--help"}};
 

@@ -22,6 +22,14 @@ std::string ofAnotherModel() {
         "<key>Speed</key><integer>3</integer></dict></dict></dict>");
 }
 
+constexpr const char* migrated =
+    "qrvsettings: the settings are of an earlier version: they are brought to the present shape\n";
+
+std::string ofAnEarlierVersion() {
+    return propertyList(
+        "<key>CPU</key><dict><key>Menubar</key><dict><key>Enabled</key><false/></dict></dict>");
+}
+
 }  // namespace
 
 TEST(StartUp, AWriteRecordsTheMachine) {
@@ -85,4 +93,59 @@ TEST(StartUp, NamesTheStoredValueThatIsInItsWay) {
     EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
     EXPECT_EQ(run({"unset", "Device"}).exitCode, 0);
     EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "1\n");
+}
+
+TEST(StartUp, SettingsOfAnEarlierVersionAreReadInThePresentShape) {
+    writeSettings(ofAnEarlierVersion());
+    const auto before = snapshot(ToolSupport::configurationFolder());
+    const std::string inProfile = "Profiles.Settings.default.CPU.Menubar.Enabled";
+    EXPECT_EQ(run({"get", inProfile}).output, "false\n");
+    EXPECT_EQ(run({"list", "Profiles"}).output,
+              "Profiles.Available.identifier\t\"default\"\n" + inProfile +
+                  "\tfalse\nProfiles.Settings.default.Combined.Menubar.Items\t[]\n");
+    EXPECT_EQ(run({"get", "Migration"}).output,
+              "{\"CombinedPowerItems\":true,\"Profiles\":true}\n");
+    EXPECT_EQ(run({"list", "--layer", "stored"}).output, "CPU.Menubar.Enabled\tfalse\n");
+    EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(StartUp, AWriteSavesThePresentShapeAndSaysSoOnce) {
+    writeSettings(ofAnEarlierVersion());
+    EXPECT_EQ(run({"set", "a", "1"}).errors, migrated);
+    EXPECT_EQ(
+        run({"get", "Profiles.Settings.default.CPU.Menubar.Enabled", "--layer", "stored"}).output,
+        "false\n");
+    EXPECT_EQ(run({"set", "a", "2"}).errors, "");
+}
+
+TEST(StartUp, ASecondMigrationAloneIsToldToo) {
+    writeSettings(
+        propertyList("<key>Migration</key><dict><key>CombinedPowerItems</key><false/></dict>"));
+    EXPECT_EQ(run({"set", "a", "1"}).errors, migrated);
+    EXPECT_EQ(run({"get", "Migration", "--layer", "stored"}).output,
+              "{\"CombinedPowerItems\":false,\"Profiles\":true}\n");
+}
+
+TEST(StartUp, WhereNothingWasSetNoEarlierVersionIsTold) {
+    EXPECT_EQ(run({"set", "a", "1"}).errors, "") << "no file";
+    writeSettings("");
+    EXPECT_EQ(run({"set", "a", "1"}).errors, "") << "an empty file";
+    writeSettings(propertyList("<key>CPU</key><dict/>"));
+    EXPECT_EQ(run({"set", "a", "1"}).errors, "") << "a tree without a setting";
+}
+
+TEST(StartUp, ARefusedWriteTellsNothingOfWhatItDidNotSave) {
+    writeSettings(ofAnEarlierVersion());
+    const Outcome outcome = run({"set", "CPU.Menubar.Enabled.Deeper", "1"});
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: a stored value is in the way: "));
+}
+
+TEST(StartUp, NamesTheStoredValueThatIsInTheWayOfThePresentShape) {
+    writeSettings(propertyList("<key>Migration</key><string>flat</string>"));
+    const Outcome outcome = run({"get", "a"});
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_THAT(outcome.errors, HasSubstr("Migration.CombinedPowerItems"));
+    EXPECT_EQ(run({"unset", "Migration"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "Migration.Profiles"}).output, "true\n");
 }

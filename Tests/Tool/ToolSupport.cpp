@@ -6,17 +6,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace ToolSupport {
-namespace {
-
 /// Files instead of pipes: nobody waits for anybody.
-struct Streams {
+struct RunningTool::Streams {
     std::filesystem::path folder = std::filesystem::temp_directory_path() / "tool-streams-XXXXXX";
     Streams() {
         std::string name = folder.string();
@@ -34,7 +34,21 @@ struct Streams {
     [[nodiscard]] std::filesystem::path errors() const { return folder / "errors"; }
 };
 
+namespace {
+
 constexpr int noProgram = 127;
+
+/// What the start-up leaves where nothing was set before, but for the record of the machine.
+constexpr const char* recordsOfAnEmptyFile = R"({
+    "Combined": {"Menubar": {"Items": []}},
+    "Migration": {"CombinedPowerItems": true, "Profiles": true},
+    "Profiles": {
+        "Available": {"identifier": "default"},
+        "Settings": {"default": {
+            "Battery": {"Menubar": {}}, "CPU": {"Menubar": {}},
+            "Combined": {"Menubar": {"Items": []}}, "Disks": {"Menubar": {}},
+            "Memory": {"Menubar": {}}, "Network": {"Menubar": {}}, "Sensors": {"Menubar": {}},
+            "Time": {"Menubar": {}}, "Weather": {"Menubar": {}}}}}})";
 
 void redirect(int number, const std::filesystem::path& path, int flags) {
     const int file = open(path.c_str(), flags, S_IRUSR | S_IWUSR);
@@ -42,14 +56,9 @@ void redirect(int number, const std::filesystem::path& path, int flags) {
     close(file);
 }
 
-[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments,
-                         const Streams& streams, const std::function<void()>& prepare) {
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments) {
     constexpr unsigned mostSeconds = 60;
     alarm(mostSeconds);
-    redirect(STDIN_FILENO, streams.input(), O_RDONLY);
-    redirect(STDOUT_FILENO, streams.output(), O_WRONLY | O_CREAT | O_TRUNC);
-    redirect(STDERR_FILENO, streams.errors(), O_WRONLY | O_CREAT | O_TRUNC);
-    if (prepare) prepare();
     std::vector<std::string> words = {program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -78,18 +87,53 @@ std::string stateOf(const std::filesystem::path& path) {
 
 }  // namespace
 
+RunningTool::RunningTool(const std::string& program, const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings)
+    : streams_(std::make_unique<Streams>()) {
+    writeFile(streams_->input(), surroundings.input);
+    child_ = fork();
+    if (child_ < 0) throw std::runtime_error("no child");
+    if (child_ > 0) return;
+    redirect(STDIN_FILENO, streams_->input(), O_RDONLY);
+    redirect(STDOUT_FILENO, streams_->output(), O_WRONLY | O_CREAT | O_TRUNC);
+    redirect(STDERR_FILENO, streams_->errors(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (surroundings.prepare) surroundings.prepare();
+    become(program, arguments);
+}
+
+RunningTool::RunningTool(const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings)
+    : RunningTool(QRV_TOOL, arguments, surroundings) {}
+
+RunningTool::~RunningTool() {
+    if (child_ < 0) return;
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+}
+
+std::string RunningTool::output() const {
+    return contentsOf(streams_->output());
+}
+
+std::string RunningTool::errors() const {
+    return contentsOf(streams_->errors());
+}
+
+void RunningTool::send(int signal) const {
+    kill(child_, signal);
+}
+
+Outcome RunningTool::finish() {
+    Outcome outcome;
+    outcome.exitCode = exitCodeOf(std::exchange(child_, -1));
+    outcome.output = output();
+    outcome.errors = errors();
+    return outcome;
+}
+
 Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
                    const Surroundings& surroundings) {
-    const Streams streams;
-    writeFile(streams.input(), surroundings.input);
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("no child");
-    if (child == 0) become(program, arguments, streams, surroundings.prepare);
-    Outcome outcome;
-    outcome.exitCode = exitCodeOf(child);
-    outcome.output = contentsOf(streams.output());
-    outcome.errors = contentsOf(streams.errors());
-    return outcome;
+    return RunningTool(program, arguments, surroundings).finish();
 }
 
 Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings) {
@@ -130,8 +174,11 @@ std::string propertyList(std::string_view entries) {
 }
 
 std::string storedSettings() {
+    static const nlohmann::json ofAnEmptyFile = nlohmann::json::parse(recordsOfAnEmptyFile);
     nlohmann::json settings = nlohmann::json::parse(run({"export", "--json"}).output);
     settings.erase("Device");
+    for (const auto& [key, value] : ofAnEmptyFile.items())
+        if (settings.contains(key) && settings[key] == value) settings.erase(key);
     return settings.dump();
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,31 @@ struct Surroundings {
     std::function<void()> prepare;
 };
 
+/// The tool in a process that goes on meanwhile; it is killed at the end if it still runs, and ends
+/// after a minute at the latest.
+class RunningTool {
+  public:
+    explicit RunningTool(const std::vector<std::string>& arguments,
+                         const Surroundings& surroundings = {});
+    RunningTool(const std::string& program, const std::vector<std::string>& arguments,
+                const Surroundings& surroundings);
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+    ~RunningTool();
+
+    /// What it has printed so far.
+    [[nodiscard]] std::string output() const;
+    [[nodiscard]] std::string errors() const;
+    void send(int signal) const;
+    /// Waits for its end.
+    Outcome finish();
+
+  private:
+    struct Streams;
+    std::unique_ptr<Streams> streams_;
+    int child_ = -1;
+};
+
 /// Runs the tool to its end, which comes after a minute at the latest.
 Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
 Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
@@ -40,7 +66,8 @@ void writeSettings(std::string_view bytes);
 /// An XML property list with these contents of its root dictionary.
 std::string propertyList(std::string_view entries);
 
-/// What the settings file holds as a line of JSON, without the record of the machine.
+/// What the settings file holds as a line of JSON, without the record of the machine and what else
+/// a start-up leaves in a file where nothing was set before. Those that differ from that are shown.
 std::string storedSettings();
 
 /// All there is below a folder: kind, times, and contents by path.

@@ -13,6 +13,7 @@
 #include "Platform/System/Terminal.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
+#include "Scope.h"
 #include "SettingsFile.h"
 #include "StartUp.h"
 #include "ValueText.h"
@@ -22,6 +23,7 @@ namespace {
 
 struct Options {
     std::string keyPath;
+    std::string profile;
     std::vector<std::string> color;
     bool hexadecimal = false;
     DamagedFile damagedFile = DamagedFile::Refused;
@@ -50,9 +52,10 @@ bool isColorText(const PropertyListValue& value) {
     return value.isString() && std::count(text.begin(), text.end(), ' ') == 3;
 }
 
-NSColor colorOf(const std::string& keyPath) {
-    const PropertyListValue color = QRVSettingsColorForKeyPath(keyPath);
-    const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(keyPath);
+NSColor colorOf(const Scope& scope, const std::string& keyPath) {
+    scope.extendDefault(keyPath);
+    const PropertyListValue color = QRVSettingsColorForKeyPath(scope.storedKeyPath(keyPath));
+    const PropertyListValue stored = scope.stored(keyPath);
     const PropertyListValue present =
         stored.isNull() ? QRVSettingsDefaultForKeyPath(keyPath) : stored;
     if (present.isNull()) throw Failure(ExitCode::NotSet, "not set, " + keyPath);
@@ -66,9 +69,10 @@ NSColor colorOf(const std::string& keyPath) {
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
+    const Scope scope(options.profile);
     requireReadableSettingsFile();
     startUp();
-    const NSColor color = colorOf(options.keyPath);
+    const NSColor color = colorOf(scope, options.keyPath);
     const std::string text = options.hexadecimal ? hexadecimalColorText(color) : colorText(color);
     print(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") + "\n");
     return ExitCode::Done;
@@ -81,8 +85,13 @@ bool isUsual(double component) {
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const NSColor color = colorFromTexts(options.color);
+    const Scope scope(options.profile);
+    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     requireWritableSettingsFile(options.damagedFile);
-    save({options.keyPath}, [&] { QRVSettingsSetColorForKeyPath(color, options.keyPath); });
+    save({storedKeyPath}, [&] {
+        scope.extendDefault(options.keyPath);
+        QRVSettingsSetColorForKeyPath(color, storedKeyPath);
+    });
     if (!isUsual(color.redComponent) || !isUsual(color.greenComponent) ||
         !isUsual(color.blueComponent) || !isUsual(color.alphaComponent))
         say("stored as it is, though not all components are from 0 to 1, " + options.keyPath);
@@ -91,10 +100,12 @@ ExitCode set(const Options& options) {
 
 ExitCode unset(const Options& options) {
     requireUTF8(options.keyPath);
+    const Scope scope(options.profile);
+    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     requireWritableSettingsFile(options.damagedFile);
-    if (QRVSettingsStoredObjectForKeyPath(options.keyPath).isNull())
+    if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
         throw Failure(ExitCode::NotSet, "not set, " + options.keyPath);
-    save({options.keyPath}, [&] { QRVSettingsSetColorForKeyPath(nullptr, options.keyPath); });
+    save({storedKeyPath}, [&] { QRVSettingsSetColorForKeyPath(nullptr, storedKeyPath); });
     return ExitCode::Done;
 }
 
@@ -103,6 +114,7 @@ CLI::App& addOperation(CLI::App& command, const std::string& name, const std::st
                        ExitCode (*operation)(const Options&)) {
     CLI::App& added = *command.add_subcommand(name, description);
     addText(added, "KEYPATH", options->keyPath, "Keys joined by dots")->required();
+    addProfile(added, options->profile);
     added.footer("Example: qrvsettings color " + name + " Network.Menubar.Mode.Status.NoIP.Color" +
                  (name == "set" ? " '#ffc600'" : ""));
     added.callback([options, &action, operation] {

@@ -29,6 +29,10 @@ void addCommands(CLI::App& program, Action& action) {
     addExportCommand(program, action);
     addColorCommand(program, action);
     addAppearanceCommand(program, action);
+    addProfilesCommand(program, action);
+    addApplyCommand(program, action);
+    addImportCommand(program, action);
+    addWatchCommand(program, action);
     addPathCommand(program, action);
 }
 

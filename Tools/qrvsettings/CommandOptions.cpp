@@ -58,6 +58,16 @@ void addJSON(CLI::App& command, bool& json, const std::string& description) {
     command.add_flag("--json", json, description);
 }
 
+void addProfile(CLI::App& command, std::string& profile) {
+    addText(command, "--profile", profile,
+            "Work on the settings of this profile: what is not stored there has its default, "
+            "whatever is stored elsewhere")
+        ->type_name("NAME")
+        ->check([](const std::string& name) {
+            return std::string(name.empty() ? "the name of the profile is empty" : "");
+        });
+}
+
 void addReplaceDamaged(CLI::App& command, DamagedFile& damagedFile) {
     command.add_flag_callback(
         "--replace-damaged", [&damagedFile] { damagedFile = DamagedFile::Replaced; },

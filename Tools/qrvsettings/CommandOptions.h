@@ -30,6 +30,8 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
 
 void addLayer(CLI::App& command, std::string& layer);
 void addJSON(CLI::App& command, bool& json, const std::string& description);
+/// `profile` stays empty where none is named.
+void addProfile(CLI::App& command, std::string& profile);
 void addReplaceDamaged(CLI::App& command, DamagedFile& damagedFile);
 
 }  // namespace Tool

@@ -23,6 +23,10 @@ void addListCommand(CLI::App& program, Action& action);
 void addExportCommand(CLI::App& program, Action& action);
 void addColorCommand(CLI::App& program, Action& action);
 void addAppearanceCommand(CLI::App& program, Action& action);
+void addProfilesCommand(CLI::App& program, Action& action);
+void addApplyCommand(CLI::App& program, Action& action);
+void addImportCommand(CLI::App& program, Action& action);
+void addWatchCommand(CLI::App& program, Action& action);
 void addPathCommand(CLI::App& program, Action& action);
 
 }  // namespace Tool

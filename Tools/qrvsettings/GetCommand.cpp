@@ -17,12 +17,13 @@ namespace {
 struct Options {
     std::string keyPath;
     std::string layer = "effective";
+    std::string profile;
     bool json = false;
 };
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
-    const Layer layer(options.layer);
+    const Layer layer(options.layer, Scope(options.profile));
     layer.open();
     const PropertyListValue value = layer.value(options.keyPath);
     if (value.isNull()) throw Failure(ExitCode::NotSet, "not set, " + options.keyPath);
@@ -37,6 +38,7 @@ void addGetCommand(CLI::App& program, Action& action) {
     const auto options = std::make_shared<Options>();
     addText(command, "KEYPATH", options->keyPath, "Keys joined by dots")->required();
     addLayer(command, options->layer);
+    addProfile(command, options->profile);
     addJSON(command, options->json, "Print every value as JSON, not only dictionaries and arrays");
     command.footer("Example: qrvsettings get CPU.Menubar.Enabled");
     command.callback([options, &action] { action = [options] { return get(*options); }; });

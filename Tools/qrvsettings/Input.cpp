@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "Failure.h"
+#include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 
 namespace Tool {
@@ -26,8 +27,20 @@ std::string standardInput() {
     }
     if (std::ferror(stdin) != 0)
         throw Failure(ExitCode::WrongValue, "cannot be read, standard input");
-    if (text.ends_with('\n')) text.pop_back();
     return text;
+}
+
+std::string contentsOfInput(const std::string& file) {
+    if (file == "-") return standardInput();
+    const FileContents contents = contentsOfFile(file, NSPropertyListSerialization::maximumSize);
+    if (contents.error)
+        throw Failure(ExitCode::WrongValue,
+                      "cannot be read: " + contents.error.message() + ", " + file);
+    return contents.bytes;
+}
+
+std::string nameOfInput(const std::string& file) {
+    return file == "-" ? "standard input" : file;
 }
 
 }  // namespace Tool

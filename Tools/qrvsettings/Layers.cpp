@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Layers.h"
 
+#include <utility>
+
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "SettingsFile.h"
@@ -8,10 +10,11 @@
 
 namespace Tool {
 
-Layer::Layer(std::string_view name)
+Layer::Layer(std::string_view name, Scope scope)
     : name_(name == "stored"    ? Name::Stored
             : name == "default" ? Name::Default
-                                : Name::Effective) {}
+                                : Name::Effective),
+      scope_(std::move(scope)) {}
 
 // The start-up changes the stored values in memory: a foreign machine's are reset. Of the settings
 // file alone it has nothing to say.
@@ -21,16 +24,16 @@ void Layer::open() const {
 }
 
 PropertyListValue Layer::value(KeyPath keyPath) const {
-    if (name_ == Name::Stored) return QRVSettingsStoredObjectForKeyPath(keyPath);
+    if (name_ == Name::Stored) return scope_.stored(keyPath);
     if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
-    return QRVSettingsObjectForKeyPath(keyPath);
+    return scope_.effective(keyPath);
 }
 
 NSDictionary Layer::flattened() const {
     NSMutableDictionary leaves;
     if (name_ != Name::Stored)
         NSDictionaryQRV::flatten(QRVSettings::sharedSettings().defaults(), leaves);
-    if (name_ != Name::Default) NSDictionaryQRV::flatten(QRVSettingsStoredValues(), leaves);
+    if (name_ != Name::Default) NSDictionaryQRV::flatten(scope_.storedTree(), leaves);
     return leaves;
 }
 
@@ -43,11 +46,6 @@ NSDictionary Layer::leaves() const {
         if (!answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
     }
     return leaves;
-}
-
-bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
-    return keyPath.starts_with(prefix) &&
-           (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
 }
 
 }  // namespace Tool

@@ -6,6 +6,7 @@
 
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"
+#include "Scope.h"
 
 namespace Tool {
 
@@ -14,7 +15,7 @@ namespace Tool {
 class Layer {
   public:
     /// `name` is one of the three.
-    explicit Layer(std::string_view name);
+    Layer(std::string_view name, Scope scope);
 
     /// Before the first read. Throws Failure: UnreadableFile when the layer needs the settings file
     /// and that is no good, and as `startUp` does.
@@ -29,9 +30,7 @@ class Layer {
     enum class Name { Effective, Stored, Default };
     [[nodiscard]] NSDictionary flattened() const;
     Name name_;
+    Scope scope_;
 };
-
-/// Whether the key path is `prefix` or leads through it.
-bool isAtOrBelow(std::string_view keyPath, std::string_view prefix);
 
 }  // namespace Tool

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 #include "Failure.h"
+#include "KeyPaths.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
@@ -30,8 +30,8 @@ class SaveWatch {
     SaveWatch& operator=(const SaveWatch&) = delete;
     ~SaveWatch();
 
-    /// Waits for the saves and reads the file afresh.
-    void finish(const std::vector<std::string>& keyPaths);
+    /// Waits for the saves and asks `isSaved` about the file, read afresh.
+    void finish(const std::function<bool(const NSDictionary& file)>& isSaved);
 
   private:
     struct Observations {
@@ -54,10 +54,13 @@ std::string fileForm(const PropertyListValue& value) {
     return NSPropertyListSerialization::dataWithPropertyList(value).bytes;
 }
 
-bool holds(const NSDictionary& file, const std::string& keyPath) {
-    const PropertyListValue kept = NSDictionaryQRV::objectAtKeyPath(file, keyPath);
-    const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(keyPath);
+bool isKeptAs(const PropertyListValue& stored, const PropertyListValue& kept) {
     return kept.isNull() == stored.isNull() && fileForm(kept) == fileForm(stored);
+}
+
+bool holds(const NSDictionary& file, const std::string& keyPath) {
+    return isKeptAs(QRVSettingsStoredObjectForKeyPath(keyPath),
+                    NSDictionaryQRV::objectAtKeyPath(file, keyPath));
 }
 
 SaveWatch::SaveWatch() {
@@ -80,15 +83,13 @@ SaveWatch::~SaveWatch() {
     setFileFailureHandler(nullptr);
 }
 
-void SaveWatch::finish(const std::vector<std::string>& keyPaths) {
+void SaveWatch::finish(const std::function<bool(const NSDictionary& file)>& isSaved) {
     QRVSettings::sharedSettings().queue().sync([] {});
     DDLog::flush();
-    const NSDictionary file = QRVSettingsStorage();
-    const bool isSaved = std::all_of(keyPaths.begin(), keyPaths.end(),
-                                     [&](const auto& keyPath) { return holds(file, keyPath); });
+    const bool isDone = isSaved(QRVSettingsStorage());
     const std::lock_guard guard(observations_->mutex);
     for (const std::string& note : observations_->notes) say(note);
-    if (isSaved) return;
+    if (isDone) return;
     const std::string reason = observations_->faults.empty()
                                    ? "another process has written at the same time, " +
                                          QRVSettings::sharedSettings().location()
@@ -96,71 +97,58 @@ void SaveWatch::finish(const std::vector<std::string>& keyPaths) {
     throw Failure(ExitCode::NotWritten, "cannot save: " + reason);
 }
 
-/// The stored value that a key path leads through though it is no dictionary.
-std::optional<std::string> obstacleOf(const std::string& keyPath) {
-    const NSDictionary stored = QRVSettingsStoredValues();
-    for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
-         end = keyPath.find('.', end + 1)) {
-        const std::string above = keyPath.substr(0, end);
-        const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(stored, above);
-        if (!value.isNull() && !value.isDictionary()) return above + " is " + kindName(value);
+std::vector<std::string> startUpAs(StartUp demand) {
+    try {
+        return startUpNotingChanges();
+    } catch (const Failure&) {
+        if (demand == StartUp::MustSucceed) throw;
+        return {};
     }
-    return std::nullopt;
 }
+
+}  // namespace
 
 void writeOrName(const std::vector<std::string>& keyPaths, const std::function<void()>& write) {
     try {
         write();
     } catch (const NSInvalidArgumentException& exception) {
         for (const std::string& keyPath : keyPaths)
-            if (const auto obstacle = obstacleOf(keyPath))
+            if (const auto obstacle = leafAbove(QRVSettingsStoredValues(), keyPath))
                 throw Failure(ExitCode::WrongValue,
-                              "a stored value is in the way: " + *obstacle + ", " + keyPath);
+                              "a stored value is in the way: " + *obstacle + " is " +
+                                  kindName(QRVSettingsStoredObjectForKeyPath(*obstacle)) + ", " +
+                                  keyPath);
         throw Failure(ExitCode::WrongValue, exception.what());
     }
 }
 
-PropertyListValue storedIdentity() {
-    return QRVSettingsStoredObjectForKeyPath("Device");
-}
-
-bool differs(const PropertyListValue& before, const PropertyListValue& after, const char* key) {
-    const PropertyListValue recorded = before.dictionary().objectForKey(key);
-    return !recorded.isNull() && recorded != after.dictionary().objectForKey(key);
-}
-
-/// Settings that nobody here asked to change.
-void startUpAndTellWhatIsReset() {
-    const PropertyListValue before = storedIdentity();
-    startUp();
-    const PropertyListValue after = storedIdentity();
-    if (differs(before, after, "Device"))
-        say("the settings come from another machine: Network.Menubar.Global.PrimaryInterface is "
-            "reset");
-    if (differs(before, after, "Model"))
-        say("the settings come from another model: Sensors.Global.Fans and the profiles' "
-            "Sensors.Menubar.Sensors are reset");
-}
-
-void startUpAs(StartUp demand) {
-    try {
-        startUpAndTellWhatIsReset();
-    } catch (const Failure&) {
-        if (demand == StartUp::MustSucceed) throw;
-    }
-}
-
-}  // namespace
-
 void save(const std::vector<std::string>& keyPaths, const std::function<void()>& write,
           StartUp startUp) {
-    startUpAs(startUp);
+    const std::vector<std::string> notes = startUpAs(startUp);
     SaveWatch watch;
     writeOrName(keyPaths, write);
-    QRVSettings& store = QRVSettings::sharedSettings();
-    store.setInBatchSave(false);
-    QRVSettingsSaveObject(store.storageCache());
-    watch.finish(keyPaths);
+    for (const std::string& note : notes) say(note);
+    QRVSettingsCommitBatchSave();
+    watch.finish([&keyPaths](const NSDictionary& file) {
+        return std::all_of(keyPaths.begin(), keyPaths.end(),
+                           [&file](const auto& keyPath) { return holds(file, keyPath); });
+    });
+}
+
+void saveWhole(const std::function<void()>& write) {
+    SaveWatch watch;
+    write();
+    watch.finish(
+        [](const NSDictionary& file) { return isKeptAs(QRVSettingsStoredValues(), file); });
+}
+
+bool isKeptWhole(const PropertyListValue& value) {
+    return NSPropertyListSerialization::propertyListWithData(fileForm(value)).value == value;
+}
+
+void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
+    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && !isKeptWhole(value))
+        say("fractions of seconds are not kept, " + keyPath);
 }
 
 }  // namespace Tool

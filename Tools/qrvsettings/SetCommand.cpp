@@ -6,9 +6,8 @@
 #include "CommandOptions.h"
 #include "Commands.h"
 #include "Input.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
-#include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
+#include "Scope.h"
 #include "SettingsFile.h"
 #include "ValueText.h"
 
@@ -31,33 +30,31 @@ struct Options {
     std::string keyPath;
     std::string value;
     std::string type;
+    std::string profile;
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
+std::string textOf(const Options& options) {
+    if (options.value != "-") return options.value;
+    std::string text = standardInput();
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
 PropertyListValue valueOf(const Options& options) {
-    PropertyListValue value =
-        valueFromText(options.value == "-" ? standardInput() : options.value, options.type);
+    PropertyListValue value = valueFromText(textOf(options), options.type);
     requireStorable(value);
     return value;
-}
-
-/// What a reader of the file will find.
-PropertyListValue asFileHolds(const PropertyListValue& value) {
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
-    return NSPropertyListSerialization::propertyListWithData(written.bytes).value;
-}
-
-void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
-    if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && asFileHolds(value) != value)
-        say("fractions of seconds are not kept, " + keyPath);
 }
 
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
+    const Scope scope(options.profile);
+    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     requireWritableSettingsFile(options.damagedFile);
-    save({options.keyPath}, [&] { QRVSettingsSetObjectForKeyPath(value, options.keyPath); });
-    tellWhatIsNotKept(value, options.keyPath);
+    save({storedKeyPath}, [&] { scope.set(value, options.keyPath); });
+    tellWhatIsNotKept(value, storedKeyPath);
     return ExitCode::Done;
 }
 
@@ -74,6 +71,7 @@ void addSetCommand(CLI::App& program, Action& action) {
                     "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
         ->type_name("NAME")
         ->check(CLI::IsMember({"bool", "int", "real", "string", "date", "data", "json"}));
+    addProfile(command, options->profile);
     addReplaceDamaged(command, options->damagedFile);
     command.footer(valueHelp);
     command.callback([options, &action] { action = [options] { return set(*options); }; });

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tool/ToolSupport.h"
+
+using testing::HasSubstr;
+using ToolSupport::Outcome;
+using ToolSupport::propertyList;
+using ToolSupport::run;
+using ToolSupport::writeSettings;
+
+namespace {
+
+constexpr const char* width = "CPU.Menubar.Mode.HistoryGraph.Width";
+constexpr const char* color = "Network.Menubar.Mode.Status.Connected.Color";
+
+void setInTravel(const std::string& keyPath, const std::string& value) {
+    const Outcome outcome = run({"set", "--profile", "travel", keyPath, value});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+}
+
+Outcome inTravel(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--profile", "travel"});
+    return run(arguments);
+}
+
+}  // namespace
+
+TEST(Profile, SetAndGetWorkInTheProfileThatIsNamed) {
+    setInTravel(width, "60");
+    EXPECT_EQ(inTravel({"get", width}).output, "60\n");
+    EXPECT_EQ(inTravel({"get", width, "--layer", "stored"}).output, "60\n");
+    EXPECT_EQ(run({"get", width}).output, "40\n");
+    EXPECT_EQ(run({"get", width, "--profile", "other"}).output, "40\n");
+    EXPECT_EQ(run({"get", std::string("Profiles.Settings.travel.") + width}).output, "60\n");
+}
+
+TEST(Profile, WhatItDoesNotHoldHasTheDefaultAndNotThePlainValue) {
+    ASSERT_EQ(run({"set", width, "50"}).exitCode, 0);
+    EXPECT_EQ(inTravel({"get", width}).output, "40\n");
+    EXPECT_EQ(inTravel({"get", width, "--layer", "stored"}).exitCode, 1);
+    EXPECT_EQ(inTravel({"get", width, "--layer", "default"}).output, "40\n");
+    EXPECT_EQ(inTravel({"get", "absent"}).errors, "qrvsettings: not set, absent\n");
+}
+
+TEST(Profile, TheDefaultIsNotStored) {
+    setInTravel(width, "60");
+    setInTravel(width, "40");
+    EXPECT_EQ(inTravel({"get", width, "--layer", "stored"}).exitCode, 1);
+}
+
+TEST(Profile, UnsetRemovesFromThatProfileOnly) {
+    ASSERT_EQ(run({"set", width, "50"}).exitCode, 0);
+    setInTravel(width, "60");
+    EXPECT_EQ(run({"unset", width, "--profile", "other"}).exitCode, 1);
+    const Outcome outcome = inTravel({"unset", width, "absent"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "qrvsettings: not set, absent\n");
+    EXPECT_EQ(inTravel({"get", width}).output, "40\n");
+    EXPECT_EQ(run({"get", width}).output, "50\n");
+}
+
+TEST(Profile, ListPrintsPlainKeyPaths) {
+    ASSERT_EQ(run({"set", "Menu.Theme.Light", "plain"}).exitCode, 0);
+    setInTravel("Menu.Theme.Dark", "red");
+    setInTravel("own", "1");
+    EXPECT_EQ(inTravel({"list", "--layer", "stored"}).output, "Menu.Theme.Dark\t\"red\"\nown\t1\n");
+    EXPECT_EQ(inTravel({"list", "Menu"}).output,
+              "Menu.THeme.Vibrancy\ttrue\nMenu.Theme.Dark\t\"red\"\n"
+              "Menu.Theme.Light\t\"indigo\"\n");
+    EXPECT_EQ(inTravel({"list", "own", "--json"}).output, "{\"own\":1}\n");
+    EXPECT_EQ(run({"list", "--layer", "stored", "--profile", "other"}).exitCode, 1);
+}
+
+TEST(Profile, ANameWithADotAddsLevels) {
+    ASSERT_EQ(run({"set", "a", "1", "--profile", "on.the.road"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a", "--profile", "on.the.road"}).output, "1\n");
+    EXPECT_EQ(run({"list", "--layer", "stored", "--profile", "on.the.road"}).output, "a\t1\n");
+    EXPECT_EQ(run({"get", "Profiles.Settings.on"}).output, "{\"the\":{\"road\":{\"a\":1}}}\n");
+    EXPECT_EQ(run({"profiles"}).output, "default\non\n");
+}
+
+TEST(Profile, NamesTheStoredValueInTheWayWhereItIsStored) {
+    setInTravel("a", "1");
+    const Outcome outcome = inTravel({"set", "a.b", "1"});
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: a stored value is in the way: Profiles.Settings.travel.a is an "
+              "integer, Profiles.Settings.travel.a.b\n");
+}
+
+TEST(Profile, ANameThatIsNotUTF8IsRefused) {
+    EXPECT_EQ(run({"get", "a", "--profile", "a\xff"}).exitCode, 5);
+    EXPECT_EQ(run({"set", "a", "1", "--profile", "a\xff"}).exitCode, 5);
+    EXPECT_EQ(run({"list", "--profile", "a\xff"}).exitCode, 5);
+    EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
+}
+
+TEST(ProfileColor, IsThatOfTheProfileElseTheDefault) {
+    ASSERT_EQ(run({"color", "set", color, "#000000"}).exitCode, 0);
+    EXPECT_EQ(inTravel({"color", "get", color}).output, "0.384 0.729 0.274 1\n");
+    ASSERT_EQ(inTravel({"color", "set", color, "#ff0000"}).exitCode, 0);
+    EXPECT_EQ(inTravel({"color", "get", color}).output, "1 0 0 1\n");
+    EXPECT_EQ(run({"color", "get", color}).output, "0 0 0 1\n");
+    ASSERT_EQ(inTravel({"color", "unset", color}).exitCode, 0);
+    EXPECT_EQ(inTravel({"color", "get", color}).output, "0.384 0.729 0.274 1\n");
+    EXPECT_EQ(run({"color", "get", color}).output, "0 0 0 1\n");
+    EXPECT_EQ(inTravel({"color", "get", "a"}).exitCode, 1);
+    EXPECT_EQ(inTravel({"color", "unset", color}).exitCode, 1);
+}
+
+TEST(ProfileColor, TheDefaultColourIsNotStored) {
+    ASSERT_EQ(inTravel({"color", "set", color, "#000000"}).exitCode, 0);
+    ASSERT_EQ(
+        run({"color", "set", "--profile", "travel", color, "0.384", "0.729", "0.274"}).exitCode, 0);
+    EXPECT_EQ(inTravel({"get", color, "--layer", "stored"}).exitCode, 1);
+}
+
+TEST(ProfileColor, SaysWhenTheDefaultStandsInForWhatIsStored) {
+    setInTravel(color, "red");
+    const Outcome outcome = inTravel({"color", "get", color});
+    EXPECT_EQ(outcome.output, "0.384 0.729 0.274 1\n");
+    EXPECT_THAT(outcome.errors, HasSubstr(std::string("default, ") + color));
+}
+
+TEST(Profiles, AreListedInOrder) {
+    EXPECT_EQ(run({"profiles"}).output, "default\n") << "there from the first start";
+    setInTravel("a", "1");
+    ASSERT_EQ(run({"set", "a", "1", "--profile", "at home\n"}).exitCode, 0);
+    EXPECT_EQ(run({"profiles"}).output, "\"at home\\n\"\ndefault\ntravel\n");
+    EXPECT_EQ(run({"profiles", "--json"}).output, "[\"at home\\n\",\"default\",\"travel\"]\n");
+}
+
+TEST(Profiles, SaysWhenThereAreNone) {
+    writeSettings(
+        propertyList("<key>Migration</key><dict><key>CombinedPowerItems</key><true/>"
+                     "<key>Profiles</key><true/></dict>"));
+    const Outcome outcome = run({"profiles"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "qrvsettings: there are no profiles\n");
+}

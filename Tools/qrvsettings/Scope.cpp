@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "Scope.h"
+
+#include <utility>
+
+#include "Input.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace Tool {
+
+Scope::Scope(std::string profile) : profile_(std::move(profile)) {
+    requireUTF8(profile_);
+}
+
+void Scope::enter() const {
+    QRVSettings::sharedSettings().setActiveProfile(profile_);
+}
+
+std::string Scope::storedKeyPath(KeyPath keyPath) const {
+    if (!isProfile()) return std::string(keyPath.text());
+    enter();
+    return QRVSettingsProfileKeyForKey(keyPath);
+}
+
+NSDictionary Scope::storedTree() const {
+    if (!isProfile()) return QRVSettingsStoredValues();
+    std::string root = storedKeyPath("");
+    root.pop_back();
+    return QRVSettingsStoredObjectForKeyPath(root).dictionary();
+}
+
+PropertyListValue Scope::stored(KeyPath keyPath) const {
+    return QRVSettingsStoredObjectForKeyPath(storedKeyPath(keyPath));
+}
+
+PropertyListValue Scope::effective(KeyPath keyPath) const {
+    if (!isProfile()) return QRVSettingsObjectForKeyPath(keyPath);
+    enter();
+    return QRVSettingsProfileObjectForKeyPath(keyPath);
+}
+
+void Scope::set(const PropertyListValue& value, KeyPath keyPath) const {
+    if (!isProfile()) return QRVSettingsSetObjectForKeyPath(value, keyPath);
+    enter();
+    QRVSettingsProfileSetObjectForKeyPath(value, keyPath);
+}
+
+void Scope::extendDefault(KeyPath keyPath) const {
+    const PropertyListValue value = QRVSettingsDefaultForKeyPath(keyPath);
+    if (!isProfile() || value.isNull()) return;
+    QRVSettings& store = QRVSettings::sharedSettings();
+    const NSMutableDictionary defaults = store.defaults().mutableCopy();
+    NSDictionaryQRV::setObjectAtKeyPath(defaults, value, storedKeyPath(keyPath));
+    store.setDefaults(defaults);
+}
+
+}  // namespace Tool

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+
+namespace Tool {
+
+/// The settings that a command works on: those of the application, or those of one profile, whose
+/// key paths are the same plain ones.
+class Scope {
+  public:
+    /// The settings of the application when there is no name. Throws Failure (WrongValue) when the
+    /// name is not UTF-8.
+    explicit Scope(std::string profile);
+
+    [[nodiscard]] bool isProfile() const { return !profile_.empty(); }
+    /// Where the settings file keeps the setting.
+    [[nodiscard]] std::string storedKeyPath(KeyPath keyPath) const;
+    /// All that is stored, as a tree of plain key paths; null when nothing is.
+    [[nodiscard]] NSDictionary storedTree() const;
+
+    [[nodiscard]] PropertyListValue stored(KeyPath keyPath) const;
+    [[nodiscard]] PropertyListValue effective(KeyPath keyPath) const;
+    /// Throws as QRVSettingsSetObjectForKeyPath does.
+    void set(const PropertyListValue& value, KeyPath keyPath) const;
+
+    /// Makes the default of the setting also that of its stored key path, for functions that know
+    /// no profiles. After the start-up.
+    void extendDefault(KeyPath keyPath) const;
+
+  private:
+    /// At each use: the start-up makes another profile the active one.
+    void enter() const;
+    std::string profile_;
+};
+
+}  // namespace Tool
