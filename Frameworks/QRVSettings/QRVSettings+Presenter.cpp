@@ -8,9 +8,13 @@
 // 2. The file is read afresh and compared with the stored tree.
 // 3. Key paths of this process's own recent saves are taken out of the changes.
 // Main queue:
-// 4. Without changes nothing happens: the stored tree and the cache stay as they are.
-// 5. The new tree becomes the stored one, and the cache is emptied.
-// 6. The change handler is called.
+// 4. What was compared is out of date when this process is about to save, or has another stored
+// tree
+//    by now: then 2 is done again, after the saves. Otherwise the stored tree could end as one that
+//    the file no longer holds, with no further notification to mend it.
+// 5. Without changes nothing happens: the stored tree and the cache stay as they are.
+// 6. The new tree becomes the stored one, and the cache is emptied.
+// 7. The change handler is called.
 
 #include <string>
 #include <unordered_set>
@@ -19,6 +23,7 @@
 #include "Platform/Files/Files.h"
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+PendingSaves.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -35,22 +40,46 @@ NSArray withoutLocalChanges(const NSArray& changes, const NSArray& localChanges)
     return others.copy();
 }
 
-void publish(QRVSettings& store, const NSArray& changes, const NSDictionary& tree) {
-    if (changes.count() == 0) return;  // 4
+struct Reading {
+    NSDictionary before;  ///< the stored tree itself
+    NSDictionary after;
+    NSArray changes;
+};
+
+void queueReload(QRVSettings& store);
+
+/// False when the reading is out of date, and another one is on its way.
+bool isUpToDate(const Reading& reading, QRVSettings& store) {
+    if (isSavePending()) {
+        store.queue().async([&store] { queueReload(store); });
+        return false;
+    }
+    const bool isCurrent = reading.before.isIdenticalTo(store.storageCache());
+    if (!isCurrent) queueReload(store);
+    return isCurrent;
+}
+
+void publish(const Reading& reading, QRVSettings& store) {
+    if (!isUpToDate(reading, store)) return;   // 4
+    if (reading.changes.count() == 0) return;  // 5
     NSLog("Prefs file changed");
-    store.setStorageCache(tree.mutableCopy());  // 5
+    store.setStorageCache(reading.after.mutableCopy());  // 6
     store.cache().removeAllObjects();
     // A copy: the handler may install another one.
     const QRVSettings::ChangeHandler onChange = store.onChange();
-    if (onChange) onChange(changes);  // 6
+    if (onChange) onChange(reading.changes);  // 7
 }
 
 void reload(QRVSettings& store) {
-    const NSDictionary before = store.storageCache().copy();
-    const NSDictionary after = QRVSettingsStorage().copy();  // 2
-    const NSArray changes = withoutLocalChanges(NSDictionaryQRV::changedKeys(before, after),
-                                                store.localChanges());  // 3
-    DispatchMainQueue::shared().async([&store, changes, after] { publish(store, changes, after); });
+    Reading reading{store.storageCache(), QRVSettingsStorage().copy(), nullptr};  // 2
+    reading.changes =
+        withoutLocalChanges(NSDictionaryQRV::changedKeys(reading.before.copy(), reading.after),
+                            store.localChanges());  // 3
+    DispatchMainQueue::shared().async([&store, reading] { publish(reading, store); });
+}
+
+void queueReload(QRVSettings& store) {
+    QRVSettings::sharedSettings().readQueue().async([&store] { reload(store); });
 }
 
 }  // namespace
@@ -74,5 +103,5 @@ bool QRVSettings::fileContentsDidChange() {
 
 void QRVSettings::presentedItemDidChange() {
     if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
-    sharedSettings().readQueue().async([this] { reload(*this); });
+    queueReload(*this);
 }

@@ -18,7 +18,9 @@
 // All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
 // several queued saves, and a save that runs after a later write may hold that write's change.
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -28,6 +30,7 @@
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Log.h"
+#include "QRVSettings/QRVSettings+PendingSaves.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -41,6 +44,8 @@ enum class SaveMessageLine : int {
     ExceptionRaised = 119,
     ObjectOfException = 120,
 };
+
+std::atomic<std::uint64_t> pendingSaves = 0;
 
 void logSaveMessage(SaveMessageLine line, const char* format,
                     std::vector<PropertyListValue> arguments) {
@@ -156,7 +161,15 @@ void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log
         store.batchLogChanges().addObjectsFromArray(log);
         return;
     }
-    store.queue().async([object, log] { save(object, log); });
+    ++pendingSaves;
+    store.queue().async([object, log] {
+        save(object, log);
+        --pendingSaves;
+    });
+}
+
+bool isSavePending() {
+    return pendingSaves != 0;
 }
 
 void QRVSettingsSaveObject(const NSDictionary& object) {

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <ctime>
+#include <future>
 
 #include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
@@ -41,10 +42,21 @@ class Monitoring {
 
     /// The notification, and all that follows from it.
     static void notify() {
-        QRVSettings& store = QRVSettings::sharedSettings();
-        store.presentedItemDidChange();
-        store.readQueue().sync([] {});
-        DispatchMainQueue::shared().drain();
+        QRVSettings::sharedSettings().presentedItemDidChange();
+        settle();
+    }
+    /// The notification up to the reading of the file.
+    static void notifyAndRead() {
+        QRVSettings::sharedSettings().presentedItemDidChange();
+        QRVSettings::sharedSettings().readQueue().sync([] {});
+    }
+    /// What has been read is published, and read again where that is needed.
+    static void settle() {
+        constexpr int steps = 3;
+        for (int step = 0; step < steps; ++step) {
+            QRVSettings::sharedSettings().readQueue().sync([] {});
+            DispatchMainQueue::shared().drain();
+        }
     }
 
     [[nodiscard]] int calls() const { return calls_; }
@@ -228,6 +240,53 @@ TEST(Reload, TheHandlerMayInstallAnother) {
     rewriteSettings({{"A", 1}});
     Monitoring::notify();
     EXPECT_EQ(calls, 1);
+}
+
+TEST(Reload, OfAFileThatWasChangedAndChangedBackBeforeTheFirstWasPublished) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    rewriteSettings({{"A", 1}});
+    Monitoring::notifyAndRead();
+    rewriteSettings({{"A", 0}});
+    Monitoring::notifyAndRead();
+    Monitoring::settle();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    EXPECT_EQ(monitoring.calls(), 2);
+}
+
+TEST(Reload, WaitsForTheSavesOfThisProcess) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    QRVSettings& store = QRVSettings::sharedSettings();
+    std::promise<void> gate;
+    store.queue().async([passed = gate.get_future().share()] { passed.wait(); });
+    QRVSettingsSetObjectForKeyPath(5, "Own");
+    rewriteSettings({{"A", 1}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+    gate.set_value();
+    StoreSupport::finishSaves();
+    Monitoring::settle();
+    // The save went over the other process's change, and the store knows what the file holds.
+    EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+    EXPECT_EQ(monitoring.calls(), 0);
+}
+
+TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsDoneAgain) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    rewriteSettings({{"A", 1}});
+    Monitoring::notifyAndRead();
+    QRVSettingsSetObjectForKeyPath(5, "Own");
+    StoreSupport::finishSaves();
+    Monitoring::settle();
+    EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
 }
 
 TEST(Prepare, ActivatesTheDefaultProfileAndMigrates) {
