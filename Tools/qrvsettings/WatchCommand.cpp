@@ -213,7 +213,11 @@ void addWatchCommand(CLI::App& program, Action& action) {
     addForms(command, options->form);
     command.add_option("--count", options->count, "End after N lines")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check([](const std::string& text) {
+            const bool isCount = !text.empty() && text != std::string(text.size(), '0') &&
+                                 text.find_first_not_of("0123456789") == text.npos;
+            return isCount ? std::string() : "not a number of lines above 0: " + withoutMarks(text);
+        });
     addText(command, "--timeout", options->timeout, "End with exit code 6 after this time")
         ->type_name("SECONDS")
         ->check(whyNoTimeout);
