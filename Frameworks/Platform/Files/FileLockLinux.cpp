@@ -65,9 +65,11 @@ std::error_code waitForExclusiveLock(const FileDescriptor& file) {
     return {};
 }
 
+// A reader that has just seen a replacement usually meets a writer that is syncing the folder, and is
+// through in a fraction of a millisecond.
 bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
-    constexpr std::chrono::milliseconds longestPause(20);
-    std::chrono::milliseconds pause(1);
+    constexpr std::chrono::microseconds longestPause(20'000);
+    std::chrono::microseconds pause(50);
     while (flock(file.number(), LOCK_SH | LOCK_NB) != 0) {
         if (errno == EINTR) continue;
         if (errno != EWOULDBLOCK || Clock::now() >= deadline) return false;
