@@ -63,14 +63,14 @@ PropertyListValue objectAtKeyPath(const NSDictionary& root, KeyPath keyPath) {
     NSDictionary current = root;
     std::string_view rest = keyPath.text();
     while (const auto key = takeIntermediateKey(rest)) {
-        const PropertyListValue next = current.objectForKey(*key);
+        PropertyListValue next = current.objectForKey(*key);
         if (next.isNull()) return nullptr;
         if (!next.isDictionary()) {
             NSLog("object is not a dictionary");
             NSLog("%@", {keyPath.text()});
             return nullptr;
         }
-        current = next.dictionary();
+        current = std::move(next).dictionary();
     }
     return current.objectForKey(rest);
 }

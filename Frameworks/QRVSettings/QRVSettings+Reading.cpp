@@ -11,6 +11,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+StoredTree.h"
 #include "QRVSettings/QRVSettings.h"
 
 using NSDictionaryQRV::objectAtKeyPath;
@@ -37,18 +38,22 @@ NSDictionary QRVSettingsStorage() {
     return root;
 }
 
-NSDictionary QRVSettingsStoredValues() {
+NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
     const NSDictionary loaded = store.storageCache();
-    if (!loaded.isNull()) return loaded.copy();
+    if (!loaded.isNull()) return loaded;
     const NSDictionary read = QRVSettingsStorage();
     store.setStorageCache(read.mutableCopy());
-    return read.copy();
+    return read;
+}
+
+NSDictionary QRVSettingsStoredValues() {
+    return storedTree().copy();
 }
 
 PropertyListValue QRVSettingsStoredObjectForKeyPath(KeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;
-    return objectAtKeyPath(QRVSettingsStoredValues(), keyPath);
+    return objectAtKeyPath(storedTree(), keyPath);
 }
 
 PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
@@ -58,11 +63,11 @@ PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
 PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;  // 1
 
-    PropertyListValue cached = QRVSettings::sharedSettings().cache().objectForKey(keyPath.text());
+    PropertyListValue cached = QRVSettings::sharedSettings().cachedObjectForKeyPath(keyPath);
     if (cached.isNullMarker()) return nullptr;  // 2
     if (!cached.isNull()) return cached;
 
-    PropertyListValue stored = objectAtKeyPath(QRVSettingsStoredValues(), keyPath);
+    PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
     if (!stored.isNull()) {  // 3
         cacheUnlessDisabled(stored, keyPath);
         return stored;

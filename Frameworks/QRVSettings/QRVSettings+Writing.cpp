@@ -8,7 +8,7 @@
 // 3. A value that is of the default's kind and equal to it is not stored.
 // 4. The change record is made.
 // 5. The value goes into the working tree.
-// 6. The working tree becomes the stored tree.
+// 6. The working tree becomes the stored tree; nobody else has it.
 // 7. The cache gets the value as it was passed.
 // 8. The save is queued with the tree and the record.
 //
@@ -31,6 +31,7 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+PendingSaves.h"
+#include "QRVSettings/QRVSettings+StoredTree.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -134,14 +135,14 @@ NSDictionary changeRecord(KeyPath keyPath) {
 
 void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault) {
     QRVSettings& store = QRVSettings::sharedSettings();
-    NSMutableDictionary working = QRVSettingsStoredValues().mutableCopy();  // 1
+    NSMutableDictionary working = storedTree().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
     const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
     const NSDictionary record = changeRecord(keyPath);                                   // 4
     NSDictionaryQRV::setObjectAtKeyPath(working, isDefault ? nullptr : value, keyPath);  // 5
-    store.setStorageCache(working.mutableCopy());                                        // 6
+    store.setStorageCache(working);                                                      // 6
     store.cache().setObjectForKey(value, keyPath.text());                                // 7
     QRVSettingsSaveObjectWithLog(working.copy(), NSArray({record}));                     // 8
 }

@@ -18,6 +18,12 @@ class AtomicProperty {
         const std::lock_guard guard(lock_);
         return value_;
     }
+    /// What `look(value)` returns; a replacement waits for it.
+    template <typename Look>
+    auto read(Look&& look) const {
+        const std::lock_guard guard(lock_);
+        return look(value_);
+    }
     /// The old value is destroyed after the lock is let go.
     void store(Value value) {
         const std::lock_guard guard(lock_);

@@ -245,8 +245,7 @@ NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> ent
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
     if (value.isNull()) return removeObjectForKey(key);
     if (isNull()) return;
-    const Reference<StringObject> keyObject = StringObject::make(key);
-    object_->change([&](auto& table) { return table.set(keyObject, std::move(value)); });
+    object_->change([&](auto& table) { return table.set(key, std::move(value)); });
 }
 
 void NSMutableDictionary::removeObjectForKey(std::string_view key) const {

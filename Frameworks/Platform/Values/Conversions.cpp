@@ -96,7 +96,13 @@ NSArray PropertyListValue::array() const noexcept {
     return NSArray(Reference(static_cast<ValueObjects::ArrayObject*>(payload_.object)));
 }
 
-NSDictionary PropertyListValue::dictionary() const noexcept {
+NSDictionary PropertyListValue::dictionary() && noexcept {
+    if (!isDictionary()) return nullptr;
+    kind_ = Kind::Null;
+    return NSDictionary(Reference(static_cast<ValueObjects::DictionaryObject*>(payload_.object)));
+}
+
+NSDictionary PropertyListValue::dictionary() const& noexcept {
     if (!isDictionary()) return nullptr;
     ValueObjects::retain(payload_.object);
     return NSDictionary(Reference(static_cast<ValueObjects::DictionaryObject*>(payload_.object)));

@@ -40,8 +40,9 @@ void destroyContainer(Object* object) noexcept {
         waitingForDestruction->push_back(object);
         return;
     }
-    std::vector<Object*> waiting{object};
+    std::vector<Object*> waiting;
     waitingForDestruction = &waiting;
+    destroy(object);
     while (!waiting.empty()) {
         Object* next = waiting.back();
         waiting.pop_back();
@@ -50,24 +51,13 @@ void destroyContainer(Object* object) noexcept {
     waitingForDestruction = nullptr;
 }
 
-// Seeded anew in each process, so that a settings file cannot be made whose keys all collide.
-std::uint64_t hashSeed() noexcept {
-    static const std::uint64_t seed = [] {
-        std::random_device source;
-        return (std::uint64_t{source()} << 32U) ^ source();
-    }();
-    return seed;
-}
-
-std::uint64_t mix(std::uint64_t left, std::uint64_t right) noexcept {
-    __extension__ using Wide = unsigned __int128;
-    const Wide product = Wide{left} * right;
-    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
-}
-
-constexpr std::size_t notFound = static_cast<std::size_t>(-1);
-
 }  // namespace
+
+// Seeded anew in each process, so that a settings file cannot be made whose keys all collide.
+std::uint64_t makeHashSeed() noexcept {
+    std::random_device source;
+    return (std::uint64_t{source()} << 32U) ^ source();
+}
 
 void retain(Object* object) noexcept {
     object->references.fetch_add(1, std::memory_order_relaxed);
@@ -82,38 +72,33 @@ void release(Object* object) noexcept {
     }
 }
 
-std::uint32_t hashOf(std::string_view text) noexcept {
-    constexpr std::uint64_t oddConstant = 0x9e3779b97f4a7c15ULL;
-    std::uint64_t state = hashSeed() ^ text.size();
-    while (text.size() >= sizeof(std::uint64_t)) {
-        std::uint64_t chunk = 0;
-        std::memcpy(&chunk, text.data(), sizeof chunk);
-        state = mix(state ^ chunk, oddConstant);
-        text.remove_prefix(sizeof chunk);
-    }
-    std::uint64_t rest = 0;
-    if (!text.empty()) std::memcpy(&rest, text.data(), text.size());
-    state = mix(state ^ rest, oddConstant);
-    return static_cast<std::uint32_t>(state ^ (state >> 32U));
-}
-
 Reference<StringObject> StringObject::make(std::string_view text) {
     auto* memory = static_cast<char*>(::operator new(sizeof(StringObject) + text.size()));
     if (!text.empty()) std::memcpy(memory + sizeof(StringObject), text.data(), text.size());
     return Reference<StringObject>(new (memory) StringObject(hashOf(text), text.size()));
 }
 
-const PropertyListValue* EntryTable::find(std::string_view key) const noexcept {
-    const std::size_t index = indexOf(key, slots_.empty() ? 0 : hashOf(key));
-    return index == notFound ? nullptr : &entries_[index].value;
-}
-
 PropertyListValue EntryTable::set(const Reference<StringObject>& key, PropertyListValue value) {
     const std::size_t index = indexOf(key->view(), key->hash);
-    if (index != notFound) {
-        entries_[index].value.swap(value);
-        return value;
+    if (index == notFound) {
+        append(key, std::move(value));
+        return nullptr;
     }
+    entries_[index].value.swap(value);
+    return value;
+}
+
+PropertyListValue EntryTable::set(std::string_view key, PropertyListValue value) {
+    const std::size_t index = indexOf(key, slots_.empty() ? 0 : hashOf(key));
+    if (index == notFound) {
+        append(StringObject::make(key), std::move(value));
+        return nullptr;
+    }
+    entries_[index].value.swap(value);
+    return value;
+}
+
+void EntryTable::append(const Reference<StringObject>& key, PropertyListValue value) {
     entries_.push_back({key, std::move(value)});
     const std::size_t needed = entries_.size() <= walkLimit ? 0 : entries_.size() * 2;
     if (needed > slots_.size()) {
@@ -121,7 +106,6 @@ PropertyListValue EntryTable::set(const Reference<StringObject>& key, PropertyLi
     } else if (!slots_.empty()) {
         insertSlot(key->hash, entries_.size() - 1);
     }
-    return nullptr;
 }
 
 EntryTable::Entry EntryTable::remove(std::string_view key) {
@@ -143,21 +127,6 @@ EntryTable::Entry EntryTable::remove(std::string_view key) {
 void EntryTable::reserve(std::size_t count) {
     entries_.reserve(count);
     if (count > walkLimit && count * 2 > slots_.size()) rebuildIndex(count * 2);
-}
-
-std::size_t EntryTable::indexOf(std::string_view key, std::uint32_t hash) const noexcept {
-    if (slots_.empty()) {
-        for (std::size_t index = 0; index < entries_.size(); ++index) {
-            if (entries_[index].key->view() == key) return index;
-        }
-        return notFound;
-    }
-    const std::size_t mask = slots_.size() - 1;
-    for (std::size_t slot = hash & mask; slots_[slot].number != 0; slot = (slot + 1) & mask) {
-        const std::size_t index = slots_[slot].number - 1;
-        if (slots_[slot].hash == hash && entries_[index].key->view() == key) return index;
-    }
-    return notFound;
 }
 
 std::size_t EntryTable::slotOf(std::size_t entryIndex) const noexcept {

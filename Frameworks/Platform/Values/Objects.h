@@ -4,7 +4,9 @@
 // The shared objects behind the handles of PropertyListValue.h. Inner header of this folder.
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -39,7 +41,33 @@ struct StringObject : Object {
         : Object(Kind::String), hash(hashOfText), length(lengthOfText) {}
 };
 
-std::uint32_t hashOf(std::string_view text) noexcept;
+std::uint64_t makeHashSeed() noexcept;
+
+inline std::uint64_t hashSeed() noexcept {
+    static const std::uint64_t seed = makeHashSeed();
+    return seed;
+}
+
+inline std::uint64_t mix(std::uint64_t left, std::uint64_t right) noexcept {
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = Wide{left} * right;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
+}
+
+inline std::uint32_t hashOf(std::string_view text) noexcept {
+    constexpr std::uint64_t oddConstant = 0x9e3779b97f4a7c15ULL;
+    std::uint64_t state = hashSeed() ^ text.size();
+    while (text.size() >= sizeof(std::uint64_t)) {
+        std::uint64_t chunk = 0;
+        std::memcpy(&chunk, text.data(), sizeof chunk);
+        state = mix(state ^ chunk, oddConstant);
+        text.remove_prefix(sizeof chunk);
+    }
+    std::uint64_t rest = 0;
+    if (!text.empty()) std::memcpy(&rest, text.data(), text.size());
+    state = mix(state ^ rest, oddConstant);
+    return static_cast<std::uint32_t>(state ^ (state >> 32U));
+}
 
 struct DataObject : Object {
     explicit DataObject(std::string_view contents) : Object(Kind::Data), bytes(contents) {}
@@ -142,6 +170,8 @@ class EntryTable {
     [[nodiscard]] const PropertyListValue* find(std::string_view key) const noexcept;
     /// Returns the value that was there before.
     PropertyListValue set(const Reference<StringObject>& key, PropertyListValue value);
+    /// The same under a key that need not be an object yet: none is made when it is there.
+    PropertyListValue set(std::string_view key, PropertyListValue value);
     /// Returns the entry that was removed. The last entry takes its place.
     Entry remove(std::string_view key);
     void reserve(std::size_t count);
@@ -152,7 +182,9 @@ class EntryTable {
         std::uint32_t number = 0;  // of the entry, counted from 1; 0 marks a free slot
     };
     static constexpr std::size_t walkLimit = 8;
+    static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
 
+    void append(const Reference<StringObject>& key, PropertyListValue value);
     [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
     [[nodiscard]] std::size_t slotOf(std::size_t entryIndex) const noexcept;
     void insertSlot(std::uint32_t hash, std::size_t entryIndex) noexcept;
@@ -162,6 +194,26 @@ class EntryTable {
     std::vector<Entry> entries_;
     std::vector<Slot> slots_;  // empty up to walkLimit entries, else a power of two
 };
+
+inline const PropertyListValue* EntryTable::find(std::string_view key) const noexcept {
+    const std::size_t index = indexOf(key, slots_.empty() ? 0 : hashOf(key));
+    return index == notFound ? nullptr : &entries_[index].value;
+}
+
+inline std::size_t EntryTable::indexOf(std::string_view key, std::uint32_t hash) const noexcept {
+    if (slots_.empty()) {
+        for (std::size_t index = 0; index < entries_.size(); ++index) {
+            if (entries_[index].key->view() == key) return index;
+        }
+        return notFound;
+    }
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t slot = hash & mask; slots_[slot].number != 0; slot = (slot + 1) & mask) {
+        const std::size_t index = slots_[slot].number - 1;
+        if (slots_[slot].hash == hash && entries_[index].key->view() == key) return index;
+    }
+    return notFound;
+}
 
 struct DictionarySnapshot : SharedContents<DictionarySnapshot, EntryTable> {};
 

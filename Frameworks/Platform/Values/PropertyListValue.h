@@ -404,7 +404,8 @@ class QRV_EXPORT PropertyListValue {
     /// Null when the value is no array.
     [[nodiscard]] NSArray array() const noexcept;
     /// Null when the value is no dictionary.
-    [[nodiscard]] NSDictionary dictionary() const noexcept;
+    [[nodiscard]] NSDictionary dictionary() const& noexcept;
+    [[nodiscard]] NSDictionary dictionary() && noexcept;
     /// @}
 
     /// Both handles are of one kind and hold the same object, or the same scalar to the bit.
