@@ -47,12 +47,13 @@ enum class ByteOrder { LittleEndian, BigEndian };
 
 /// A file as UTF-8 without byte-order mark.
 struct DecodedText {
-    std::string text;   ///< up to the fault, if there is one
-    std::string fault;  ///< empty when the whole file was decoded
+    std::string_view text;  ///< up to the fault, if there is one
+    std::string fault;      ///< empty when the whole file was decoded
 };
 
 /// The encoding is that of the byte-order mark, else of the first character when that is "<" in
-/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault.
-DecodedText decodeText(std::string_view bytes);
+/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault. The text is part of `bytes` when these are
+/// UTF-8, else of `converted`.
+DecodedText decodeText(std::string_view bytes, std::string& converted);
 
 }  // namespace PropertyLists

@@ -108,18 +108,19 @@ const PropertyListValue* EntryTable::find(std::string_view key) const noexcept {
     return index == notFound ? nullptr : &entries_[index].value;
 }
 
-PropertyListValue EntryTable::set(const Reference<StringObject>& key, PropertyListValue value) {
-    const std::size_t index = indexOf(key->view(), key->hash);
+PropertyListValue EntryTable::set(Reference<StringObject> key, PropertyListValue value) {
+    const std::uint32_t hash = key->hash;
+    const std::size_t index = indexOf(key->view(), hash);
     if (index != notFound) {
         entries_[index].value.swap(value);
         return value;
     }
-    entries_.push_back({key, std::move(value)});
+    entries_.push_back({std::move(key), std::move(value)});
     const std::size_t needed = entries_.size() <= walkLimit ? 0 : entries_.size() * 2;
     if (needed > slots_.size()) {
         rebuildIndex(needed);
     } else if (!slots_.empty()) {
-        insertSlot(key->hash, entries_.size() - 1);
+        insertSlot(hash, entries_.size() - 1);
     }
     return nullptr;
 }

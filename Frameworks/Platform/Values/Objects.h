@@ -141,7 +141,7 @@ class EntryTable {
     [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
     [[nodiscard]] const PropertyListValue* find(std::string_view key) const noexcept;
     /// Returns the value that was there before.
-    PropertyListValue set(const Reference<StringObject>& key, PropertyListValue value);
+    PropertyListValue set(Reference<StringObject> key, PropertyListValue value);
     /// Returns the entry that was removed. The last entry takes its place.
     Entry remove(std::string_view key);
     void reserve(std::size_t count);

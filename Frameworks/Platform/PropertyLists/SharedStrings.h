@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Inner header of this folder.
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace PropertyLists {
+
+/// Makes string values, equal ones mostly the same object: a file has few keys and short words
+/// that come again and again, and they come near each other. The last one of each slot is known.
+class SharedStrings {
+  public:
+    const PropertyListValue& stringOf(std::string_view text) {
+        PropertyListValue& known = strings_[slotOf(text)];
+        if (!known.isString() || known.stringView() != text) known = text;
+        return known;
+    }
+
+  private:
+    static constexpr std::size_t slots = 256;
+
+    static std::size_t slotOf(std::string_view text) {
+        if (text.empty()) return 0;
+        const auto byteAt = [text](std::size_t index) {
+            return static_cast<unsigned char>(text[index]);
+        };
+        return (text.size() * 7 + byteAt(0) + byteAt(text.size() / 2) * 31U +
+                byteAt(text.size() - 1) * 5U) %
+               slots;
+    }
+
+    std::array<PropertyListValue, slots> strings_;
+};
+
+}  // namespace PropertyLists

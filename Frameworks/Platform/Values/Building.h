@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Immutable containers made in one step. Inner header of Platform.
+
+#include <span>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace ValueObjects {
+
+/// An entry whose key is a string value.
+struct KeyedValue {
+    PropertyListValue key;
+    PropertyListValue value;
+};
+
+/// Both take their contents out of the span, none of them null, and leave nulls there.
+struct Building {
+    static NSArray array(std::span<PropertyListValue> elements);
+    /// The strings themselves become the keys. Of two entries with one key the later wins.
+    static NSDictionary dictionary(std::span<KeyedValue> entries);
+};
+
+}  // namespace ValueObjects
