@@ -3,6 +3,7 @@
 
 // Inner header of this folder.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -21,9 +22,24 @@ class TextBuilder {
     [[nodiscard]] std::size_t size() const noexcept { return text_.size() + gathered_; }
 
     void append(std::string_view piece) {
-        if (piece.size() > pieces_.size() - gathered_) return appendToText(piece);
+        if (piece.size() > pieces_.size() - gathered_) return appendLong(piece);
         std::memcpy(pieces_.data() + gathered_, piece.data(), piece.size());
         gathered_ += piece.size();
+    }
+    /// The same, with a length that the compiler knows.
+    template <std::size_t Size>
+    void append(const char (&literal)[Size]) {
+        if (pieces_.size() - gathered_ < Size) flush();
+        std::memcpy(pieces_.data() + gathered_, literal, Size - 1);
+        gathered_ += Size - 1;
+    }
+    void appendTabs(std::size_t count) {
+        constexpr std::size_t fewTabs = sizeof tabs - 1;
+        if (pieces_.size() - gathered_ < fewTabs) flush();
+        // All of them are copied and some of them count, which is faster than copying some.
+        std::memcpy(pieces_.data() + gathered_, tabs, fewTabs);
+        gathered_ += std::min(count, fewTabs);
+        if (count > fewTabs) appendTabs(count - fewTabs);
     }
     /// A place for at most `largestRoom` characters, of which `fill(place)` writes some and answers
     /// the end.
@@ -38,12 +54,18 @@ class TextBuilder {
     }
 
   private:
-    void flush() {
-        text_.append(pieces_.data(), gathered_);
-        gathered_ = 0;
-    }
-    void appendToText(std::string_view piece) {
+    static constexpr char tabs[] = "\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+
+    void flush() { appendToText({pieces_.data(), std::exchange(gathered_, 0)}); }
+    void appendLong(std::string_view piece) {
         flush();
+        appendToText(piece);
+    }
+    // Large steps: room that is not used costs no memory, moving the text to more room does.
+    void appendToText(std::string_view piece) {
+        constexpr std::size_t step = 4;
+        const std::size_t needed = text_.size() + piece.size();
+        if (needed > text_.capacity()) text_.reserve(needed * step);
         text_ += piece;
     }
 

@@ -133,6 +133,12 @@ std::size_t lengthOfFirstCharacter(std::string_view text) noexcept {
     return length;
 }
 
+bool isASCII(std::string_view text) noexcept {
+    unsigned char all = 0;
+    for (const char character : text) all |= static_cast<unsigned char>(character);
+    return all < 0x80;
+}
+
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept {
     std::size_t position = 0;
     while (position < text.size()) {

@@ -33,6 +33,8 @@ void appendUTF8(std::string& text, char32_t character);
 /// none.
 std::size_t lengthOfFirstCharacter(std::string_view text) noexcept;
 
+bool isASCII(std::string_view text) noexcept;
+
 /// Where the first byte is that is not part of well-formed UTF-8.
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,6 +21,12 @@ namespace {
 
 using ValueObjects::Building;
 using ValueObjects::KeyedValue;
+
+/// The same as `name == word`, but without a call.
+template <std::size_t Size>
+bool is(std::string_view name, const char (&word)[Size]) {
+    return name.size() == Size - 1 && std::memcmp(name.data(), word, Size - 1) == 0;
+}
 
 std::string shown(const XMLTag& tag) {
     return "<" + shortened(tag.name) + ">";
@@ -64,7 +71,7 @@ PropertyListValue XMLReader::read() {
     const bool hasRoot = scanner_.nextElement(root);
     if (!hasRoot && scanner_.isAtEnd()) fail("there is no value", scanner_.offset());
     PropertyListValue result;
-    if (hasRoot) result = root.name == "plist" ? contentsOfPlist(root) : value(root);
+    if (hasRoot) result = is(root.name, "plist") ? contentsOfPlist(root) : value(root);
     requireNoElement({});
     if (!scanner_.isAtEnd()) fail("malformed XML: nothing to close", scanner_.offset());
     return result;
@@ -84,16 +91,16 @@ PropertyListValue XMLReader::contentsOfPlist(const XMLTag& plist) {
 
 PropertyListValue XMLReader::value(const XMLTag& tag) {
     extent_.addValue(tag.offset);
-    if (tag.name == "string") return strings_.stringOf(scanner_.textOf(tag));
-    if (tag.name == "dict") return dictionary(tag);
-    if (tag.name == "integer") return integer(tag);
-    if (tag.name == "true") return boolean(tag, true);
-    if (tag.name == "false") return boolean(tag, false);
-    if (tag.name == "real") return real(tag);
-    if (tag.name == "array") return array(tag);
-    if (tag.name == "data") return data(tag);
-    if (tag.name == "date") return date(tag);
-    if (tag.name == "key") fail("a key where a value is expected", tag.offset);
+    if (is(tag.name, "string")) return strings_.stringOf(scanner_.textOf(tag));
+    if (is(tag.name, "dict")) return dictionary(tag);
+    if (is(tag.name, "integer")) return integer(tag);
+    if (is(tag.name, "true")) return boolean(tag, true);
+    if (is(tag.name, "false")) return boolean(tag, false);
+    if (is(tag.name, "real")) return real(tag);
+    if (is(tag.name, "array")) return array(tag);
+    if (is(tag.name, "data")) return data(tag);
+    if (is(tag.name, "date")) return date(tag);
+    if (is(tag.name, "key")) fail("a key where a value is expected", tag.offset);
     fail("unknown element " + shown(tag), tag.offset);
 }
 
@@ -101,7 +108,7 @@ PropertyListValue XMLReader::dictionary(const XMLTag& tag) {
     extent_.enterContainer(tag.offset);
     const std::size_t first = entries_.size();
     for (XMLTag key; nextElement(tag, key);) {
-        if (key.name != "key") fail(shown(key) + " where a key is expected", key.offset);
+        if (!is(key.name, "key")) fail(shown(key) + " where a key is expected", key.offset);
         PropertyListValue name = strings_.stringOf(scanner_.textOf(key));
         XMLTag valueTag;
         if (!scanner_.nextElement(valueTag)) fail("a key without a value", key.offset);

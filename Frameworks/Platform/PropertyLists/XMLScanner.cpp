@@ -92,13 +92,17 @@ std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
 }
 
 void XMLScanner::skipSpace() {
-    while (position_ < text_.size() && isSpace(text_[position_])) ++position_;
+    std::size_t position = position_;
+    while (position < text_.size() && isSpace(text_[position])) ++position;
+    position_ = position;
 }
 
 std::string_view XMLScanner::name() {
     const std::size_t begin = position_;
-    while (position_ < text_.size() && namePart(text_[position_]) != None) ++position_;
-    return text_.substr(begin, position_ - begin);
+    std::size_t end = begin;
+    while (end < text_.size() && namePart(text_[end]) != None) ++end;
+    position_ = end;
+    return {text_.data() + begin, end - begin};
 }
 
 void XMLScanner::startTag(XMLTag& tag) {
@@ -189,9 +193,10 @@ void XMLScanner::requireBlank(std::string_view text) const {
 // Passes over characters up to the next markup.
 std::string_view XMLScanner::characters(const XMLTag& tag) {
     const std::size_t begin = position_;
-    position_ = text_.find('<', begin);
-    if (position_ == std::string_view::npos) failNotClosed(tag);
-    return text_.substr(begin, position_ - begin);
+    const std::size_t end = text_.find('<', begin);
+    if (end == std::string_view::npos) failNotClosed(tag);
+    position_ = end;
+    return {text_.data() + begin, end - begin};
 }
 
 std::string_view XMLScanner::joinedText(const XMLTag& tag, std::string_view first) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -51,12 +50,6 @@ bool isBefore(const Entry& left, const Entry& right) {
                                              : left.key < right.key;
 }
 
-constexpr std::array<char, maximumLevels> tabs = [] {
-    std::array<char, maximumLevels> result{};
-    result.fill('\t');
-    return result;
-}();
-
 class XMLWriter {
   public:
     std::string write(const PropertyListValue& root) {
@@ -85,7 +78,7 @@ class XMLWriter {
     void requireRoom(std::size_t size) const {
         if (text_.size() + size > maximumSize) fail("the file would be larger than 64 MiB");
     }
-    void indent() { text_.append({tabs.data(), level()}); }
+    void indent() { text_.appendTabs(level()); }
     void characters(std::string_view characters, std::string_view what);
 
     void value(const PropertyListValue& value);
@@ -145,7 +138,10 @@ void XMLWriter::value(const PropertyListValue& value) {
     indent();
     switch (value.kind()) {
         case Kind::Boolean:
-            text_.append(value.boolValue() ? "<true/>\n" : "<false/>\n");
+            if (value.boolValue())
+                text_.append("<true/>\n");
+            else
+                text_.append("<false/>\n");
             break;
         case Kind::Integer:
             text_.append("<integer>");

@@ -8,6 +8,32 @@
 
 namespace ValueObjects {
 
+// Containers count atomically all the same: the empty ones are known to all threads.
+PropertyListValue Building::sameObject(const PropertyListValue& value) noexcept {
+    if (value.kind_ >= Kind::Array) return value;
+    PropertyListValue same;
+    same.kind_ = value.kind_;
+    same.isBeyondSigned_ = value.isBeyondSigned_;
+    same.payload_ = value.payload_;
+    if (value.kind_ >= Kind::String) {
+        std::atomic<std::uint32_t>& references = value.payload_.object->references;
+        references.store(references.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
+    return same;
+}
+
+void Building::giveUp(PropertyListValue& value) noexcept {
+    if (value.kind_ >= Kind::String && value.kind_ < Kind::Array) {
+        std::atomic<std::uint32_t>& references = value.payload_.object->references;
+        const std::uint32_t others = references.load(std::memory_order_relaxed) - 1;
+        if (others != 0) {
+            references.store(others, std::memory_order_relaxed);
+            value.kind_ = Kind::Null;
+        }
+    }
+    value = nullptr;
+}
+
 NSArray Building::array(std::span<PropertyListValue> elements) {
     if (elements.empty()) return {};
     auto contents = std::make_unique<ArraySnapshot>();

@@ -15,8 +15,15 @@ struct KeyedValue {
     PropertyListValue value;
 };
 
-/// Both take their contents out of the span, none of them null, and leave nulls there.
 struct Building {
+    /// @name Copying a handle, and making it null, while no other thread knows the object: neither
+    /// has to be atomic.
+    /// @{
+    static PropertyListValue sameObject(const PropertyListValue& value) noexcept;
+    static void giveUp(PropertyListValue& value) noexcept;
+    /// @}
+
+    /// Both take their contents out of the span, none of them null, and leave nulls there.
     static NSArray array(std::span<PropertyListValue> elements);
     /// The strings themselves become the keys. Of two entries with one key the later wins.
     static NSDictionary dictionary(std::span<KeyedValue> entries);
