@@ -28,7 +28,6 @@ constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues
 
 /// Big-endian bytes; at most eight.
 std::uint64_t unsignedOf(std::string_view bytes) {
-    if (bytes.size() == 1) return static_cast<unsigned char>(bytes[0]);
     std::uint64_t value = 0;
     for (const char byte : bytes) value = value << 8U | static_cast<unsigned char>(byte);
     return value;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "Platform/Values/Building.h"
 #include "Platform/Values/PropertyListValue.h"
 
 namespace PropertyLists {
@@ -15,10 +16,14 @@ namespace PropertyLists {
 /// that come again and again, and they come near each other. The last one of each slot is known.
 class SharedStrings {
   public:
-    const PropertyListValue& stringOf(std::string_view text) {
+    PropertyListValue stringOf(std::string_view text) {
+        using ValueObjects::Building;
         PropertyListValue& known = strings_[slotOf(text)];
-        if (!known.isString() || known.stringView() != text) known = text;
-        return known;
+        if (!known.isString() || known.stringView() != text) {
+            Building::giveUp(known);
+            known = text;
+        }
+        return Building::sameObject(known);
     }
 
   private:
@@ -26,11 +31,11 @@ class SharedStrings {
 
     static std::size_t slotOf(std::string_view text) {
         if (text.empty()) return 0;
-        const auto byteAt = [text](std::size_t index) {
+        const auto byteAt = [text](std::size_t index) -> std::size_t {
             return static_cast<unsigned char>(text[index]);
         };
-        return (text.size() * 7 + byteAt(0) + byteAt(text.size() / 2) * 31U +
-                byteAt(text.size() - 1) * 5U) %
+        return (text.size() * 7 + byteAt(0) + byteAt(text.size() / 2) * 31 +
+                byteAt(text.size() - 1) * 5) %
                slots;
     }
 

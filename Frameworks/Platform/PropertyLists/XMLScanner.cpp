@@ -92,17 +92,19 @@ std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
 }
 
 void XMLScanner::skipSpace() {
-    std::size_t position = position_;
-    while (position < text_.size() && isSpace(text_[position])) ++position;
-    position_ = position;
+    const char* const end = text_.data() + text_.size();
+    const char* here = text_.data() + position_;
+    while (here != end && isSpace(*here)) ++here;
+    position_ = static_cast<std::size_t>(here - text_.data());
 }
 
 std::string_view XMLScanner::name() {
-    const std::size_t begin = position_;
-    std::size_t end = begin;
-    while (end < text_.size() && namePart(text_[end]) != None) ++end;
-    position_ = end;
-    return {text_.data() + begin, end - begin};
+    const char* const end = text_.data() + text_.size();
+    const char* const begin = text_.data() + position_;
+    const char* here = begin;
+    while (here != end && namePart(*here) != None) ++here;
+    position_ = static_cast<std::size_t>(here - text_.data());
+    return {begin, static_cast<std::size_t>(here - begin)};
 }
 
 void XMLScanner::startTag(XMLTag& tag) {

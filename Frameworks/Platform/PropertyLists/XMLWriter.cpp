@@ -29,7 +29,7 @@ constexpr std::size_t maximumLevels = NSPropertyListSerialization::maximumLevels
 constexpr std::size_t maximumSize = NSPropertyListSerialization::maximumSize;
 constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues;
 
-/// Points into an immutable dictionary.
+/// Points into what a dictionary's iterator keeps.
 struct Entry {
     std::string_view key;
     std::uint64_t beginning;  // of the key; in the order of the keys as far as it goes
@@ -83,7 +83,7 @@ class XMLWriter {
 
     void value(const PropertyListValue& value);
     void dictionary(const NSDictionary& dictionary);
-    void pushSorted(const NSDictionary& dictionary);
+    void pushSorted(NSDictionary::Iterator& contents);
     void entry(const Entry& entry);
     void array(const NSArray& array);
     void data(std::string_view bytes);
@@ -187,10 +187,10 @@ void XMLWriter::date(NSDate date) {
     text_.append("</date>\n");
 }
 
-// Both containers may change while they are written, so copies are.
+// A container may change while it is written. An iterator keeps what it has begun with.
 void XMLWriter::dictionary(const NSDictionary& dictionary) {
     requireLevel();
-    const NSDictionary contents = dictionary.copy();
+    NSDictionary::Iterator contents = dictionary.begin();
     const std::size_t first = entries_.size();
     pushSorted(contents);
     const std::size_t end = entries_.size();
@@ -202,10 +202,12 @@ void XMLWriter::dictionary(const NSDictionary& dictionary) {
     text_.append("</dict>\n");
 }
 
-void XMLWriter::pushSorted(const NSDictionary& dictionary) {
+void XMLWriter::pushSorted(NSDictionary::Iterator& contents) {
     const auto first = static_cast<std::ptrdiff_t>(entries_.size());
-    for (const auto& [key, value] : dictionary) {
-        entries_.push_back({.key = key, .beginning = beginningOf(key), .value = &value});
+    for (; contents != NSDictionary::Sentinel{}; ++contents) {
+        const NSDictionary::Entry entry = *contents;
+        entries_.push_back(
+            {.key = entry.key, .beginning = beginningOf(entry.key), .value = &entry.value});
     }
     std::sort(entries_.begin() + first, entries_.end(), isBefore);
 }
@@ -222,13 +224,12 @@ void XMLWriter::entry(const Entry& entry) {
 
 void XMLWriter::array(const NSArray& array) {
     requireLevel();
-    const NSArray elements = array.copy();
-    if (elements.count() == 0) return text_.append("<array/>\n");
+    NSArray::Iterator element = array.begin();
+    if (!(element != NSArray::Sentinel{})) return text_.append("<array/>\n");
     text_.append("<array>\n");
-    std::size_t index = 0;
-    for (const PropertyListValue& element : elements) {
-        path_.push_back({.key = {}, .index = index++, .isIndex = true});
-        value(element);
+    for (std::size_t index = 0; element != NSArray::Sentinel{}; ++element, ++index) {
+        path_.push_back({.key = {}, .index = index, .isIndex = true});
+        value(*element);
         path_.pop_back();
     }
     indent();

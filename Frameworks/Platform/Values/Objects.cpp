@@ -74,7 +74,7 @@ void retain(Object* object) noexcept {
 }
 
 void release(Object* object) noexcept {
-    if (object->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (!isLastReference(object->references)) return;
     if (object->kind >= Kind::Array) {
         destroyContainer(object);
     } else {

@@ -18,6 +18,13 @@ namespace ValueObjects {
 
 using Kind = PropertyListValue::Kind;
 
+/// Gives one reference up; answers whether it was the last. Whoever holds the only one need not
+/// write, which is much cheaper: nobody is left who could take another.
+inline bool isLastReference(std::atomic<std::uint32_t>& references) noexcept {
+    return references.load(std::memory_order_acquire) == 1 ||
+           references.fetch_sub(1, std::memory_order_acq_rel) == 1;
+}
+
 struct Object {
     explicit Object(Kind objectKind) noexcept : kind(objectKind) {}
     std::atomic<std::uint32_t> references{1};
@@ -60,9 +67,7 @@ struct SharedContents {
 
     void retain() const noexcept { references.fetch_add(1, std::memory_order_relaxed); }
     void release() const noexcept {
-        if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            delete static_cast<const Self*>(this);
-        }
+        if (isLastReference(references)) delete static_cast<const Self*>(this);
     }
     [[nodiscard]] bool isShared() const noexcept {
         return references.load(std::memory_order_acquire) != 1;

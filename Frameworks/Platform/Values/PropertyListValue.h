@@ -443,8 +443,7 @@ struct NSDictionary::InitialEntry {
     PropertyListValue value;
 };
 
-/// One entry during an iteration; valid until the iterator moves, and in an immutable dictionary as
-/// long as that lives.
+/// One entry during an iteration; valid as long as the iterator lives.
 struct NSDictionary::Entry {
     std::string_view key;
     const PropertyListValue& value;
