@@ -202,7 +202,14 @@ TEST(Limits, SizeOfWriting) {
     EXPECT_NE(writeRefusal(std::string(size / 2, '&')), "");
 }
 
-TEST(Limits, TagsWithoutEndAreRefusedBeforeTheyAreRead) {
-    EXPECT_EQ(refusal(repeated("<z>", size / 3)),
-              "there are too many tags, line 1, column " + std::to_string(5'000'000 * 3 + 1));
+TEST(Limits, TagsWithoutEndAreRefusedAtTheFirstThatIsWrong) {
+    EXPECT_EQ(refusal(repeated("<z>", size / 3)), "unknown element <z>, line 1, column 1");
+    EXPECT_EQ(refusal("<string>" + repeated("<string>", size / 8 - 1)),
+              "unexpected element <string> inside <string>, line 1, column 9");
+}
+
+TEST(Limits, MarkupThatIsNoValueDoesNotCount) {
+    EXPECT_TRUE(isReadable("<array>" + repeated("<!---->", 6 * values) + "</array>"));
+    EXPECT_TRUE(sameTree(
+        readableXML("<string>" + repeated("<![CDATA[]]>", 5 * values) + "x</string>"), "x"));
 }

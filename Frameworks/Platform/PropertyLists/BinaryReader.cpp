@@ -13,9 +13,13 @@
 
 #include "Platform/PropertyLists/Reading.h"
 #include "Platform/PropertyLists/Unicode.h"
+#include "Platform/Values/Building.h"
 
 namespace PropertyLists {
 namespace {
+
+using ValueObjects::Building;
+using ValueObjects::KeyedValue;
 
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
@@ -92,7 +96,11 @@ class BinaryReader {
           objects_(layout_.objectCount),
           unclaimedBytes_(layout_.offsetTable - headerSize) {}
 
-    PropertyListValue read() { return object(layout_.topObject, 0).value; }
+    PropertyListValue read() {
+        PropertyListValue root = Building::sameObject(object(layout_.topObject, 0).value);
+        for (Object& object : objects_) Building::giveUp(object.value);
+        return root;
+    }
 
   private:
     enum class State : std::uint8_t { Unread, UnderWay, Read };
@@ -116,7 +124,12 @@ class BinaryReader {
         std::size_t contents;  // offset
     };
 
-    const Object& object(std::size_t number, std::size_t levelsAbove);
+    const Object& object(std::size_t number, std::size_t levelsAbove) {
+        const Object& found = objects_[number];
+        if (found.state == State::Read && levelsAbove + found.levels <= maximumLevels) return found;
+        return objectReadNow(number, levelsAbove);
+    }
+    const Object& objectReadNow(std::size_t number, std::size_t levelsAbove);
     void readObject(Object& object, std::size_t number, std::size_t levelsAbove);
     Encoded encoded(std::size_t number) const;
 
@@ -135,19 +148,21 @@ class BinaryReader {
 
     void array(Object& result, const Encoded& encoded, std::size_t levelsAbove);
     void dictionary(Object& result, const Encoded& encoded, std::size_t levelsAbove);
-    const Object& element(Object& container, std::string_view references, std::size_t index,
-                          std::size_t levelsAbove);
+    const Object& referenced(const char* reference, std::size_t levelsAbove);
+    PropertyListValue element(Object& container, const char* reference, std::size_t levelsAbove);
 
     const std::string_view bytes_;
     const Layout layout_;
     std::vector<Object> objects_;
     // Objects that overlap could otherwise give far more memory than the file has bytes.
     std::size_t unclaimedBytes_;
-    // The elements of the arrays that are being read, the innermost last.
+    // The contents of the containers that are being read, the innermost last.
+    std::vector<KeyedValue> entries_;
     std::vector<PropertyListValue> elements_;
 };
 
-const BinaryReader::Object& BinaryReader::object(std::size_t number, std::size_t levelsAbove) {
+const BinaryReader::Object& BinaryReader::objectReadNow(std::size_t number,
+                                                        std::size_t levelsAbove) {
     Object& found = objects_[number];
     if (found.state == State::UnderWay) fail("a container holds itself", encoded(number).offset);
     if (found.state == State::Unread) {
@@ -178,7 +193,7 @@ void BinaryReader::readObject(Object& object, std::size_t number, std::size_t le
 
 BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
     const std::size_t entry = layout_.offsetTable + number * layout_.offsetSize;
-    const std::uint64_t offset = unsignedOf(bytes_.substr(entry, layout_.offsetSize));
+    const std::uint64_t offset = unsignedOf({bytes_.data() + entry, layout_.offsetSize});
     if (offset < headerSize || offset >= layout_.offsetTable) {
         fail("the offset of an object is outside the file", entry);
     }
@@ -192,7 +207,7 @@ std::string_view BinaryReader::claim(std::size_t offset, std::size_t size,
     if (size > layout_.offsetTable - offset) fail("an object is cut off", objectOffset);
     if (size > unclaimedBytes_) fail("objects overlap", objectOffset);
     unclaimedBytes_ -= size;
-    return bytes_.substr(offset, size);
+    return {bytes_.data() + offset, size};
 }
 
 // The 2^low bytes that follow a marker.
@@ -295,10 +310,7 @@ PropertyListValue BinaryReader::date(const Encoded& encoded) {
 
 PropertyListValue BinaryReader::asciiString(const Encoded& encoded) {
     const std::string_view text = contents(encoded, 1);
-    const bool isASCII = std::all_of(text.begin(), text.end(), [](char character) {
-        return static_cast<unsigned char>(character) < 0x80;
-    });
-    if (!isASCII) fail("an ASCII string holds other bytes", encoded.offset);
+    if (!isASCII(text)) fail("an ASCII string holds other bytes", encoded.offset);
     return text;
 }
 
@@ -311,45 +323,55 @@ PropertyListValue BinaryReader::utf16String(const Encoded& encoded) {
     return text;
 }
 
-// Reads the object that a container refers to and adds what it expands to to the container's.
-const BinaryReader::Object& BinaryReader::element(Object& container, std::string_view references,
-                                                  std::size_t index, std::size_t levelsAbove) {
-    const std::string_view reference =
-        references.substr(index * layout_.referenceSize, layout_.referenceSize);
-    const std::uint64_t number = unsignedOf(reference);
-    const auto offset = static_cast<std::size_t>(reference.data() - bytes_.data());
-    if (number >= layout_.objectCount) fail("a reference to an object that does not exist", offset);
-    const Object& found = object(number, levelsAbove);
+// Reads the object that a container refers to.
+const BinaryReader::Object& BinaryReader::referenced(const char* reference,
+                                                     std::size_t levelsAbove) {
+    const std::uint64_t number = unsignedOf({reference, layout_.referenceSize});
+    if (number >= layout_.objectCount) {
+        fail("a reference to an object that does not exist",
+             static_cast<std::size_t>(reference - bytes_.data()));
+    }
+    return object(number, levelsAbove);
+}
+
+// Adds what an element expands to to what its container does.
+PropertyListValue BinaryReader::element(Object& container, const char* reference,
+                                        std::size_t levelsAbove) {
+    const Object& found = referenced(reference, levelsAbove);
     container.expandedValues += found.expandedValues;
-    if (container.expandedValues > maximumValues) fail(std::string(tooManyValues), offset);
+    if (container.expandedValues > maximumValues) {
+        fail(std::string(tooManyValues), static_cast<std::size_t>(reference - bytes_.data()));
+    }
     container.levels = std::max(container.levels, static_cast<std::uint16_t>(found.levels + 1));
-    return found;
+    return Building::sameObject(found.value);
 }
 
 void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
     const std::string_view references = contents(encoded, layout_.referenceSize);
-    const std::size_t count = references.size() / layout_.referenceSize;
     const std::size_t first = elements_.size();
-    for (std::size_t index = 0; index < count; ++index) {
-        elements_.push_back(element(result, references, index, levelsAbove).value);
+    for (std::size_t next = 0; next < references.size(); next += layout_.referenceSize) {
+        PropertyListValue read = element(result, references.data() + next, levelsAbove);
+        elements_.push_back(std::move(read));
     }
-    result.value = NSArray(std::span<const PropertyListValue>(elements_).subspan(first));
+    result.value = Building::array(std::span(elements_).subspan(first));
     elements_.resize(first);
 }
 
 void BinaryReader::dictionary(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
     const std::string_view references = contents(encoded, 2 * layout_.referenceSize);
-    const std::size_t count = references.size() / (2 * layout_.referenceSize);
-    const NSMutableDictionary entries;
-    entries.reserve(count);
-    for (std::size_t index = 0; index < count; ++index) {
-        Object ignored;  // keys do not count
-        const Object& key = element(ignored, references, index, levelsAbove);
-        if (!key.value.isString()) fail("a key is not a string", encoded.offset);
-        const Object& value = element(result, references, count + index, levelsAbove);
-        entries.setObjectForKey(value.value, key.value.stringView());
+    const std::size_t first = entries_.size();
+    const char* key = references.data();
+    const char* value = key + references.size() / 2;
+    for (const char* const firstValue = value; key != firstValue;
+         key += layout_.referenceSize, value += layout_.referenceSize) {
+        const Object& name = referenced(key, levelsAbove);  // keys do not count
+        if (!name.value.isString()) fail("a key is not a string", encoded.offset);
+        PropertyListValue sameName = Building::sameObject(name.value);
+        PropertyListValue read = element(result, value, levelsAbove);
+        entries_.push_back({std::move(sameName), std::move(read)});
     }
-    result.value = entries.copy();
+    result.value = Building::dictionary(std::span(entries_).subspan(first));
+    entries_.resize(first);
 }
 
 }  // namespace

@@ -67,7 +67,8 @@ PropertyListReadResult readBinary(std::string_view bytes) {
 }
 
 PropertyListReadResult readText(std::string_view bytes) {
-    PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes);
+    std::string converted;
+    const PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes, converted);
     const auto format =
         isXML(decoded.text) ? PropertyListFormat::XML : PropertyListFormat::OldStyle;
     try {
@@ -75,11 +76,10 @@ PropertyListReadResult readText(std::string_view bytes) {
         if (format == PropertyListFormat::OldStyle) {
             return {PropertyLists::readOldStyle(decoded.text), format, std::nullopt};
         }
-        return {PropertyLists::readXML(std::move(decoded.text)), format, std::nullopt};
+        return {PropertyLists::readXML(decoded.text), format, std::nullopt};
     } catch (const Failure& failure) {
         PropertyListReadResult result = failedRead(failure, format);
-        // Decoded again, because reading XML uses the text up.
-        locate(*result.error, PropertyLists::decodeText(bytes).text);
+        locate(*result.error, decoded.text);
         return result;
     }
 }

@@ -48,10 +48,8 @@ class Extent {
 /// The whole file, signature included. Offsets of failures are into it.
 PropertyListValue readBinary(std::string_view bytes);
 
-/// `text` is UTF-8 without U+0000 and is used up. Offsets of failures are into it as it was.
-PropertyListValue readXML(std::string text);
-
 /// `text` is UTF-8 without U+0000. Offsets of failures are into it.
+PropertyListValue readXML(std::string_view text);
 PropertyListValue readOldStyle(std::string_view text);
 
 }  // namespace PropertyLists

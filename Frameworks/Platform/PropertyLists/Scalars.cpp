@@ -93,12 +93,26 @@ class DateFields {
 constexpr double secondsPerDay = 86400;
 constexpr std::chrono::sys_days referenceDay = std::chrono::year(2001) / 1 / 1;
 
-void appendPadded(std::string& text, int number, std::size_t digits) {
-    std::array<char, 8> buffer{};
-    const auto end = std::to_chars(buffer.begin(), buffer.end(), number).ptr;
-    const auto length = static_cast<std::size_t>(end - buffer.begin());
-    if (length < digits) text.append(digits - length, '0');
-    text.append(buffer.begin(), length);
+/// Writes `number` in so many digits and answers their end.
+char* writePadded(char* place, int number, std::size_t digits) {
+    for (char* digit = place + digits; digit != place; number /= 10) {
+        *--digit = static_cast<char>('0' + number % 10);
+    }
+    return place + digits;
+}
+
+char* writeCharacter(char* place, char character) {
+    *place = character;
+    return place + 1;
+}
+
+/// The 24 bits of three bytes, or of fewer and zeros.
+std::uint32_t groupOf(std::string_view bytes) {
+    std::uint32_t group = 0;
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        group |= std::uint32_t{static_cast<unsigned char>(bytes[index])} << (16 - 8 * index);
+    }
+    return group;
 }
 
 constexpr std::string_view base64Digits =
@@ -120,6 +134,16 @@ constexpr std::array<std::uint8_t, 256> base64Classes = [] {
 
 constexpr char byteOf(std::uint32_t group, unsigned shift) {
     return static_cast<char>(static_cast<unsigned char>(group >> shift));
+}
+
+/// Writes at most three bytes as four characters and answers their end.
+char* writeBase64Group(char* place, std::string_view bytes) {
+    const std::uint32_t group = groupOf(bytes);
+    for (std::size_t digit = 0; digit < 4; ++digit) {
+        place[digit] =
+            digit <= bytes.size() ? base64Digits[group >> (18 - 6 * digit) & 0x3FU] : '=';
+    }
+    return place + 4;
 }
 
 }  // namespace
@@ -205,26 +229,24 @@ std::optional<std::string> parseBase64(std::string_view text) {
     return bytes;
 }
 
-void appendInteger(std::string& text, const PropertyListValue& value) {
-    std::array<char, 24> buffer{};
-    const auto end = value.isBeyondSigned()
-                         ? std::to_chars(buffer.begin(), buffer.end(), value.unsignedValue()).ptr
-                         : std::to_chars(buffer.begin(), buffer.end(), value.integerValue()).ptr;
-    text.append(buffer.begin(), end);
+void appendInteger(TextBuilder& text, const PropertyListValue& value) {
+    constexpr std::size_t longest = 24;
+    text.appendInPlace([&value](char* place) {
+        return value.isBeyondSigned()
+                   ? std::to_chars(place, place + longest, value.unsignedValue()).ptr
+                   : std::to_chars(place, place + longest, value.integerValue()).ptr;
+    });
 }
 
-void appendReal(std::string& text, double value) {
-    if (std::isnan(value)) {
-        text += "nan";
-    } else if (std::isinf(value)) {
-        text += value < 0 ? "-infinity" : "+infinity";
-    } else {
-        std::array<char, 32> buffer{};
-        text.append(buffer.begin(), std::to_chars(buffer.begin(), buffer.end(), value).ptr);
-    }
+void appendReal(TextBuilder& text, double value) {
+    constexpr std::size_t longest = 32;
+    if (std::isnan(value)) return text.append("nan");
+    if (std::isinf(value)) return text.append(value < 0 ? "-infinity" : "+infinity");
+    text.appendInPlace(
+        [value](char* place) { return std::to_chars(place, place + longest, value).ptr; });
 }
 
-bool appendDate(std::string& text, NSDate date) {
+bool appendDate(TextBuilder& text, NSDate date) {
     const double seconds = std::floor(date.timeIntervalSinceReferenceDate());
     const double day = std::floor(seconds / secondsPerDay);
     // Compared as doubles: a date may be too far away for any calendar, infinite or no number.
@@ -236,35 +258,32 @@ bool appendDate(std::string& text, NSDate date) {
     const std::chrono::year_month_day calendar(referenceDay +
                                                std::chrono::days(static_cast<int>(day)));
     const int secondOfDay = static_cast<int>(seconds - day * secondsPerDay);
-    appendPadded(text, static_cast<int>(calendar.year()), 4);
-    text += '-';
-    appendPadded(text, static_cast<int>(static_cast<unsigned>(calendar.month())), 2);
-    text += '-';
-    appendPadded(text, static_cast<int>(static_cast<unsigned>(calendar.day())), 2);
-    text += 'T';
-    appendPadded(text, secondOfDay / 3600, 2);
-    text += ':';
-    appendPadded(text, secondOfDay / 60 % 60, 2);
-    text += ':';
-    appendPadded(text, secondOfDay % 60, 2);
-    text += 'Z';
+    text.appendInPlace([&](char* place) {
+        place = writePadded(place, static_cast<int>(calendar.year()), 4);
+        place = writeCharacter(place, '-');
+        place = writePadded(place, static_cast<int>(static_cast<unsigned>(calendar.month())), 2);
+        place = writeCharacter(place, '-');
+        place = writePadded(place, static_cast<int>(static_cast<unsigned>(calendar.day())), 2);
+        place = writeCharacter(place, 'T');
+        place = writePadded(place, secondOfDay / 3600, 2);
+        place = writeCharacter(place, ':');
+        place = writePadded(place, secondOfDay / 60 % 60, 2);
+        place = writeCharacter(place, ':');
+        place = writePadded(place, secondOfDay % 60, 2);
+        return writeCharacter(place, 'Z');
+    });
     return true;
 }
 
-void appendBase64(std::string& text, std::string_view bytes) {
-    std::size_t written = text.size();
-    text.resize(written + (bytes.size() + 2) / 3 * 4, '=');
-    for (std::size_t index = 0; index < bytes.size(); index += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - index);
-        std::uint32_t group = 0;
-        for (std::size_t offset = 0; offset < count; ++offset) {
-            const auto byte = static_cast<unsigned char>(bytes[index + offset]);
-            group |= std::uint32_t{byte} << (16 - 8 * offset);
-        }
-        for (std::size_t digit = 0; digit <= count; ++digit) {
-            text[written + digit] = base64Digits[group >> (18 - 6 * digit) & 0x3FU];
-        }
-        written += 4;
+void appendBase64(TextBuilder& text, std::string_view bytes) {
+    constexpr std::size_t bytesAtOnce = TextBuilder::largestRoom / 4 * 3;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), bytesAtOnce))) {
+        text.appendInPlace([part = bytes.substr(0, bytesAtOnce)](char* place) {
+            for (std::size_t index = 0; index < part.size(); index += 3) {
+                place = writeBase64Group(place, part.substr(index, 3));
+            }
+            return place;
+        });
     }
 }
 

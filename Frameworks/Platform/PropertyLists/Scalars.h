@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/PropertyLists/TextBuilder.h"
 #include "Platform/Values/PropertyListValue.h"
 
 namespace PropertyLists {
@@ -35,12 +36,12 @@ std::optional<std::string> parseBase64(std::string_view text);
 /// @}
 
 /// `value` is an integer.
-void appendInteger(std::string& text, const PropertyListValue& value);
+void appendInteger(TextBuilder& text, const PropertyListValue& value);
 /// The shortest form that reads back to the same number.
-void appendReal(std::string& text, double value);
+void appendReal(TextBuilder& text, double value);
 /// Whole seconds, rounded down; false, and nothing appended, outside the years 0000 to 9999.
-[[nodiscard]] bool appendDate(std::string& text, NSDate date);
+[[nodiscard]] bool appendDate(TextBuilder& text, NSDate date);
 /// Base64 without white space.
-void appendBase64(std::string& text, std::string_view bytes);
+void appendBase64(TextBuilder& text, std::string_view bytes);
 
 }  // namespace PropertyLists

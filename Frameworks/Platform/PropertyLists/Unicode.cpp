@@ -41,12 +41,12 @@ std::size_t lengthByLead(unsigned lead) {
     return lead < 0xF5 ? 4 : 0;
 }
 
-constexpr std::size_t wordSize = sizeof(std::uint64_t);
+constexpr std::size_t blockSize = 4 * sizeof(std::uint64_t);
 
-bool isWordOfASCII(const char* bytes) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, wordSize);
-    return (word & 0x8080808080808080ULL) == 0;
+bool isBlockOfASCII(const char* bytes) {
+    std::array<std::uint64_t, 4> words;
+    std::memcpy(words.data(), bytes, blockSize);
+    return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080ULL) == 0;
 }
 
 char32_t unit16(std::string_view bytes, std::size_t index, ByteOrder order) {
@@ -91,19 +91,17 @@ constexpr std::array encodings{
 
 DecodedText decodeUTF8(std::string_view bytes) {
     const auto broken = positionOfBrokenUTF8(bytes);
-    if (!broken) return {std::string(bytes), {}};
-    return {std::string(bytes.substr(0, *broken)), "the text is not valid UTF-8"};
+    if (!broken) return {bytes, {}};
+    return {bytes.substr(0, *broken), "the text is not valid UTF-8"};
 }
 
-DecodedText decodeWide(std::string_view bytes, std::string_view encoding) {
+DecodedText decodeWide(std::string_view bytes, std::string_view encoding, std::string& converted) {
     const ByteOrder order =
         encoding.ends_with("BE") ? ByteOrder::BigEndian : ByteOrder::LittleEndian;
-    DecodedText decoded;
-    decoded.text.reserve(bytes.size() / 2);
-    const bool isWhole = encoding.starts_with("UTF-32") ? appendUTF32(decoded.text, bytes, order)
-                                                        : appendUTF16(decoded.text, bytes, order);
-    if (!isWhole) decoded.fault = "the text is not valid " + std::string(encoding);
-    return decoded;
+    converted.reserve(bytes.size() / 2);
+    const bool isWhole = encoding.starts_with("UTF-32") ? appendUTF32(converted, bytes, order)
+                                                        : appendUTF16(converted, bytes, order);
+    return {converted, isWhole ? "" : "the text is not valid " + std::string(encoding)};
 }
 
 }  // namespace
@@ -135,11 +133,17 @@ std::size_t lengthOfFirstCharacter(std::string_view text) noexcept {
     return length;
 }
 
+bool isASCII(std::string_view text) noexcept {
+    unsigned char all = 0;
+    for (const char character : text) all |= static_cast<unsigned char>(character);
+    return all < 0x80;
+}
+
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept {
     std::size_t position = 0;
     while (position < text.size()) {
-        if (text.size() - position >= wordSize && isWordOfASCII(text.data() + position)) {
-            position += wordSize;
+        if (text.size() - position >= blockSize && isBlockOfASCII(text.data() + position)) {
+            position += blockSize;
             continue;
         }
         const std::size_t length = lengthOfFirstCharacter(text.substr(position));
@@ -175,16 +179,16 @@ bool appendUTF16(std::string& text, std::string_view bytes, ByteOrder order) {
     return true;
 }
 
-DecodedText decodeText(std::string_view bytes) {
+DecodedText decodeText(std::string_view bytes, std::string& converted) {
     const auto encoding = std::find_if(
         encodings.begin(), encodings.end(),
         [bytes](const Encoding& candidate) { return bytes.starts_with(candidate.beginning); });
     if (encoding->isMark) bytes.remove_prefix(encoding->beginning.size());
-    DecodedText decoded =
-        encoding->name == "UTF-8" ? decodeUTF8(bytes) : decodeWide(bytes, encoding->name);
+    DecodedText decoded = encoding->name == "UTF-8" ? decodeUTF8(bytes)
+                                                    : decodeWide(bytes, encoding->name, converted);
     const std::size_t nul = decoded.text.find('\0');
-    if (nul != std::string::npos) {
-        decoded.text.resize(nul);
+    if (nul != std::string_view::npos) {
+        decoded.text = decoded.text.substr(0, nul);
         decoded.fault = "the text contains the character U+0000";
     }
     return decoded;

@@ -33,6 +33,8 @@ void appendUTF8(std::string& text, char32_t character);
 /// none.
 std::size_t lengthOfFirstCharacter(std::string_view text) noexcept;
 
+bool isASCII(std::string_view text) noexcept;
+
 /// Where the first byte is that is not part of well-formed UTF-8.
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept;
 
@@ -47,12 +49,13 @@ enum class ByteOrder { LittleEndian, BigEndian };
 
 /// A file as UTF-8 without byte-order mark.
 struct DecodedText {
-    std::string text;   ///< up to the fault, if there is one
-    std::string fault;  ///< empty when the whole file was decoded
+    std::string_view text;  ///< up to the fault, if there is one
+    std::string fault;      ///< empty when the whole file was decoded
 };
 
 /// The encoding is that of the byte-order mark, else of the first character when that is "<" in
-/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault.
-DecodedText decodeText(std::string_view bytes);
+/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault. The text is part of `bytes` when these are
+/// UTF-8, else of `converted`.
+DecodedText decodeText(std::string_view bytes, std::string& converted);
 
 }  // namespace PropertyLists

@@ -49,56 +49,13 @@ void appendEntity(std::string& text, std::string_view name, std::size_t offset) 
     text += entity->character;
 }
 
-/// Rewrites text onto itself: what is written is never longer than what was read.
-class InPlaceDecoder {
-  public:
-    InPlaceDecoder(std::string& buffer, std::size_t offset, std::size_t length)
-        : buffer_(buffer), begin_(offset), end_(offset + length), read_(offset), write_(offset) {}
-
-    std::string_view decode(std::string_view special) {
-        while (read_ < end_) {
-            copyUntil(special);
-            if (read_ == end_) break;
-            if (buffer_[read_] == '&') {
-                resolveEntity();
-            } else {
-                normalizeLineEnd();
-            }
-        }
-        return {buffer_.data() + begin_, write_ - begin_};
-    }
-
-  private:
-    void copyUntil(std::string_view special) {
-        const std::string_view rest(buffer_.data() + read_, end_ - read_);
-        const std::size_t count = std::min(rest.find_first_of(special), rest.size());
-        std::copy_n(buffer_.data() + read_, count, buffer_.data() + write_);
-        read_ += count;
-        write_ += count;
-    }
-    void resolveEntity() {
-        const std::string_view rest(buffer_.data() + read_, end_ - read_);
-        const std::size_t semicolon = rest.find(';');
-        if (semicolon == std::string_view::npos) fail("an entity is not closed by \";\"", read_);
-        character_.clear();
-        appendEntity(character_, rest.substr(1, semicolon - 1), read_);
-        std::copy(character_.begin(), character_.end(), buffer_.data() + write_);
-        read_ += semicolon + 1;
-        write_ += character_.size();
-    }
-    void normalizeLineEnd() {
-        buffer_[write_++] = '\n';
-        ++read_;
-        if (read_ < end_ && buffer_[read_] == '\n') ++read_;
-    }
-
-    std::string& buffer_;
-    const std::size_t begin_;
-    const std::size_t end_;
-    std::size_t read_;
-    std::size_t write_;
-    std::string character_;
-};
+/// Appends what the entity that `rest` begins with stands for; answers its length in `rest`.
+std::size_t resolveEntity(std::string& text, std::string_view rest, std::size_t offset) {
+    const std::size_t semicolon = rest.find(';');
+    if (semicolon == std::string_view::npos) fail("an entity is not closed by \";\"", offset);
+    appendEntity(text, rest.substr(1, semicolon - 1), offset);
+    return semicolon + 1;
+}
 
 /// The value of an attribute of the XML declaration; empty when it is not there.
 std::string_view declaredValue(std::string_view declaration, std::string_view name) {
@@ -137,20 +94,16 @@ Treatment treatmentOf(char byte) {
     return treatments[static_cast<unsigned char>(byte)];
 }
 
-void appendEscaped(std::string& text, char character) {
+void appendEscaped(TextBuilder& text, char character) {
     switch (character) {
         case '&':
-            text += "&amp;";
-            break;
+            return text.append("&amp;");
         case '<':
-            text += "&lt;";
-            break;
+            return text.append("&lt;");
         case '>':
-            text += "&gt;";
-            break;
+            return text.append("&gt;");
         default:
-            text += "&#" + std::to_string(int{character}) + ";";
-            break;
+            return text.append("&#" + std::to_string(int{character}) + ";");
     }
 }
 
@@ -163,10 +116,20 @@ std::optional<std::string_view> referenceOf(std::string_view character) {
 
 }  // namespace
 
-std::string_view decodeXMLText(std::string& buffer, std::size_t offset, std::size_t length,
-                               XMLTextKind kind) {
-    InPlaceDecoder decoder(buffer, offset, length);
-    return decoder.decode(kind == XMLTextKind::Characters ? "&\r" : "\r");
+void appendDecoded(std::string& text, std::string_view raw, std::size_t offset, XMLTextKind kind) {
+    const std::string_view special = kind == XMLTextKind::Characters ? "&\r" : "\r";
+    std::size_t position = 0;
+    for (;;) {
+        const std::size_t found = std::min(raw.find_first_of(special, position), raw.size());
+        text.append(raw, position, found - position);
+        if (found == raw.size()) return;
+        if (raw[found] == '&') {
+            position = found + resolveEntity(text, raw.substr(found), offset + found);
+        } else {
+            text += '\n';
+            position = found + (raw.substr(found).starts_with("\r\n") ? 2 : 1);
+        }
+    }
 }
 
 void checkXMLDeclaration(std::string_view text) {
@@ -178,10 +141,10 @@ void checkXMLDeclaration(std::string_view text) {
     fail("unsupported encoding " + shortened(encoding), 0);
 }
 
-bool appendXMLText(std::string& text, std::string_view characters) {
+bool appendXMLText(TextBuilder& text, std::string_view characters) {
     std::size_t position = 0;
     std::size_t copied = 0;
-    const auto copyUntilHere = [&] { text.append(characters, copied, position - copied); };
+    const auto copyUntilHere = [&] { text.append(characters.substr(copied, position - copied)); };
     while (position < characters.size()) {
         const Treatment treatment = treatmentOf(characters[position]);
         if (treatment == Treatment::Copy) {
@@ -195,7 +158,7 @@ bool appendXMLText(std::string& text, std::string_view characters) {
             if (length == 0) return false;
             if (const auto reference = referenceOf(characters.substr(position, length))) {
                 copyUntilHere();
-                text += *reference;
+                text.append(*reference);
                 copied = position + length;
             }
             position += length;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/PropertyLists/Reading.h"
 #include "Platform/PropertyLists/Scalars.h"
+#include "Platform/PropertyLists/TextBuilder.h"
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/PropertyLists/Writing.h"
 #include "Platform/PropertyLists/XMLText.h"
@@ -27,34 +29,38 @@ constexpr std::size_t maximumLevels = NSPropertyListSerialization::maximumLevels
 constexpr std::size_t maximumSize = NSPropertyListSerialization::maximumSize;
 constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues;
 
+/// Points into what a dictionary's iterator keeps.
 struct Entry {
-    std::string key;
-    PropertyListValue value;
+    std::string_view key;
+    std::uint64_t beginning;  // of the key; in the order of the keys as far as it goes
+    const PropertyListValue* value;
 };
 
-std::vector<Entry> sortedEntries(const NSDictionary& dictionary) {
-    std::vector<Entry> entries;
-    entries.reserve(dictionary.count());
-    for (const auto& [key, value] : dictionary) entries.push_back({std::string(key), value});
-    std::sort(entries.begin(), entries.end(),
-              [](const Entry& left, const Entry& right) { return left.key < right.key; });
-    return entries;
+std::uint64_t beginningOf(std::string_view key) {
+    std::uint64_t beginning = 0;
+    const std::size_t size = std::min(key.size(), sizeof beginning);
+    for (std::size_t index = 0; index < size; ++index) {
+        beginning = beginning << 8U | static_cast<unsigned char>(key[index]);
+    }
+    return size == 0 ? 0 : beginning << (sizeof beginning - size) * 8;
+}
+
+bool isBefore(const Entry& left, const Entry& right) {
+    return left.beginning != right.beginning ? left.beginning < right.beginning
+                                             : left.key < right.key;
 }
 
 class XMLWriter {
   public:
     std::string write(const PropertyListValue& root) {
-        text_.reserve(initialCapacity);
-        text_ += header;
+        text_.append(header);
         value(root);
-        text_ += footer;
+        text_.append(footer);
         requireRoom(0);
-        return std::move(text_);
+        return text_.take();
     }
 
   private:
-    static constexpr std::size_t initialCapacity = 4096;
-
     /// A key, or the index of an array's element.
     struct Step {
         std::string_view key;
@@ -72,19 +78,24 @@ class XMLWriter {
     void requireRoom(std::size_t size) const {
         if (text_.size() + size > maximumSize) fail("the file would be larger than 64 MiB");
     }
-    void indent() { text_.append(level(), '\t'); }
-    void element(std::string_view name, std::string_view characters);
+    void indent() { text_.appendTabs(level()); }
+    void characters(std::string_view characters, std::string_view what);
 
     void value(const PropertyListValue& value);
     void dictionary(const NSDictionary& dictionary);
+    void pushSorted(NSDictionary::Iterator& contents);
+    void entry(const Entry& entry);
     void array(const NSArray& array);
     void data(std::string_view bytes);
     void date(NSDate date);
-    template <typename Contents>
-    void container(std::string_view name, bool isEmpty, Contents&& contents);
+    void requireLevel() const {
+        if (level() >= maximumLevels) fail(tooManyLevels);
+    }
 
-    std::string text_;
+    TextBuilder text_;
     std::vector<Step> path_;
+    // The entries of the dictionaries that are being written, the innermost last.
+    std::vector<Entry> entries_;
     std::size_t values_ = 0;
 };
 
@@ -115,13 +126,9 @@ std::string XMLWriter::keyPath() const {
     return keyPath;
 }
 
-void XMLWriter::element(std::string_view name, std::string_view characters) {
+void XMLWriter::characters(std::string_view characters, std::string_view what) {
     requireRoom(characters.size());
-    text_.append(1, '<').append(name).append(1, '>');
-    if (!appendXMLText(text_, characters)) {
-        fail(name == "key" ? "a key is not valid UTF-8" : "a string is not valid UTF-8");
-    }
-    text_.append("</").append(name).append(">\n");
+    if (!appendXMLText(text_, characters)) fail(std::string(what) + " is not valid UTF-8");
 }
 
 void XMLWriter::value(const PropertyListValue& value) {
@@ -131,20 +138,25 @@ void XMLWriter::value(const PropertyListValue& value) {
     indent();
     switch (value.kind()) {
         case Kind::Boolean:
-            text_ += value.boolValue() ? "<true/>\n" : "<false/>\n";
+            if (value.boolValue())
+                text_.append("<true/>\n");
+            else
+                text_.append("<false/>\n");
             break;
         case Kind::Integer:
-            text_ += "<integer>";
+            text_.append("<integer>");
             appendInteger(text_, value);
-            text_ += "</integer>\n";
+            text_.append("</integer>\n");
             break;
         case Kind::Real:
-            text_ += "<real>";
+            text_.append("<real>");
             appendReal(text_, value.doubleValue());
-            text_ += "</real>\n";
+            text_.append("</real>\n");
             break;
         case Kind::String:
-            element("string", value.stringView());
+            text_.append("<string>");
+            characters(value.stringView(), "a string");
+            text_.append("</string>\n");
             break;
         case Kind::Date:
             date(value.date());
@@ -170,63 +182,76 @@ void XMLWriter::value(const PropertyListValue& value) {
 }
 
 void XMLWriter::date(NSDate date) {
-    text_ += "<date>";
+    text_.append("<date>");
     if (!appendDate(text_, date)) fail("a date outside the years 0000 to 9999 cannot be stored");
-    text_ += "</date>\n";
+    text_.append("</date>\n");
 }
 
-template <typename Contents>
-void XMLWriter::container(std::string_view name, bool isEmpty, Contents&& contents) {
-    if (level() >= maximumLevels) fail(tooManyLevels);
-    text_.append(1, '<').append(name).append(isEmpty ? "/>\n" : ">\n");
-    if (isEmpty) return;
-    contents();
-    indent();
-    text_.append("</").append(name).append(">\n");
-}
-
+// A container may change while it is written. An iterator keeps what it has begun with.
 void XMLWriter::dictionary(const NSDictionary& dictionary) {
-    const std::vector<Entry> entries = sortedEntries(dictionary);
-    container("dict", entries.empty(), [&] {
-        for (const Entry& entry : entries) {
-            path_.push_back({.key = entry.key, .index = 0, .isIndex = false});
-            indent();
-            element("key", entry.key);
-            value(entry.value);
-            path_.pop_back();
-        }
-    });
+    requireLevel();
+    NSDictionary::Iterator contents = dictionary.begin();
+    const std::size_t first = entries_.size();
+    pushSorted(contents);
+    const std::size_t end = entries_.size();
+    if (end == first) return text_.append("<dict/>\n");
+    text_.append("<dict>\n");
+    for (std::size_t index = first; index < end; ++index) entry(Entry(entries_[index]));
+    entries_.resize(first);
+    indent();
+    text_.append("</dict>\n");
 }
 
-// The array may change while it is written, so it is not asked twice.
+void XMLWriter::pushSorted(NSDictionary::Iterator& contents) {
+    const auto first = static_cast<std::ptrdiff_t>(entries_.size());
+    for (; contents != NSDictionary::Sentinel{}; ++contents) {
+        const NSDictionary::Entry entry = *contents;
+        entries_.push_back(
+            {.key = entry.key, .beginning = beginningOf(entry.key), .value = &entry.value});
+    }
+    std::sort(entries_.begin() + first, entries_.end(), isBefore);
+}
+
+void XMLWriter::entry(const Entry& entry) {
+    path_.push_back({.key = entry.key, .index = 0, .isIndex = false});
+    indent();
+    text_.append("<key>");
+    characters(entry.key, "a key");
+    text_.append("</key>\n");
+    value(*entry.value);
+    path_.pop_back();
+}
+
 void XMLWriter::array(const NSArray& array) {
-    const NSArray elements = array.copy();
-    container("array", elements.count() == 0, [&] {
-        std::size_t index = 0;
-        for (const PropertyListValue& element : elements) {
-            path_.push_back({.key = {}, .index = index++, .isIndex = true});
-            value(element);
-            path_.pop_back();
-        }
-    });
+    requireLevel();
+    NSArray::Iterator element = array.begin();
+    if (!(element != NSArray::Sentinel{})) return text_.append("<array/>\n");
+    text_.append("<array>\n");
+    for (std::size_t index = 0; element != NSArray::Sentinel{}; ++element, ++index) {
+        path_.push_back({.key = {}, .index = index, .isIndex = true});
+        value(*element);
+        path_.pop_back();
+    }
+    indent();
+    text_.append("</array>\n");
 }
 
 void XMLWriter::data(std::string_view bytes) {
     constexpr std::size_t lineWidth = 76;
     constexpr std::size_t tabWidth = 8;
     constexpr std::size_t narrowest = 16;
-    const std::size_t tabs = std::min(level() * tabWidth, lineWidth - narrowest);
-    const std::size_t bytesPerLine = (lineWidth - tabs) / 4 * 3;
+    const std::size_t indentation = std::min(level() * tabWidth, lineWidth - narrowest);
+    const std::size_t bytesPerLine = (lineWidth - indentation) / 4 * 3;
     requireRoom(bytes.size());
-    text_ += "<data>\n";
+    text_.append("<data>\n");
     for (std::size_t position = 0; position < bytes.size(); position += bytesPerLine) {
         requireRoom(0);
         indent();
         appendBase64(text_, bytes.substr(position, bytesPerLine));
-        text_ += '\n';
+        text_.append("\n");
     }
     indent();
-    text_ += "</data>\n";
+    text_.append("</data>\n");
 }
 
 }  // namespace

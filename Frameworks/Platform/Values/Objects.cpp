@@ -64,7 +64,7 @@ void retain(Object* object) noexcept {
 }
 
 void release(Object* object) noexcept {
-    if (object->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (!isLastReference(object->references)) return;
     if (object->kind >= Kind::Array) {
         destroyContainer(object);
     } else {
@@ -78,10 +78,10 @@ Reference<StringObject> StringObject::make(std::string_view text) {
     return Reference<StringObject>(new (memory) StringObject(hashOf(text), text.size()));
 }
 
-PropertyListValue EntryTable::set(const Reference<StringObject>& key, PropertyListValue value) {
+PropertyListValue EntryTable::set(Reference<StringObject> key, PropertyListValue value) {
     const std::size_t index = indexOf(key->view(), key->hash);
     if (index == notFound) {
-        append(key, std::move(value));
+        append(std::move(key), std::move(value));
         return nullptr;
     }
     entries_[index].value.swap(value);
@@ -98,13 +98,14 @@ PropertyListValue EntryTable::set(std::string_view key, PropertyListValue value)
     return value;
 }
 
-void EntryTable::append(const Reference<StringObject>& key, PropertyListValue value) {
-    entries_.push_back({key, std::move(value)});
+void EntryTable::append(Reference<StringObject> key, PropertyListValue value) {
+    const std::uint32_t hash = key->hash;
+    entries_.push_back({std::move(key), std::move(value)});
     const std::size_t needed = entries_.size() <= walkLimit ? 0 : entries_.size() * 2;
     if (needed > slots_.size()) {
         rebuildIndex(needed);
     } else if (!slots_.empty()) {
-        insertSlot(key->hash, entries_.size() - 1);
+        insertSlot(hash, entries_.size() - 1);
     }
 }
 

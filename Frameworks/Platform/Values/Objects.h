@@ -20,6 +20,13 @@ namespace ValueObjects {
 
 using Kind = PropertyListValue::Kind;
 
+/// Gives one reference up; answers whether it was the last. Whoever holds the only one need not
+/// write, which is much cheaper: nobody is left who could take another.
+inline bool isLastReference(std::atomic<std::uint32_t>& references) noexcept {
+    return references.load(std::memory_order_acquire) == 1 ||
+           references.fetch_sub(1, std::memory_order_acq_rel) == 1;
+}
+
 struct Object {
     explicit Object(Kind objectKind) noexcept : kind(objectKind) {}
     std::atomic<std::uint32_t> references{1};
@@ -88,9 +95,7 @@ struct SharedContents {
 
     void retain() const noexcept { references.fetch_add(1, std::memory_order_relaxed); }
     void release() const noexcept {
-        if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            delete static_cast<const Self*>(this);
-        }
+        if (isLastReference(references)) delete static_cast<const Self*>(this);
     }
     [[nodiscard]] bool isShared() const noexcept {
         return references.load(std::memory_order_acquire) != 1;
@@ -169,7 +174,7 @@ class EntryTable {
     [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
     [[nodiscard]] const PropertyListValue* find(std::string_view key) const noexcept;
     /// Returns the value that was there before.
-    PropertyListValue set(const Reference<StringObject>& key, PropertyListValue value);
+    PropertyListValue set(Reference<StringObject> key, PropertyListValue value);
     /// The same under a key that need not be an object yet: none is made when it is there.
     PropertyListValue set(std::string_view key, PropertyListValue value);
     /// Returns the entry that was removed. The last entry takes its place.
@@ -184,7 +189,7 @@ class EntryTable {
     static constexpr std::size_t walkLimit = 8;
     static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
 
-    void append(const Reference<StringObject>& key, PropertyListValue value);
+    void append(Reference<StringObject> key, PropertyListValue value);
     [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
     [[nodiscard]] std::size_t slotOf(std::size_t entryIndex) const noexcept;
     void insertSlot(std::uint32_t hash, std::size_t entryIndex) noexcept;

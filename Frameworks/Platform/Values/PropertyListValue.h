@@ -50,6 +50,7 @@ struct ArrayObject;
 struct DictionaryObject;
 struct ArraySnapshot;
 struct DictionarySnapshot;
+struct Building;
 QRV_EXPORT void retain(Object* object) noexcept;
 QRV_EXPORT void release(Object* object) noexcept;
 
@@ -190,6 +191,7 @@ class QRV_EXPORT NSArray {
 
   protected:
     friend class PropertyListValue;
+    friend struct ValueObjects::Building;
     explicit NSArray(ValueObjects::Reference<ValueObjects::ArrayObject> object) noexcept
         : object_(std::move(object)) {}
     ValueObjects::Reference<ValueObjects::ArrayObject> object_;
@@ -251,6 +253,7 @@ class QRV_EXPORT NSDictionary {
 
   protected:
     friend class PropertyListValue;
+    friend struct ValueObjects::Building;
     explicit NSDictionary(ValueObjects::Reference<ValueObjects::DictionaryObject> object) noexcept
         : object_(std::move(object)) {}
     ValueObjects::Reference<ValueObjects::DictionaryObject> object_;
@@ -419,6 +422,7 @@ class QRV_EXPORT PropertyListValue {
 
   private:
     friend struct ValueObjects::DictionarySnapshot;
+    friend struct ValueObjects::Building;
     union Payload {
         bool boolean;
         std::int64_t integer;
@@ -440,7 +444,7 @@ struct NSDictionary::InitialEntry {
     PropertyListValue value;
 };
 
-/// One entry during an iteration; valid until the iterator moves.
+/// One entry during an iteration; valid as long as the iterator lives.
 struct NSDictionary::Entry {
     std::string_view key;
     const PropertyListValue& value;
