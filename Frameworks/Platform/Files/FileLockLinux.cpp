@@ -65,8 +65,8 @@ std::error_code waitForExclusiveLock(const FileDescriptor& file) {
     return {};
 }
 
-// A reader that has just seen a replacement usually meets a writer that is syncing the folder, and is
-// through in a fraction of a millisecond.
+// A reader that has just seen a replacement usually meets a writer that is syncing the folder, and
+// is through in a fraction of a millisecond.
 bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
     constexpr std::chrono::microseconds longestPause(20'000);
     std::chrono::microseconds pause(50);
