@@ -40,9 +40,9 @@ NSDictionary QRVSettingsStorage() {
 
 NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
-    const NSDictionary loaded = store.storageCache();
+    NSDictionary loaded = store.storageCache();
     if (!loaded.isNull()) return loaded;
-    const NSDictionary read = QRVSettingsStorage();
+    NSDictionary read = QRVSettingsStorage();
     store.setStorageCache(read.mutableCopy());
     return read;
 }
