@@ -175,8 +175,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] std::shared_ptr<NSOperationQueue> presentedItemOperationQueue() const override;
     /// Comes on `presenterQueue()`. When the file has changed, it is read again on `readQueue()`;
     /// what differs is then published on the main queue: "Prefs file changed" goes to the system
-    /// log, and `onChange()` is called. Without any difference nothing happens. What this process
-    /// has written meanwhile is saved first, and the file then read once more.
+    /// log, and `onChange()` is called. Without any difference nothing happens. When this process
+    /// has written since the reading, its pending saves run first and the file is read once more.
     void presentedItemDidChange() override;
     /// Whether the file's modification date is another than `modificationDate()`, which becomes
     /// that date. A file that is not there always counts as changed.
