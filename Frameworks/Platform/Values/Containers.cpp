@@ -1,41 +1,56 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Values/Objects.h"
+#include <algorithm>
 
+#include "Platform/Values/ContainerObjects.h"
+
+using ValueObjects::ArrayContents;
 using ValueObjects::ArrayObject;
-using ValueObjects::ArraySnapshot;
+using ValueObjects::DictionaryContents;
 using ValueObjects::DictionaryObject;
-using ValueObjects::DictionarySnapshot;
-using ValueObjects::EntryTable;
-using ValueObjects::Kind;
+using ValueObjects::hashOf;
+using ValueObjects::MutableContainer;
 using ValueObjects::Reference;
 using ValueObjects::StringObject;
 
 namespace {
 
-template <typename ObjectType, typename Snapshot>
-Reference<ObjectType> makeContainer(Kind kind, bool isMutable, const Snapshot* contents) {
-    return Reference<ObjectType>(new ObjectType(kind, isMutable, contents));
-}
-
-Reference<ArrayObject> makeArray(bool isMutable, const ArraySnapshot* contents) {
-    return makeContainer<ArrayObject>(Kind::Array, isMutable, contents);
-}
-
-Reference<DictionaryObject> makeDictionary(bool isMutable, const DictionarySnapshot* contents) {
-    return makeContainer<DictionaryObject>(Kind::Dictionary, isMutable, contents);
-}
-
 // The empty immutable containers are made once and never destroyed.
-const Reference<ArrayObject>& emptyArray() {
-    static const auto* const empty =
-        new Reference<ArrayObject>(makeArray(false, new ArraySnapshot));
+template <typename Contents>
+Reference<Contents> emptyContents() {
+    static const auto* const empty = new Reference<Contents>(Contents::make(0));
     return *empty;
 }
 
-const Reference<DictionaryObject>& emptyDictionary() {
-    static const auto* const empty =
-        new Reference<DictionaryObject>(makeDictionary(false, new DictionarySnapshot));
-    return *empty;
+// An immutable container is its contents.
+template <typename ObjectType>
+Reference<ObjectType> immutableObject(Reference<typename ObjectType::Contents> contents) {
+    return Reference<ObjectType>(contents.leak());
+}
+
+template <typename ObjectType>
+Reference<ObjectType> mutableObject(Reference<typename ObjectType::Contents> contents) {
+    return Reference<ObjectType>(new MutableContainer<ObjectType>(std::move(contents)));
+}
+
+template <typename ObjectType>
+MutableContainer<ObjectType>& mutableContainer(const Reference<ObjectType>& object) {
+    return static_cast<MutableContainer<ObjectType>&>(*object.get());
+}
+
+// What `look(contents)` returns.
+template <typename ObjectType, typename Look>
+auto read(const Reference<ObjectType>& object, Look&& look) {
+    if (object->isMutable) return std::as_const(mutableContainer(object)).read(look);
+    return look(static_cast<const typename ObjectType::Contents&>(*object.get()));
+}
+
+// The contents as they are now, which do not change any more; none of no container.
+template <typename ObjectType>
+auto contentsOf(const Reference<ObjectType>& object) {
+    using Contents = typename ObjectType::Contents;
+    if (object.get() == nullptr) return Reference<Contents>();
+    if (object->isMutable) return std::as_const(mutableContainer(object)).contents();
+    return Reference<Contents>(static_cast<Contents*>(Reference(object).leak()));
 }
 
 void requireValue(const PropertyListValue& value, const char* receiver) {
@@ -46,14 +61,18 @@ void requireValue(const PropertyListValue& value, const char* receiver) {
 
 }  // namespace
 
-NSArray::NSArray() : object_(emptyArray()) {}
+NSArray::NSArray() : object_(immutableObject<ArrayObject>(emptyContents<ArrayContents>())) {}
 
 NSArray::NSArray(std::initializer_list<PropertyListValue> values)
     : NSArray(std::span<const PropertyListValue>(values.begin(), values.size())) {}
 
 NSArray::NSArray(std::span<const PropertyListValue> values) {
-    for (const PropertyListValue& value : values) requireValue(value, "an array");
-    object_ = makeArray(false, new ArraySnapshot{{{values.begin(), values.end()}}});
+    Reference<ArrayContents> contents = ArrayContents::make(values.size());
+    for (const PropertyListValue& value : values) {
+        requireValue(value, "an array");
+        contents->append(value);
+    }
+    object_ = immutableObject<ArrayObject>(std::move(contents));
 }
 
 NSArray NSArray::arrayWithObject(const PropertyListValue& value) {
@@ -65,25 +84,24 @@ bool NSArray::isMutable() const noexcept {
 }
 
 std::size_t NSArray::count() const {
-    return isNull() ? 0 : object_->read([](const auto& elements) { return elements.size(); });
+    return isNull() ? 0 : read(object_, [](const auto& contents) { return contents.count(); });
 }
 
 PropertyListValue NSArray::objectAtIndex(std::size_t index) const {
     if (isNull()) return nullptr;
-    return object_->read([index](const auto& elements) {
-        return index < elements.size() ? elements[index] : PropertyListValue();
+    return read(object_, [index](const auto& contents) {
+        return index < contents.count() ? contents.elements()[index] : PropertyListValue();
     });
 }
 
 NSArray NSArray::copy() const {
-    if (isNull() || !object_->isMutable) return *this;
-    return NSArray(makeArray(false, object_->snapshot()));
+    return NSArray(immutableObject<ArrayObject>(contentsOf(object_)));
 }
 
 NSMutableArray NSArray::mutableCopy() const {
     if (isNull()) return nullptr;
     NSMutableArray result(nullptr);
-    result.object_ = makeArray(true, object_->snapshot());
+    result.object_ = mutableObject<ArrayObject>(contentsOf(object_));
     return result;
 }
 
@@ -94,24 +112,21 @@ NSMutableArray NSArray::asMutable() const {
 }
 
 NSArray::Iterator NSArray::begin() const {
-    return Iterator(object_.get());
+    return Iterator(contentsOf(object_));
 }
 
-NSArray::Iterator::Iterator(const ArrayObject* object)
-    : snapshot_(object == nullptr ? nullptr : object->snapshot()),
-      count_(snapshot_ == nullptr ? 0 : snapshot_->contents.size()) {}
+NSArray::Iterator::Iterator(Reference<ArrayContents> contents)
+    : contents_(std::move(contents)), count_(contents_.get() == nullptr ? 0 : contents_->count()) {}
 
 NSArray::Iterator::Iterator(Iterator&& other) noexcept
-    : snapshot_(std::exchange(other.snapshot_, nullptr)),
+    : contents_(std::move(other.contents_)),
       position_(other.position_),
       count_(std::exchange(other.count_, 0)) {}
 
-NSArray::Iterator::~Iterator() {
-    if (snapshot_ != nullptr) snapshot_->release();
-}
+NSArray::Iterator::~Iterator() = default;
 
 const PropertyListValue& NSArray::Iterator::operator*() const noexcept {
-    return snapshot_->contents[position_];
+    return contents_->elements()[position_];
 }
 
 NSArray::Iterator& NSArray::Iterator::operator++() noexcept {
@@ -123,7 +138,7 @@ bool NSArray::Iterator::operator!=(Sentinel) const noexcept {
     return position_ < count_;
 }
 
-NSMutableArray::NSMutableArray() : NSArray(makeArray(true, new ArraySnapshot)) {}
+NSMutableArray::NSMutableArray() : NSArray(NSArray().mutableCopy()) {}
 
 NSMutableArray::NSMutableArray(std::initializer_list<PropertyListValue> values)
     : NSMutableArray(NSArray(values).mutableCopy()) {}
@@ -131,10 +146,11 @@ NSMutableArray::NSMutableArray(std::initializer_list<PropertyListValue> values)
 void NSMutableArray::addObject(PropertyListValue value) const {
     requireValue(value, "an array");
     if (isNull()) return;
-    object_->change([&value](auto& elements) {
-        elements.push_back(std::move(value));
-        return nullptr;
-    });
+    mutableContainer(object_).change([](const auto&) { return 1U; },
+                                     [&value](auto& contents) {
+                                         contents.append(std::move(value));
+                                         return nullptr;
+                                     });
 }
 
 void NSMutableArray::addObjectsFromArray(const NSArray& values) const {
@@ -143,32 +159,28 @@ void NSMutableArray::addObjectsFromArray(const NSArray& values) const {
 
 void NSMutableArray::removeObject(const PropertyListValue& value) const {
     if (isNull()) return;
-    const NSArray before = copy();
-    std::vector<PropertyListValue> kept;
-    for (const PropertyListValue& element : before) {
-        if (element != value) kept.push_back(element);
+    const Reference<ArrayContents> before = contentsOf(object_);
+    Reference<ArrayContents> kept = ArrayContents::make(before->count());
+    for (const PropertyListValue& element : before->elements()) {
+        if (element != value) kept->append(element);
     }
-    object_->change([&kept](auto& elements) {
-        elements.swap(kept);
-        return nullptr;
-    });
+    mutableContainer(object_).setContents(std::move(kept));
 }
 
 void NSMutableArray::removeAllObjects() const {
-    if (isNull()) return;
-    object_->change([](auto& elements) { return std::exchange(elements, {}); });
+    if (!isNull()) mutableContainer(object_).setContents(emptyContents<ArrayContents>());
 }
 
-NSDictionary::NSDictionary() : object_(emptyDictionary()) {}
+NSDictionary::NSDictionary()
+    : object_(immutableObject<DictionaryObject>(emptyContents<DictionaryContents>())) {}
 
 NSDictionary::NSDictionary(std::initializer_list<InitialEntry> entries) {
-    auto* contents = new DictionarySnapshot;
-    object_ = makeDictionary(false, contents);
-    contents->contents.reserve(entries.size());
+    Reference<DictionaryContents> contents = DictionaryContents::make(entries.size());
     for (const InitialEntry& entry : entries) {
         requireValue(entry.value, "a dictionary");
-        contents->contents.set(StringObject::make(entry.key), entry.value);
+        contents->set(StringObject::make(entry.key), entry.value);
     }
+    object_ = immutableObject<DictionaryObject>(std::move(contents));
 }
 
 bool NSDictionary::isMutable() const noexcept {
@@ -176,26 +188,25 @@ bool NSDictionary::isMutable() const noexcept {
 }
 
 std::size_t NSDictionary::count() const {
-    return isNull() ? 0 : object_->read([](const auto& table) { return table.entries().size(); });
+    return isNull() ? 0 : read(object_, [](const auto& contents) { return contents.count(); });
 }
 
 PropertyListValue NSDictionary::objectForKey(std::string_view key) const {
     if (isNull()) return nullptr;
-    return object_->read([key](const auto& table) {
-        const PropertyListValue* found = table.find(key);
+    return read(object_, [key, hash = hashOf(key)](const auto& contents) {
+        const PropertyListValue* found = contents.find(key, hash);
         return found == nullptr ? PropertyListValue() : *found;
     });
 }
 
 NSDictionary NSDictionary::copy() const {
-    if (isNull() || !object_->isMutable) return *this;
-    return NSDictionary(makeDictionary(false, object_->snapshot()));
+    return NSDictionary(immutableObject<DictionaryObject>(contentsOf(object_)));
 }
 
 NSMutableDictionary NSDictionary::mutableCopy() const {
     if (isNull()) return nullptr;
     NSMutableDictionary result(nullptr);
-    result.object_ = makeDictionary(true, object_->snapshot());
+    result.object_ = mutableObject<DictionaryObject>(contentsOf(object_));
     return result;
 }
 
@@ -206,24 +217,21 @@ NSMutableDictionary NSDictionary::asMutable() const {
 }
 
 NSDictionary::Iterator NSDictionary::begin() const {
-    return Iterator(object_.get());
+    return Iterator(contentsOf(object_));
 }
 
-NSDictionary::Iterator::Iterator(const DictionaryObject* object)
-    : snapshot_(object == nullptr ? nullptr : object->snapshot()),
-      count_(snapshot_ == nullptr ? 0 : snapshot_->contents.entries().size()) {}
+NSDictionary::Iterator::Iterator(Reference<DictionaryContents> contents)
+    : contents_(std::move(contents)), count_(contents_.get() == nullptr ? 0 : contents_->count()) {}
 
 NSDictionary::Iterator::Iterator(Iterator&& other) noexcept
-    : snapshot_(std::exchange(other.snapshot_, nullptr)),
+    : contents_(std::move(other.contents_)),
       position_(other.position_),
       count_(std::exchange(other.count_, 0)) {}
 
-NSDictionary::Iterator::~Iterator() {
-    if (snapshot_ != nullptr) snapshot_->release();
-}
+NSDictionary::Iterator::~Iterator() = default;
 
 NSDictionary::Entry NSDictionary::Iterator::operator*() const noexcept {
-    const EntryTable::Entry& entry = snapshot_->contents.entries()[position_];
+    const DictionaryContents::Entry& entry = contents_->entries()[position_];
     return {entry.key->view(), entry.value};
 }
 
@@ -236,8 +244,7 @@ bool NSDictionary::Iterator::operator!=(Sentinel) const noexcept {
     return position_ < count_;
 }
 
-NSMutableDictionary::NSMutableDictionary()
-    : NSDictionary(makeDictionary(true, new DictionarySnapshot)) {}
+NSMutableDictionary::NSMutableDictionary() : NSDictionary(NSDictionary().mutableCopy()) {}
 
 NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> entries)
     : NSMutableDictionary(NSDictionary(entries).mutableCopy()) {}
@@ -245,17 +252,20 @@ NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> ent
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
     if (value.isNull()) return removeObjectForKey(key);
     if (isNull()) return;
-    object_->change([&](auto& table) { return table.set(key, std::move(value)); });
+    const std::uint32_t hash = hashOf(key);
+    mutableContainer(object_).change(
+        [&](const auto& contents) { return contents.find(key, hash) == nullptr ? 1U : 0U; },
+        [&](auto& contents) { return contents.set(key, hash, std::move(value)); });
 }
 
 void NSMutableDictionary::removeObjectForKey(std::string_view key) const {
     if (isNull() || objectForKey(key).isNull()) return;
-    object_->change([key](auto& table) { return table.remove(key); });
+    mutableContainer(object_).change([](const auto&) { return 0U; },
+                                     [key](auto& contents) { return contents.remove(key); });
 }
 
 void NSMutableDictionary::removeAllObjects() const {
-    if (isNull()) return;
-    object_->change([](auto& table) { return std::exchange(table, {}); });
+    if (!isNull()) mutableContainer(object_).setContents(emptyContents<DictionaryContents>());
 }
 
 void NSMutableDictionary::addEntriesFromDictionary(const NSDictionary& other) const {
@@ -264,8 +274,7 @@ void NSMutableDictionary::addEntriesFromDictionary(const NSDictionary& other) co
 
 void NSMutableDictionary::reserve(std::size_t count) const {
     if (isNull()) return;
-    object_->change([count](auto& table) {
-        table.reserve(count);
-        return nullptr;
-    });
+    mutableContainer(object_).change(
+        [count](const auto& contents) { return count - std::min(count, contents.count()); },
+        [](auto&) { return nullptr; });
 }

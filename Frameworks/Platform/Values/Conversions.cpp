@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "Platform/Values/Objects.h"
+#include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/Text.h"
 
 using ValueObjects::ColorObject;

@@ -48,8 +48,8 @@ struct DataObject;
 struct ColorObject;
 struct ArrayObject;
 struct DictionaryObject;
-struct ArraySnapshot;
-struct DictionarySnapshot;
+class ArrayContents;
+class DictionaryContents;
 struct Building;
 QRV_EXPORT void retain(Object* object) noexcept;
 QRV_EXPORT void release(Object* object) noexcept;
@@ -421,7 +421,6 @@ class QRV_EXPORT PropertyListValue {
                                       const PropertyListValue& right);
 
   private:
-    friend struct ValueObjects::DictionarySnapshot;
     friend struct ValueObjects::Building;
     union Payload {
         bool boolean;
@@ -450,7 +449,7 @@ struct NSDictionary::Entry {
     const PropertyListValue& value;
 };
 
-/// Walks over a snapshot of a dictionary's entries; later changes do not reach it.
+/// Walks over a dictionary's entries as they were at the beginning; later changes do not reach it.
 class QRV_EXPORT NSDictionary::Iterator {
   public:
     Iterator(const Iterator&) = delete;
@@ -464,13 +463,14 @@ class QRV_EXPORT NSDictionary::Iterator {
 
   private:
     friend class NSDictionary;
-    QRV_HIDDEN explicit Iterator(const ValueObjects::DictionaryObject* object);
-    const ValueObjects::DictionarySnapshot* snapshot_;
+    QRV_HIDDEN explicit Iterator(
+        ValueObjects::Reference<ValueObjects::DictionaryContents> contents);
+    ValueObjects::Reference<ValueObjects::DictionaryContents> contents_;
     std::size_t position_ = 0;
     std::size_t count_ = 0;
 };
 
-/// Walks over a snapshot of an array's elements; later changes do not reach it.
+/// Walks over an array's elements as they were at the beginning; later changes do not reach it.
 class QRV_EXPORT NSArray::Iterator {
   public:
     Iterator(const Iterator&) = delete;
@@ -484,8 +484,8 @@ class QRV_EXPORT NSArray::Iterator {
 
   private:
     friend class NSArray;
-    QRV_HIDDEN explicit Iterator(const ValueObjects::ArrayObject* object);
-    const ValueObjects::ArraySnapshot* snapshot_;
+    QRV_HIDDEN explicit Iterator(ValueObjects::Reference<ValueObjects::ArrayContents> contents);
+    ValueObjects::Reference<ValueObjects::ArrayContents> contents_;
     std::size_t position_ = 0;
     std::size_t count_ = 0;
 };

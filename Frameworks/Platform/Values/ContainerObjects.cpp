@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Values/ContainerObjects.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+namespace ValueObjects {
+namespace {
+
+// More would not fit the slots of an index.
+constexpr std::size_t maximumCapacity = std::size_t{1} << 30U;
+
+std::uint32_t checkedCapacity(std::size_t capacity) {
+    if (capacity > maximumCapacity) throw std::length_error("a container of too many values");
+    return static_cast<std::uint32_t>(capacity);
+}
+
+constexpr std::size_t roomOfSlots(unsigned slotBits) noexcept {
+    const std::size_t slots = std::size_t{1} << slotBits;
+    return slots - (slots + 3) / 4;  // a search ends at a free slot
+}
+
+constexpr std::uint8_t slotBitsFor(std::size_t capacity) noexcept {
+    std::uint8_t bits = 0;
+    while (roomOfSlots(bits) < capacity) ++bits;
+    return bits;
+}
+
+static_assert(roomOfSlots(0) == 0 && roomOfSlots(1) == 1 && roomOfSlots(2) == 3);
+static_assert(sizeof(DictionaryContents) % alignof(DictionaryContents::Entry) == 0);
+static_assert(sizeof(DictionaryContents) == 16 && sizeof(ArrayContents) == 16);
+
+}  // namespace
+
+Reference<ArrayContents> ArrayContents::make(std::size_t capacity) {
+    const std::uint32_t checked = checkedCapacity(capacity);
+    void* const memory =
+        ::operator new(sizeof(ArrayContents) + capacity * sizeof(PropertyListValue));
+    return Reference(new (memory) ArrayContents(checked));
+}
+
+std::size_t ArrayContents::grownCapacity(std::size_t needed) noexcept {
+    return std::max(std::size_t{4}, needed + needed / 2);
+}
+
+Reference<ArrayContents> ArrayContents::clone(const ArrayContents& original, std::size_t capacity) {
+    Reference<ArrayContents> result = make(capacity);
+    for (const PropertyListValue& element : original.elements()) result->append(element);
+    return result;
+}
+
+void ArrayContents::destroy(ArrayContents* contents) noexcept {
+    std::destroy_n(contents->begin(), contents->count_);
+    contents->~ArrayContents();
+    ::operator delete(contents);
+}
+
+void ArrayContents::append(PropertyListValue value) noexcept {
+    new (begin() + count_) PropertyListValue(std::move(value));
+    ++count_;
+}
+
+void ArrayContents::takeAll(ArrayContents& other) noexcept {
+    std::uninitialized_move_n(other.begin(), other.count_, begin() + count_);
+    count_ += other.count_;
+}
+
+Reference<DictionaryContents> DictionaryContents::make(std::size_t capacity) {
+    const std::uint32_t checked = checkedCapacity(capacity);
+    const std::uint8_t slotBits = slotBitsFor(capacity);
+    void* const memory = ::operator new(sizeof(DictionaryContents) + sizeOfIndex(slotBits) +
+                                        capacity * sizeof(Entry));
+    auto* const contents = new (memory) DictionaryContents(slotBits, checked);
+    std::fill_n(contents->slots(), std::size_t{1} << slotBits, 0U);
+    return Reference(contents);
+}
+
+std::size_t DictionaryContents::grownCapacity(std::size_t needed) noexcept {
+    return roomOfSlots(slotBitsFor(needed));
+}
+
+Reference<DictionaryContents> DictionaryContents::clone(const DictionaryContents& original,
+                                                        std::size_t capacity) {
+    Reference<DictionaryContents> result = make(capacity);
+    for (const Entry& entry : original.entries()) result->append(entry.key, entry.value);
+    return result;
+}
+
+void DictionaryContents::destroy(DictionaryContents* contents) noexcept {
+    std::destroy_n(contents->begin(), contents->count_);
+    contents->~DictionaryContents();
+    ::operator delete(contents);
+}
+
+void DictionaryContents::append(Reference<StringObject> key, PropertyListValue value) noexcept {
+    insertSlot(key->hash, count_);
+    new (begin() + count_) Entry{std::move(key), std::move(value)};
+    ++count_;
+}
+
+PropertyListValue DictionaryContents::set(Reference<StringObject> key,
+                                          PropertyListValue value) noexcept {
+    const std::size_t index = indexOf(key->view(), key->hash);
+    if (index == notFound) {
+        append(std::move(key), std::move(value));
+        return nullptr;
+    }
+    begin()[index].value.swap(value);
+    return value;
+}
+
+PropertyListValue DictionaryContents::set(std::string_view key, std::uint32_t hash,
+                                          PropertyListValue value) {
+    const std::size_t index = indexOf(key, hash);
+    if (index == notFound) {
+        append(StringObject::make(key), std::move(value));
+        return nullptr;
+    }
+    begin()[index].value.swap(value);
+    return value;
+}
+
+DictionaryContents::Entry DictionaryContents::remove(std::string_view key) noexcept {
+    const std::size_t index = indexOf(key, hashOf(key));
+    if (index == notFound) return {};
+    const std::size_t last = count_ - 1;
+    const std::uint32_t slot = slotOf(index);
+    std::uint32_t& slotOfLast = slots()[slotOf(last)];
+    slotOfLast = (slotOfLast & ~slotMask()) | static_cast<std::uint32_t>(index + 1);
+    std::swap(begin()[index], begin()[last]);
+    removeSlot(slot);
+    Entry removed = std::move(begin()[last]);
+    std::destroy_at(begin() + last);
+    --count_;
+    return removed;
+}
+
+void DictionaryContents::takeAll(DictionaryContents& other) noexcept {
+    for (Entry& entry : std::span(other.begin(), other.count_))
+        append(std::move(entry.key), std::move(entry.value));
+}
+
+std::uint32_t DictionaryContents::slotOf(std::size_t entryIndex) const noexcept {
+    const std::uint32_t mask = slotMask();
+    std::uint32_t slot = entries()[entryIndex].key->hash & mask;
+    while ((slots()[slot] & mask) != entryIndex + 1) slot = (slot + 1) & mask;
+    return slot;
+}
+
+void DictionaryContents::insertSlot(std::uint32_t hash, std::size_t entryIndex) noexcept {
+    const std::uint32_t mask = slotMask();
+    std::uint32_t slot = hash & mask;
+    while (slots()[slot] != 0) slot = (slot + 1) & mask;
+    slots()[slot] = (hash & ~mask) | static_cast<std::uint32_t>(entryIndex + 1);
+}
+
+// A gap would end the search of later slots too early, so each slot behind it that may move does.
+void DictionaryContents::removeSlot(std::uint32_t slot) noexcept {
+    const std::uint32_t mask = slotMask();
+    std::uint32_t* const index = slots();
+    std::uint32_t gap = slot;
+    for (std::uint32_t next = (gap + 1) & mask; index[next] != 0; next = (next + 1) & mask) {
+        const std::uint32_t home = entries()[(index[next] & mask) - 1].key->hash & mask;
+        if (((next - home) & mask) >= ((next - gap) & mask)) {
+            index[gap] = index[next];
+            gap = next;
+        }
+    }
+    index[gap] = 0;
+}
+
+template <typename ObjectType>
+Reference<typename ObjectType::Contents> MutableContainer<ObjectType>::makeRoom(std::size_t more) {
+    const std::size_t needed = contents_->count() + more;
+    const bool isOurs = contents_->references.load(std::memory_order_acquire) == 1;
+    if (isOurs && needed <= contents_->capacity()) return {};
+    const std::size_t capacity = more == 0 ? needed : Contents::grownCapacity(needed);
+    Reference<Contents> larger =
+        isOurs ? Contents::make(capacity) : Contents::clone(*contents_.get(), capacity);
+    if (isOurs) larger->takeAll(*contents_.get());
+    return std::exchange(contents_, std::move(larger));
+}
+
+template class MutableContainer<ArrayObject>;
+template class MutableContainer<DictionaryObject>;
+
+}  // namespace ValueObjects
