@@ -16,20 +16,18 @@ class KeyPath {
   public:
     constexpr KeyPath(std::nullptr_t) noexcept {}
     constexpr KeyPath(std::nullopt_t) noexcept {}
-    constexpr KeyPath(const char* text) : KeyPath(text, text == nullptr) {}
-    constexpr KeyPath(std::string_view text) noexcept : text_(text), isNull_(false) {}
-    KeyPath(const std::string& text) noexcept : KeyPath(std::string_view(text)) {}
+    constexpr KeyPath(const char* text)
+        : text_(text == nullptr ? std::string_view() : std::string_view(text)) {}
+    constexpr KeyPath(std::string_view text) noexcept
+        : text_(text.data() == nullptr ? std::string_view("") : text) {}
+    KeyPath(const std::string& text) noexcept : text_(text) {}
     KeyPath(const std::optional<std::string>& text) noexcept
-        : text_(text ? std::string_view(*text) : std::string_view()), isNull_(!text) {}
+        : text_(text ? std::string_view(*text) : std::string_view()) {}
 
-    [[nodiscard]] constexpr bool isNull() const noexcept { return isNull_; }
+    [[nodiscard]] constexpr bool isNull() const noexcept { return text_.data() == nullptr; }
     /// "" when null.
     [[nodiscard]] constexpr std::string_view text() const noexcept { return text_; }
 
   private:
-    constexpr KeyPath(const char* text, bool isNull)
-        : text_(isNull ? std::string_view() : std::string_view(text)), isNull_(isNull) {}
-
-    std::string_view text_;
-    bool isNull_ = true;
+    std::string_view text_;  // of no characters at no address when null
 };

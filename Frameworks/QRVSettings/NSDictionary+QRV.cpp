@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "Platform/System/System.h"
+#include "Platform/Values/DictionaryDescent.h"
+#include "Platform/Values/DictionaryPairs.h"
 
 namespace NSDictionaryQRV {
 namespace {
@@ -21,69 +23,63 @@ std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
     return key;
 }
 
-NSDictionary dictionaryOrThrow(const PropertyListValue& object, KeyPath keyPath) {
-    if (!object.isDictionary()) {
-        throw NSInvalidArgumentException("a value on the way is not a dictionary, key path " +
-                                         std::string(keyPath.text()));
-    }
-    return object.dictionary();
+[[noreturn]] void fail(const char* reason, KeyPath keyPath) {
+    throw NSInvalidArgumentException(reason + (", key path " + std::string(keyPath.text())));
 }
 
-NSMutableDictionary mutableOrThrow(const NSDictionary& dictionary, KeyPath keyPath) {
-    if (!dictionary.isMutable()) {
-        throw NSInvalidArgumentException("the root dictionary is immutable, key path " +
-                                         std::string(keyPath.text()));
-    }
-    return dictionary.asMutable();
+// The level itself when it is mutable; only the root may be another one.
+NSMutableDictionary mutableOrThrow(const NSDictionary& level, KeyPath keyPath) {
+    if (!level.isMutable()) fail("the root dictionary is immutable", keyPath);
+    return level.asMutable();
 }
 
-// What the write walks into next: the level under `key`, created or made mutable where needed, or a
-// value that is not a dictionary.
-PropertyListValue writableLevel(const NSDictionary& parent, std::string_view key, KeyPath keyPath) {
+// The level under `key` that a write goes on to, created or made mutable where needed.
+NSDictionary writableLevel(const NSDictionary& parent, std::string_view key, KeyPath keyPath) {
     PropertyListValue present = parent.objectForKey(key);
+    NSMutableDictionary level(nullptr);
     if (present.isNull()) {
-        const NSMutableDictionary created;
-        mutableOrThrow(parent, keyPath).setObjectForKey(created, key);
-        return created;
-    }
-    if (!present.isDictionary()) {
+        level = NSMutableDictionary();
+    } else if (!present.isDictionary()) {
         NSLog("leaf is not a dictionary");
-        return present;
+        fail("a value on the way is not a dictionary", keyPath);
+    } else {
+        NSDictionary dictionary = std::move(present).dictionary();
+        if (dictionary.isMutable()) return dictionary;
+        level = dictionary.mutableCopy();
     }
-    if (present.dictionary().isMutable()) return present;
-    const NSMutableDictionary copy = present.dictionary().mutableCopy();
-    mutableOrThrow(parent, keyPath).setObjectForKey(copy, key);
-    return copy;
+    mutableOrThrow(parent, keyPath).setObjectForKey(level, key);
+    return level;
 }
 
 }  // namespace
 
 PropertyListValue objectAtKeyPath(const NSDictionary& root, KeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;
-    NSDictionary current = root;
+    if (root.isNull()) return nullptr;
+    DictionaryDescent descent(root);
     std::string_view rest = keyPath.text();
     while (const auto key = takeIntermediateKey(rest)) {
-        PropertyListValue next = current.objectForKey(*key);
-        if (next.isNull()) return nullptr;
-        if (!next.isDictionary()) {
+        const PropertyListValue* next = descent.find(*key);
+        if (next == nullptr) return nullptr;
+        if (!next->isDictionary()) {
             NSLog("object is not a dictionary");
             NSLog("%@", {keyPath.text()});
             return nullptr;
         }
-        current = std::move(next).dictionary();
+        descent.enter(*next);
     }
-    return current.objectForKey(rest);
+    const PropertyListValue* leaf = descent.find(rest);
+    return leaf == nullptr ? PropertyListValue() : *leaf;
 }
 
 void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value, KeyPath keyPath) {
     if (root.isNull()) return;
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
-    PropertyListValue current = root;
+    NSDictionary current = root;
     std::string_view rest = keyPath.text();
-    while (const auto key = takeIntermediateKey(rest)) {
-        current = writableLevel(dictionaryOrThrow(current, keyPath), *key, keyPath);
-    }
-    mutableOrThrow(dictionaryOrThrow(current, keyPath), keyPath).setObjectForKey(value, rest);
+    while (const auto key = takeIntermediateKey(rest))
+        current = writableLevel(current, *key, keyPath);
+    mutableOrThrow(current, keyPath).setObjectForKey(value, rest);
 }
 
 // A list of what remains to be looked at instead of recursion: a key path of many components makes
@@ -151,47 +147,53 @@ struct KeyWithSeparator {};
 class Comparison {
   public:
     NSMutableArray changedKeys(const NSDictionary& dict1, const NSDictionary& dict2) {
-        remaining_.push_back({dict1, dict2, ""});
-        while (!remaining_.empty()) {
-            const Level level = std::move(remaining_.back());
-            remaining_.pop_back();
-            compare(level);
+        const PropertyListValue before = orEmpty(dict1);
+        const PropertyListValue after = orEmpty(dict2);
+        if (!before.isIdenticalTo(after)) levels_.emplace_back(before, after);
+        while (!levels_.empty()) {
+            if (levels_.back().next())
+                compareValues();
+            else
+                levels_.pop_back();
         }
         return changed_;
     }
 
   private:
-    /// Two dictionaries at one place; null where there is none.
-    struct Level {
-        NSDictionary before;
-        NSDictionary after;
-        std::string keyPathStart;
-    };
-
-    void compare(const Level& level) {
-        if (level.before.isIdenticalTo(level.after)) return;
-        for (const auto& [key, value] : level.before)
-            compare(value, level.after.objectForKey(key), level, key);
-        for (const auto& [key, value] : level.after)
-            if (level.before.objectForKey(key).isNull()) compare(nullptr, value, level, key);
+    static NSDictionary orEmpty(const NSDictionary& dictionary) {
+        return dictionary.isNull() ? NSDictionary() : dictionary;
     }
 
-    void compare(const PropertyListValue& before, const PropertyListValue& after,
-                 const Level& level, std::string_view key) {
-        if (key.find(separator) != std::string_view::npos) throw KeyWithSeparator();
+    void compareValues() {
+        const DictionaryPairs& pair = levels_.back();
+        if (pair.key().find(separator) != std::string_view::npos) throw KeyWithSeparator();
+        const PropertyListValue& before = orNull(pair.valueBefore());
+        const PropertyListValue& after = orNull(pair.valueAfter());
         if (before.isIdenticalTo(after)) return;
         const bool hadLeaf = !before.isNull() && !before.isDictionary();
         const bool hasLeaf = !after.isNull() && !after.isDictionary();
-        const bool isEqual = hadLeaf && hasLeaf && before == after;
-        if (isEqual) return;
-        std::string keyPath = level.keyPathStart + std::string(key);
-        if (hadLeaf || hasLeaf) changed_.addObject(keyPath);
+        if ((hadLeaf || hasLeaf) && before != after) changed_.addObject(keyPath());
         if (before.isDictionary() || after.isDictionary())
-            remaining_.push_back(
-                {before.dictionary(), after.dictionary(), std::move(keyPath) + separator});
+            levels_.emplace_back(before.isDictionary() ? before : empty_,
+                                 after.isDictionary() ? after : empty_);
     }
 
-    std::vector<Level> remaining_;
+    static const PropertyListValue& orNull(const PropertyListValue* value) {
+        static constexpr PropertyListValue null;
+        return value == nullptr ? null : *value;
+    }
+
+    [[nodiscard]] std::string keyPath() const {
+        std::string text;
+        for (const DictionaryPairs& level : levels_) {
+            if (&level != &levels_.front()) text += separator;
+            text += level.key();
+        }
+        return text;
+    }
+
+    const PropertyListValue empty_ = NSDictionary();
+    std::vector<DictionaryPairs> levels_;  // from the root to where the walk is
     NSMutableArray changed_;
 };
 

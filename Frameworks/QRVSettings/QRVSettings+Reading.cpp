@@ -11,6 +11,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredTree.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -60,13 +61,10 @@ PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
     return objectAtKeyPath(QRVSettings::sharedSettings().defaults(), keyPath);
 }
 
-PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
-    if (keyPath.isNull()) return nullptr;  // 1
+namespace {
 
-    PropertyListValue cached = QRVSettings::sharedSettings().cachedObjectForKeyPath(keyPath);
-    if (cached.isNullMarker()) return nullptr;  // 2
-    if (!cached.isNull()) return cached;
-
+// Apart from the look into the cache, so that a read that is answered there is short.
+[[gnu::noinline]] PropertyListValue objectBelowTheCache(KeyPath keyPath) {
     PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
     if (!stored.isNull()) {  // 3
         cacheUnlessDisabled(stored, keyPath);
@@ -76,6 +74,25 @@ PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
     PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);  // 4
     cacheUnlessDisabled(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault, keyPath);
     return byDefault;
+}
+
+}  // namespace
+
+struct LayeredReading {
+    /// The entry of the cache; null when there is none.
+    static PropertyListValue cachedObject(KeyPath keyPath) {
+        return QRVSettings::sharedSettings().state_->cache.read(
+            [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
+    }
+};
+
+PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
+    if (keyPath.isNull()) return nullptr;  // 1
+
+    PropertyListValue cached = LayeredReading::cachedObject(keyPath);
+    if (cached.isNull()) return objectBelowTheCache(keyPath);
+    if (cached.isNullMarker()) cached = nullptr;  // 2
+    return cached;
 }
 
 bool QRVSettingsBoolForKeyPath(KeyPath keyPath) {

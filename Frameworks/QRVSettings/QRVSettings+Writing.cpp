@@ -18,6 +18,7 @@
 // All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
 // several queued saves, and a save that runs after a later write may hold that write's change.
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -28,6 +29,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
+#include "Platform/Values/Building.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+PendingSaves.h"
@@ -128,7 +130,11 @@ void save(const NSDictionary& object, const NSArray& log) {
 
 NSDictionary changeRecord(KeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
-    return NSDictionary{{"key", keyPath.text()}, {"time", NSDate::now().timeIntervalSince1970()}};
+    static const PropertyListValue key("key");
+    static const PropertyListValue time("time");
+    std::array<ValueObjects::KeyedValue, 2> entries{
+        {{key, keyPath.text()}, {time, NSDate::now().timeIntervalSince1970()}}};
+    return ValueObjects::Building::dictionary(entries);
 }
 
 }  // namespace
@@ -144,7 +150,7 @@ void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPa
     NSDictionaryQRV::setObjectAtKeyPath(working, isDefault ? nullptr : value, keyPath);  // 5
     store.setStorageCache(working);                                                      // 6
     store.cache().setObjectForKey(value, keyPath.text());                                // 7
-    QRVSettingsSaveObjectWithLog(working.copy(), NSArray({record}));                     // 8
+    QRVSettingsSaveObjectWithLog(working.copy(), NSArray::arrayWithObject(record));      // 8
 }
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,

@@ -99,10 +99,6 @@ void QRVSettings::setDefaults(NSMutableDictionary defaults) {
 NSMutableDictionary QRVSettings::cache() const {
     return state_->cache.load();
 }
-PropertyListValue QRVSettings::cachedObjectForKeyPath(KeyPath keyPath) const {
-    return state_->cache.read(
-        [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
-}
 void QRVSettings::setCache(NSMutableDictionary cache) {
     state_->cache.store(std::move(cache));
 }

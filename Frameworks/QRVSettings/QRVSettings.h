@@ -183,10 +183,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] bool fileContentsDidChange();
     /// @}
 
-    /// The entry of `cache()`, null when there is none. For the reading functions.
-    [[nodiscard]] QRV_HIDDEN PropertyListValue cachedObjectForKeyPath(KeyPath keyPath) const;
-
   private:
+    friend struct LayeredReading;
     QRV_HIDDEN QRVSettings();
     QRV_HIDDEN ~QRVSettings() override;
 

@@ -46,7 +46,11 @@ NSDictionary Building::dictionary(std::span<KeyedValue> entries) {
     for (KeyedValue& entry : entries) {
         Reference<StringObject> key(static_cast<StringObject*>(entry.key.payload_.object));
         entry.key.kind_ = Kind::Null;
-        contents->set(std::move(key), std::move(entry.value));
+        const std::size_t index = contents->indexOf(key->view(), key->hash);
+        if (index == DictionaryContents::notFound)
+            contents->append(std::move(key), std::move(entry.value));
+        else
+            contents->exchange(index, std::move(entry.value));
     }
     return NSDictionary(Reference<DictionaryObject>(contents.leak()));
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Immutable containers made in one step. Inner header of Platform.
+// Immutable containers made in one step. Inner header of the library.
 
 #include <span>
 

@@ -100,24 +100,8 @@ void DictionaryContents::append(Reference<StringObject> key, PropertyListValue v
     ++count_;
 }
 
-PropertyListValue DictionaryContents::set(Reference<StringObject> key,
-                                          PropertyListValue value) noexcept {
-    const std::size_t index = indexOf(key->view(), key->hash);
-    if (index == notFound) {
-        append(std::move(key), std::move(value));
-        return nullptr;
-    }
-    begin()[index].value.swap(value);
-    return value;
-}
-
-PropertyListValue DictionaryContents::set(std::string_view key, std::uint32_t hash,
-                                          PropertyListValue value) {
-    const std::size_t index = indexOf(key, hash);
-    if (index == notFound) {
-        append(StringObject::make(key), std::move(value));
-        return nullptr;
-    }
+PropertyListValue DictionaryContents::exchange(std::size_t index,
+                                               PropertyListValue value) noexcept {
     begin()[index].value.swap(value);
     return value;
 }

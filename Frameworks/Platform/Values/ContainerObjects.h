@@ -85,6 +85,10 @@ class DictionaryContents final : public DictionaryObject {
     }
     [[nodiscard]] std::size_t count() const noexcept { return count_; }
     [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
+    static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
+    /// The place of the key among the entries.
+    [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
+    /// The value under the key, and null where there is none.
     [[nodiscard]] const PropertyListValue* find(std::string_view key,
                                                 std::uint32_t hash) const noexcept {
         const std::size_t index = indexOf(key, hash);
@@ -93,21 +97,19 @@ class DictionaryContents final : public DictionaryObject {
 
     /// @name While nobody else holds the object
     /// @{
-    /// Both need room when the key is not there yet, and return the value that was there before.
-    PropertyListValue set(Reference<StringObject> key, PropertyListValue value) noexcept;
-    PropertyListValue set(std::string_view key, std::uint32_t hash, PropertyListValue value);
+    /// The key must not be there, and there must be room.
+    void append(Reference<StringObject> key, PropertyListValue value) noexcept;
+    /// Returns the value that was there before.
+    PropertyListValue exchange(std::size_t index, PropertyListValue value) noexcept;
     /// Returns the entry that was removed, if any. The last entry takes its place.
     Entry remove(std::string_view key) noexcept;
     void takeAll(DictionaryContents& other) noexcept;
     /// @}
 
   private:
-    static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
-
     DictionaryContents(std::uint8_t slotBits, std::uint32_t capacity) noexcept
         : DictionaryObject(false), slotBits_(slotBits), capacity_(capacity) {}
 
-    void append(Reference<StringObject> key, PropertyListValue value) noexcept;
     [[nodiscard]] std::uint32_t slotMask() const noexcept { return (1U << slotBits_) - 1; }
     [[nodiscard]] std::uint32_t* slots() noexcept {
         return reinterpret_cast<std::uint32_t*>(this + 1);
@@ -123,7 +125,6 @@ class DictionaryContents final : public DictionaryObject {
         return slotBits == 0 ? alignof(Entry) : sizeof(std::uint32_t) << slotBits;
     }
 
-    [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
     [[nodiscard]] std::uint32_t slotOf(std::size_t entryIndex) const noexcept;
     void insertSlot(std::uint32_t hash, std::size_t entryIndex) noexcept;
     void removeSlot(std::uint32_t slot) noexcept;
@@ -166,9 +167,9 @@ class MutableContainer final : public ObjectType {
         return contents_;
     }
 
-    /// Lets `edit(contents)` change the contents, after making room for `more(contents)` elements,
-    /// and returns what it returns: the values it took out, so that they are destroyed outside the
-    /// lock.
+    /// Lets `edit(contents)` change the contents, after making room for `more(contents)` elements
+    /// (which moves none of them to another place), and returns what it returns: the values it took
+    /// out, so that they are destroyed outside the lock.
     template <typename More, typename Edit>
     auto change(More&& more, Edit&& edit) {
         Reference<Contents> replaced;
@@ -187,6 +188,37 @@ class MutableContainer final : public ObjectType {
 
     mutable ShortLock lock_;
     Reference<Contents> contents_;
+};
+
+/// The contents of an array or dictionary as they were when this was made. Those of an immutable
+/// one cost no reference: the container must live as long as this.
+template <typename ObjectType>
+class CurrentContents {
+  public:
+    using Contents = typename ObjectType::Contents;
+
+    explicit CurrentContents(const PropertyListValue& container) { enter(container); }
+    explicit CurrentContents(const NSDictionary& dictionary) { enter(dictionary.object_.get()); }
+
+    /// Goes on to a container that is among the contents.
+    void enter(const PropertyListValue& container) {
+        enter(static_cast<const ObjectType*>(container.payload_.object));
+    }
+    const Contents* operator->() const noexcept { return contents_; }
+
+  private:
+    void enter(const ObjectType* object) {
+        if (!object->isMutable) {
+            contents_ = static_cast<const Contents*>(object);
+            return;
+        }
+        kept_ = static_cast<const MutableContainer<ObjectType>*>(object)->contents();
+        contents_ = kept_.get();
+    }
+
+    // Holds all that has been entered since: what is in there does not go before it.
+    Reference<Contents> kept_;
+    const Contents* contents_;
 };
 
 }  // namespace ValueObjects

@@ -178,7 +178,12 @@ NSDictionary::NSDictionary(std::initializer_list<InitialEntry> entries) {
     Reference<DictionaryContents> contents = DictionaryContents::make(entries.size());
     for (const InitialEntry& entry : entries) {
         requireValue(entry.value, "a dictionary");
-        contents->set(StringObject::make(entry.key), entry.value);
+        const std::uint32_t hash = hashOf(entry.key);
+        const std::size_t index = contents->indexOf(entry.key, hash);
+        if (index == DictionaryContents::notFound)
+            contents->append(StringObject::make(entry.key, hash), entry.value);
+        else
+            contents->exchange(index, entry.value);
     }
     object_ = immutableObject<DictionaryObject>(std::move(contents));
 }
@@ -253,9 +258,18 @@ void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_v
     if (value.isNull()) return removeObjectForKey(key);
     if (isNull()) return;
     const std::uint32_t hash = hashOf(key);
+    std::size_t index = DictionaryContents::notFound;
     mutableContainer(object_).change(
-        [&](const auto& contents) { return contents.find(key, hash) == nullptr ? 1U : 0U; },
-        [&](auto& contents) { return contents.set(key, hash, std::move(value)); });
+        [&](const auto& contents) {
+            index = contents.indexOf(key, hash);
+            return index == DictionaryContents::notFound ? 1U : 0U;
+        },
+        [&](auto& contents) {
+            if (index != DictionaryContents::notFound)
+                return contents.exchange(index, std::move(value));
+            contents.append(StringObject::make(key, hash), std::move(value));
+            return PropertyListValue();
+        });
 }
 
 void NSMutableDictionary::removeObjectForKey(std::string_view key) const {

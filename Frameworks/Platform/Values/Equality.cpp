@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
-#include "Platform/Values/Objects.h"
+#include "Platform/Values/ContainerObjects.h"
+#include "Platform/Values/DictionaryPairs.h"
+
+using ValueObjects::ArrayObject;
+using ValueObjects::CurrentContents;
 
 namespace {
 
@@ -36,52 +42,61 @@ bool numbersEqual(const PropertyListValue& left, const PropertyListValue& right)
     return realsEqual(left.doubleValue(), right.doubleValue());
 }
 
-// Pairs of containers that remain to be compared. Two trees are equal when all pairs are, in
-// whatever order they are taken, so a list does where recursion would let a deep tree exhaust the
-// stack.
-struct Comparison {
-    std::vector<std::pair<PropertyListValue, PropertyListValue>> pairs;
+constexpr int maximumRecursion = 32;
 
-    // False when the values differ for certain; containers are put off.
+// Two values are compared by recursion, so that the usual ones cost no memory. Containers that are
+// nested deeper are put on a list, so that a deep tree does not exhaust the stack; two trees are
+// equal when all pairs are, in whatever order they are taken.
+class Comparison {
+  public:
+    bool areEqual(const PropertyListValue& left, const PropertyListValue& right) {
+        if (!compare(left, right)) return false;
+        while (!remaining_.empty()) {
+            const auto pair = std::move(remaining_.back());
+            remaining_.pop_back();
+            if (!compareContents(pair.first, pair.second)) return false;
+        }
+        return true;
+    }
+
+  private:
+    // False when the values differ for certain.
     bool compare(const PropertyListValue& left, const PropertyListValue& right) {
         if (!left.isSameKindAs(right)) return false;
         if (left.isIdenticalTo(right)) return true;
         if (left.kind() < PropertyListValue::Kind::Array) return scalarsEqual(left, right);
-        pairs.emplace_back(left, right);
+        if (level_ < maximumRecursion) return compareContents(left, right);
+        remaining_.emplace_back(left, right);
         return true;
     }
 
-    bool compareElements(const NSArray& left, const NSArray& right) {
-        if (left.count() != right.count()) return false;
-        std::size_t index = 0;
-        for (const PropertyListValue& element : left) {
-            if (!compare(element, right.objectAtIndex(index++))) return false;
+    bool compareContents(const PropertyListValue& left, const PropertyListValue& right) {
+        ++level_;
+        const bool isEqual =
+            left.isArray() ? compareElements(left, right) : compareEntries(left, right);
+        --level_;
+        return isEqual;
+    }
+
+    bool compareElements(const PropertyListValue& left, const PropertyListValue& right) {
+        const CurrentContents<ArrayObject> one(left);
+        const CurrentContents<ArrayObject> other(right);
+        return std::ranges::equal(one->elements(), other->elements(),
+                                  [this](const auto& element, const auto& counterpart) {
+                                      return compare(element, counterpart);
+                                  });
+    }
+
+    bool compareEntries(const PropertyListValue& left, const PropertyListValue& right) {
+        for (DictionaryPairs pairs(left, right); pairs.next();) {
+            if (pairs.valueBefore() == nullptr || pairs.valueAfter() == nullptr) return false;
+            if (!compare(*pairs.valueBefore(), *pairs.valueAfter())) return false;
         }
         return true;
     }
 
-    bool compareEntries(const NSDictionary& left, const NSDictionary& right) {
-        if (left.count() != right.count()) return false;
-        for (const auto& [key, value] : left) {
-            if (!compare(value, right.objectForKey(key))) return false;
-        }
-        return true;
-    }
-
-    bool run() {
-        while (!pairs.empty()) {
-            const std::pair<PropertyListValue, PropertyListValue> pair = pairs.back();
-            pairs.pop_back();
-            // Copies, so that a change on another thread meets the comparison before or after.
-            const bool equal =
-                pair.first.isArray()
-                    ? compareElements(pair.first.array().copy(), pair.second.array().copy())
-                    : compareEntries(pair.first.dictionary().copy(),
-                                     pair.second.dictionary().copy());
-            if (!equal) return false;
-        }
-        return true;
-    }
+    int level_ = 0;
+    std::vector<std::pair<PropertyListValue, PropertyListValue>> remaining_;
 };
 
 }  // namespace
@@ -115,8 +130,7 @@ bool PropertyListValue::isIdenticalTo(const PropertyListValue& other) const noex
 }
 
 bool operator==(const PropertyListValue& left, const PropertyListValue& right) {
-    Comparison comparison;
-    return comparison.compare(left, right) && comparison.run();
+    return Comparison().areEqual(left, right);
 }
 
 bool operator==(const NSArray& left, const NSArray& right) {

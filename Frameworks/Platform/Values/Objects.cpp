@@ -86,13 +86,13 @@ void release(Object* object) noexcept {
     }
 }
 
-Reference<StringObject> StringObject::make(std::string_view text) {
+Reference<StringObject> StringObject::make(std::string_view text, std::uint32_t hashOfText) {
     if (text.size() > std::numeric_limits<std::uint32_t>::max())
         throw std::length_error("a string of more than 4 GiB");
     auto* memory = static_cast<char*>(::operator new(sizeof(StringObject) + text.size()));
     if (!text.empty()) std::memcpy(memory + sizeof(StringObject), text.data(), text.size());
     return Reference(new (memory)
-                         StringObject(hashOf(text), static_cast<std::uint32_t>(text.size())));
+                         StringObject(hashOfText, static_cast<std::uint32_t>(text.size())));
 }
 
 }  // namespace ValueObjects

@@ -50,6 +50,8 @@ struct ArrayObject;
 struct DictionaryObject;
 class ArrayContents;
 class DictionaryContents;
+template <typename ObjectType>
+class CurrentContents;
 struct Building;
 QRV_EXPORT void retain(Object* object) noexcept;
 QRV_EXPORT void release(Object* object) noexcept;
@@ -254,6 +256,8 @@ class QRV_EXPORT NSDictionary {
   protected:
     friend class PropertyListValue;
     friend struct ValueObjects::Building;
+    template <typename ObjectType>
+    friend class ValueObjects::CurrentContents;
     explicit NSDictionary(ValueObjects::Reference<ValueObjects::DictionaryObject> object) noexcept
         : object_(std::move(object)) {}
     ValueObjects::Reference<ValueObjects::DictionaryObject> object_;
@@ -422,6 +426,8 @@ class QRV_EXPORT PropertyListValue {
 
   private:
     friend struct ValueObjects::Building;
+    template <typename ObjectType>
+    friend class ValueObjects::CurrentContents;
     union Payload {
         bool boolean;
         std::int64_t integer;
