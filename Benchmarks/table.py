@@ -59,13 +59,22 @@ def at_most_smallest(factor):
             else cells.own <= factor * cells.own_at_smallest)
 
 
-def better_than(peer):
-    return (f"< {peer}", lambda cells: None if peer not in cells.peers else cells.own < cells.peers[peer])
+def better_than(peer, factor=1):
+    return (f"< {peer}" if factor == 1 else f">= {factor} x {peer}",
+            lambda cells: None if peer not in cells.peers
+            else cells.own * factor < cells.peers[peer])
+
+
+def at_most_beside_limit(value, text):
+    return (f"<= {text} + limit",
+            lambda cells: None if cells.limit is None else cells.own - cells.limit <= value)
 
 
 HIT = {None: [at_most_limit(1.5), faster_than_peers(5)]}
 ALL = (100, 1000, 10000)
 BEST = {None: [faster_than_peers()]}
+TOLD = {SMALLEST: [at_most_limit(1.3)], LARGEST: [faster_than_peers(2)]}
+LOADED = {None: [at_most_beside_limit(100_000, "100 us")]}
 
 ROWS = [
     Row("read, hot key", "ReadHotKey", demands=HIT),
@@ -80,21 +89,21 @@ ROWS = [
         demands={None: [better_than("kconfig")], LARGEST: [at_most_smallest(1.3), better_than("kconfig")]}),
     Row("write, first after load", "WriteFirst", ALL, ""),
     Row("save to the disk", "Save", ALL, demands={SMALLEST: [at_most_limit(1.3)], LARGEST: BEST[None]}),
-    Row("XML writing", "XMLWriting", ALL, "", BEST, "speed"),
-    Row("XML reading", "XMLReading", ALL, "", BEST, "speed"),
-    Row("binary reading", "BinaryReading", ALL, "", BEST, "speed"),
+    Row("XML writing", "XMLWriting", ALL, "", {None: [better_than("libplist", 3)]}, "speed"),
+    Row("XML reading", "XMLReading", ALL, "", {None: [better_than("libplist", 3)]}, "speed"),
+    Row("binary reading", "BinaryReading", ALL, "", {None: [better_than("libplist", 5)]}, "speed"),
     Row("process: open, read", "OpenAndRead", ALL, "", BEST),
-    Row("peak memory, loaded", "MemoryLoaded", (10000,), "", BEST, "bytes"),
-    Row("  for each setting", "MemoryLoaded each", (10000,), "", BEST, "bytes"),
-    Row("peak memory, all read", "MemoryRead", (10000,), "", BEST, "bytes"),
-    Row("  for each setting", "MemoryRead each", (10000,), "", BEST, "bytes"),
+    Row("peak memory, loaded", "MemoryLoaded", (10000,), "", {None: [better_than("libplist")]}, "bytes"),
+    Row("  for each setting", "MemoryLoaded each", (10000,), "", {None: [better_than("kconfig")]}, "bytes"),
+    Row("peak memory, all read", "MemoryRead", (10000,), "", {None: [better_than("libplist")]}, "bytes"),
+    Row("  for each setting", "MemoryRead each", (10000,), "", {None: [better_than("kconfig")]}, "bytes"),
     Row("changed keys, equal", "CompareEqual", ALL, "CopyOfAMap", {None: [at_most_limit(1)]}),
     Row("changed keys, five", "CompareDifferent", ALL, "CopyOfAMap", {None: [at_most_limit(1)]}),
-    Row("set to onChange", "Propagation", demands=BEST),
-    Row("  99th percentile", "Propagation", demands=BEST, percentile=99),
-    Row("loadDefaults, de_DE", "LoadDefaults de_DE.UTF-8", (100,)),
-    Row("loadDefaults, C", "LoadDefaults C", (100,)),
-    Row("tool: get", "ToolGet"),
+    Row("set to onChange", "Propagation", demands=TOLD),
+    Row("  99th percentile", "Propagation", demands=TOLD, percentile=99),
+    Row("loadDefaults, de_DE", "LoadDefaults de_DE.UTF-8", (100,), demands=LOADED),
+    Row("loadDefaults, C", "LoadDefaults C", (100,), demands=LOADED),
+    Row("tool: get", "ToolGet", demands={SMALLEST: [at_most_limit(3)]}),
 ]
 
 

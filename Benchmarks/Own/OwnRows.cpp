@@ -15,6 +15,12 @@ namespace {
 
 using Fixture = Measures::StoreOfSize<OwnStore>;
 
+/// As it lies in memory after it was read from a file; shares nothing with another reading.
+NSDictionary readApart(const NSDictionary& tree) {
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
+    return NSPropertyListSerialization::propertyListWithData(written.bytes).value.dictionary();
+}
+
 /// Half of the settings are stored and the other half are defaults, so that the read of a default
 /// meets stored dictionaries on its way.
 struct Halves {
@@ -23,7 +29,7 @@ struct Halves {
         std::vector<Workload::Setting> defaults;
         for (const Workload::Setting& setting : of.settings)
             (stored.size() <= defaults.size() ? stored : defaults).push_back(setting);
-        storedTree = treeOf(stored);
+        storedTree = readApart(treeOf(stored)).mutableCopy();
         defaultTree = treeOf(defaults);
         for (const Workload::Setting& setting : defaults) keyPaths.push_back(setting.keyPath);
         std::shuffle(keyPaths.begin(), keyPaths.end(), std::mt19937(7));
@@ -104,7 +110,7 @@ void registerFirstBurst(const Fixture& of, const std::filesystem::path& folder) 
 }
 
 void registerPropertyLists(const Fixture& of, const std::filesystem::path& files) {
-    const auto* const tree = new NSDictionary(treeOf(of.settings).copy());
+    const auto* const tree = new NSDictionary(readApart(treeOf(of.settings)));
     benchmark::RegisterBenchmark(("XMLWriting" + of.name).c_str(), [tree](benchmark::State& state) {
         for ([[maybe_unused]] const auto unused : state)
             benchmark::DoNotOptimize(NSPropertyListSerialization::dataWithPropertyList(*tree));
@@ -119,12 +125,6 @@ void registerPropertyLists(const Fixture& of, const std::filesystem::path& files
             }
         });
     }
-}
-
-/// A tree that shares nothing with another one read from the same bytes.
-NSDictionary readApart(const NSDictionary& tree) {
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
-    return NSPropertyListSerialization::propertyListWithData(written.bytes).value.dictionary();
 }
 
 void compareTrees(benchmark::State& state, const NSDictionary& left, const NSDictionary& right,

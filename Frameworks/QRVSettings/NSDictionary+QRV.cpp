@@ -16,8 +16,9 @@ constexpr char separator = '.';
 
 // Takes the first key off a key path; empty when what is left is the leaf key.
 std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
-    const std::size_t end = rest.find(separator);
-    if (end == std::string_view::npos) return std::nullopt;
+    std::size_t end = 0;  // a key is so short that a call of a search costs more
+    while (end < rest.size() && rest[end] != separator) ++end;
+    if (end == rest.size()) return std::nullopt;
     const std::string_view key = rest.substr(0, end);
     rest.remove_prefix(end + 1);
     return key;
