@@ -17,7 +17,7 @@ function(qrv_compile target)
     POSITION_INDEPENDENT_CODE ON)
   if(QRV_DEVELOPER)
     target_compile_options(${target} PRIVATE
-      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG
+      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG -D_GLIBCXX_ASSERTIONS
       $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
   endif()
   if(QRV_SANITIZER STREQUAL "address")
@@ -30,5 +30,21 @@ function(qrv_compile target)
   if(QRV_SANITIZER)
     target_compile_options(${target} PRIVATE ${flags})
     target_link_options(${target} PRIVATE ${flags})
+  endif()
+endfunction()
+
+# What is shipped is also protected against what hostile input could do with a fault of ours. Sanitizers
+# look for the faults themselves, and do not go together with all of it.
+function(qrv_harden target)
+  if(QRV_SANITIZER)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE
+    -fstack-protector-strong -fstack-clash-protection
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  target_link_options(${target} PRIVATE "LINKER:-z,relro,-z,now,-z,noexecstack")
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL EXECUTABLE)
+    target_link_options(${target} PRIVATE -pie)
   endif()
 endfunction()

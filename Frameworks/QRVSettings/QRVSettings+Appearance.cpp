@@ -5,6 +5,7 @@
 #include <array>
 
 #include "Platform/System/NSAppearance.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -29,12 +30,14 @@ bool isDark(const PropertyListValue& appearanceName) {
 }  // namespace
 
 void QRVSettingsSetCurrentAppearance(const PropertyListValue& appearanceName) {
+    requireHostThread();
     const PropertyListValue word = isDark(appearanceName) ? "Dark" : "Light";
     QRVSettings::sharedSettings().setCurrentAppearance(word);
     QRVSettingsSetObjectForKeyPathWithCache(word, appearanceKey, false);
 }
 
 PropertyListValue QRVSettingsCurrentAppearance() {
+    requireHostThread();
     return QRVSettings::sharedSettings().currentAppearance();
 }
 

@@ -6,13 +6,16 @@
 // leaves its records, and those of its own migration, to the next commit. It leaves the cache as it
 // is, too.
 
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
 void QRVSettingsPrepareBatchSave() {
+    requireHostThread();
     QRVSettings::sharedSettings().setInBatchSave(true);
 }
 
 void QRVSettingsCommitBatchSave() {
+    requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setInBatchSave(false);
     QRVSettingsSaveObjectWithLog(store.storageCache().copy(), store.batchLogChanges().copy());
@@ -20,6 +23,7 @@ void QRVSettingsCommitBatchSave() {
 }
 
 void QRVSettingsImport(const NSDictionary& settings) {
+    requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setStorageCache(settings.mutableCopy());
     store.setInBatchSave(true);

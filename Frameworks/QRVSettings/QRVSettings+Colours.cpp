@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -58,6 +59,7 @@ PropertyListValue textOfColor(const PropertyListValue& value) {
 }  // namespace
 
 PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
     const QRVSettings& store = QRVSettings::sharedSettings();
 
@@ -78,6 +80,7 @@ PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath) {
 }
 
 void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, KeyPath keyPath) {
+    requireHostThread();
     const PropertyListValue text = textOfColor(color);
     // The whole key path as one key of the top level. A key path with a dot is none, so of those it
     // is the write below that leaves out what is equal to the default.

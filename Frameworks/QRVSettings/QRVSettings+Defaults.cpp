@@ -11,6 +11,7 @@
 #include "Platform/System/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
@@ -234,6 +235,7 @@ void store(const Table& table, const NSMutableDictionary& defaults) {
 }  // namespace
 
 void QRVSettings::loadDefaults() {
+    requireHostThread();
     restoreAppearance();
     checkMachineIdentity();
     // Installed while it is empty: from here on no read finds the table of the call before.

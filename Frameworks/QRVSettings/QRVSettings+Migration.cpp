@@ -5,6 +5,7 @@
 #include <array>
 #include <utility>
 
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -73,6 +74,7 @@ void moveMenubarSettingsIntoDefaultProfile() {
 }  // namespace
 
 void QRVSettings::migrate() {
+    requireHostThread();
     mergeCombinedPowerItems();
     moveMenubarSettingsIntoDefaultProfile();
 }

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -22,6 +23,7 @@ constexpr std::string_view nullText = "(null)";
 }  // namespace
 
 std::string QRVSettingsProfileKeyForKey(KeyPath keyPath) {
+    requireHostThread();
     std::string profileKeyPath = "Profiles.Settings.";
     profileKeyPath += QRVSettings::sharedSettings().activeProfile().value_or(std::string(nullText));
     profileKeyPath += '.';
@@ -30,6 +32,7 @@ std::string QRVSettingsProfileKeyForKey(KeyPath keyPath) {
 }
 
 PropertyListValue QRVSettingsProfileObjectForKeyPath(KeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
     const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
     const NSMutableDictionary cache = QRVSettings::sharedSettings().cache();

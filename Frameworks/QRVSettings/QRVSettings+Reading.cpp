@@ -11,6 +11,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredTree.h"
 #include "QRVSettings/QRVSettings.h"
@@ -49,15 +50,18 @@ NSDictionary storedTree() {
 }
 
 NSDictionary QRVSettingsStoredValues() {
+    requireHostThread();
     return storedTree().copy();
 }
 
 PropertyListValue QRVSettingsStoredObjectForKeyPath(KeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return nullptr;
     return objectAtKeyPath(storedTree(), keyPath);
 }
 
 PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
+    requireHostThread();
     return objectAtKeyPath(QRVSettings::sharedSettings().defaults(), keyPath);
 }
 
@@ -87,6 +91,7 @@ struct LayeredReading {
 };
 
 PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
 
     PropertyListValue cached = LayeredReading::cachedObject(keyPath);

@@ -31,6 +31,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Values/Building.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+PendingSaves.h"
 #include "QRVSettings/QRVSettings+StoredTree.h"
@@ -140,6 +141,7 @@ NSDictionary changeRecord(KeyPath keyPath) {
 }  // namespace
 
 void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault) {
+    requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     NSMutableDictionary working = storedTree().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
@@ -163,6 +165,7 @@ void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyP
 }
 
 void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
+    requireHostThread();
     const QRVSettings& store = QRVSettings::sharedSettings();
     if (store.inBatchSave()) {
         store.batchLogChanges().addObjectsFromArray(log);

@@ -5,6 +5,7 @@
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
 
 namespace {
@@ -40,6 +41,7 @@ bool QRVSettings::exists() const {
 QRVSettings::~QRVSettings() = default;
 
 void QRVSettings::prepare() {
+    requireHostThread();
     setActiveProfile("default");
     migrate();
     if (!monitorFileChanges() || presenterQueue()) return;
@@ -58,6 +60,7 @@ bool QRVSettings::disableCache() const {
     return state_->disableCache;
 }
 void QRVSettings::setDisableCache(bool disableCache) {
+    requireHostThread();
     state_->disableCache = disableCache;
     // Whatever the flag: nothing makes a cache again, so a host that once touched it reads the
     // layers below for good.
@@ -68,6 +71,7 @@ bool QRVSettings::prepared() const {
     return state_->prepared;
 }
 void QRVSettings::setPrepared(bool prepared) {
+    requireHostThread();
     state_->prepared = prepared;
 }
 
@@ -75,6 +79,7 @@ const std::optional<std::string>& QRVSettings::activeProfile() const {
     return state_->activeProfile;
 }
 void QRVSettings::setActiveProfile(std::optional<std::string> activeProfile) {
+    requireHostThread();
     state_->activeProfile = std::move(activeProfile);
 }
 
@@ -82,6 +87,7 @@ const QRVSettings::ChangeHandler& QRVSettings::onChange() const {
     return state_->onChange;
 }
 void QRVSettings::setOnChange(ChangeHandler onChange) {
+    requireHostThread();
     state_->onChange = std::move(onChange);
 }
 
@@ -93,6 +99,7 @@ NSMutableDictionary QRVSettings::defaults() const {
     return state_->defaults;
 }
 void QRVSettings::setDefaults(NSMutableDictionary defaults) {
+    requireHostThread();
     state_->defaults = std::move(defaults);
 }
 
@@ -114,6 +121,7 @@ const PropertyListValue& QRVSettings::currentAppearance() const {
     return state_->currentAppearance;
 }
 void QRVSettings::setCurrentAppearance(PropertyListValue currentAppearance) {
+    requireHostThread();
     state_->currentAppearance = std::move(currentAppearance);
 }
 
@@ -121,6 +129,7 @@ bool QRVSettings::inBatchSave() const {
     return state_->inBatchSave;
 }
 void QRVSettings::setInBatchSave(bool inBatchSave) {
+    requireHostThread();
     state_->inBatchSave = inBatchSave;
 }
 

@@ -12,8 +12,10 @@
 ///     QRVSettingsSetObjectForKeyPath(true, "CPU.Menubar.Enabled");
 ///     if (QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled")) ...
 ///
-/// Threads: the functions are meant for the main thread of the host, which also has to drain the
-/// main queue (`DispatchMainQueue`). Only `sharedSettings` is safe against concurrent first use.
+/// Threads: what does not say "any thread" belongs to the main thread of the host, which also has
+/// to drain the main queue (`DispatchMainQueue`). In a build with assertions, the first thread that
+/// calls such a function is taken for the host's, and a call on another one ends the process and
+/// names the function; elsewhere what such a call does is not defined.
 ///
 /// Values that the store returns are its own objects, not copies: callers must not change them.
 ///
@@ -53,7 +55,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     QRVSettings& operator=(const QRVSettings&) = delete;
 
     /// Whether there is anything at `location()`, a folder included. Asks the file system, takes no
-    /// lock and reads nothing; false too when the folder above cannot be searched.
+    /// lock and reads nothing; false too when the folder above cannot be searched. Any thread.
     [[nodiscard]] bool exists() const;
 
     /// @name Called by the host at its start, on its main thread and before other threads read
@@ -73,10 +75,10 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     void loadDefaults();
 
     /// The machine: 40 lowercase hexadecimal digits that do not tell its serial number. Null when
-    /// it has none. Asks the system at each call.
+    /// it has none. Asks the system at each call. Any thread.
     [[nodiscard]] PropertyListValue deviceID() const;
     /// The machine's model, ASCII text; null when the system does not tell it. Asks the system at
-    /// each call.
+    /// each call. Any thread.
     [[nodiscard]] PropertyListValue modelIdentifier() const;
 
     /// After `loadDefaults`: activates the profile "default", migrates, and, when
@@ -124,7 +126,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// @name State, kept by the store; hosts read it
     /// @{
 
-    /// Full path of the settings file.
+    /// Full path of the settings file. Any thread.
     [[nodiscard]] const std::string& location() const;
 
     /// The built-in defaults as a tree; null until `loadDefaults`.
@@ -149,8 +151,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] bool inBatchSave() const;
     void setInBatchSave(bool inBatchSave);
 
-    /// Change records of this process's saves of the last 3 seconds. Changed on the main queue
-    /// only.
+    /// Change records of this process's saves of the last 3 seconds. Any thread; changed on the
+    /// main queue only.
     [[nodiscard]] NSMutableArray localChanges() const;
     /// Change records gathered while `inBatchSave()`.
     [[nodiscard]] NSMutableArray batchLogChanges() const;
@@ -160,9 +162,9 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] std::optional<NSDate> modificationDate() const;
     void setModificationDate(std::optional<NSDate> modificationDate);
 
-    /// Runs the saves, one at a time in the order of the writes.
+    /// Runs the saves, one at a time in the order of the writes. Any thread.
     [[nodiscard]] DispatchQueue& queue() const;
-    /// Runs the re-reading after another process changed the file.
+    /// Runs the re-reading after another process changed the file. Any thread.
     [[nodiscard]] DispatchQueue& readQueue() const;
     /// Runs the notifications of changes by others; null until the file is watched. Any thread.
     [[nodiscard]] std::shared_ptr<NSOperationQueue> presenterQueue() const;
@@ -179,7 +181,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// has written since the reading, its pending saves run first and the file is read once more.
     void presentedItemDidChange() override;
     /// Whether the file's modification date is another than `modificationDate()`, which becomes
-    /// that date. A file that is not there always counts as changed.
+    /// that date. A file that is not there always counts as changed. One thread at a time.
     [[nodiscard]] bool fileContentsDidChange();
     /// @}
 
@@ -196,12 +198,13 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
 /// @{
 
 /// The path of the settings file, computed afresh: the user's Library folder, "Preferences/", the
-/// application identifier and ".menubar.7.plist". Empty when the user has no home folder.
+/// application identifier and ".menubar.7.plist". Empty when the user has no home folder. Any
+/// thread.
 QRV_EXPORT std::string QRVSettingsLocation();
 
 /// The root of the settings file, freshly read under file coordination; null when the file is
 /// missing, unreadable, not a property list or one whose root is not a dictionary. Touches no
-/// layer.
+/// layer. Any thread.
 QRV_EXPORT NSDictionary QRVSettingsStorage();
 
 /// The stored values, an immutable shallow copy; reads the file when this process has not yet. Null
@@ -251,7 +254,7 @@ QRV_EXPORT void QRVSettingsSaveObject(const NSDictionary& object);
 /// Forgets the cached value of exactly this key path.
 QRV_EXPORT void QRVSettingsClearCacheForKeyPath(KeyPath keyPath);
 
-/// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`.
+/// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`. Any thread.
 QRV_EXPORT void QRVSettingsSynchronize();
 /// @}
 
@@ -271,9 +274,9 @@ QRV_EXPORT void QRVSettingsCommitBatchSave();
 /// tree changes (`QRVSettingsClearCacheForKeyPath`).
 QRV_EXPORT void QRVSettingsImport(const NSDictionary& settings);
 
-/// Always false: a migration is never left to the host.
+/// Always false: a migration is never left to the host. Any thread.
 QRV_EXPORT bool QRVSettingsMigrationNeeded();
-/// Does nothing.
+/// Does nothing. Any thread.
 QRV_EXPORT void QRVSettingsPerformMigration();
 /// @}
 
