@@ -64,7 +64,8 @@ class QRV_EXPORT NSFileCoordinator {
 
     /// Creates the missing folders above the file (each of mode 0700) and the lock file, and waits
     /// for the other accesses as long as it takes. Fails when there is something else than a
-    /// regular file in the lock file's place, a symbolic link included.
+    /// regular file in the lock file's place, a symbolic link included. What `replaceFile` has put
+    /// in place outlasts a crash of the system from the return on; others may read it before.
     std::error_code coordinateWritingItemAtURL(const std::string& url, WritingOptions options,
                                                const Accessor& accessor);
 
