@@ -92,8 +92,10 @@ TEST(FailingSystemCalls, AFileIsReplacedWhereOwnersCannotBeKeptOrFoldersNotSynce
 TEST(FailingSystemCalls, ReadersMayReadBeforeTheFolderIsSynced) {
     writePlainly("file", "old");
     ChildProcess child([] {
-        signal(SIGSYS,
-               [](int) { _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2); });
+        const auto look = [](int) {
+            _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2);
+        };
+        if (signal(SIGSYS, look) == SIG_ERR) return false;
         answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);
         replaceCoordinated();
         return false;
