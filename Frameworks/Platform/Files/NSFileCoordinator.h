@@ -5,7 +5,7 @@
 ///
 /// An access is guarded by an advisory lock on a file of our own, `.<file name>.lock`, beside the
 /// file meant (mode 0600, never deleted). Readers share it, a writer excludes everyone else. The
-/// lock ends with the access, and with the process however that ends.
+/// lock is held while the accessor runs, and ends with the process however that ends.
 ///
 /// What is not promised: nothing keeps out a program that does not coordinate, nor one that reaches
 /// the file through another hard link. Waiting writers are served in no particular order.
