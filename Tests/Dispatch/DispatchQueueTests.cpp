@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -169,4 +170,17 @@ TEST(DispatchQueue, SyncFromManyThreadsExcludes) {
         });
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(count, 400);
+}
+
+TEST(DispatchQueue, MayBeDestroyedByWorkBeforeTheAsyncThatAddedItHasReturned) {
+    for (int round = 0; round < 300; ++round) {
+        std::promise<void> isDestroyed;
+        auto queue = std::make_unique<DispatchQueue>("short.lived");
+        queue->async([&] {
+            queue.reset();
+            isDestroyed.set_value();
+        });
+        ASSERT_EQ(isDestroyed.get_future().wait_for(std::chrono::seconds(20)),
+                  std::future_status::ready);
+    }
 }

@@ -8,6 +8,7 @@
 
 #include "Files/TestFiles.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
 #include "Support/ChildProcess.h"
 
 namespace fs = std::filesystem;
@@ -164,4 +165,26 @@ TEST(ReplaceFile, AWriteThatFailsMidwayLeavesTheOldFileAndNoTemporaryFile) {
     EXPECT_TRUE(child.succeeded());
     EXPECT_EQ(readPlainly("file"), "old");
     EXPECT_EQ(everythingIn("."), std::set<std::string>{"file"});
+}
+
+TEST(ReplaceFile, KeepsNothingOfTheOldFileOpen) {
+    const auto isAReplacedFileOpen = [] {
+        for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code ignored;
+            const std::string name = std::filesystem::read_symlink(descriptor, ignored).string();
+            if (name.ends_with("/file (deleted)")) return true;
+        }
+        return false;
+    };
+    writePlainly("file", "old");
+    EXPECT_FALSE(replaceFile("file", "new"));
+    EXPECT_FALSE(isAReplacedFileOpen());
+    const auto replaceTwice = [](const std::string& path) {
+        EXPECT_FALSE(replaceFile(path, "first"));
+        EXPECT_FALSE(replaceFile(path, "second"));
+    };
+    NSFileCoordinator().coordinateWritingItemAtURL("file", NSFileCoordinator::WritingOptions::None,
+                                                   replaceTwice);
+    EXPECT_EQ(readPlainly("file"), "second");
+    EXPECT_FALSE(isAReplacedFileOpen());
 }

@@ -3,8 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
+#include <sys/file.h>
+
 #include <filesystem>
+#include <functional>
 #include <set>
+#include <stdexcept>
 
 #include "Files/SystemCallFilter.h"
 #include "Files/TestFiles.h"
@@ -33,6 +38,20 @@ bool diesReplacing(SystemCall call) {
         return false;
     });
     return child.diedOf(SIGSYS);
+}
+
+/// In a coordinated write.
+void replaceCoordinated(const std::function<void()>& afterwards = [] {}) {
+    NSFileCoordinator().coordinateWritingItemAtURL(
+        "file", NSFileCoordinator::WritingOptions::ForReplacing, [&](const std::string& path) {
+            replaceFile(path, newContents);
+            afterwards();
+        });
+}
+
+bool isLockFree() {
+    const int file = open(".file.lock", O_RDONLY | O_CLOEXEC);
+    return file >= 0 && flock(file, LOCK_SH | LOCK_NB) == 0;
 }
 
 bool keepsAsideUnder(SystemCall call, int error, const std::string& expectedPath) {
@@ -68,6 +87,53 @@ TEST(FailingSystemCalls, AFileIsReplacedWhereOwnersCannotBeKeptOrFoldersNotSynce
         EXPECT_EQ(readPlainly("file"), newContents);
         EXPECT_EQ(everythingIn("."), Paths{"file"});
     }
+}
+
+TEST(FailingSystemCalls, ReadersMayReadBeforeTheFolderIsSynced) {
+    writePlainly("file", "old");
+    ChildProcess child([] {
+        const auto look = [](int) {
+            _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2);
+        };
+        if (signal(SIGSYS, look) == SIG_ERR) return false;
+        answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);
+        replaceCoordinated();
+        return false;
+    });
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(FailingSystemCalls, ACoordinatedWriteReturnsOnlyAfterTheFolderIsSynced) {
+    ChildProcess returning([] {
+        dieAtCall(SystemCall::Sync);
+        replaceCoordinated();
+        return false;
+    });
+    EXPECT_TRUE(returning.diedOf(SIGSYS));
+    ChildProcess throwing([] {
+        dieAtCall(SystemCall::Sync);
+        try {
+            replaceCoordinated([] { throw std::runtime_error("after the replacement"); });
+        } catch (const std::runtime_error&) {
+            return false;
+        }
+        return false;
+    });
+    EXPECT_TRUE(throwing.diedOf(SIGSYS));
+}
+
+TEST(FailingSystemCalls, ACoordinatedWriteSucceedsWhereFoldersCannotBeSynced) {
+    writePlainly("file", "old");
+    ChildProcess child([] {
+        failCall(SystemCall::Sync, EIO);
+        std::error_code replaced = make_error_code(std::errc::io_error);
+        const std::error_code coordinated = NSFileCoordinator().coordinateWritingItemAtURL(
+            "file", NSFileCoordinator::WritingOptions::ForReplacing,
+            [&](const std::string& path) { replaced = replaceFile(path, newContents); });
+        return !replaced && !coordinated;
+    });
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_EQ(readPlainly("file"), newContents);
 }
 
 TEST(FailingSystemCalls, ACrashAtAnyStepLeavesAWholeFileAndTheNextReplacementCleansUp) {

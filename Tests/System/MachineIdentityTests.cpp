@@ -29,6 +29,29 @@ TEST(SHA1, GivesThePublishedDigests) {
     EXPECT_EQ(hexadecimal(CC_SHA1("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq")),
               "84983e441c3bd26ebaae4aa1f95129e5e54670f1");
     EXPECT_EQ(hexadecimal(CC_SHA1("")), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
+    EXPECT_EQ(hexadecimal(CC_SHA1(std::string(1'000'000, 'a'))),
+              "34aa973cd4c4daa4f61eeb2bdbad27316534016f");
+}
+
+TEST(SHA1, DigestsTextsThatEndAnywhereInABlock) {
+    const struct {
+        std::size_t length;
+        const char* digest;
+    } cases[] = {{55, "7b271259bf2d2d3311f75d398745f5309ff76e09"},
+                 {56, "cc30d5bc02bd26f3da6c5801880078dad9a63032"},
+                 {63, "0807f7f930492f9e95070290aeac189e3721bf07"},
+                 {64, "ce2798652a5cbba06c6f736ddeca9724e479e5b7"},
+                 {65, "b0931a65ae5cf3e027199de5f7c56eb0f073c552"},
+                 {119, "c69516277e59324c6533caed0d3f7974cbc86061"},
+                 {120, "b265d110f022092352c9471f056c857b31ad79d8"},
+                 {128, "4e62cf8bbce5071fabccabebdee5ede47a596d2d"}};
+    for (const auto& [length, digest] : cases)
+        EXPECT_EQ(hexadecimal(CC_SHA1(std::string(length, 'q'))), digest) << length;
+}
+
+TEST(SHA1, CountsEveryByteOfTheText) {
+    EXPECT_EQ(hexadecimal(CC_SHA1(std::string("\xff\0\x80", 3))),
+              "5b101b10a702a5f4c07341f584b73626276251ac");
 }
 
 TEST(MachineIdentity, IsTheTextWithoutWhiteSpaceAround) {

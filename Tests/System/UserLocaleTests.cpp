@@ -3,8 +3,14 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
 
+#include "Files/SystemCallFilter.h"
+#include "Platform/System/System.h"
 #include "Platform/System/UserLocale.h"
+#include "Support/ChildProcess.h"
 
 namespace {
 
@@ -12,6 +18,13 @@ void setVariables(const char* all, const char* time, const char* lang) {
     setenv("LC_ALL", all, 1);
     setenv("LC_TIME", time, 1);
     setenv("LANG", lang, 1);
+}
+
+bool hasLoadedICU() {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find("libicu") != std::string::npos) return true;
+    return false;
 }
 
 }  // namespace
@@ -71,4 +84,21 @@ TEST(ShortTimePattern, OfAnUnknownLocaleDoesNotDependOnTheHost) {
 TEST(ShortTimePattern, DoesNotDependOnTheLocaleOfTheProgram) {
     ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
     EXPECT_EQ(shortTimePattern("kn_IN"), "hh:mm a");
+}
+
+TEST(ShortTimePattern, IsWhatLoadsICU) {
+    EXPECT_FALSE(hasLoadedICU());
+    shortTimePattern("de_DE");
+    EXPECT_TRUE(hasLoadedICU());
+}
+
+TEST(ShortTimePattern, IsEmptyWhereICUCannotBeLoadedWhichIsLoggedOnce) {
+    ChildProcess child([] {
+        std::vector<std::string> logged;
+        setNSLogSink([&logged](const std::string& text) { logged.push_back(text); });
+        failCall(SystemCall::Open, EACCES);
+        return shortTimePattern("de_DE").empty() && shortTimePattern("kn_IN").empty() &&
+               logged.size() == 1 && logged.front().find("libicui18n.so") != std::string::npos;
+    });
+    EXPECT_TRUE(child.succeeded());
 }

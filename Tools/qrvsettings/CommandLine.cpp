@@ -3,6 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 #include "CommandOptions.h"
 #include "Commands.h"
 #include "Output.h"
@@ -21,19 +25,36 @@ void describe(CLI::App& program) {
         "Example: qrvsettings set CPU.Menubar.Width 40");
 }
 
-void addCommands(CLI::App& program, Action& action) {
-    addGetCommand(program, action);
-    addSetCommand(program, action);
-    addUnsetCommand(program, action);
-    addListCommand(program, action);
-    addExportCommand(program, action);
-    addColorCommand(program, action);
-    addAppearanceCommand(program, action);
-    addProfilesCommand(program, action);
-    addApplyCommand(program, action);
-    addImportCommand(program, action);
-    addWatchCommand(program, action);
-    addPathCommand(program, action);
+struct Command {
+    std::string_view name;
+    void (*add)(CLI::App& program, Action& action);
+};
+
+/// In the order in which the help lists them.
+constexpr std::array commands = {
+    Command{"get", addGetCommand},
+    Command{"set", addSetCommand},
+    Command{"unset", addUnsetCommand},
+    Command{"list", addListCommand},
+    Command{"export", addExportCommand},
+    Command{"color", addColorCommand},
+    Command{"appearance", addAppearanceCommand},
+    Command{"profiles", addProfilesCommand},
+    Command{"apply", addApplyCommand},
+    Command{"import", addImportCommand},
+    Command{"watch", addWatchCommand},
+    Command{"path", addPathCommand},
+};
+
+/// The one that is named first, else all: describing those that nobody asks for takes longer than
+/// reading a file of a hundred settings.
+void addCommands(CLI::App& program, Action& action, const std::vector<std::string>& arguments) {
+    const std::string_view name = arguments.empty() ? "" : std::string_view(arguments.front());
+    const auto* const named =
+        std::find_if(commands.begin(), commands.end(),
+                     [name](const Command& command) { return command.name == name; });
+    if (named != commands.end()) return named->add(program, action);
+    for (const Command& command : commands) command.add(program, action);
 }
 
 /// The parser wants the last argument first.
@@ -61,7 +82,7 @@ ExitCode runCommandLine(const std::vector<std::string>& arguments) {
     CLI::App program("Read and change the settings of the system monitor");
     Action action;
     describe(program);
-    addCommands(program, action);
+    addCommands(program, action, arguments);
     try {
         program.parse(forParser(arguments));
     } catch (const CLI::CallForHelp&) {

@@ -15,13 +15,15 @@ namespace {
 struct Condition {
     std::error_code error;  ///< why it cannot be read
     std::string damage;     ///< what is wrong with its contents
+    NSDictionary settings = nullptr;
 };
 
-std::string damageOf(const std::string& bytes) {
+Condition conditionOfContents(const std::string& bytes) {
     if (bytes.empty()) return {};
     const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
-    if (read.error) return read.error->description();
-    return read.value.isDictionary() ? "" : "its root is not a dictionary";
+    if (read.error) return {{}, read.error->description()};
+    if (!read.value.isDictionary()) return {{}, "its root is not a dictionary"};
+    return {{}, {}, read.value.dictionary()};
 }
 
 Condition conditionOf(const FileContents& file) {
@@ -29,7 +31,7 @@ Condition conditionOf(const FileContents& file) {
     // Such a file is replaced like any other that is no settings file.
     if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB"};
     if (file.error) return {file.error, {}};
-    return {{}, damageOf(file.bytes)};
+    return conditionOfContents(file.bytes);
 }
 
 Condition currentCondition() {
@@ -44,12 +46,19 @@ Condition currentCondition() {
     return condition;
 }
 
+/// So that the store does not read the same once more.
+void giveToStore(const NSDictionary& settings) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    if (store.storageCache().isNull()) store.setStorageCache(settings.mutableCopy());
+}
+
 void require(DamagedFile damagedFile, const std::string& advice) {
     const Condition condition = currentCondition();
     const std::string where = ", " + QRVSettings::sharedSettings().location();
     if (condition.error)
         throw Failure(ExitCode::UnreadableFile,
                       "the settings file cannot be read: " + condition.error.message() + where);
+    giveToStore(condition.settings);
     if (condition.damage.empty() || damagedFile == DamagedFile::Replaced) return;
     throw Failure(ExitCode::UnreadableFile,
                   "the settings file is damaged: " + condition.damage + where + advice);

@@ -4,7 +4,8 @@
 namespace Tool {
 
 /// Throws Failure (UnreadableFile) when the settings file exists but cannot be read, or is damaged:
-/// not empty and no property list with a dictionary as its root. Changes nothing on disk.
+/// not empty and no property list with a dictionary as its root. Changes nothing on disk. What it
+/// has read becomes the stored tree, unless there is one.
 void requireReadableSettingsFile();
 
 enum class DamagedFile { Refused, Replaced };

@@ -59,8 +59,11 @@ struct DispatchMainQueue::State {
 };
 
 void DispatchMainQueue::State::add(std::function<void()> work) {
-    const std::lock_guard lock(mutex);
-    admit(std::move(work));
+    {
+        const std::lock_guard lock(mutex);
+        admit(std::move(work));
+    }
+    // Without the mutex, which the main thread would wake only to wait for.
     changed.notify_all();
 }
 

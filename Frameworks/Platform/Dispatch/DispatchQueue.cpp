@@ -29,9 +29,13 @@ struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueu
 };
 
 void DispatchQueue::Implementation::add(std::function<void()> item) {
-    const std::lock_guard lock(mutex);
-    if (!thread.joinable()) thread = std::thread([self = shared_from_this()] { self->runItems(); });
-    items.push_back(std::move(item));
+    {
+        const std::lock_guard lock(mutex);
+        if (!thread.joinable())
+            thread = std::thread([self = shared_from_this()] { self->runItems(); });
+        items.push_back(std::move(item));
+    }
+    // Without the mutex, which the thread would wake only to wait for.
     itemsChanged.notify_one();
 }
 
@@ -75,8 +79,10 @@ DispatchQueue::~DispatchQueue() {
     implementation_->endThread();
 }
 
+// Kept for the call: the work may run, and destroy this queue, before the call has returned.
 void DispatchQueue::async(std::function<void()> work) {
-    implementation_->add(std::move(work));
+    const std::shared_ptr<Implementation> queue = implementation_;
+    queue->add(std::move(work));
 }
 
 void DispatchQueue::sync(const std::function<void()>& work) {
@@ -91,8 +97,10 @@ void DispatchQueue::sync(const std::function<void()>& work) {
         } catch (...) {
             failure = std::current_exception();
         }
-        const std::lock_guard lock(queue.mutex);
-        isFinished = true;
+        {
+            const std::lock_guard lock(queue.mutex);
+            isFinished = true;
+        }
         queue.itemFinished.notify_all();
     });
     std::unique_lock lock(queue.mutex);

@@ -65,11 +65,11 @@ std::error_code waitForExclusiveLock(const FileDescriptor& file) {
     return {};
 }
 
-// A reader that has just seen a replacement usually meets a writer that is syncing the folder, and
-// is through in a fraction of a millisecond.
+// A reader that has just seen a replacement may meet a writer that is through with the rest of it
+// in some microseconds.
 bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
     constexpr std::chrono::microseconds longestPause(20'000);
-    std::chrono::microseconds pause(50);
+    std::chrono::microseconds pause(10);
     while (flock(file.number(), LOCK_SH | LOCK_NB) != 0) {
         if (errno == EINTR) continue;
         if (errno != EWOULDBLOCK || Clock::now() >= deadline) return false;

@@ -14,6 +14,10 @@ std::string folderOf(const std::string& path);
 /// `name` beside what `path` names.
 std::string siblingOf(const std::string& path, std::string_view name);
 
+/// What ends the names of the files that saving makes beside a file.
+inline constexpr std::string_view temporarySuffix = ".tmp";
+inline constexpr std::string_view lockSuffix = ".lock";
+
 /// `.<file name><suffix>` beside the file; empty when `path` ends in no file name.
 std::string hiddenSiblingOf(const std::string& path, std::string_view suffix);
 

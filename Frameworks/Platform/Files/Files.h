@@ -85,8 +85,9 @@ QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maxi
 /// name>.tmp` beside the file; what an earlier process has left there is removed, and nothing stays
 /// behind.
 ///
-/// The bytes have reached the disk on return. Where the folder cannot be synced, a crash of the
-/// system may bring back the old file, whole; that is no error.
+/// The bytes have reached the disk on return; called by the accessor of a coordinated write of this
+/// path, their name in the folder has when that write returns. Where the folder cannot be synced, a
+/// crash of the system may bring back the old file, whole; that is no error.
 QRV_EXPORT std::error_code replaceFile(const std::string& path, std::string_view bytes);
 
 struct KeptFile {

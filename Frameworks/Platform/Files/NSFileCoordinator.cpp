@@ -5,12 +5,12 @@
 #include "Platform/Files/FileLock.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/FilePresenters.h"
-#include "Platform/Files/OwnWrites.h"
+#include "Platform/Files/WriteAccess.h"
 
 namespace {
 
 std::error_code lockForWriting(const std::string& path, FileLock& lock) {
-    const std::string lockPath = FilePaths::hiddenSiblingOf(path, ".lock");
+    const std::string lockPath = FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix);
     if (lockPath.empty()) return make_error_code(std::errc::is_a_directory);
     return FileLock::acquireExclusive(lockPath, lock);
 }
@@ -24,19 +24,22 @@ std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string&
                                                               const Accessor& accessor) {
     const auto [path, error] = FilePaths::resolved(url);
     if (error) return FileFailures::reported("coordinate reading", url, error);
-    const FileLock lock = FileLock::shared(FilePaths::hiddenSiblingOf(path, ".lock"));
+    const FileLock lock = FileLock::shared(FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix));
     accessor(path);
     return {};
 }
 
+// The access outlives the lock: the folder is synced when readers may read already. Whoever writes
+// then syncs the folder too, and a folder holds the latest name whoever syncs it, so the order of
+// the syncs does not matter.
 std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
                                                               WritingOptions,
                                                               const Accessor& accessor) {
     auto [path, error] = FilePaths::resolved(url);
+    const WriteAccess access(performer_, path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
-    const OwnWrites writes(performer_, path);
     accessor(path);
     return {};
 }

@@ -5,7 +5,7 @@
 ///
 /// An access is guarded by an advisory lock on a file of our own, `.<file name>.lock`, beside the
 /// file meant (mode 0600, never deleted). Readers share it, a writer excludes everyone else. The
-/// lock ends with the access, and with the process however that ends.
+/// lock is held while the accessor runs, and ends with the process however that ends.
 ///
 /// What is not promised: nothing keeps out a program that does not coordinate, nor one that reaches
 /// the file through another hard link. Waiting writers are served in no particular order.
@@ -64,7 +64,8 @@ class QRV_EXPORT NSFileCoordinator {
 
     /// Creates the missing folders above the file (each of mode 0700) and the lock file, and waits
     /// for the other accesses as long as it takes. Fails when there is something else than a
-    /// regular file in the lock file's place, a symbolic link included.
+    /// regular file in the lock file's place, a symbolic link included. What `replaceFile` has put
+    /// in place outlasts a crash of the system from the return on; others may read it before.
     std::error_code coordinateWritingItemAtURL(const std::string& url, WritingOptions options,
                                                const Accessor& accessor);
 

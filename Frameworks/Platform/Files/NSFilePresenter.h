@@ -24,9 +24,10 @@
 /// (its limits for that are per user), or does not allow it, the file is looked at every two
 /// seconds instead.
 ///
-/// What is not promised: to notice a write through a memory mapping or through another hard link in
-/// another folder, a file system mounted over a folder on the way, or what another machine does to
-/// a shared folder. Where a folder on the way may not be read, it may be replaced unnoticed.
+/// What is not promised: to notice a write through a memory mapping, through another hard link in
+/// another folder or one that bears the name of a temporary or lock file of this library, a file
+/// system mounted over a folder on the way, or what another machine does to a shared folder. Where
+/// a folder on the way may not be read, it may be replaced unnoticed.
 class QRV_EXPORT NSFilePresenter {
   public:
     NSFilePresenter() = default;

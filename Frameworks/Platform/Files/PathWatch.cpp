@@ -2,6 +2,7 @@
 #include "Platform/Files/PathWatch.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "Platform/Files/FilePaths.h"
@@ -43,6 +44,13 @@ Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
     return attempt;
 }
 
+/// The names beside the file that come and go with every save.
+bool isOfSaving(std::string_view name, std::string_view fileName) {
+    if (!name.starts_with('.') || !name.substr(1).starts_with(fileName)) return false;
+    const std::string_view suffix = name.substr(1 + fileName.size());
+    return suffix == FilePaths::temporarySuffix || suffix == FilePaths::lockSuffix;
+}
+
 void releaseRoute(const Route& route, FolderWatch& folders) {
     for (const auto& step : route) folders.release(step.watch);
 }
@@ -73,7 +81,8 @@ PathWatch::Meaning PathWatch::meaningTo(const Step& step, const FolderWatch::Eve
     if (step.watch != event.watch) return Meaning::Nothing;
     if (event.kind == FolderWatch::Kind::FolderLost) return Meaning::Route;
     if (step.name == event.name) return step.isFile ? Meaning::File : Meaning::Route;
-    return step.isFile ? Meaning::Neighbour : Meaning::Nothing;
+    const bool isNeighbour = step.isFile && !isOfSaving(event.name, step.name);
+    return isNeighbour ? Meaning::Neighbour : Meaning::Nothing;
 }
 
 PathWatch::Meaning PathWatch::meaningOf(const FolderWatch::Event& event) const {

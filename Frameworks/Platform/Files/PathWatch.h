@@ -18,8 +18,9 @@ class PathWatch {
     void release(FolderWatch& folders);
 
     /// What an event means to the path, in rising order of weight. Neighbour: it is about something
-    /// else in the file's folder. File: about the file's own name. Route: the name may lead to
-    /// another file now; `arm` has to be called.
+    /// else in the file's folder, but not about the names that coordinated saving uses there. File:
+    /// about the file's own name. Route: the name may lead to another file now; `arm` has to be
+    /// called.
     enum class Meaning { Nothing, Neighbour, File, Route };
     [[nodiscard]] Meaning meaningOf(const FolderWatch::Event& event) const;
 

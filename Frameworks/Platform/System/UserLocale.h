@@ -13,4 +13,7 @@ std::string userTimeLocale();
 /// The pattern of the short time style, in the pattern language of Unicode (`HH:mm`, `h:mm a`). A
 /// locale is named as in the environment (`de_DE.UTF-8`, `sr_RS@latin`, `C`); one that is not known
 /// has the pattern of no language. ASCII: other characters are `?`. Empty when there is none.
+///
+/// The first call loads ICU, which knows the patterns. Where that fails there are none in this
+/// process, and the reason is logged once.
 std::string shortTimePattern(const std::string& locale);
