@@ -7,6 +7,8 @@
 // 3. A stored value answers, and is cached unless the cache is disabled.
 // 4. The default answers, and is cached likewise; where there is none, the null marker is.
 
+#include <atomic>
+
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -27,26 +29,52 @@ void cacheUnlessDisabled(const PropertyListValue& value, KeyPath keyPath) {
 
 }  // namespace
 
-NSDictionary QRVSettingsStorage() {
+namespace {
+
+struct StorageReading {
     NSDictionary root = nullptr;
+    bool failed = false;  ///< there is a file, and what it holds is not known
+};
+
+StorageReading readStorage() {
+    StorageReading reading;
     NSFileCoordinator coordinator;
     coordinator.coordinateReadingItemAtURL(
         QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
-        [&root](const std::string& url) {
+        [&reading](const std::string& url) {
             const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+            reading.failed = file.error && !file.isMissing();
             if (file.error) return;
-            root = NSPropertyListSerialization::propertyListWithData(file.bytes).value.dictionary();
+            reading.root =
+                NSPropertyListSerialization::propertyListWithData(file.bytes).value.dictionary();
         });
-    return root;
+    return reading;
+}
+
+std::atomic<bool> hasBegunWithoutTheFile = false;
+
+}  // namespace
+
+NSDictionary QRVSettingsStorage() {
+    return readStorage().root;
 }
 
 NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
     NSDictionary loaded = store.storageCache();
     if (!loaded.isNull()) return loaded;
-    NSDictionary read = QRVSettingsStorage();
-    store.setStorageCache(read.mutableCopy());
-    return read;
+    const StorageReading read = readStorage();
+    hasBegunWithoutTheFile = read.failed;
+    store.setStorageCache(read.root.mutableCopy());
+    return read.root;
+}
+
+bool storedTreeLacksTheFile() {
+    return hasBegunWithoutTheFile;
+}
+
+void storedTreeNeedNotHaveTheFile() {
+    hasBegunWithoutTheFile = false;
 }
 
 NSDictionary QRVSettingsStoredValues() {

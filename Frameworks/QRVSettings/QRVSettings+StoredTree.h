@@ -8,3 +8,9 @@
 /// The stored tree itself, of which QRVSettingsStoredValues is a copy; reads the file when this
 /// process has not yet. Not to be kept: the next write makes another one.
 NSDictionary storedTree();
+
+/// Whether the stored tree was begun without the file's settings, because the file was there and
+/// could not be read. Any thread.
+bool storedTreeLacksTheFile();
+/// From here on that does not matter: the file's bytes are kept.
+void storedTreeNeedNotHaveTheFile();

@@ -72,8 +72,19 @@ FileIdentity& lastSavedFile() {
     return identity;
 }
 
-// Whether the old file may be replaced: it is missing, empty or a settings file, or its bytes have
-// been kept beside it.
+bool isKept(const std::string& url, const char* reason) {
+    const KeptFile kept = keepAside(url);
+    if (kept.error) {
+        NSLog("Prefs file not saved, the one that %@ cannot be kept aside: %@, %@",
+              {reason, kept.error.message(), url});
+        return false;
+    }
+    NSLog("Prefs file %@, its bytes are kept: %@", {reason, kept.path});
+    return true;
+}
+
+// Whether the old file may be replaced: it is missing, empty or a settings file that this process
+// knows, or its bytes have been kept beside it.
 bool oldFileMayBeReplaced(const std::string& url) {
     if (identityOfFileAtPath(url) == lastSavedFile()) return true;
     const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
@@ -83,18 +94,14 @@ bool oldFileMayBeReplaced(const std::string& url) {
               {file.error.message(), url});
         return false;
     }
-    if (!file.error) {
-        if (file.bytes.empty()) return true;
-        const auto old = NSPropertyListSerialization::propertyListWithData(file.bytes);
-        if (old.value.isDictionary()) return true;
-    }
-    const KeptFile kept = keepAside(url);
-    if (kept.error) {
-        NSLog("Prefs file not saved, the damaged one cannot be kept aside: %@, %@",
-              {kept.error.message(), url});
-        return false;
-    }
-    NSLog("Prefs file was damaged, its bytes are kept: %@", {kept.path});
+    if (!file.error && file.bytes.empty()) return true;
+    const bool isSettings =
+        !file.error &&
+        NSPropertyListSerialization::propertyListWithData(file.bytes).value.isDictionary();
+    if (!isSettings) return isKept(url, "was damaged");
+    if (!storedTreeLacksTheFile()) return true;
+    if (!isKept(url, "could not be read before")) return false;
+    storedTreeNeedNotHaveTheFile();
     return true;
 }
 

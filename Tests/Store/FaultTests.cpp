@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+// A save that is cut off at each of its system calls, and one of which each call fails; and the
+// order of the calls, on which it depends what a crash of the system leaves.
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <span>
+
+#include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
+#include "Support/ChildProcess.h"
+#include "Support/StoreSupport.h"
+#include "Support/TracedProcess.h"
+
+using StoreSupport::fileTree;
+using StoreSupport::finishSaves;
+using TracedProcess::Call;
+
+namespace {
+
+std::filesystem::path folder() {
+    return std::filesystem::path(QRVSettingsLocation()).parent_path();
+}
+
+std::set<std::string> filesInFolder() {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder()))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+std::set<std::string> fileAndLock() {
+    const std::string name = std::filesystem::path(QRVSettingsLocation()).filename().string();
+    return {name, "." + name + ".lock"};
+}
+
+bool write(const char* keyPath, const PropertyListValue& value) {
+    QRVSettingsSetObjectForKeyPath(value, keyPath);
+    finishSaves();
+    return QRVSettingsObjectForKeyPath(keyPath) == value;
+}
+
+const NSDictionary before{{"Key", "old"}};
+const NSDictionary first{{"Key", "old"}, {"A", "first"}};
+const NSDictionary both{{"Key", "old"}, {"A", "first"}, {"B", "second"}};
+
+bool isOnPath(const Call& call, std::size_t argument) {
+    return call.textOf(argument).starts_with(folder().string());
+}
+
+/// A call of a save that the file system may refuse.
+bool mayFail(const Call& call) {
+    if (call.is({SYS_openat})) return isOnPath(call, 1);
+    if (call.is({SYS_rename, SYS_unlink, SYS_mkdir})) return isOnPath(call, 0);
+    if (call.is({SYS_write})) return call.arguments[2] > sizeof(std::uint64_t);  // no wake-up
+    return call.is({SYS_fsync, SYS_fdatasync, SYS_flock, SYS_fchmod, SYS_fchown, SYS_utimensat});
+}
+
+/// Nothing fails after this.
+void endOfFailures() {
+    syscall(SYS_getppid);
+}
+
+/// Answers how many calls there were that might have failed.
+int runWithFailureOf(int unlucky, int error, const std::function<bool()>& body) {
+    int count = 0;
+    bool isOver = false;
+    const int status = TracedProcess::run(body, [&](const Call& call) {
+        isOver = isOver || call.is({SYS_getppid});
+        return !isOver && mayFail(call) && count++ == unlucky ? error : TracedProcess::goesOn;
+    });
+    EXPECT_TRUE(TracedProcess::succeeded(status))
+        << "call " << unlucky << " fails with " << std::strerror(error);
+    return count;
+}
+
+bool writerGetsTheLock() {
+    ChildProcess process([] {
+        bool got = false;
+        NSFileCoordinator().coordinateWritingItemAtURL(
+            QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
+            [&got](const std::string&) { got = true; });
+        return got;
+    });
+    return process.succeeded();
+}
+
+/// What a system call does to the settings file; empty when nothing.
+std::string stepOf(const Call& call, std::uint64_t& newFile) {
+    if (call.is({SYS_openat}) && call.textOf(1).ends_with(".tmp")) return "create";
+    if (call.is({SYS_fchmod}) && newFile == 0) {
+        newFile = call.arguments[0];
+        return "set mode";
+    }
+    if (call.is({SYS_write}) && call.arguments[2] > sizeof(std::uint64_t)) return "write";
+    if (call.is({SYS_fdatasync}) && call.arguments[0] == newFile) return "sync bytes";
+    if (call.is({SYS_rename})) return "rename";
+    if (call.is({SYS_fsync})) return "sync folder";
+    return {};
+}
+
+/// A disk that loses whatever is not synced: a rename may have happened without the bytes before
+/// it.
+bool isWholeAfterACrash(std::span<const std::string> steps) {
+    const auto has = [steps](const char* step) {
+        return std::find(steps.begin(), steps.end(), step) != steps.end();
+    };
+    return !has("rename") || has("sync bytes");
+}
+
+}  // namespace
+
+TEST(Faults, ASaveThatIsKilledAtAnySystemCallLeavesAWholeFile) {
+    int killed = 0;
+    for (int last = 0;; ++last) {
+        StoreSupport::writeSettings(before);
+        int calls = 0;
+        const int status = TracedProcess::run([] { return write("A", "first"); },
+                                              [&](const Call&) {
+                                                  return calls++ == last ? TracedProcess::kills
+                                                                         : TracedProcess::goesOn;
+                                              });
+        if (TracedProcess::succeeded(status)) break;
+        ++killed;
+        const NSDictionary left = fileTree();
+        ASSERT_TRUE(left == before || left == first) << "killed at call " << last << ": " << left;
+        ChildProcess next([] { return write("A", "first") && write("B", "second"); });
+        ASSERT_TRUE(next.succeeded()) << "after a kill at call " << last;
+        ASSERT_EQ(fileTree(), both);
+        ASSERT_EQ(filesInFolder(), fileAndLock());
+    }
+    EXPECT_GT(killed, 20);
+}
+
+TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
+    for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EDQUOT}) {
+        int unlucky = 0;
+        for (bool hasFailed = true; hasFailed; ++unlucky) {
+            StoreSupport::writeSettings(before);
+            const int calls = runWithFailureOf(unlucky, error, [] {
+                const bool isKept = write("A", "first");
+                endOfFailures();
+                const NSDictionary left = fileTree();
+                const bool isWhole =
+                    left == before || left == first || left == NSDictionary{{"A", "first"}};
+                return isKept && isWhole && write("B", "second");
+            });
+            hasFailed = calls > unlucky;
+            const NSDictionary left = fileTree();
+            ASSERT_EQ(left.objectForKey("A"), "first") << unlucky << " " << std::strerror(error);
+            ASSERT_EQ(left.objectForKey("B"), "second") << unlucky << " " << std::strerror(error);
+            ASSERT_TRUE(writerGetsTheLock());
+            if (left == both) {
+                ASSERT_EQ(filesInFolder(), fileAndLock()) << unlucky << " " << std::strerror(error);
+                continue;
+            }
+            // The file could not be read, and was not known when it was replaced.
+            const std::string kept = QRVSettingsLocation() + ".damaged-1";
+            ASSERT_EQ(
+                NSPropertyListSerialization::propertyListWithData(StoreSupport::contentsOf(kept))
+                    .value.dictionary(),
+                before)
+                << unlucky << " " << std::strerror(error);
+            std::filesystem::remove(kept);
+        }
+        EXPECT_GT(unlucky, 15);
+    }
+}
+
+TEST(Faults, ASystemThatCrashesAtAnyMomentOfASaveLeavesAWholeFile) {
+    StoreSupport::writeSettings(before);
+    ASSERT_TRUE(writerGetsTheLock());  // whose file is there from now on
+    std::vector<std::string> steps;
+    std::uint64_t newFile = 0;
+    const int status =
+        TracedProcess::run([] { return write("A", "first"); },
+                           [&](const Call& call) {
+                               if (const std::string step = stepOf(call, newFile); !step.empty())
+                                   steps.push_back(step);
+                               return TracedProcess::goesOn;
+                           });
+    EXPECT_TRUE(TracedProcess::succeeded(status));
+    const std::vector<std::string> inOrder{"create",     "set mode", "write",
+                                           "sync bytes", "rename",   "sync folder"};
+    ASSERT_EQ(steps, inOrder);
+    for (std::size_t done = 0; done <= steps.size(); ++done)
+        EXPECT_TRUE(isWholeAfterACrash(std::span(steps).first(done))) << "after " << done;
+}
