@@ -48,6 +48,19 @@ class TextBuilder {
         if (pieces_.size() - gathered_ < largestRoom) flush();
         gathered_ = static_cast<std::size_t>(fill(pieces_.data() + gathered_) - pieces_.data());
     }
+    /// Appends what `characters` begin with, as far as `isWanted` and `largestRoom` go; answers how
+    /// many they were.
+    template <typename IsWanted>
+    std::size_t appendWhile(std::string_view characters, const IsWanted& isWanted) {
+        if (pieces_.size() - gathered_ < largestRoom) flush();
+        const std::size_t most = std::min(characters.size(), largestRoom);
+        char* const place = pieces_.data() + gathered_;
+        std::size_t count = 0;
+        for (; count < most && isWanted(characters[count]); ++count)
+            place[count] = characters[count];
+        gathered_ += count;
+        return count;
+    }
     [[nodiscard]] std::string take() {
         flush();
         return std::move(text_);

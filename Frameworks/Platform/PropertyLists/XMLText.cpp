@@ -142,8 +142,10 @@ void checkXMLDeclaration(std::string_view text) {
 }
 
 bool appendXMLText(TextBuilder& text, std::string_view characters) {
-    std::size_t position = 0;
-    std::size_t copied = 0;
+    // Most text is short and plain, and done with this.
+    std::size_t position = text.appendWhile(
+        characters, [](char character) { return treatmentOf(character) == Treatment::Copy; });
+    std::size_t copied = position;
     const auto copyUntilHere = [&] { text.append(characters.substr(copied, position - copied)); };
     while (position < characters.size()) {
         const Treatment treatment = treatmentOf(characters[position]);
@@ -164,7 +166,7 @@ bool appendXMLText(TextBuilder& text, std::string_view characters) {
             position += length;
         }
     }
-    copyUntilHere();
+    if (copied != position) copyUntilHere();
     return true;
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,11 +40,13 @@ struct Entry {
 
 std::uint64_t beginningOf(std::string_view key) {
     std::uint64_t beginning = 0;
-    const std::size_t size = std::min(key.size(), sizeof beginning);
-    for (std::size_t index = 0; index < size; ++index) {
-        beginning = beginning << 8U | static_cast<unsigned char>(key[index]);
+    if (key.size() >= sizeof beginning) {
+        std::memcpy(&beginning, key.data(), sizeof beginning);
+        return std::endian::native == std::endian::big ? beginning : __builtin_bswap64(beginning);
     }
-    return size == 0 ? 0 : beginning << (sizeof beginning - size) * 8;
+    for (const char character : key)
+        beginning = beginning << 8U | static_cast<unsigned char>(character);
+    return key.empty() ? 0 : beginning << (sizeof beginning - key.size()) * 8;
 }
 
 bool isBefore(const Entry& left, const Entry& right) {

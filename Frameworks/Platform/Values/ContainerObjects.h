@@ -89,8 +89,8 @@ class DictionaryContents final : public DictionaryObject {
     /// The place of the key among the entries.
     [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
     /// The value under the key, and null where there is none.
-    [[nodiscard]] const PropertyListValue* find(std::string_view key,
-                                                std::uint32_t hash) const noexcept {
+    [[nodiscard, gnu::always_inline]] inline const PropertyListValue* find(
+        std::string_view key, std::uint32_t hash) const noexcept {
         const std::size_t index = indexOf(key, hash);
         return index == notFound ? nullptr : &entries()[index].value;
     }
@@ -134,8 +134,8 @@ class DictionaryContents final : public DictionaryObject {
     const std::uint32_t capacity_;
 };
 
-inline std::size_t DictionaryContents::indexOf(std::string_view key,
-                                               std::uint32_t hash) const noexcept {
+[[gnu::always_inline]] inline std::size_t DictionaryContents::indexOf(
+    std::string_view key, std::uint32_t hash) const noexcept {
     const std::uint32_t mask = slotMask();
     const std::uint32_t* const index = slots();
     const Entry* const first = entries().data();

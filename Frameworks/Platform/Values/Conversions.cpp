@@ -184,10 +184,8 @@ std::int64_t realCutToInteger(double real) noexcept {
 
 }  // namespace
 
-bool PropertyListValue::boolValue() const noexcept {
+bool PropertyListValue::boolValueOfAnotherKind() const noexcept {
     switch (kind_) {
-        case Kind::Boolean:
-            return payload_.boolean;
         case Kind::Integer:
             return payload_.integer != 0;
         case Kind::Real:

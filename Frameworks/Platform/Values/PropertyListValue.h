@@ -377,7 +377,9 @@ class QRV_EXPORT PropertyListValue {
 
     /// A number is true when it is not 0; a string when, after white space, a sign and zeros, it
     /// begins with Y, y, T, t or a digit from 1 to 9.
-    [[nodiscard]] bool boolValue() const noexcept;
+    [[nodiscard]] bool boolValue() const noexcept {
+        return isBoolean() ? payload_.boolean : boolValueOfAnotherKind();
+    }
     /// Reals are cut towards 0, a string gives the decimal integer that it begins with; what is out
     /// of range gives the nearest end of the range, a NaN 0.
     [[nodiscard]] std::int64_t integerValue() const noexcept;
@@ -436,6 +438,7 @@ class QRV_EXPORT PropertyListValue {
     };
     friend bool scalarsEqual(const PropertyListValue& left,
                              const PropertyListValue& right) noexcept;
+    [[nodiscard]] bool boolValueOfAnotherKind() const noexcept;
 
     Kind kind_ = Kind::Null;
     bool isBeyondSigned_ = false;
