@@ -109,7 +109,7 @@ class TreeDecoder {
             const std::string name = key();
             entries.setObjectForKey(value(levels - 1), name);
         }
-        const NSDictionary result = head % 2 == 0 ? entries.copy() : NSDictionary(entries);
+        NSDictionary result = head % 2 == 0 ? entries.copy() : NSDictionary(entries);
         parts_.push_back({result, 1 + values_ - before});
         return result;
     }
