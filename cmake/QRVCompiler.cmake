@@ -8,6 +8,10 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYP
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
 endif()
 
+if(QRV_FUZZERS AND (NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang" OR QRV_SANITIZER))
+  message(FATAL_ERROR "QRV_FUZZERS needs clang, and brings its own sanitizers")
+endif()
+
 function(qrv_compile target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
@@ -20,17 +24,16 @@ function(qrv_compile target)
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG -D_GLIBCXX_ASSERTIONS
       $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
   endif()
-  if(QRV_SANITIZER STREQUAL "address")
+  set(flags "")
+  if(QRV_SANITIZER STREQUAL "address" OR QRV_FUZZERS)
     set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   elseif(QRV_SANITIZER STREQUAL "thread")
     set(flags -fsanitize=thread -fno-omit-frame-pointer)
   elseif(QRV_SANITIZER)
     message(FATAL_ERROR "QRV_SANITIZER is \"${QRV_SANITIZER}\"; it takes address or thread")
   endif()
-  if(QRV_SANITIZER)
-    target_compile_options(${target} PRIVATE ${flags})
-    target_link_options(${target} PRIVATE ${flags})
-  endif()
+  target_compile_options(${target} PRIVATE ${flags} $<$<BOOL:${QRV_FUZZERS}>:-fsanitize=fuzzer-no-link>)
+  target_link_options(${target} PRIVATE ${flags})
 endfunction()
 
 # What is shipped is also protected against what hostile input could do with a fault of ours. Sanitizers

@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 # Folders that hold no work of ours, or that hold what their parent's row already tells.
-LEFT_OUT = {".git", "build", ".cache"}
+LEFT_OUT = {".git", "build", ".cache", "corpus", "findings"}
 
 
 def folders():

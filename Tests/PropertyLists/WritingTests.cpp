@@ -150,6 +150,8 @@ TEST(Writing, WhatNoPropertyListHoldsIsRefusedWithItsKeyPath) {
               "a string is not valid UTF-8, key path a");
     EXPECT_EQ(writeRefusal(NSDictionary{{"a", NSDictionary{{"\u00e9\xC3", 1}}}}),
               "a key is not valid UTF-8, key path a.\u00e9\\xC3");
+    EXPECT_EQ(writeRefusal(NSDictionary{{"a\nb\t", NSNull{}}}),
+              "the null marker cannot be stored, key path a\\x0Ab\\x09");
     const auto error = NSPropertyListSerialization::dataWithPropertyList(NSArray{NSNull{}}).error;
     ASSERT_TRUE(error);
     EXPECT_EQ(error->keyPath, "[0]");

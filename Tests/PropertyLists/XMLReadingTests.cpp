@@ -99,6 +99,11 @@ TEST(XMLReading, EntitiesAndReferencesAreResolved) {
     EXPECT_TRUE(sameTree(element("<string>&amp;lt;</string>"), "&lt;"));
 }
 
+TEST(XMLReading, RefusalsAreOneLineWhateverTheyQuote) {
+    EXPECT_EQ(elementRefusal("<string>&a\nb\x7F;</string>"),
+              "unknown entity &a\\x0Ab\\x7F;, line 1, column 30");
+}
+
 TEST(XMLReading, UnknownEntitiesAreRefused) {
     EXPECT_EQ(elementRefusal("<string>&nbsp;</string>"),
               "unknown entity &nbsp;, line 1, column 30");

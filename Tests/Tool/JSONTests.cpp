@@ -152,6 +152,14 @@ TEST(JSON, DatesKeepTheirFractions) {
     EXPECT_EQ(valueFromJSON(R"({"$date":"2001-01-01T00:00:00.25Z"})").date(), NSDate(0.25));
 }
 
+TEST(JSON, DatesKeepFractionsOfManyDigits) {
+    EXPECT_EQ(jsonText(NSDate(1e-20)), R"({"$date":"2001-01-01T00:00:00.00000000000000000001Z"})");
+    EXPECT_EQ(jsonText(NSDate(-0.05)), R"({"$date":"2000-12-31T23:59:59.95Z"})")
+        << "nearest, where no fraction reads back";
+    for (const double seconds : {1e-20, 0.012345678901234568, 5e-324})
+        EXPECT_EQ(valueFromJSON(jsonText(NSDate(seconds))).date(), NSDate(seconds)) << seconds;
+}
+
 TEST(JSON, DatesBeyondTheCalendarAreSeconds) {
     const double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(jsonText(NSDate(1e20)), R"({"$date":1e+20})");

@@ -91,15 +91,17 @@ std::string fractionText(double seconds, double wholeSeconds) {
     constexpr int mostDigits = 17;
     const double fraction = seconds - wholeSeconds;
     if (fraction <= 0) return {};
-    std::array<char, 32> buffer{};
-    std::string text;
+    std::array<char, 512> buffer{};
     for (int digits = 1; digits <= mostDigits; ++digits) {
         const auto end =
             std::to_chars(buffer.begin(), buffer.end(), fraction, std::chars_format::fixed, digits);
-        text.assign(buffer.begin(), end.ptr);
-        if (wholeSeconds + converted<double>(text).value_or(0) == seconds) break;
+        const std::string text(buffer.begin(), end.ptr);
+        if (wholeSeconds + converted<double>(text).value_or(0) == seconds) return text.substr(1);
     }
-    return text.substr(1);
+    // Within a second of the reference date a double tells more than any number of digits here.
+    const auto end =
+        std::to_chars(buffer.begin(), buffer.end(), fraction, std::chars_format::fixed);
+    return {buffer.begin() + 1, end.ptr};
 }
 
 constexpr std::string_view base64Digits =

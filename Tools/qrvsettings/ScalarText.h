@@ -28,8 +28,8 @@ std::string nameOfReal(double value);
 
 /// `YYYY-MM-DDTHH:MM:SSZ`, with or without a fraction of seconds; a day and time that exist.
 std::optional<NSDate> dateFromText(std::string_view text);
-/// The same form, the fraction in the fewest digits that read back; empty outside the years 0000 to
-/// 9999.
+/// The same form, the fraction in the fewest digits that read back, or nearest where none do: some
+/// instants of the second before 2001. Empty outside the years 0000 to 9999.
 std::string dateText(NSDate date);
 
 /// Base64, with white space anywhere; the decoded bytes.

@@ -84,19 +84,33 @@ PropertyListReadResult readText(std::string_view bytes) {
     }
 }
 
+// Messages and key paths quote what stands in files: control characters are shown as \xNN.
+std::string onOneLine(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string line;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < ' ' || byte == 0x7F)
+            line += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+        else
+            line += character;
+    }
+    return line;
+}
+
 }  // namespace
 
 std::string PropertyListError::description() const {
+    const std::string what = onOneLine(message);
     switch (place) {
         case Place::Byte:
-            return message + ", byte " + std::to_string(offset);
+            return what + ", byte " + std::to_string(offset);
         case Place::LineAndColumn:
-            return message + ", line " + std::to_string(line) + ", column " +
-                   std::to_string(column);
+            return what + ", line " + std::to_string(line) + ", column " + std::to_string(column);
         case Place::KeyPath:
             break;
     }
-    return message + (keyPath.empty() ? ", at the root" : ", key path " + keyPath);
+    return what + (keyPath.empty() ? ", at the root" : ", key path " + onOneLine(keyPath));
 }
 
 PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::string_view bytes) {

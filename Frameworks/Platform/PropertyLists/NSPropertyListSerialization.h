@@ -37,7 +37,8 @@ struct QRV_EXPORT PropertyListError {
     /// Keys joined by ".", array elements as "[index]": `Menu.Items[2].Name`. Empty for the root.
     std::string keyPath;
 
-    /// One line for people: `unknown element <foo>, line 3, column 5`.
+    /// One line for people: `unknown element <foo>, line 3, column 5`. Control characters of what
+    /// is quoted are shown as `\x0A`.
     [[nodiscard]] std::string description() const;
 };
 

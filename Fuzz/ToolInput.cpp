@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// What people and scripts write for the tool, lines of changes, JSON, key paths and single values,
+// is read or refused with a reason, and what the tool prints of it is read as the same again.
+
+#include <array>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ChangeList.h"
+#include "Failure.h"
+#include "Fuzzing.h"
+#include "JSON.h"
+#include "KeyPaths.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "SettingLines.h"
+#include "ValueText.h"
+
+using Fuzzing::isSameTree;
+using Fuzzing::require;
+
+namespace {
+
+/// False when it is refused, as it should be refused.
+bool isRead(std::string_view text, std::string_view beginning, const std::function<void()>& read) {
+    try {
+        read();
+        return true;
+    } catch (const Tool::Failure& failure) {
+        const std::string_view why = failure.what();
+        require(failure.code() == Tool::ExitCode::WrongValue, "input is refused as such", text);
+        require(why.size() > beginning.size() && why.starts_with(beginning), "a refusal says what",
+                why, text);
+        return false;
+    }
+}
+
+bool isStorable(const PropertyListValue& value) {
+    return !NSPropertyListSerialization::dataWithPropertyList(value).error;
+}
+
+bool hasControls(std::string_view text) {
+    for (const char character : text)
+        if (static_cast<unsigned char>(character) < ' ' || character == '\x7f') return true;
+    return false;
+}
+
+/// What the text of a date can tell: in the second before 2001 a double can tell more than the
+/// whole second and a fraction do.
+NSDate asInText(NSDate date) {
+    const double seconds = date.timeIntervalSinceReferenceDate();
+    return seconds > -1 && seconds < 0 ? NSDate(-1 + (seconds + 1)) : date;
+}
+
+void requireJSONIsReadAgain(const PropertyListValue& value) {
+    const std::string text = Tool::jsonText(value);
+    require(!hasControls(text), "JSON is one line without control characters", text);
+    PropertyListValue again;
+    require(isRead(text, "", [&] { again = Tool::valueFromJSON(text); }), "JSON is read", text);
+    require(isSameTree(again, value, asInText), "JSON is read as the same value", text, value,
+            again);
+    require(Tool::jsonText(again) == text, "the same value is the same JSON", text);
+}
+
+void readJSON(std::string_view text) {
+    PropertyListValue value;
+    if (!isRead(text, "", [&] { value = Tool::valueFromJSON(text); })) return;
+    require(!value.isNull(), "there is a value", text);
+    requireJSONIsReadAgain(value);
+}
+
+void requireChangeIsReadAgain(const Tool::Change& change) {
+    const bool isRemoval = change.value.isNull();
+    std::string line = (isRemoval ? "unset " : "set ") + Tool::jsonText(change.keyPath);
+    if (!isRemoval) line += " " + Tool::jsonText(change.value);
+    std::vector<Tool::Change> again;
+    require(isRead(line, "", [&] { again = Tool::changesFromText(line, "line"); }),
+            "a change is read again", line);
+    require(again.size() == 1 && again[0].keyPath == change.keyPath &&
+                isSameTree(again[0].value, change.value, asInText),
+            "a change is read as the same", line);
+}
+
+void readLines(std::string_view text) {
+    std::vector<Tool::Change> changes;
+    if (!isRead(text, "input:", [&] { changes = Tool::changesFromText(text, "input"); })) return;
+    std::size_t line = 0;
+    for (const Tool::Change& change : changes) {
+        require(change.line > line, "lines come in order", text);
+        line = change.line;
+        require(change.value.isNull() || isStorable(change.value), "values can be stored", text);
+        requireChangeIsReadAgain(change);
+        const std::string printed = Tool::settingLine(change.keyPath, change.value);
+        require(printed.ends_with('\n') && printed.find('\n') == printed.size() - 1 &&
+                    printed.find('\t') != std::string::npos,
+                "a setting is one line", printed);
+    }
+}
+
+void readKeyPath(std::string_view keyPath) {
+    if (!isStorable(keyPath)) return;  // not UTF-8
+    const std::string text = Tool::keyPathText(keyPath);
+    require(!hasControls(text), "a key path is one line", text);
+    if (keyPath.empty() || text.find(' ') != std::string::npos) return;
+    std::vector<Tool::Change> changes;
+    const std::string line = "unset " + text;
+    require(isRead(line, "", [&] { changes = Tool::changesFromText(line, "line"); }),
+            "a key path that was printed is read", line);
+    require(changes.size() == 1 && changes[0].keyPath == keyPath,
+            "a key path that was printed is read as the same", line);
+}
+
+void readText(std::string_view bytes) {
+    constexpr std::array types{"", "bool", "int", "real", "string", "date", "data", "json"};
+    Fuzzing::Input input(bytes);
+    const std::string type = types[input.number(types.size())];
+    const std::string text(input.rest());
+    PropertyListValue value;
+    if (!isRead(text, "", [&] { value = Tool::valueFromText(text, type); })) return;
+    require(!value.isNull(), "there is a value", text);
+    requireJSONIsReadAgain(value);
+    if (type.empty() || type == "json") return;
+    const std::string bare = Tool::bareText(value);
+    PropertyListValue again;
+    require(isRead(bare, "", [&] { again = Tool::valueFromText(bare, type); }),
+            "what is printed bare is read", type, bare);
+    require(isSameTree(again, value), "what is printed bare is read as the same", type, bare, text);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::array languages{readLines, readJSON, readKeyPath, readText};
+    Fuzzing::silenceLogs();
+    Fuzzing::Input input(Fuzzing::textOf(data, size));
+    const auto read = languages[input.number(languages.size())];
+    read(input.rest());
+    return 0;
+}
