@@ -5,9 +5,9 @@
 
 #include "Platform/Dispatch/ThreadAffinity.h"
 
-/// Asked by every function that belongs to the host's thread; in a build with assertions the process
-/// ends when it is another one. There, what was read from a layer could enter the cache after it has
-/// changed.
+/// Asked by every function that belongs to the host's thread; in a build with assertions the
+/// process ends when it is another one. There, what was read from a layer could enter the cache
+/// after it has changed.
 #ifdef NDEBUG
 inline void requireHostThread() noexcept {}
 #else
