@@ -22,7 +22,8 @@ import table
 
 SIZES = (100, 1000, 10000)
 # The participants in the order in which they take turns; a program that was not built stays out.
-PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "libplist")
+PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "libplist",
+                "gnustep")
 PROGRAM_OF = {"dconf": "gsettings"}
 LOST_IN_A_ROW = 5
 

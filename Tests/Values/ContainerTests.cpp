@@ -160,6 +160,11 @@ TEST(Containers, KeysMayHoldAnyCharacter) {
     EXPECT_EQ(dictionary.objectForKey("\xC3\xA4.b"), 4);
 }
 
+TEST(Containers, TextOfMoreThanFourGiBIsRefusedBeforeItIsRead) {
+    const std::string_view tooLong("x", std::size_t{5} << 30U);
+    EXPECT_THROW(PropertyListValue{tooLong}, std::length_error);
+}
+
 TEST(Containers, ADictionaryBehavesLikeAMap) {
     const auto holds = rc::check("same entries after the same changes", [] {
         std::map<std::string, int> model;

@@ -65,6 +65,12 @@ void destroyNested(Object* object) noexcept {
     waitingForDestruction = nullptr;
 }
 
+std::uint32_t lengthOrThrow(std::string_view text) {
+    if (text.size() > std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("a string of more than 4 GiB");
+    return static_cast<std::uint32_t>(text.size());
+}
+
 }  // namespace
 
 HashSeed makeHashSeed() {
@@ -86,13 +92,16 @@ void release(Object* object) noexcept {
     }
 }
 
+Reference<StringObject> StringObject::make(std::string_view text) {
+    lengthOrThrow(text);  // before all of it is read
+    return make(text, hashOf(text));
+}
+
 Reference<StringObject> StringObject::make(std::string_view text, std::uint32_t hashOfText) {
-    if (text.size() > std::numeric_limits<std::uint32_t>::max())
-        throw std::length_error("a string of more than 4 GiB");
-    auto* memory = static_cast<char*>(::operator new(sizeof(StringObject) + text.size()));
-    if (!text.empty()) std::memcpy(memory + sizeof(StringObject), text.data(), text.size());
-    return Reference(new (memory)
-                         StringObject(hashOfText, static_cast<std::uint32_t>(text.size())));
+    const std::uint32_t length = lengthOrThrow(text);
+    auto* memory = static_cast<char*>(::operator new(sizeof(StringObject) + length));
+    if (length != 0) std::memcpy(memory + sizeof(StringObject), text.data(), length);
+    return Reference(new (memory) StringObject(hashOfText, length));
 }
 
 }  // namespace ValueObjects

@@ -38,7 +38,7 @@ struct StringObject : Object {
     const std::uint32_t length;
 
     /// Throws std::length_error beyond 4 GiB.
-    static Reference<StringObject> make(std::string_view text) { return make(text, hashOf(text)); }
+    static Reference<StringObject> make(std::string_view text);
     static Reference<StringObject> make(std::string_view text, std::uint32_t hashOfText);
     [[nodiscard]] std::string_view view() const noexcept {
         return {reinterpret_cast<const char*>(this + 1), length};
