@@ -24,7 +24,7 @@ constexpr std::size_t processes = 8;
 int killsWanted() {
     constexpr int aFew = 40;
     const char* const text = std::getenv("QRV_FLOOD_KILLS");
-    return text == nullptr ? aFew : std::atoi(text);
+    return text == nullptr ? aFew : std::stoi(text);
 }
 
 std::size_t openDescriptors() {

@@ -118,7 +118,7 @@ inline int run(const std::function<bool()>& body, Judge judge) {
     if (child < 0) throw std::runtime_error("no child");
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(2);
-        raise(SIGSTOP);
+        if (raise(SIGSTOP) != 0) _exit(2);
         _exit(body() ? 0 : 1);
     }
     return Tracer(child, std::move(judge)).run();
