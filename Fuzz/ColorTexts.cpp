@@ -118,10 +118,11 @@ void requireWrittenIsRead(const NSColor& color) {
             QRVSettingsStoredObjectForKeyPath(keyPath), shown(expected));
 }
 
+/// A NaN is not.
 bool isWithinFloats(const NSColor& color) {
     for (const double component :
          {color.redComponent, color.greenComponent, color.blueComponent, color.alphaComponent})
-        if (std::abs(component) > FLT_MAX) return false;
+        if (!(std::abs(component) <= FLT_MAX)) return false;
     return true;
 }
 

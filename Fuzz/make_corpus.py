@@ -429,6 +429,8 @@ def operations():
     yield "without-cache", MANY_FILE_OPERATIONS + defaults + b"".join(
         [bytes([15, 1]), get(ab), set_value(ab, integer(2)), get(ab), REOPEN, get(ab),
          get_in_profile(ab)])
+    yield "missing-twice", NO_FILE_OPERATIONS + defaults + b"".join(
+        [get(where("D", "A")), get(where("D", "A")), get_in_profile(where("D")), get_in_profile(where("D"))])
     yield "null-key-path", NO_FILE_OPERATIONS + defaults + bytes([2, 0, 16, 0, 1]) + TRUE + bytes([0, 4, 0])
     yield "level-changed-in-place", NO_FILE_OPERATIONS + defaults + b"".join(
         [set_value(where("D", "A"), TRUE), get(where("D")), set_value(where("D", "B"), FALSE),
