@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
-#include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,13 +32,17 @@ struct Call {
 
     /// The text that an argument points to; empty when it is none.
     [[nodiscard]] std::string textOf(std::size_t argument) const {
-        std::array<char, 512> bytes{};
-        const iovec here{bytes.data(), bytes.size() - 1};
-        // The end of the memory may be near: page by page.
-        const std::uint64_t start = arguments.at(argument);
-        const iovec there{reinterpret_cast<void*>(start),
-                          std::min<std::size_t>(here.iov_len, 4096 - start % 4096)};
-        return process_vm_readv(thread, &here, 1, &there, 1, 0) > 0 ? bytes.data() : "";
+        std::string text;
+        for (std::uint64_t address = arguments.at(argument);; address += sizeof(long)) {
+            errno = 0;
+            const long word = ptrace(PTRACE_PEEKDATA, thread, address, nullptr);
+            if (errno != 0) return text;
+            std::array<char, sizeof word> characters{};
+            std::memcpy(characters.data(), &word, sizeof word);
+            const auto end = std::find(characters.begin(), characters.end(), '\0');
+            text.append(characters.begin(), end);
+            if (end != characters.end()) return text;
+        }
     }
     [[nodiscard]] bool is(std::initializer_list<long> numbers) const {
         return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
@@ -122,6 +125,14 @@ inline int run(const std::function<bool()>& body, Judge judge) {
         _exit(body() ? 0 : 1);
     }
     return Tracer(child, std::move(judge)).run();
+}
+
+/// A machine may let nobody trace a process.
+inline bool isAllowed() {
+    const pid_t child = fork();
+    if (child == 0) _exit(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 ? 0 : 1);
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 inline bool succeeded(int status) {
