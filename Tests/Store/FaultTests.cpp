@@ -141,10 +141,12 @@ TEST(Faults, ASaveThatIsKilledAtAnySystemCallLeavesAWholeFile) {
         ASSERT_EQ(filesInFolder(), fileAndLock());
     }
     EXPECT_GT(killed, 20);
+    RecordProperty("Kills", killed);
 }
 
 TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
     if (!TracedProcess::isAllowed()) GTEST_SKIP() << "processes must not be traced here";
+    int failures = 0;
     for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EDQUOT}) {
         int unlucky = 0;
         for (bool hasFailed = true; hasFailed; ++unlucky) {
@@ -176,7 +178,9 @@ TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
             std::filesystem::remove(kept);
         }
         EXPECT_GT(unlucky, 15);
+        failures += unlucky - 1;
     }
+    RecordProperty("FailedCalls", failures);
 }
 
 TEST(Faults, ASystemThatCrashesAtAnyMomentOfASaveLeavesAWholeFile) {
