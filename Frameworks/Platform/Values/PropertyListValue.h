@@ -13,7 +13,8 @@
 ///
 /// Dictionaries and arrays are objects with identity: copying a handle gives the same object,
 /// `copy()` and `mutableCopy()` give another one. Both copies are shallow (the values inside are
-/// the same objects) and take constant time: the entries are shared until one side changes.
+/// the same objects) and take constant time: the entries are shared until one side changes. Until
+/// then all immutable copies of a mutable object are one.
 ///
 /// Threads: a handle belongs to one thread at a time, like any C++ value. The object behind it may
 /// be used by several: an immutable object never changes, and a mutable one may be read (looked up,
