@@ -12,7 +12,8 @@
 /// Walks over the keys of two dictionaries as they were at the beginning, each key once. Where both
 /// hold their keys in the same order, as two readings of one file do, a key costs no search.
 ///
-///     for (DictionaryPairs pairs(before, after); pairs.next();) use(pairs.key(), pairs.before());
+///     for (DictionaryPairs pairs(before, after); pairs.next();)
+///         show(pairs.key(), pairs.valueBefore(), pairs.valueAfter());
 class DictionaryPairs {
   public:
     /// Both must be dictionaries, and live as long as this.
