@@ -22,7 +22,7 @@ function(qrv_compile target)
   if(QRV_DEVELOPER)
     target_compile_options(${target} PRIVATE
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG -D_GLIBCXX_ASSERTIONS
-      $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
+      "$<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier;-Wthread-safety>")
   endif()
   set(flags "")
   if(QRV_SANITIZER STREQUAL "address" OR QRV_FUZZERS)

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "Files/KernelLocks.h"
 #include "Files/TestFiles.h"
 #include "Platform/Files/FileLock.h"
@@ -50,6 +52,12 @@ class Holder {
 void increment(const std::string& path) {
     const std::string text = readPlainly(path);
     writePlainly(path, std::to_string(text.empty() ? 1 : std::stoi(text) + 1));
+}
+
+/// How long a stopped holder stays so: QRV_STOPPED_SECONDS, and without it only for a moment.
+std::chrono::seconds longStop() {
+    const char* const text = std::getenv("QRV_STOPPED_SECONDS");
+    return std::chrono::seconds(text == nullptr ? 0 : std::stoi(text));
 }
 
 std::string oneLetter(std::size_t round) {
@@ -134,6 +142,62 @@ TEST(CoordinationAmongProcesses, AKilledHolderFreesTheLock) {
     EXPECT_TRUE(write([](const std::string&) {}));
 }
 
+TEST(CoordinationAmongProcesses, AChildThatAKilledHolderHasForkedDoesNotKeepTheLock) {
+    const Gate childLives;
+    const Gate end;
+    ChildProcess holder([&] {
+        return write([&](const std::string&) {
+            if (fork() == 0) {
+                childLives.open();
+                static_cast<void>(end.wait());
+                _exit(0);
+            }
+            pause();
+        });
+    });
+    ASSERT_TRUE(childLives.wait());
+    holder.send(SIGKILL);
+    ASSERT_TRUE(holder.diedOf(SIGKILL));
+    EXPECT_TRUE(FileLock::shared(".file.lock").isHeld());
+    EXPECT_TRUE(write([](const std::string&) {}));
+    end.open();
+}
+
+TEST(CoordinationAmongProcesses, AProgramThatAKilledHolderHasStartedDoesNotKeepTheLock) {
+    const Gate programRuns;
+    const Gate end;
+    ChildProcess holder([&] {
+        return write([&](const std::string&) {
+            if (fork() == 0) {
+                execl("/bin/sh", "sh", "-c", "echo > $0; head -c1 < $1",
+                      programRuns.pathToOpen().c_str(), end.pathToWait().c_str(), nullptr);
+                _exit(1);
+            }
+            pause();
+        });
+    });
+    ASSERT_TRUE(programRuns.wait());
+    holder.send(SIGKILL);
+    ASSERT_TRUE(holder.diedOf(SIGKILL));
+    EXPECT_TRUE(FileLock::shared(".file.lock").isHeld());
+    EXPECT_TRUE(write([](const std::string&) {}));
+    end.open();
+}
+
+TEST(CoordinationAmongProcesses, AForkedChildThatLeavesTheAccessLeavesItsParentTheLock) {
+    pid_t child = -1;
+    bool isStillHeld = false;
+    write([&](const std::string&) {
+        child = fork();
+        if (child == 0) return;
+        waitpid(child, nullptr, 0);
+        isStillHeld = isHeldBySomeone(".file.lock");
+    });
+    if (child == 0) _exit(0);
+    EXPECT_TRUE(isStillHeld);
+    EXPECT_FALSE(isHeldBySomeone(".file.lock"));
+}
+
 TEST(CoordinationAmongProcesses, BehindAStoppedHolderAReaderReadsAndAWriterWaits) {
     replaceFile("file", "whole");
     Holder holder;
@@ -148,6 +212,7 @@ TEST(CoordinationAmongProcesses, BehindAStoppedHolderAReaderReadsAndAWriterWaits
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     EXPECT_EQ(seen, "whole");
 
+    std::this_thread::sleep_for(longStop());
     holder.release();
     EXPECT_TRUE(isWaitingForALock(writer.pid()));
     EXPECT_FALSE(writer.hasEnded());

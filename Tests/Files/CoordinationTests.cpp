@@ -46,13 +46,6 @@ Access writeAt(const std::string& path) {
     return access;
 }
 
-bool isHeldBySomeone(const std::string& lockPath) {
-    FileLock lock;
-    ChildProcess other([&] { return !FileLock::acquireExclusive(lockPath, lock); });
-    return waitUntil([&] { return other.hasEnded() || isWaitingForALock(other.pid()); }) &&
-           !other.hasEnded();
-}
-
 }  // namespace
 
 TEST(Coordination, OptionsHaveThePlatformsNumbers) {

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <functional>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 constexpr std::chrono::seconds testDeadline(20);
@@ -45,6 +46,15 @@ class Gate {
     [[nodiscard]] bool isOpen() const { return pollFor(std::chrono::milliseconds(0)); }
     /// False when it stays shut until the deadline.
     [[nodiscard]] bool wait() const { return pollFor(testDeadline); }
+
+    /// Paths by which a program that this process starts opens the gate, by writing, and waits at
+    /// it, by reading one byte.
+    [[nodiscard]] std::string pathToOpen() const {
+        return "/proc/self/fd/" + std::to_string(ends_[1]);
+    }
+    [[nodiscard]] std::string pathToWait() const {
+        return "/proc/self/fd/" + std::to_string(ends_[0]);
+    }
 
   private:
     [[nodiscard]] bool pollFor(std::chrono::milliseconds timeout) const {

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/MainQueueSignal.h"
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Dispatch/Threads.h"
 
 namespace {
@@ -32,26 +31,26 @@ struct DispatchMainQueue::State {
 
     State() = default;
     /// The state of a forked child.
-    explicit State(State& parent);
+    explicit State(State& parent) QRV_REQUIRES(parent.mutex);
 
     void add(std::function<void()> work);
     void addTimer(Clock::time_point time, std::function<void()> work);
-    void admit(std::function<void()> work);
+    void admit(std::function<void()> work) QRV_REQUIRES(mutex);
     std::uint64_t admitDueTimers();
     std::optional<std::function<void()>> takeItemBefore(std::uint64_t number);
-    [[nodiscard]] std::optional<Clock::time_point> nextTime() const;
-    [[nodiscard]] bool hasWorkAt(Clock::time_point time) const;
+    [[nodiscard]] std::optional<Clock::time_point> nextTime() const QRV_REQUIRES(mutex);
+    [[nodiscard]] bool hasWorkAt(Clock::time_point time) const QRV_REQUIRES(mutex);
     void requestStop();
     bool waitForWork(Clock::time_point deadline);
     bool waitForWorkOrStop();
-    void sleepUntil(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
+    void sleepUntil(MutexLock& lock, Clock::time_point deadline) QRV_REQUIRES(mutex);
 
-    std::mutex mutex;
+    Mutex mutex;
     std::condition_variable changed;
-    std::deque<Item> items;
-    std::multimap<Clock::time_point, std::function<void()>> timers;
-    std::uint64_t nextNumber = 0;
-    bool isStopRequested = false;
+    std::deque<Item> items QRV_GUARDED_BY(mutex);
+    std::multimap<Clock::time_point, std::function<void()>> timers QRV_GUARDED_BY(mutex);
+    std::uint64_t nextNumber QRV_GUARDED_BY(mutex) = 0;
+    bool isStopRequested QRV_GUARDED_BY(mutex) = false;
     MainQueueSignal signal;
     /// In a child: what the parent had pending. Kept, not destroyed: destroying it could act on
     /// what belongs to the parent.
@@ -60,7 +59,7 @@ struct DispatchMainQueue::State {
 
 void DispatchMainQueue::State::add(std::function<void()> work) {
     {
-        const std::lock_guard lock(mutex);
+        const LockGuard lock(mutex);
         admit(std::move(work));
     }
     // Without the mutex, which the main thread would wake only to wait for.
@@ -74,7 +73,7 @@ void DispatchMainQueue::State::admit(std::function<void()> work) {
 }
 
 void DispatchMainQueue::State::addTimer(Clock::time_point time, std::function<void()> work) {
-    const std::lock_guard lock(mutex);
+    const LockGuard lock(mutex);
     timers.emplace(time, std::move(work));
     signal.setTime(nextTime());
     changed.notify_all();
@@ -82,7 +81,7 @@ void DispatchMainQueue::State::addTimer(Clock::time_point time, std::function<vo
 
 /// Returns the number that the next item will have.
 std::uint64_t DispatchMainQueue::State::admitDueTimers() {
-    const std::lock_guard lock(mutex);
+    const LockGuard lock(mutex);
     const auto firstNotDue = timers.upper_bound(Clock::now());
     if (firstNotDue == timers.begin()) return nextNumber;
     for (auto timer = timers.begin(); timer != firstNotDue; timer = timers.erase(timer))
@@ -93,7 +92,7 @@ std::uint64_t DispatchMainQueue::State::admitDueTimers() {
 
 std::optional<std::function<void()>> DispatchMainQueue::State::takeItemBefore(
     std::uint64_t number) {
-    const std::lock_guard lock(mutex);
+    const LockGuard lock(mutex);
     if (items.empty() || items.front().number >= number) return std::nullopt;
     std::optional<std::function<void()>> work(std::move(items.front().work));
     items.pop_front();
@@ -111,13 +110,13 @@ bool DispatchMainQueue::State::hasWorkAt(Clock::time_point time) const {
 }
 
 void DispatchMainQueue::State::requestStop() {
-    const std::lock_guard lock(mutex);
+    const LockGuard lock(mutex);
     isStopRequested = true;
     changed.notify_all();
 }
 
 bool DispatchMainQueue::State::waitForWork(Clock::time_point deadline) {
-    std::unique_lock lock(mutex);
+    MutexLock lock(mutex);
     for (;;) {
         const Clock::time_point now = Clock::now();
         if (hasWorkAt(now)) return true;
@@ -128,7 +127,7 @@ bool DispatchMainQueue::State::waitForWork(Clock::time_point deadline) {
 
 /// False when it was a stop, which then counts as done.
 bool DispatchMainQueue::State::waitForWorkOrStop() {
-    std::unique_lock lock(mutex);
+    MutexLock lock(mutex);
     while (!isStopRequested) {
         if (hasWorkAt(Clock::now())) return true;
         sleepUntil(lock, Clock::time_point::max());
@@ -138,13 +137,12 @@ bool DispatchMainQueue::State::waitForWorkOrStop() {
 }
 
 /// May return early.
-void DispatchMainQueue::State::sleepUntil(std::unique_lock<std::mutex>& lock,
-                                          Clock::time_point deadline) {
+void DispatchMainQueue::State::sleepUntil(MutexLock& lock, Clock::time_point deadline) {
     const Clock::time_point wakeTime = std::min(deadline, nextTime().value_or(deadline));
     if (wakeTime == Clock::time_point::max())
-        changed.wait(lock);
+        lock.waitFor(changed);
     else
-        changed.wait_until(lock, wakeTime);
+        lock.waitFor(changed, wakeTime);
 }
 
 // Numbers go on, so that a drain that is under way across the fork keeps its end.
@@ -154,8 +152,9 @@ DispatchMainQueue::State::State(State& parent)
 }
 
 DispatchMainQueue::DispatchMainQueue() : state_(new State) {
-    Threads::observeForks([] { shared().state_->mutex.lock(); },
-                          [] { shared().state_->mutex.unlock(); }, startAnewInChild);
+    Threads::observeForks([]() QRV_NOT_CHECKED { shared().state_->mutex.lock(); },
+                          []() QRV_NOT_CHECKED { shared().state_->mutex.unlock(); },
+                          startAnewInChild);
 }
 
 DispatchMainQueue& DispatchMainQueue::shared() {
@@ -163,7 +162,7 @@ DispatchMainQueue& DispatchMainQueue::shared() {
     return queue;
 }
 
-void DispatchMainQueue::startAnewInChild() {
+void DispatchMainQueue::startAnewInChild() QRV_NOT_CHECKED {
     shared().state_ = new State(*shared().state_);
 }
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include <condition_variable>
 #include <deque>
 #include <exception>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Dispatch/Threads.h"
 
 /// Kept alive by its thread, which may outlive the queue.
@@ -17,20 +16,20 @@ struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueu
     void add(std::function<void()> item);
     void runItems();
     bool isOwnThread();
-    void endThread();
+    void endThread() QRV_NOT_CHECKED;
 
     const std::string label;
-    std::mutex mutex;
+    Mutex mutex;
     std::condition_variable itemsChanged;
     std::condition_variable itemFinished;
-    std::deque<std::function<void()>> items;
-    std::thread thread;
-    bool isEnding = false;
+    std::deque<std::function<void()>> items QRV_GUARDED_BY(mutex);
+    std::thread thread QRV_GUARDED_BY(mutex);
+    bool isEnding QRV_GUARDED_BY(mutex) = false;
 };
 
 void DispatchQueue::Implementation::add(std::function<void()> item) {
     {
-        const std::lock_guard lock(mutex);
+        const LockGuard lock(mutex);
         if (!thread.joinable())
             thread = std::thread([self = shared_from_this()] { self->runItems(); });
         items.push_back(std::move(item));
@@ -41,9 +40,9 @@ void DispatchQueue::Implementation::add(std::function<void()> item) {
 
 void DispatchQueue::Implementation::runItems() {
     Threads::nameCurrentThread(label);
-    std::unique_lock lock(mutex);
+    MutexLock lock(mutex);
     for (;;) {
-        itemsChanged.wait(lock, [this] { return isEnding || !items.empty(); });
+        while (!isEnding && items.empty()) lock.waitFor(itemsChanged);
         if (items.empty()) return;
         {
             const std::function<void()> item = std::move(items.front());
@@ -56,13 +55,14 @@ void DispatchQueue::Implementation::runItems() {
 }
 
 bool DispatchQueue::Implementation::isOwnThread() {
-    const std::lock_guard lock(mutex);
+    const LockGuard lock(mutex);
     return thread.get_id() == std::this_thread::get_id();
 }
 
+// The end of the thread is awaited without the mutex; nobody starts another one by then.
 void DispatchQueue::Implementation::endThread() {
     {
-        const std::lock_guard lock(mutex);
+        const LockGuard lock(mutex);
         isEnding = true;
         itemsChanged.notify_one();
     }
@@ -98,13 +98,13 @@ void DispatchQueue::sync(const std::function<void()>& work) {
             failure = std::current_exception();
         }
         {
-            const std::lock_guard lock(queue.mutex);
+            const LockGuard lock(queue.mutex);
             isFinished = true;
         }
         queue.itemFinished.notify_all();
     });
-    std::unique_lock lock(queue.mutex);
-    queue.itemFinished.wait(lock, [&] { return isFinished; });
+    MutexLock lock(queue.mutex);
+    while (!isFinished) lock.waitFor(queue.itemFinished);
     lock.unlock();
     if (failure) std::rethrow_exception(failure);
 }

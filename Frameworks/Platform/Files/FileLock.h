@@ -5,10 +5,10 @@
 #include <system_error>
 #include <utility>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/OpenLockFile.h"
 
-/// An advisory lock on a lock file, held as long as this lives. Different locks exclude each other
-/// also within one process.
+/// An advisory lock on a lock file, held as long as this lives; not by a forked child. Different
+/// locks exclude each other also within one process.
 class FileLock {
   public:
     FileLock() = default;
@@ -16,7 +16,7 @@ class FileLock {
     FileLock& operator=(FileLock&&) = default;
     ~FileLock();
 
-    [[nodiscard]] bool isHeld() const { return file_.isOpen(); }
+    [[nodiscard]] bool isHeld() const { return file_ != nullptr && file_->isOpen(); }
 
     /// Shared; creates nothing. Not held when there is no lock file, when it cannot be used, or
     /// when an exclusive holder keeps it for more than two seconds.
@@ -27,6 +27,6 @@ class FileLock {
     static std::error_code acquireExclusive(const std::string& path, FileLock& lock);
 
   private:
-    explicit FileLock(FileDescriptor file) : file_(std::move(file)) {}
-    FileDescriptor file_;
+    explicit FileLock(OpenLockFile::Handle file) : file_(std::move(file)) {}
+    OpenLockFile::Handle file_;
 };

@@ -19,15 +19,15 @@ using Clock = std::chrono::steady_clock;
 // Never waits for a pipe that lies in the lock file's place.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-FileDescriptor opened(const std::string& path, int flags) {
-    return FileDescriptor(open(path.c_str(), flags | safely));
+OpenLockFile::Handle opened(const std::string& path, int flags) {
+    return OpenLockFile::open(path, flags | safely);
 }
 
 /// The umask has had its say at the creation: only now the mode is what it is meant to be.
-FileDescriptor created(const std::string& path) {
+OpenLockFile::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
-    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | safely, mode));
-    if (file.isOpen()) fchmod(file.number(), mode);
+    auto file = OpenLockFile::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
+    if (file) fchmod(file->number(), mode);
     return file;
 }
 
@@ -37,13 +37,13 @@ bool isRegular(const FileDescriptor& file) {
 }
 
 /// Opened for writing, because some file systems lock exclusively only then.
-std::error_code openOrCreate(const std::string& path, FileDescriptor& file) {
+std::error_code openOrCreate(const std::string& path, OpenLockFile::Handle& file) {
     for (;;) {
         file = opened(path, O_RDWR);
-        if (!file.isOpen() && errno == ENOENT) file = created(path);
-        if (file.isOpen())
-            return isRegular(file) ? std::error_code()
-                                   : make_error_code(std::errc::invalid_argument);
+        if (!file && errno == ENOENT) file = created(path);
+        if (file)
+            return isRegular(*file) ? std::error_code()
+                                    : make_error_code(std::errc::invalid_argument);
         if (errno == EEXIST) continue;  // Another process was quicker.
         if (errno != ENOENT) return FileFailures::lastError();
         if (const auto error = FilePaths::createFolder(FilePaths::folderOf(path))) return error;
@@ -81,28 +81,29 @@ bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
 
 }  // namespace
 
-/// Closing alone would not do where a forked child has the descriptor too.
+/// Closing alone would not do where a process that was made without the notice of a fork has the
+/// descriptor too.
 FileLock::~FileLock() {
-    if (isHeld()) flock(file_.number(), LOCK_UN);
+    if (isHeld()) flock(file_->number(), LOCK_UN);
 }
 
 FileLock FileLock::shared(const std::string& path) {
     constexpr std::chrono::seconds patience(2);
     const Clock::time_point deadline = Clock::now() + patience;
     do {
-        FileDescriptor file = opened(path, O_RDONLY);
-        if (!file.isOpen() || !isRegular(file) || !waitForSharedLock(file, deadline)) return {};
-        if (isNamedBy(file, path)) return FileLock(std::move(file));
+        OpenLockFile::Handle file = opened(path, O_RDONLY);
+        if (!file || !isRegular(*file) || !waitForSharedLock(*file, deadline)) return {};
+        if (isNamedBy(*file, path)) return FileLock(std::move(file));
     } while (Clock::now() < deadline);
     return {};
 }
 
 std::error_code FileLock::acquireExclusive(const std::string& path, FileLock& lock) {
     for (;;) {
-        FileDescriptor file;
+        OpenLockFile::Handle file;
         if (const auto error = openOrCreate(path, file)) return error;
-        if (const auto error = waitForExclusiveLock(file)) return error;
-        if (isNamedBy(file, path)) {
+        if (const auto error = waitForExclusiveLock(*file)) return error;
+        if (isNamedBy(*file, path)) {
             lock = FileLock(std::move(file));
             return {};
         }

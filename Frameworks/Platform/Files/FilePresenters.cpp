@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Dispatch/Threads.h"
 #include "Platform/Files/FilePresentation.h"
 #include "Platform/Files/FolderWatch.h"
@@ -50,16 +50,18 @@ class Registry {
     using Presentations = std::vector<std::unique_ptr<FilePresentation>>;
     static Registry*& current();
     static Registry* made();
-    static void startAnewInChild();
-    Presentations::iterator find(const NSFilePresenter* presenter);
-    void startThread();
+    static void beforeFork() QRV_NOT_CHECKED { current()->mutex_.lock(); }
+    static void afterForkInParent() QRV_NOT_CHECKED { current()->mutex_.unlock(); }
+    static void startAnewInChild() QRV_NOT_CHECKED;
+    Presentations::iterator find(const NSFilePresenter* presenter) QRV_REQUIRES(mutex_);
+    void startThread() QRV_REQUIRES(mutex_);
     [[noreturn]] void watch();
-    std::optional<Clock::time_point> settleAll();
+    std::optional<Clock::time_point> settleAll() QRV_REQUIRES(mutex_);
 
-    std::mutex mutex_;
-    FolderWatch folders_;
-    Presentations presentations_;
-    bool hasThread_ = false;
+    Mutex mutex_;
+    FolderWatch folders_ QRV_GUARDED_BY(mutex_);
+    Presentations presentations_ QRV_GUARDED_BY(mutex_);
+    bool hasThread_ QRV_GUARDED_BY(mutex_) = false;
 };
 
 Registry*& Registry::current() {
@@ -69,8 +71,7 @@ Registry*& Registry::current() {
 
 Registry* Registry::made() {
     current() = new Registry;
-    Threads::observeForks([] { current()->mutex_.lock(); }, [] { current()->mutex_.unlock(); },
-                          startAnewInChild);
+    Threads::observeForks(beforeFork, afterForkInParent, startAnewInChild);
     return current();
 }
 
@@ -94,12 +95,12 @@ Registry::Presentations::iterator Registry::find(const NSFilePresenter* presente
 }
 
 bool Registry::has(const NSFilePresenter& presenter) {
-    const std::lock_guard lock(mutex_);
+    const LockGuard lock(mutex_);
     return find(&presenter) != presentations_.end();
 }
 
 void Registry::add(std::string path, std::shared_ptr<PresenterNotifications> notifications) {
-    const std::lock_guard lock(mutex_);
+    const LockGuard lock(mutex_);
     if (find(notifications->presenter()) != presentations_.end()) return;
     startThread();
     presentations_.push_back(
@@ -110,7 +111,7 @@ void Registry::add(std::string path, std::shared_ptr<PresenterNotifications> not
 }
 
 std::shared_ptr<PresenterNotifications> Registry::remove(const NSFilePresenter& presenter) {
-    const std::lock_guard lock(mutex_);
+    const LockGuard lock(mutex_);
     const auto entry = find(&presenter);
     if (entry == presentations_.end()) return nullptr;
     (*entry)->end(folders_);
@@ -121,7 +122,7 @@ std::shared_ptr<PresenterNotifications> Registry::remove(const NSFilePresenter& 
 
 std::error_code Registry::replaceFor(const NSFilePresenter* performer, const std::string& newFile,
                                      const std::function<std::error_code()>& putInPlace) {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     const auto entry = find(performer);
     if (entry != presentations_.end()) return (*entry)->replace(OwnFile(newFile), putInPlace);
     lock.unlock();
@@ -136,7 +137,7 @@ void Registry::startThread() {
 
 void Registry::watch() {
     Threads::nameCurrentThread("file-presenters");
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     for (;;) {
         const auto dueTime = settleAll();
         const FolderWatch::Descriptors descriptors = folders_.descriptors();

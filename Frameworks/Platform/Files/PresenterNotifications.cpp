@@ -8,7 +8,7 @@ PresenterNotifications::PresenterNotifications(NSFilePresenter& presenter,
     : presenter_(presenter), queue_(std::move(queue)) {}
 
 void PresenterNotifications::notify() {
-    const std::lock_guard lock(mutex_);
+    const LockGuard lock(mutex_);
     if (isEnded_) return;
     if (stage_ == Stage::Idle) queueOne();
     if (stage_ == Stage::UnderWay) stage_ = Stage::UnderWayAndOutdated;
@@ -20,7 +20,7 @@ void PresenterNotifications::queueOne() {
 }
 
 void PresenterNotifications::run() {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     if (isEnded_) return;
     stage_ = Stage::UnderWay;
     thread_ = std::this_thread::get_id();
@@ -37,9 +37,9 @@ void PresenterNotifications::run() {
 
 void PresenterNotifications::end() {
     std::shared_ptr<NSOperationQueue> released;
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     isEnded_ = true;
     released.swap(queue_);
     if (thread_ == std::this_thread::get_id()) return;
-    finished_.wait(lock, [this] { return thread_ == std::thread::id(); });
+    while (thread_ != std::thread::id()) lock.waitFor(finished_);
 }

@@ -3,9 +3,9 @@
 
 #include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <thread>
 
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Files/NSFilePresenter.h"
 
 /// Notifies one presenter on its queue, one notification at a time. For any threads.
@@ -22,14 +22,14 @@ class PresenterNotifications : public std::enable_shared_from_this<PresenterNoti
 
   private:
     enum class Stage { Idle, Queued, UnderWay, UnderWayAndOutdated };
-    void queueOne();
+    void queueOne() QRV_REQUIRES(mutex_);
     void run();
 
     NSFilePresenter& presenter_;
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable finished_;
-    std::shared_ptr<NSOperationQueue> queue_;
-    Stage stage_ = Stage::Idle;
-    std::thread::id thread_;
-    bool isEnded_ = false;
+    std::shared_ptr<NSOperationQueue> queue_ QRV_GUARDED_BY(mutex_);
+    Stage stage_ QRV_GUARDED_BY(mutex_) = Stage::Idle;
+    std::thread::id thread_ QRV_GUARDED_BY(mutex_);
+    bool isEnded_ QRV_GUARDED_BY(mutex_) = false;
 };

@@ -2,9 +2,9 @@
 #include "Platform/System/MachineIdentity.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Files/Files.h"
 #include "Platform/System/KernelName.h"
 
@@ -17,17 +17,17 @@ constexpr std::size_t largestSource = 4096;
 class CurrentSources {
   public:
     MachineIdentitySources replace(MachineIdentitySources sources) {
-        const std::lock_guard lock(mutex_);
+        const LockGuard lock(mutex_);
         return std::exchange(sources_, std::move(sources));
     }
     MachineIdentitySources get() const {
-        const std::lock_guard lock(mutex_);
+        const LockGuard lock(mutex_);
         return sources_;
     }
 
   private:
-    mutable std::mutex mutex_;
-    MachineIdentitySources sources_;
+    mutable Mutex mutex_;
+    MachineIdentitySources sources_ QRV_GUARDED_BY(mutex_);
 };
 
 CurrentSources& currentSources() {

@@ -3,8 +3,9 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
+
+#include "Platform/Dispatch/Mutex.h"
 
 /// A function of which one is in force at a time, or none; for any threads. It may be replaced
 /// while it is being called.
@@ -17,7 +18,7 @@ class ReplaceableHandler {
     Function replace(Function function) {
         auto replaced = std::make_shared<const Function>(std::move(function));
         {
-            const std::lock_guard lock(mutex_);
+            const LockGuard lock(mutex_);
             function_.swap(replaced);
         }
         return replaced ? *replaced : Function();
@@ -34,10 +35,10 @@ class ReplaceableHandler {
 
   private:
     std::shared_ptr<const Function> current() const {
-        const std::lock_guard lock(mutex_);
+        const LockGuard lock(mutex_);
         return function_;
     }
 
-    mutable std::mutex mutex_;
-    std::shared_ptr<const Function> function_;
+    mutable Mutex mutex_;
+    std::shared_ptr<const Function> function_ QRV_GUARDED_BY(mutex_);
 };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <mutex>
 #include <utility>
 
 #include "Platform/Values/ShortLock.h"
@@ -15,22 +14,22 @@ class AtomicProperty {
     explicit AtomicProperty(Value value) : value_(std::move(value)) {}
 
     [[nodiscard]] Value load() const {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         return value_;
     }
     /// What `look(value)` returns; a replacement waits for it.
     template <typename Look>
     auto read(Look&& look) const {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         return look(value_);
     }
     /// The old value is destroyed after the lock is let go.
     void store(Value value) {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         std::swap(value_, value);
     }
 
   private:
     mutable ShortLock lock_;
-    Value value_{};
+    Value value_ QRV_GUARDED_BY(lock_){};
 };

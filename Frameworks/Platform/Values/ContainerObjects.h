@@ -7,7 +7,6 @@
 // container refers to such a block: a copy of it, a walk over it and a mutable copy of it all hold
 // that block, and a change works on the block in place while nobody else holds it, else on a clone.
 
-#include <mutex>
 #include <span>
 #include <utility>
 
@@ -158,12 +157,12 @@ class MutableContainer final : public ObjectType {
 
     template <typename Look>
     auto read(Look&& look) const {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         return look(std::as_const(*contents_.get()));
     }
 
     [[nodiscard]] Reference<Contents> contents() const {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         return contents_;
     }
 
@@ -173,21 +172,21 @@ class MutableContainer final : public ObjectType {
     template <typename More, typename Edit>
     auto change(More&& more, Edit&& edit) {
         Reference<Contents> replaced;
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         replaced = makeRoom(more(std::as_const(*contents_.get())));
         return edit(*contents_.get());
     }
 
     void setContents(Reference<Contents> contents) {
-        const std::lock_guard guard(lock_);
+        const LockGuard guard(lock_);
         std::swap(contents_, contents);
     }
 
   private:
-    Reference<Contents> makeRoom(std::size_t more);
+    Reference<Contents> makeRoom(std::size_t more) QRV_REQUIRES(lock_);
 
     mutable ShortLock lock_;
-    Reference<Contents> contents_;
+    Reference<Contents> contents_ QRV_GUARDED_BY(lock_);
 };
 
 /// The contents of an array or dictionary as they were when this was made. Those of an immutable
