@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Two processes and one settings file: what one writes, the other's change handler is given.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -105,6 +106,15 @@ class Writer {
     Gate start_;
     ChildProcess process_;
 };
+
+std::set<int> descriptorsThatStayOpenOnExec() {
+    std::set<int> numbers;
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+        const int number = std::stoi(entry.path().filename());
+        if ((fcntl(number, F_GETFD) & FD_CLOEXEC) == 0) numbers.insert(number);
+    }
+    return numbers;
+}
 
 fs::path settingsFolder() {
     return fs::path(QRVSettingsLocation()).parent_path();
@@ -286,4 +296,23 @@ TEST(Monitoring, TwoThatSaveHundredsOfTimesEndWithTheSameSettings) {
     ASSERT_TRUE(hasSaved.wait());
     EXPECT_TRUE(agreesWithTheFile()) << QRVSettingsStoredValues() << fileTree();
     EXPECT_TRUE(other.succeeded());
+}
+
+TEST(Monitoring, AWholeLifeOpensEverythingCloseOnExec) {
+    ChildProcess life([] {
+        MachineSupport::beMachine("1", "M");
+        const std::set<int> inherited = descriptorsThatStayOpenOnExec();
+        const std::string theirs = bytesWith("Other");
+        dieAtOpenWithoutCloseOnExec();
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setMonitorFileChanges(true);
+        store.loadDefaults();
+        store.prepare();
+        finishSaves();
+        EXPECT_FALSE(replaceFile(QRVSettingsLocation(), theirs));
+        EXPECT_TRUE(drainUntil([] { return QRVSettingsStoredObjectForKeyPath("Other") == "x"; }));
+        EXPECT_EQ(descriptorsThatStayOpenOnExec(), inherited);
+        return !testing::Test::HasFailure();
+    });
+    EXPECT_TRUE(life.succeeded());
 }
