@@ -8,8 +8,8 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYP
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
 endif()
 
-if(QRV_FUZZERS AND (NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang" OR QRV_SANITIZER))
-  message(FATAL_ERROR "QRV_FUZZERS needs clang, and brings its own sanitizers")
+if(QRV_FUZZERS AND NOT (CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND QRV_SANITIZER STREQUAL "address"))
+  message(FATAL_ERROR "QRV_FUZZERS needs clang and QRV_SANITIZER=address")
 endif()
 
 function(qrv_compile target)
@@ -25,15 +25,22 @@ function(qrv_compile target)
       "$<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier;-Wthread-safety>")
   endif()
   set(flags "")
-  if(QRV_SANITIZER STREQUAL "address" OR QRV_FUZZERS)
+  if(QRV_SANITIZER STREQUAL "address")
     set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   elseif(QRV_SANITIZER STREQUAL "thread")
     set(flags -fsanitize=thread -fno-omit-frame-pointer)
   elseif(QRV_SANITIZER)
     message(FATAL_ERROR "QRV_SANITIZER is \"${QRV_SANITIZER}\"; it takes address or thread")
   endif()
-  target_compile_options(${target} PRIVATE ${flags} $<$<BOOL:${QRV_FUZZERS}>:-fsanitize=fuzzer-no-link>)
+  target_compile_options(${target} PRIVATE ${flags})
   target_link_options(${target} PRIVATE ${flags})
+endfunction()
+
+# What fuzzers are to find their way into.
+function(qrv_instrument target)
+  if(QRV_FUZZERS)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
 endfunction()
 
 # What is shipped is also protected against what hostile input could do with a fault of ours. Sanitizers

@@ -123,6 +123,7 @@ bool isWholeAfterACrash(std::span<const std::string> steps) {
 TEST(Faults, ASaveThatIsKilledAtAnySystemCallLeavesAWholeFile) {
     if (!TracedProcess::isAllowed()) GTEST_SKIP() << "processes must not be traced here";
     int killed = 0;
+    auto slowest = std::chrono::steady_clock::duration::zero();
     for (int last = 0;; ++last) {
         StoreSupport::writeSettings(before);
         int calls = 0;
@@ -135,13 +136,17 @@ TEST(Faults, ASaveThatIsKilledAtAnySystemCallLeavesAWholeFile) {
         ++killed;
         const NSDictionary left = fileTree();
         ASSERT_TRUE(left == before || left == first) << "killed at call " << last << ": " << left;
+        const auto start = std::chrono::steady_clock::now();
         ChildProcess next([] { return write("A", "first") && write("B", "second"); });
         ASSERT_TRUE(next.succeeded()) << "after a kill at call " << last;
+        slowest = std::max(slowest, std::chrono::steady_clock::now() - start);
         ASSERT_EQ(fileTree(), both);
         ASSERT_EQ(filesInFolder(), fileAndLock());
     }
     EXPECT_GT(killed, 20);
     RecordProperty("Kills", killed);
+    RecordProperty("SlowestNextProcessMilliseconds",
+                   static_cast<int>(slowest / std::chrono::milliseconds(1)));
 }
 
 TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
@@ -181,6 +186,29 @@ TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
         failures += unlucky - 1;
     }
     RecordProperty("FailedCalls", failures);
+}
+
+TEST(Faults, WhicheverCallOfAFirstSaveFailsTheNextOneMakesTheFile) {
+    if (!TracedProcess::isAllowed()) GTEST_SKIP() << "processes must not be traced here";
+    for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EDQUOT}) {
+        int unlucky = 0;
+        for (bool hasFailed = true; hasFailed; ++unlucky) {
+            std::filesystem::remove_all(folder().parent_path());
+            const int calls = runWithFailureOf(unlucky, error, [] {
+                const bool isKept = write("A", "first");
+                endOfFailures();
+                const NSDictionary left = fileTree();
+                return isKept && (left.isNull() || left == NSDictionary{{"A", "first"}}) &&
+                       write("B", "second");
+            });
+            hasFailed = calls > unlucky;
+            ASSERT_EQ(fileTree(), NSDictionary({{"A", "first"}, {"B", "second"}}))
+                << unlucky << " " << std::strerror(error);
+            ASSERT_EQ(filesInFolder(), fileAndLock()) << unlucky << " " << std::strerror(error);
+            ASSERT_TRUE(writerGetsTheLock());
+        }
+        EXPECT_GT(unlucky, 15);
+    }
 }
 
 TEST(Faults, ASystemThatCrashesAtAnyMomentOfASaveLeavesAWholeFile) {

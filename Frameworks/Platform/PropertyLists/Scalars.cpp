@@ -120,7 +120,7 @@ constexpr std::string_view base64Digits =
 
 enum Base64Class : std::uint8_t { Padding = 64, Space, Other };
 
-constexpr std::array<std::uint8_t, 256> base64Classes = [] {
+constexpr std::array<std::uint8_t, 256> classifyForBase64() {
     std::array<std::uint8_t, 256> classes{};
     classes.fill(Other);
     for (std::size_t index = 0; index < base64Digits.size(); ++index) {
@@ -130,7 +130,9 @@ constexpr std::array<std::uint8_t, 256> base64Classes = [] {
         classes[static_cast<unsigned char>(space)] = Space;
     classes[static_cast<unsigned char>('=')] = Padding;
     return classes;
-}();
+}
+
+constexpr std::array<std::uint8_t, 256> base64Classes = classifyForBase64();
 
 constexpr char byteOf(std::uint32_t group, unsigned shift) {
     return static_cast<char>(static_cast<unsigned char>(group >> shift));

@@ -13,7 +13,7 @@ namespace {
 
 enum NamePart : unsigned char { None, Inside, Anywhere };
 
-constexpr std::array<NamePart, 256> nameParts = [] {
+constexpr std::array<NamePart, 256> classifyForNames() {
     std::array<NamePart, 256> parts{};
     for (std::size_t byte = 'A'; byte <= 'Z'; ++byte) parts[byte] = Anywhere;
     for (std::size_t byte = 'a'; byte <= 'z'; ++byte) parts[byte] = Anywhere;
@@ -22,7 +22,9 @@ constexpr std::array<NamePart, 256> nameParts = [] {
     parts['_'] = parts[':'] = Anywhere;
     parts['-'] = parts['.'] = Inside;
     return parts;
-}();
+}
+
+constexpr std::array<NamePart, 256> nameParts = classifyForNames();
 
 NamePart namePart(char byte) {
     return nameParts[static_cast<unsigned char>(byte)];
