@@ -1,0 +1,134 @@
+# SPDX-License-Identifier: MIT
+"""An installed copy serves projects that are built elsewhere, also after it was moved.
+
+    python3 package.py STEP SOURCE BUILD FOLDER
+
+FOLDER is of the tests' own: it is made by the step `install`, and the other steps work in it.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+WANTED = "HistoryGraph = {Width = 60}"
+
+
+class Failure(Exception):
+    pass
+
+
+def run(*command, environment=None):
+    words = [str(word) for word in command]
+    result = subprocess.run(words, capture_output=True, text=True, check=False,
+                            env={**os.environ, **(environment or {})})
+    if result.returncode != 0:
+        raise Failure(f"{' '.join(words)}: status {result.returncode}\n{result.stdout}{result.stderr}")
+    return result.stdout
+
+
+class Steps:
+    def __init__(self, source, build, folder):
+        self.source, self.build, self.folder = source, build, folder
+        self.prefix = folder / "moved"
+
+    def install(self):
+        """Into one folder, which then gets another name."""
+        shutil.rmtree(self.folder, ignore_errors=True)
+        run("cmake", "--install", self.build, "--prefix", self.folder / "installed")
+        (self.folder / "installed").rename(self.prefix)
+        names = {path.name for path in self.prefix.rglob("*")}
+        for name in ("libQRVSettings.so.7", "libQRVSettings.a", "QRVSettings.h", "qrvsettings.pc"):
+            if name not in names:
+                raise Failure(f"not installed: {name}")
+        for path in self.prefix.rglob("*"):
+            if path.suffix in {".pc", ".cmake", ".h"} and str(self.folder) in path.read_text():
+                raise Failure(f"names the folder it was installed to: {path}")
+
+    def tool(self):
+        tool = self.prefix / "bin/qrvsettings"
+        environment = self.environment("tool")
+        run(tool, "set", "A.B", "7", environment=environment)
+        if run(tool, "get", "A.B", environment=environment) != "7\n":
+            raise Failure("the installed tool does not read what it wrote")
+
+    def find_shared(self):
+        self.use_cmake("find-shared", "QRVSettings", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+
+    def find_static(self):
+        self.use_cmake("find-static", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+
+    def subdirectory(self):
+        self.use_cmake("subdirectory", "QRVSettings", f"-DQRV_SOURCE={self.source}")
+
+    def pkgconfig_shared(self):
+        self.use_pkgconfig("pkgconfig-shared")
+
+    def pkgconfig_static(self):
+        self.use_pkgconfig("pkgconfig-static", "--static")
+
+    def library_folder(self):
+        return next(self.prefix.rglob("libQRVSettings.a")).parent
+
+    def environment(self, name):
+        home = self.folder / name / "home"
+        shutil.rmtree(home, ignore_errors=True)
+        home.mkdir(parents=True)
+        return {"XDG_CONFIG_HOME": str(home), "HOME": str(home)}
+
+    def expect_consumer(self, name, program, **more):
+        output = run(program, environment={**self.environment(name), **more})
+        if WANTED not in output:
+            raise Failure(f"{program} prints {output}")
+
+    def use_cmake(self, name, library, *arguments):
+        build = self.folder / name / "build"
+        run("cmake", "-G", "Ninja", "-S", self.source / "Tests/Package/consumer", "-B", build,
+            "-DCMAKE_BUILD_TYPE=Debug", f"-DQRV_LIBRARY={library}", *arguments)
+        run("cmake", "--build", build, "--target", "consumer")
+        self.expect_consumer(name, build / "consumer")
+
+    def use_pkgconfig(self, name, *options):
+        path = {"PKG_CONFIG_PATH": str(self.library_folder() / "pkgconfig")}
+        flags = run("pkg-config", "--cflags", "--libs", *options, "qrvsettings", environment=path).split()
+        if options:  # the linker is to take the archive although the shared library is there too
+            flags = ["-l:libQRVSettings.a" if flag == "-lQRVSettings" else flag for flag in flags]
+        program = self.folder / name / "consumer"
+        program.parent.mkdir(parents=True, exist_ok=True)
+        run("g++", "-std=c++20", self.source / "Tests/Package/consumer/main.cpp", "-o", program, *flags)
+        self.expect_consumer(name, program, LD_LIBRARY_PATH=str(self.library_folder()))
+
+    def debian(self):
+        """Packages that are unpacked into a root of their own work there."""
+        packages, root = self.folder / "debian", self.folder / "root"
+        shutil.rmtree(packages, ignore_errors=True)
+        shutil.rmtree(root, ignore_errors=True)
+        run("cpack", "-G", "DEB", "--config", self.build / "CPackConfig.cmake", "-B", packages)
+        made = {path.name.split("_")[0]: path for path in packages.glob("*.deb")}
+        if set(made) != {"libqrvsettings7", "libqrvsettings-dev", "qrvsettings"}:
+            raise Failure(f"packages made: {sorted(made)}")
+        for path in made.values():
+            run("dpkg-deb", "-x", path, root)
+        depends = {name: run("dpkg-deb", "-f", path, "Depends") for name, path in made.items()}
+        for name, needed in (("libqrvsettings7", "libicu"), ("libqrvsettings7", "libc6"),
+                             ("qrvsettings", "libqrvsettings7 (= 7"),
+                             ("libqrvsettings-dev", "libqrvsettings7 (= 7")):
+            if needed not in depends[name]:
+                raise Failure(f"{name} depends on {depends[name]}, not on {needed}")
+        tool = root / "usr/bin/qrvsettings"
+        if not run(tool, "--version").startswith("qrvsettings 7"):
+            raise Failure("the packaged tool does not tell its version")
+
+
+def main():
+    step, *folders = sys.argv[1:]
+    try:
+        getattr(Steps(*(Path(folder) for folder in folders)), step)()
+    except Failure as failure:
+        print(failure)
+        return 1
+    return 0
+
+
+sys.exit(main())

@@ -1,0 +1,39 @@
+# SPDX-License-Identifier: MIT
+# What `cmake --install` puts where, in three components: Library (what hosts run with), Development (what
+# they are built with) and Tool. Nothing installed names the folder it was installed to, so that the whole
+# may be moved.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(QRV_INSTALL_HEADERS "${CMAKE_INSTALL_INCLUDEDIR}/qrvsettings")
+set(QRV_INSTALL_PACKAGE "${CMAKE_INSTALL_LIBDIR}/cmake/QRVSettings")
+
+install(TARGETS QRVSettings QRVSettingsStatic EXPORT QRVSettingsTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Library NAMELINK_COMPONENT Development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
+  FILE_SET HEADERS DESTINATION "${QRV_INSTALL_HEADERS}" COMPONENT Development
+  INCLUDES DESTINATION "${QRV_INSTALL_HEADERS}")
+install(EXPORT QRVSettingsTargets NAMESPACE QRVSettings::
+  DESTINATION "${QRV_INSTALL_PACKAGE}" COMPONENT Development)
+configure_package_config_file(
+  "${CMAKE_CURRENT_LIST_DIR}/QRVSettingsConfig.cmake.in" "${PROJECT_BINARY_DIR}/QRVSettingsConfig.cmake"
+  INSTALL_DESTINATION "${QRV_INSTALL_PACKAGE}" NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(
+  "${PROJECT_BINARY_DIR}/QRVSettingsConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES
+  "${PROJECT_BINARY_DIR}/QRVSettingsConfig.cmake" "${PROJECT_BINARY_DIR}/QRVSettingsConfigVersion.cmake"
+  DESTINATION "${QRV_INSTALL_PACKAGE}" COMPONENT Development)
+
+file(RELATIVE_PATH QRV_PREFIX_FROM_PKGCONFIG
+  "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/qrvsettings.pc.in" "${PROJECT_BINARY_DIR}/qrvsettings.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/qrvsettings.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
+
+if(TARGET qrvsettings)
+  file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(qrvsettings PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
+  install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
+endif()
+
+include(QRVPackage)
