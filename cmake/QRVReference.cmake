@@ -1,0 +1,18 @@
+# SPDX-License-Identifier: MIT
+# The reference of the public headers: `cmake --build FOLDER --target reference` makes
+# FOLDER/Reference/html/index.html. A comment that Doxygen does not understand is an error.
+find_package(Doxygen QUIET)
+if(NOT DOXYGEN_FOUND)
+  message(STATUS "No reference of the headers: there is no Doxygen")
+  return()
+endif()
+
+set(QRV_REFERENCE_FOLDER "${PROJECT_BINARY_DIR}/Reference")
+list(TRANSFORM QRV_PUBLIC_HEADERS PREPEND "\"${PROJECT_SOURCE_DIR}/Frameworks/" OUTPUT_VARIABLE input)
+list(TRANSFORM input APPEND "\"")
+string(JOIN " " QRV_REFERENCE_INPUT ${input})
+configure_file("${CMAKE_CURRENT_LIST_DIR}/Doxyfile.in" "${QRV_REFERENCE_FOLDER}/Doxyfile" @ONLY)
+add_custom_target(reference COMMAND Doxygen::doxygen "${QRV_REFERENCE_FOLDER}/Doxyfile" USES_TERMINAL)
+if(QRV_BUILD_TESTS)
+  add_test(NAME Checks.Reference COMMAND Doxygen::doxygen "${QRV_REFERENCE_FOLDER}/Doxyfile")
+endif()
