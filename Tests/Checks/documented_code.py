@@ -1,18 +1,22 @@
 # SPDX-License-Identifier: MIT
-"""The code of the README is the code of an example that is built."""
+"""The code of the README and the documents is the code of examples that are built."""
 
 import re
 import sys
+import textwrap
 from pathlib import Path
 
 
 def main():
-    blocks = re.findall(r"```cpp\n(.*?)```", Path("README.md").read_text(), re.DOTALL)
-    examples = {path: path.read_text() for path in Path("Examples").rglob("*.cpp")}
-    problems = [f"README.md: this code stands in no example:\n{block}"
-                for block in blocks if not any(block in text for text in examples.values())]
+    documents = [Path("README.md"), *sorted(Path("Documentation").glob("*.md"))]
+    blocks = [(document, textwrap.dedent(block)) for document in documents
+              for block in re.findall(r"```(?:cpp|c)\n(.*?)```", document.read_text(), re.DOTALL)]
+    examples = [path.read_text() for pattern in ("*.cpp", "*.c") for path in Path("Examples").rglob(pattern)]
+    texts = examples + [textwrap.dedent(re.sub(r"^    ", "", text, flags=re.MULTILINE)) for text in examples]
+    problems = [f"{document}: this code stands in no example:\n{block}"
+                for document, block in blocks if not any(block in text for text in texts)]
     if not blocks:
-        problems.append("README.md shows no code")
+        problems.append("no document shows code")
     print("\n".join(problems) or f"{len(blocks)} blocks of code are built as examples")
     return 1 if problems else 0
 

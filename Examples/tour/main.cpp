@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// The code of Documentation/Tour.md, in its order. Prints what it sees.
+
+#include <iostream>
+
+#include "Platform/Files/Files.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace {
+
+void read() {
+    if (QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled")) std::cout << "CPU: in the menu bar\n";
+
+    const PropertyListValue width =
+        QRVSettingsObjectForKeyPath("CPU.Menubar.Mode.HistoryGraph.Width");
+    if (width.isInteger()) std::cout << "graph: " << width.integerValue() << " points wide\n";
+
+    std::cout << "unknown: " << QRVSettingsObjectForKeyPath("No.Such.Setting").isNull() << '\n';
+}
+
+void write() {
+    QRVSettingsSetObjectForKeyPath(60, "CPU.Menubar.Mode.HistoryGraph.Width");
+    QRVSettingsSetObjectForKeyPath(nullptr,
+                                   "CPU.Menubar.Mode.HistoryGraph.Width");  // the default again
+
+    const NSArray items{NSDictionary{{"source", 1}},
+                        NSDictionary{{"source", 21}, {"label", "Power"}}};
+    QRVSettingsSetObjectForKeyPath(items, "Combined.Menubar.Items");
+    for (const PropertyListValue& item :
+         QRVSettingsObjectForKeyPath("Combined.Menubar.Items").array())
+        std::cout << "item: " << item.dictionary().objectForKey("source") << '\n';
+}
+
+void writeTogether() {
+    QRVSettingsPrepareBatchSave();
+    QRVSettingsSetObjectForKeyPath(false, "CPU.Menubar.Enabled");
+    QRVSettingsSetObjectForKeyPath(false, "Memory.Menubar.Enabled");
+    QRVSettingsCommitBatchSave();  // one save, one change for those who watch
+}
+
+void useProfiles() {
+    QRVSettings::sharedSettings().setActiveProfile("travel");
+    QRVSettingsProfileSetObjectForKeyPath(true, "Battery.Menubar.Enabled");
+    std::cout << "in " << QRVSettingsProfileKeyForKey("Battery.Menubar.Enabled") << ": "
+              << QRVSettingsProfileObjectForKeyPath("Battery.Menubar.Enabled") << '\n';
+}
+
+void useColours() {
+    const char* const noAddress = "Network.Menubar.Mode.Status.NoIP.Color";
+    QRVSettingsSetColorForKeyPath(NSColor{1, 0.5, 0, 1}, noAddress);
+    const NSColor color = QRVSettingsColorForKeyPath(noAddress).color();
+    std::cout << "colour: " << color.redComponent << ' ' << color.greenComponent << '\n';
+}
+
+void meetErrors() {
+    try {
+        QRVSettingsSetObjectForKeyPath(1, "CPU.Menubar.Enabled.Deeper");
+    } catch (const NSInvalidArgumentException& error) {
+        std::cout << error.what() << '\n';
+    }
+
+    setFileFailureHandler([](const FileFailure& failure) {  // on the thread that saves
+        std::cerr << failure.operation << ' ' << failure.path << ": " << failure.error.message()
+                  << '\n';
+    });
+}
+
+}  // namespace
+
+int main() {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.loadDefaults();
+    store.prepare();
+
+    read();
+    write();
+    writeTogether();
+    useProfiles();
+    useColours();
+    meetErrors();
+
+    store.queue().sync([] {});  // the saves queued so far have run
+    DispatchMainQueue::shared().drain();
+}
