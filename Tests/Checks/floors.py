@@ -18,6 +18,8 @@ KEPT_FROM_THE_STORE = {
     "thread", "mutex", "shared_mutex", "condition_variable", "future", "semaphore", "barrier",
     "latch", "fstream", "filesystem", "cstdlib", "csignal",
 }
+# What C itself defines; a header that C includes cannot name them otherwise.
+OF_THE_LANGUAGE = {"stdbool.h", "stddef.h", "stdint.h"}
 FORBIDDEN_FOLDERS = {"util", "utils", "common"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
@@ -28,7 +30,7 @@ def public_headers():
 
 
 def is_system_header(name):
-    return name.endswith(".h")
+    return name.endswith(".h") and name not in OF_THE_LANGUAGE
 
 
 def problems_of(path, floor, public):
