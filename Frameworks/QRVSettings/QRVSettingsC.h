@@ -140,7 +140,7 @@ QRV_EXPORT qrv_result qrv_value_get_date(const qrv_value* value, double* seconds
 /// The text of a file is UTF-8; what a host in C++ has put into the store may be something else.
 QRV_EXPORT qrv_result qrv_value_get_string(const qrv_value* value, const char** text,
                                            size_t* length);
-/// The bytes, inside the value, and their number; NULL when there are none.
+/// The bytes, inside the value, and their number.
 QRV_EXPORT qrv_result qrv_value_get_data(const qrv_value* value, const void** bytes,
                                          size_t* length);
 QRV_EXPORT qrv_result qrv_value_get_color(const qrv_value* value, qrv_color* color);
