@@ -10,6 +10,7 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/System/Terminal.h"
 #include "QRVSettings/QRVSettings.h"
+#include "StartUp.h"
 
 namespace {
 
@@ -18,14 +19,10 @@ class Display {
     explicit Display(Colours colours) : colours_(colours) {}
 
     void start() {
-        QRVSettings& store = QRVSettings::sharedSettings();
-        store.setMonitorFileChanges(true);  // before prepare
-        store.setOnChange([this](const NSArray&) {
+        startUp([this](const NSArray&) {
             followSharedState();
             draw();
         });
-        store.loadDefaults();
-        store.prepare();
         followSharedState();
         update();
     }

@@ -14,6 +14,7 @@
 #include "Platform/System/NSAppearance.h"
 #include "Processes.h"
 #include "QRVSettings/QRVSettings.h"
+#include "StartUp.h"
 
 const char* const settingsCommands =
     "  profile NAME                     the profile that is shown, and changed from now on\n"
@@ -94,21 +95,17 @@ bool perform(const std::string& line) {
     return true;
 }
 
-void startUp() {
-    QRVSettings& store = QRVSettings::sharedSettings();
-    // A process that writes watches the file too: it saves its own tree, which must not be an old
-    // one.
-    store.setMonitorFileChanges(true);
-    store.loadDefaults();
-    store.prepare();
+void beginInTheShownProfile() {
     const PropertyListValue profile = QRVSettingsObjectForKeyPath(KeyPaths::activeProfile);
-    if (profile.isString()) store.setActiveProfile(profile.stringValue());
+    if (profile.isString()) QRVSettings::sharedSettings().setActiveProfile(profile.stringValue());
 }
 
 }  // namespace
 
 int runSettingsProcess() {
-    startUp();
+    // It follows the others too: what it saves is its own tree, which must not be an old one.
+    startUp(nullptr);
+    beginInTheShownProfile();
     int status = 0;
     while (const std::optional<std::string> line = nextLineOfInput()) {
         if (line->empty() || perform(*line)) continue;

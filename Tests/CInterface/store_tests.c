@@ -105,10 +105,14 @@ static void a_save_is_kept_as_a_local_change(void) {
 }
 
 static qrv_value* kept_key_paths;
+static int ends_of_context;
 
-static void keep_key_paths(qrv_value* key_paths, void* context) {
-    CHECK(strcmp(context, "context") == 0);
+/// Tells no more afterwards; its context has to outlive that.
+static void keep_key_paths_once(qrv_value* key_paths, void* context) {
+    CHECK(context == &ends_of_context);
     kept_key_paths = qrv_value_retain(key_paths);
+    OK(qrv_store_set_on_change(NULL, NULL, NULL));
+    CHECK(ends_of_context == 0);
 }
 
 static bool is_told(void) {
@@ -127,11 +131,12 @@ static void what_another_process_changes_is_told(void) {
     OK(qrv_store_modification_date(&value));
     check_kind(value, QRV_KIND_NULL);
     OK(qrv_store_set_monitor_file_changes(true));
-    OK(qrv_store_set_on_change(keep_key_paths, "context", NULL));
+    OK(qrv_store_set_on_change(keep_key_paths_once, &ends_of_context, count_call));
     OK(qrv_store_prepare());
     OK(qrv_store_wait_for_saves());
     other_process_begins();
     drain_until(is_told);
+    CHECK(ends_of_context == 1);
     CHECK(integer_at("UpdateFrequency") == 5);
     bool is_among = false;
     OK(qrv_value_get_count(kept_key_paths, &count));

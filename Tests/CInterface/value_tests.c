@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Values: made, looked into, converted, compared, shared.
 
+#include <pthread.h>
 #include <string.h>
 
 #include "testing.h"
@@ -235,6 +236,32 @@ static void a_value_lives_until_its_last_release(void) {
     qrv_value_release(NULL);
 }
 
+static void* use_and_fail(void* value) {
+    bool boolean = false;
+    CHECK(qrv_last_error()[0] == '\0');
+    for (int round = 0; round < 1000; ++round) {
+        const char* text = NULL;
+        size_t length = 0;
+        qrv_value* same = qrv_value_retain(value);
+        OK(qrv_value_get_string(same, &text, &length));
+        CHECK(strcmp(text, "shared") == 0);
+        qrv_value_release(same);
+    }
+    FAILS(QRV_ERROR_WRONG_KIND, qrv_value_get_boolean(value, &boolean));
+    qrv_value_release(value);
+    return NULL;
+}
+
+static void threads_share_a_value_and_no_error(void) {
+    pthread_t threads[2];
+    qrv_value* value = string_value("shared");
+    for (size_t index = 0; index < 2; ++index)
+        CHECK(pthread_create(&threads[index], NULL, use_and_fail, qrv_value_retain(value)) == 0);
+    qrv_value_release(value);
+    for (size_t index = 0; index < 2; ++index) CHECK(pthread_join(threads[index], NULL) == 0);
+    CHECK(qrv_last_error()[0] == '\0');
+}
+
 const test value_tests[] = {
     {"null is a value", null_is_a_value},
     {"booleans are no numbers", booleans_are_no_numbers},
@@ -252,5 +279,6 @@ const test value_tests[] = {
     {"equality goes by contents", equality_goes_by_contents},
     {"a description is one line", a_description_is_one_line},
     {"a value lives until its last release", a_value_lives_until_its_last_release},
+    {"threads share a value and no error", threads_share_a_value_and_no_error},
     {NULL, NULL},
 };
