@@ -18,17 +18,25 @@ KEPT_FROM_THE_STORE = {
     "thread", "mutex", "shared_mutex", "condition_variable", "future", "semaphore", "barrier",
     "latch", "fstream", "filesystem", "cstdlib", "csignal",
 }
+# What C itself defines; a header that C includes cannot name them otherwise.
+OF_THE_LANGUAGE = {"stdbool.h", "stddef.h", "stdint.h"}
 FORBIDDEN_FOLDERS = {"util", "utils", "common"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
 def public_headers():
     text = Path("Frameworks/CMakeLists.txt").read_text()
-    return set(re.search(r"set\(QRV_PUBLIC_HEADERS([^)]*)\)", text).group(1).split())
+    sets = re.findall(r"set\(QRV_(?:PUBLIC|ADAPTER)_HEADERS([^)]*)\)", text)
+    return {name for names in sets for name in names.split()}
 
 
 def is_system_header(name):
-    return name.endswith(".h")
+    return name.endswith(".h") and name not in OF_THE_LANGUAGE
+
+
+def may_include_system_headers(path):
+    # An adapter is the host's code: it joins ours to another library.
+    return path.name.endswith("Linux.cpp") or path.parent.name == "Adapters"
 
 
 def problems_of(path, floor, public):
@@ -41,7 +49,7 @@ def problems_of(path, floor, public):
                 yield f"includes {name}, which is not public"
         elif bracket == '"' and first not in allowed:
             yield f"includes {name}, which is on a higher floor"
-        if bracket == "<" and is_system_header(name) and not path.name.endswith("Linux.cpp"):
+        if bracket == "<" and is_system_header(name) and not may_include_system_headers(path):
             yield f"includes the system header <{name}>"
         if bracket == "<" and floor == "Frameworks/QRVSettings" and name in KEPT_FROM_THE_STORE:
             yield f"includes <{name}>, which the store leaves to Platform"

@@ -17,14 +17,52 @@ TEST(FirstSetting, ReadsADefaultAndSavesWhatItWrites) {
     EXPECT_THAT(ToolSupport::contentsOf(settingsFile()), HasSubstr("<integer>60</integer>"));
 }
 
-TEST(WatchingHost, PrintsWhatAnotherProcessChanges) {
+namespace {
+
+struct Host {
+    const char* name;
+    const char* program;
+};
+
+void PrintTo(const Host& host, std::ostream* stream) {
+    *stream << host.name;
+}
+
+constexpr Host watchingHosts[] = {
+#include "WatchingHosts.inc"
+};
+
+class WatchingHost : public testing::TestWithParam<Host> {};
+
+bool prints(const ToolSupport::RunningTool& host, const std::string& text) {
+    return waitUntil([&] { return host.output().find(text) != std::string::npos; });
+}
+
+}  // namespace
+
+TEST_P(WatchingHost, PrintsWhatAnotherProcessChanges) {
     // What a first start records is saved before: the host has nothing to save then, which could go
     // over the change.
     ASSERT_EQ(ToolSupport::run({"set", "UpdateFrequency", "3"}).exitCode, 0);
-    const ToolSupport::RunningTool host(QRV_WATCHING_HOST, {}, {});
-    ASSERT_TRUE(waitUntil([&] { return host.output().find("watching") != std::string::npos; }));
+    const ToolSupport::RunningTool host(GetParam().program, {}, {});
+    ASSERT_TRUE(prints(host, "watching")) << host.errors();
     EXPECT_EQ(ToolSupport::run({"set", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
-    EXPECT_TRUE(waitUntil([&] {
-        return host.output().find("CPU.Menubar.Enabled: false\n") != std::string::npos;
-    })) << host.output();
+    EXPECT_TRUE(prints(host, "CPU.Menubar.Enabled: false\n")) << host.output();
+    EXPECT_EQ(ToolSupport::run({"set", "UpdateFrequency", "5"}).exitCode, 0);
+    EXPECT_TRUE(prints(host, "UpdateFrequency: 5\n")) << host.output();
+}
+
+INSTANTIATE_TEST_SUITE_P(Loop, WatchingHost, testing::ValuesIn(watchingHosts),
+                         [](const testing::TestParamInfo<Host>& host) {
+                             std::string name = host.param.name;
+                             std::erase(name, '-');
+                             return name;
+                         });
+
+TEST(PollHost, AnswersInputBetweenChanges) {
+    ASSERT_EQ(ToolSupport::run({"set", "UpdateFrequency", "3"}).exitCode, 0);
+    const ToolSupport::RunningTool host(QRV_POLL_HOST, {}, {"UpdateFrequency\nnot.set\n", {}});
+    EXPECT_TRUE(prints(host, "UpdateFrequency: 3\nnot.set: (null)\n")) << host.output();
+    EXPECT_EQ(ToolSupport::run({"set", "UpdateFrequency", "5"}).exitCode, 0);
+    EXPECT_TRUE(prints(host, "UpdateFrequency: 5\n")) << host.output();
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// UTF-8, UTF-16 and UTF-32. Inner header of this folder.
+// UTF-8, UTF-16 and UTF-32. Inner header of the library.
 
 #include <cstddef>
 #include <cstdint>

@@ -217,7 +217,7 @@ class CurrentContents {
 
     // Holds all that has been entered since: what is in there does not go before it.
     Reference<Contents> kept_;
-    const Contents* contents_;
+    const Contents* contents_ = nullptr;
 };
 
 }  // namespace ValueObjects

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+
+struct SystemLoad {
+    double busy = 0;  ///< the part of the processors' time since the last sample, from 0 to 1
+    std::uint64_t usedMemory = 0;  ///< bytes
+    std::uint64_t freeMemory = 0;  ///< bytes
+    bool isConnected = false;      ///< whether an interface other than the loopback is up
+};
+
+class SystemLoadSampler {
+  public:
+    SystemLoad sample();
+
+  private:
+    struct ProcessorTime {
+        std::uint64_t busy = 0;
+        std::uint64_t all = 0;
+    };
+    static ProcessorTime processorTime();
+    ProcessorTime last_;
+};

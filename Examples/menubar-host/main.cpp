@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// An application of several processes that share their settings: displays that follow every change,
+// and a settings process that makes them.
+
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Display.h"
+#include "Launcher.h"
+#include "Platform/System/Terminal.h"
+#include "SettingsProcess.h"
+
+namespace {
+
+int usage() {
+    std::cerr << "usage: menubar-host [--color=auto|always|never]           all of it\n"
+                 "       menubar-host display [--color=auto|always|never]   the menu bar\n"
+                 "       menubar-host prepare                               before the others\n"
+                 "       menubar-host settings                              reads lines:\n"
+              << settingsCommands;
+    return 2;
+}
+
+/// Empty when the option is none.
+std::optional<Colours> coloursOf(const std::string& option) {
+    if (option == "--color=always") return Colours::Terminal;
+    if (option == "--color=never") return Colours::None;
+    if (option != "--color=auto") return std::nullopt;
+    return standardOutputIsTerminal() ? Colours::Terminal : Colours::None;
+}
+
+int run(std::vector<std::string> words) {
+    if (words.size() == 1 && words[0] == "prepare") return runPreparation();
+    if (words.size() == 1 && words[0] == "settings") return runSettingsProcess();
+    const bool isDisplay = !words.empty() && words[0] == "display";
+    if (isDisplay) words.erase(words.begin());
+    if (words.empty()) words.emplace_back("--color=auto");
+    const std::optional<Colours> colours = coloursOf(words[0]);
+    if (words.size() != 1 || !colours) return usage();
+    if (isDisplay) runDisplay(*colours);
+    return runLauncher(words[0]);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::exception& error) {
+        std::cerr << "menubar-host: " << error.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// The way over the boundary: arguments that are checked, and exceptions that become results.
+
+#include "QRVSettings/QRVSettingsC+Boundary.h"
+
+#include <system_error>
+
+#include "Platform/PropertyLists/Unicode.h"
+
+namespace CInterface {
+namespace {
+
+std::string& lastError() {
+    thread_local std::string text;
+    return text;
+}
+
+qrv_result keep(qrv_result result, const char* text) noexcept {
+    try {
+        lastError() = text;
+    } catch (const std::bad_alloc&) {
+        lastError().clear();
+    }
+    return result;
+}
+
+}  // namespace
+
+qrv_result keepAsLastError() noexcept {
+    try {
+        throw;
+    } catch (const Refusal& refusal) {
+        return keep(refusal.result(), refusal.what());
+    } catch (const std::bad_alloc&) {
+        return keep(QRV_ERROR_OUT_OF_MEMORY, "out of memory");
+    } catch (const std::logic_error& error) {
+        return keep(QRV_ERROR_INVALID_ARGUMENT, error.what());
+    } catch (const std::system_error& error) {
+        return keep(QRV_ERROR_SYSTEM, error.what());
+    } catch (const std::exception& error) {
+        return keep(QRV_ERROR_FAILED, error.what());
+    } catch (...) {
+        return keep(QRV_ERROR_FAILED, "an exception that says nothing");
+    }
+}
+
+const PropertyListValue& valueOf(const qrv_value* value) {
+    return notNull(value, "the value")->value;
+}
+
+const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind kind) {
+    const PropertyListValue& found = valueOf(value);
+    if (found.kind() == kind) return found;
+    throw Refusal(QRV_ERROR_WRONG_KIND, "the value is of another kind: " + description(found));
+}
+
+const char* textOf(const char* text) {
+    if (text == nullptr) return text;
+    if (const auto position = PropertyLists::positionOfBrokenUTF8(text))
+        throw Refusal(QRV_ERROR_NOT_UTF8,
+                      "the text is not UTF-8 from byte " + std::to_string(*position));
+    return text;
+}
+
+KeyPath keyPathOf(const char* text) {
+    return textOf(text);
+}
+
+Context contextOf(void* context, qrv_destroy destroy) {
+    return {context, [destroy](void* ended) {
+                if (destroy != nullptr) destroy(ended);
+            }};
+}
+
+}  // namespace CInterface
+
+const char* qrv_last_error(void) {
+    return CInterface::lastError().c_str();
+}
