@@ -8,22 +8,29 @@
 // 2. The file is read afresh and compared with the stored tree.
 // 3. Key paths of this process's own recent saves are taken out of the changes.
 // Main queue:
-// 4. What was compared is out of date when this process is about to save, or has another stored
-// tree
-//    by now: then 2 is done again, after the saves. Otherwise the stored tree could end as one that
-//    the file no longer holds, with no further notification to mend it.
+// 4. What was compared is out of date when this process is about to save, has saved meanwhile, or
+// has another stored tree by now: then 2 is done again, after the saves. Otherwise the stored tree
+// could end as one that the file no longer holds, with no further notification to mend it.
 // 5. Without changes nothing happens: the stored tree and the cache stay as they are.
 // 6. The new tree becomes the stored one, and the cache is emptied.
 // 7. The change handler is called.
+//
+// Nobody is notified of what happened before the watch began: a file that has changed between the
+// first reading and then goes the same way from 2 on.
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <unordered_set>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+PendingSaves.h"
+#include "QRVSettings/QRVSettings+StoredTree.h"
+#include "QRVSettings/QRVSettings+Watching.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -44,6 +51,7 @@ struct Reading {
     NSDictionary before;  ///< the stored tree itself
     NSDictionary after;
     NSArray changes;
+    std::uint64_t endedSaves;  ///< when the reading began
 };
 
 void queueReload(QRVSettings& store);
@@ -54,7 +62,8 @@ bool isUpToDate(const Reading& reading, QRVSettings& store) {
         store.queue().async([&store] { queueReload(store); });
         return false;
     }
-    const bool isCurrent = reading.before.isIdenticalTo(store.storageCache());
+    const bool isCurrent = reading.endedSaves == countOfEndedSaves() &&
+                           reading.before.isIdenticalTo(store.storageCache());
     if (!isCurrent) queueReload(store);
     return isCurrent;
 }
@@ -71,7 +80,8 @@ void publish(const Reading& reading, QRVSettings& store) {
 }
 
 void reload(QRVSettings& store) {
-    Reading reading{store.storageCache(), QRVSettingsStorage().copy(), nullptr};  // 2
+    const std::uint64_t endedSaves = countOfEndedSaves();
+    Reading reading{store.storageCache(), QRVSettingsStorage().copy(), nullptr, endedSaves};  // 2
     reading.changes =
         withoutLocalChanges(NSDictionaryQRV::changedKeys(reading.before.copy(), reading.after),
                             store.localChanges());  // 3
@@ -83,6 +93,13 @@ void queueReload(QRVSettings& store) {
 }
 
 }  // namespace
+
+void beginToWatchTheFile() {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setPresenterQueue(std::make_shared<NSOperationQueue>());
+    NSFileCoordinator::addFilePresenter(store);
+    if (fileHasChangedSinceTheStoredTreeWasRead()) queueReload(store);
+}
 
 std::string QRVSettings::presentedItemURL() const {
     return sharedSettings().location();

@@ -8,6 +8,7 @@
 // 4. The default answers, and is cached likewise; where there is none, the null marker is.
 
 #include <atomic>
+#include <optional>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -53,6 +54,12 @@ StorageReading readStorage() {
 
 std::atomic<bool> hasBegunWithoutTheFile = false;
 
+/// The file as it was just before the stored tree was read. Used on the host's thread only.
+std::optional<FileIdentity>& fileOfTheStoredTree() {
+    static std::optional<FileIdentity> identity;
+    return identity;
+}
+
 }  // namespace
 
 NSDictionary QRVSettingsStorage() {
@@ -63,10 +70,16 @@ NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
     NSDictionary loaded = store.storageCache();
     if (!loaded.isNull()) return loaded;
+    fileOfTheStoredTree() = identityOfFileAtPath(store.location());
     const StorageReading read = readStorage();
     hasBegunWithoutTheFile = read.failed;
     store.setStorageCache(read.root.mutableCopy());
     return read.root;
+}
+
+bool fileHasChangedSinceTheStoredTreeWasRead() {
+    const std::optional<FileIdentity>& file = fileOfTheStoredTree();
+    return file && *file != identityOfFileAtPath(QRVSettings::sharedSettings().location());
 }
 
 bool storedTreeLacksTheFile() {

@@ -9,6 +9,10 @@
 /// process has not yet. Not to be kept: the next write makes another one.
 NSDictionary storedTree();
 
+/// Whether the file is another one than that of the first reading; false when there was none. For
+/// the host's thread.
+bool fileHasChangedSinceTheStoredTreeWasRead();
+
 /// Whether the stored tree was begun without the file's settings, because the file was there and
 /// could not be read. Any thread.
 bool storedTreeLacksTheFile();

@@ -50,6 +50,7 @@ enum class SaveMessageLine : int {
 };
 
 std::atomic<std::uint64_t> pendingSaves = 0;
+std::atomic<std::uint64_t> endedSaves = 0;
 
 void logSaveMessage(SaveMessageLine line, const char* format,
                     std::vector<PropertyListValue> arguments) {
@@ -181,8 +182,13 @@ void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log
     ++pendingSaves;
     store.queue().async([object, log] {
         save(object, log);
+        ++endedSaves;
         --pendingSaves;
     });
+}
+
+std::uint64_t countOfEndedSaves() {
+    return endedSaves;
 }
 
 bool isSavePending() {

@@ -4,9 +4,9 @@
 #include "QRVSettings/QRVSettings.h"
 
 #include "Platform/Files/Files.h"
-#include "Platform/Files/NSFileCoordinator.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
+#include "QRVSettings/QRVSettings+Watching.h"
 
 namespace {
 constexpr std::string_view applicationIdentifier = QRV_APPLICATION_IDENTIFIER;
@@ -45,8 +45,7 @@ void QRVSettings::prepare() {
     setActiveProfile("default");
     migrate();
     if (!monitorFileChanges() || presenterQueue()) return;
-    setPresenterQueue(std::make_shared<NSOperationQueue>());
-    NSFileCoordinator::addFilePresenter(*this);
+    beginToWatchTheFile();
 }
 
 bool QRVSettings::monitorFileChanges() const {

@@ -82,7 +82,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] PropertyListValue modelIdentifier() const;
 
     /// After `loadDefaults`: activates the profile "default", migrates, and, when
-    /// `monitorFileChanges()` is set by now, begins to watch the file, once and for good.
+    /// `monitorFileChanges()` is set by now, begins to watch the file, once and for good. What
+    /// others changed between this process's first read and now is published like a later change.
     void prepare();
 
     /// Brings stored settings of earlier versions into the present shape: merges the combined

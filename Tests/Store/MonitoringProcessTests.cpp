@@ -298,6 +298,42 @@ TEST(Monitoring, TwoThatSaveHundredsOfTimesEndWithTheSameSettings) {
     EXPECT_TRUE(other.succeeded());
 }
 
+TEST(Monitoring, WhatChangedBeforeTheWatchBeganReachesTheHandler) {
+    StoreSupport::writeSettings(NSDictionary{{"First", 1}});
+    MachineSupport::beMachine("1", "M");
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setInBatchSave(true);  // nothing of this process's own goes over the change
+    std::set<std::string> told;
+    store.setOnChange([&told](const NSArray& changes) {
+        for (const PropertyListValue& keyPath : changes) told.insert(keyPath.stringValue());
+    });
+    store.setMonitorFileChanges(true);
+    store.loadDefaults();
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("Missed").isNull());
+    replaceFileWith("Missed");
+    store.prepare();
+    EXPECT_TRUE(drainUntil([&told] { return told.contains("Missed"); }));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Missed"), "x");
+    store.setOnChange(nullptr);
+}
+
+TEST(Monitoring, AStartWithoutChangesPublishesNothing) {
+    MachineSupport::beMachine("1", "M");
+    StoreSupport::writeSettings(NSDictionary{{"First", 1}});
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setInBatchSave(true);
+    const SystemLogLines log;
+    store.setMonitorFileChanges(true);
+    store.loadDefaults();
+    store.prepare();
+    const NSDictionary stored = store.storageCache();
+    store.readQueue().sync([] {});
+    DispatchMainQueue::shared().drain();
+    EXPECT_FALSE(store.modificationDate());
+    EXPECT_TRUE(store.storageCache().isIdenticalTo(stored));
+    EXPECT_THAT(log.lines(), testing::Not(testing::Contains("Prefs file changed")));
+}
+
 TEST(Monitoring, AWholeLifeOpensEverythingCloseOnExec) {
     ChildProcess life([] {
         MachineSupport::beMachine("1", "M");

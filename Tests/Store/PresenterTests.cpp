@@ -276,6 +276,24 @@ TEST(Reload, WaitsForTheSavesOfThisProcess) {
     EXPECT_EQ(monitoring.calls(), 0);
 }
 
+TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsDoneAgain) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    QRVSettings& store = QRVSettings::sharedSettings();
+    std::promise<void> gate;
+    store.queue().async([passed = gate.get_future().share()] { passed.wait(); });
+    QRVSettingsSetObjectForKeyPath(5, "Own");
+    rewriteSettings({{"A", 1}});
+    Monitoring::notifyAndRead();
+    gate.set_value();
+    StoreSupport::finishSaves();
+    Monitoring::settle();
+    EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+    EXPECT_EQ(monitoring.calls(), 0);
+}
+
 TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsDoneAgain) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
