@@ -368,6 +368,14 @@ TEST(Doctor, SaysThatChangesCannotBeWatched) {
     EXPECT_THAT(outcome.output, HasSubstr("fs.inotify.max_user_watches"));
 }
 
+TEST(Doctor, SaysThatTheConfigurationFolderIsNotHeeded) {
+    ASSERT_EQ(setenv("XDG_CONFIG_HOME", "relative", 1), 0);
+    const Outcome outcome = run({"doctor"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("warning: XDG_CONFIG_HOME is no absolute path"));
+    EXPECT_THAT(outcome.output, HasSubstr(std::string(std::getenv("HOME")) + "/.config/"));
+}
+
 TEST(Doctor, SaysThatThereIsNoHomeFolder) {
     constexpr uid_t nobodyKnown = 54321;
     constexpr int cannotBeTried = 77;

@@ -46,14 +46,14 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
     return addPlain(command.add_option(name, texts, description));
 }
 
-const std::set<std::string>& layerNames() {
-    static const auto& names = *new std::set<std::string>{"effective", "stored", "default"};
+const std::vector<std::string>& layerNames() {
+    static const auto& names = *new std::vector<std::string>{"effective", "stored", "default"};
     return names;
 }
 
-const std::set<std::string>& typeNames() {
+const std::vector<std::string>& typeNames() {
     static const auto& names =
-        *new std::set<std::string>{"bool", "int", "real", "string", "date", "data", "json"};
+        *new std::vector<std::string>{"bool", "int", "real", "string", "date", "data", "json"};
     return names;
 }
 

@@ -3,7 +3,6 @@
 
 // What the command line parser gets to see, and what several commands ask of it.
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -30,8 +29,8 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
 /// @}
 
 /// What an option takes, where that is one of a few words.
-const std::set<std::string>& layerNames();
-const std::set<std::string>& typeNames();
+const std::vector<std::string>& layerNames();
+const std::vector<std::string>& typeNames();
 
 void addLayer(CLI::App& command, std::string& layer);
 void addType(CLI::App& command, std::string& type);

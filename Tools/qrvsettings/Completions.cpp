@@ -17,6 +17,10 @@ namespace {
 
 using Words = std::set<std::string>;
 
+Words wordsOf(const std::vector<std::string>& names) {
+    return {names.begin(), names.end()};
+}
+
 /// Walks along a command line as the parser would, and forgives what it would refuse.
 class CommandLineSoFar {
   public:
@@ -73,7 +77,7 @@ void CommandLineSoFar::takeOption(const std::string& word) {
 
 void CommandLineSoFar::note(const std::string& option, const std::string& value) {
     if (option == "--profile") profile_ = value;
-    if (option == "--layer" && layerNames().count(value) > 0) layer_ = value;
+    if (option == "--layer" && wordsOf(layerNames()).count(value) > 0) layer_ = value;
 }
 
 const CLI::App* CommandLineSoFar::commandNamed(const std::string& name) const {
@@ -120,8 +124,8 @@ std::optional<Words> CommandLineSoFar::wordsFor(const std::string& place) const 
     if (place == "FILE") return std::nullopt;
     if (place == "KEYPATH" || place == "PREFIX") return keyPaths();
     if (place == "--profile") return profileNames();
-    if (place == "--layer") return layerNames();
-    if (place == "--type") return typeNames();
+    if (place == "--layer") return wordsOf(layerNames());
+    if (place == "--type") return wordsOf(typeNames());
     if (place == "NAME") return Words{"dark", "light"};
     return Words();
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -284,9 +285,21 @@ void FileExamination::examineWatching() {
              (isOutOfWatches ? "max_user_watches" : "max_user_instances"));
 }
 
+/// Then the file lies where nobody expects it.
+void examineEnvironment(Diagnosis& diagnosis) {
+    const char* const folder = std::getenv("XDG_CONFIG_HOME");
+    if (folder != nullptr && *folder != '\0' && *folder != '/')
+        diagnosis.findings.push_back(
+            {Level::Warning,
+             std::string("XDG_CONFIG_HOME is no absolute path, so it counts for nothing: ") +
+                 folder,
+             "set it to an absolute path, or remove it: unset XDG_CONFIG_HOME"});
+}
+
 }  // namespace
 
 NSDictionary examineFile(Diagnosis& diagnosis) {
+    examineEnvironment(diagnosis);
     const std::string location = QRVSettingsLocation();
     if (!location.empty()) return FileExamination(diagnosis, location).run();
     diagnosis.findings.push_back({Level::Error, "there is no home folder, so no settings file",
