@@ -7,7 +7,10 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -44,20 +47,18 @@ bool isStopped(std::int64_t process) {
     return end != line.npos && line.substr(end + 2, 1) == "T";
 }
 
-std::string deviceAndInode(const struct stat& status) {
-    std::ostringstream text;
-    text << std::hex;
-    text.width(2);
-    text.fill('0');
-    text << major(status.st_dev) << ':';
-    text.width(2);
-    text << minor(status.st_dev) << ':' << std::dec << status.st_ino;
-    return text.str();
+std::string deviceText(dev_t device) {
+    constexpr std::size_t size = 32;
+    std::array<char, size> text{};
+    const int length =
+        std::snprintf(text.data(), text.size(), "%02x:%02x", major(device), minor(device));
+    return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
 }
 
-/// Locks that are waited for have an arrow in front of their kind.
-std::vector<LockFacts::Holder> holdersOf(const struct stat& lockFile) {
-    const std::string wanted = deviceAndInode(lockFile);
+/// Of the locked files that `isMeant` tells by their name, `device:inode`. Locks that are waited
+/// for have an arrow in front of their kind.
+template <typename Predicate>
+std::vector<LockFacts::Holder> holdersOf(const Predicate& isMeant) {
     std::vector<LockFacts::Holder> holders;
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
@@ -69,7 +70,7 @@ std::vector<LockFacts::Holder> holdersOf(const struct stat& lockFile) {
         std::string file;
         std::int64_t process = 0;
         words >> number >> kind >> force >> access >> process >> file;
-        if (kind != "FLOCK" || file != wanted || process <= 0) continue;
+        if (kind != "FLOCK" || !isMeant(file) || process <= 0) continue;
         holders.push_back(
             {process, firstLine("/proc/" + std::to_string(process) + "/comm"), isStopped(process)});
     }
@@ -100,9 +101,18 @@ bool isHeldByWriter(const Descriptor& lockFile) {
     return flock(lockFile.number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
+// Where file systems lie on others the device can be another one here than there. Then a lock that
+// is certainly held is that of the same inode.
 LockFacts factsOfOpenLock(const Descriptor& lockFile, const struct stat& status) {
-    LockFacts facts{LockFacts::State::Free, {}, holdersOf(status)};
-    if (!facts.holders.empty() || isHeldByWriter(lockFile)) facts.state = LockFacts::State::Held;
+    const std::string inode = ":" + std::to_string(status.st_ino);
+    const std::string name = deviceText(status.st_dev) + inode;
+    LockFacts facts{LockFacts::State::Free, {}, holdersOf([&](const std::string& file) {
+                        return file == name;
+                    })};
+    const bool isHeld = isHeldByWriter(lockFile);
+    if (isHeld && facts.holders.empty())
+        facts.holders = holdersOf([&](const std::string& file) { return file.ends_with(inode); });
+    if (isHeld || !facts.holders.empty()) facts.state = LockFacts::State::Held;
     return facts;
 }
 
@@ -137,7 +147,7 @@ LockFacts factsOfLock(const std::string& path) {
     if (!S_ISREG(status.st_mode)) return {LockFacts::State::NoFile, {}, {}};
     const Descriptor lockFile(
         open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (lockFile.number() < 0) return {LockFacts::State::Unusable, lastError(), holdersOf(status)};
+    if (lockFile.number() < 0) return {LockFacts::State::Unusable, lastError(), {}};
     return factsOfOpenLock(lockFile, status);
 }
 
