@@ -35,6 +35,29 @@ if(TARGET qrvsettings)
   file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(qrvsettings PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
   install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
+  foreach(section 1 5)
+    install(FILES "${PROJECT_SOURCE_DIR}/Documentation/man/qrvsettings.${section}"
+      DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT Tool)
+  endforeach()
+
+  # Each shell looks for its completions in a place of its own.
+  set(QRV_COMPLETIONS "${PROJECT_BINARY_DIR}/completions")
+  add_custom_command(OUTPUT "${QRV_COMPLETIONS}/bash" "${QRV_COMPLETIONS}/zsh" "${QRV_COMPLETIONS}/fish"
+    COMMAND "${CMAKE_COMMAND}" -E make_directory "${QRV_COMPLETIONS}"
+    COMMAND qrvsettings completion bash > "${QRV_COMPLETIONS}/bash"
+    COMMAND qrvsettings completion zsh > "${QRV_COMPLETIONS}/zsh"
+    COMMAND qrvsettings completion fish > "${QRV_COMPLETIONS}/fish"
+    DEPENDS qrvsettings VERBATIM)
+  add_custom_target(QRVCompletions ALL DEPENDS "${QRV_COMPLETIONS}/bash")
+  install(FILES "${QRV_COMPLETIONS}/bash" RENAME qrvsettings
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Tool)
+  install(FILES "${QRV_COMPLETIONS}/zsh" RENAME _qrvsettings
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT Tool)
+  install(FILES "${QRV_COMPLETIONS}/fish" RENAME qrvsettings.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT Tool)
 endif()
+
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" RENAME copyright
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Library)
 
 include(QRVPackage)

@@ -14,9 +14,10 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",    "set",    "unset",      "list",
-                                           "export", "color",  "appearance", "profiles",
-                                           "apply",  "import", "watch",      "path"};
+const std::vector<std::string> commands = {"get",      "set",       "unset",  "list",  "search",
+                                           "explain",  "diff",      "export", "color", "appearance",
+                                           "profiles", "apply",     "import", "watch", "path",
+                                           "doctor",   "completion"};
 
 }  // namespace
 
@@ -62,6 +63,21 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"appearance", "get", "a"},
         {"appearance", "set"},
         {"appearance", "set", "dark", "light"},
+        {"search"},
+        {"search", "a", "b"},
+        {"search", "a", "--keys", "--values"},
+        {"search", "a", "--profile", ""},
+        {"explain"},
+        {"explain", "a", "b"},
+        {"explain", "a", "--profile", ""},
+        {"diff", "a", "b"},
+        {"diff", "--json", "--as-commands"},
+        {"diff", "a", "--profile", "p"},
+        {"doctor", "a"},
+        {"completion"},
+        {"completion", "tcsh"},
+        {"completion", "bash", "a"},
+        {"--quiet"},
     };
     for (const Arguments& arguments : wrong) {
         const Outcome outcome = run(arguments);
@@ -95,6 +111,17 @@ TEST(CommandLine, EachCommandExplainsItselfWithOneExample) {
         EXPECT_THAT(outcome.output, HasSubstr("Usage: qrvsettings " + command)) << command;
         EXPECT_THAT(outcome.output, HasSubstr("Example: ")) << command;
         EXPECT_EQ(outcome.errors, "") << command;
+    }
+}
+
+TEST(CommandLine, EachPartOfACommandExplainsItselfWithOneExample) {
+    const std::vector<Arguments> parts = {
+        {"color", "get"},      {"color", "set"},       {"color", "unset"},
+        {"appearance", "get"}, {"appearance", "set"},  {"completion", "bash"},
+        {"completion", "zsh"}, {"completion", "fish"}, {"completion", "candidates"}};
+    for (Arguments arguments : parts) {
+        arguments.emplace_back("--help");
+        EXPECT_THAT(run(arguments).output, HasSubstr("Example: ")) << arguments[1];
     }
 }
 
@@ -141,4 +168,28 @@ TEST(CommandLine, MessagesCarryNoControlCharacters) {
     const Outcome outcome = run({"get", "a\x1b[31m\n"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "qrvsettings: not set, a\\x1b[31m\\x0a\n");
+}
+
+TEST(Quiet, NothingIsSaidThatIsNoError) {
+    ToolSupport::writeFile("changes", "# none\n");
+    ASSERT_THAT(run({"apply", "changes"}).errors, HasSubstr("no changes"));
+    const Outcome outcome = run({"apply", "changes", "--quiet"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run({"--quiet", "apply", "changes"}).errors, "");
+}
+
+TEST(Quiet, AnErrorIsSaid) {
+    const Outcome outcome = run({"get", "absent", "--quiet"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, "qrvsettings: not set, absent\n");
+    EXPECT_EQ(run({"--quiet", "unset", "absent"}).errors, "qrvsettings: not set, absent\n");
+    EXPECT_THAT(run({"--quiet", "get"}).errors, HasSubstr("--help"));
+}
+
+TEST(Quiet, StandsAlsoWithThePartOfACommand) {
+    ASSERT_EQ(run({"color", "set", "a", "2", "0", "0", "--quiet"}).errors, "");
+    EXPECT_EQ(run({"color", "--quiet", "get", "a"}).output, "2 0 0 1\n");
+    EXPECT_EQ(run({"set", "a", "--", "--quiet"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a"}).output, "--quiet\n");
 }

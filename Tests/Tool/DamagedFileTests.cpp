@@ -38,6 +38,10 @@ const std::vector<std::vector<std::string>> commandsThatRead = {
     {"import", "whole.plist"},
     {"import", "whole.plist", "--dry-run"},
     {"profiles"},
+    {"search", "a"},
+    {"explain", "a"},
+    {"diff"},
+    {"diff", "whole.plist"},
     {"get", "a", "--profile", "p"},
     {"watch"}};
 

@@ -40,6 +40,18 @@ const std::vector<std::vector<std::string>> readingCommands = {
     {"list", "--profile", "p"},
     {"color", "get", "absent", "--profile", "p"},
     {"profiles"},
+    {"list", "--keys"},
+    {"search", "width"},
+    {"search", "absent"},
+    {"explain", "CPU.Width"},
+    {"explain", "absent", "--profile", "p"},
+    {"diff"},
+    {"diff", "-"},
+    {"diff", "--profile", "p", "--as-commands"},
+    {"doctor"},
+    {"doctor", "--json"},
+    {"completion", "bash"},
+    {"completion", "candidates", "--", "get", ""},
     {"apply", "-"},
     {"apply", "absent"},
     {"import", "-"},
@@ -208,6 +220,22 @@ TEST(List, LeavesOutWhatNoKeyPathReaches) {
         propertyList("<key>a.b</key><true/><key>c</key><dict><key>d.e</key><true/></dict>"
                      "<key>x.y</key><true/><key>x</key><dict><key>y</key><false/></dict>"));
     EXPECT_EQ(run({"list", "--layer", "stored"}).output, "x.y\tfalse\n");
+}
+
+TEST(List, PrintsKeyPathsAloneWhenAskedForThem) {
+    writeSettings(sample());
+    EXPECT_EQ(run({"list", "--keys", "--layer", "stored"}).output,
+              "CPU.Enabled\nCPU.Width\nCPUs.x\nItems\n");
+    EXPECT_EQ(run({"list", "CPU", "--keys", "--json", "--layer", "stored"}).output,
+              "[\"CPU.Enabled\",\"CPU.Width\"]\n");
+    expectNotSet({"list", "--keys", "absent"}, "nothing is set, absent");
+}
+
+TEST(Get, NamesTheKeyPathThatMayBeMeant) {
+    expectNotSet({"get", "CPU.Menubar.Enabeld"},
+                 "not set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
+    expectNotSet({"get", "CPU.Menubar.Enabeld", "--layer", "stored"},
+                 "not set, CPU.Menubar.Enabeld");
 }
 
 TEST(Export, GivesThePropertyListAgain) {

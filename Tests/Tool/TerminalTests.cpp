@@ -1,20 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
 
+#include "Support/ChildProcess.h"
 #include "Tool/ToolSupport.h"
 
 namespace {
 
-/// What the tool prints where standard output is a terminal.
+/// What the tool prints where a standard stream is a terminal.
 class Terminal {
   public:
-    Terminal() : ours_(posix_openpt(O_RDWR | O_NOCTTY)) {
+    Terminal() : ours_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
         if (ours_ < 0 || grantpt(ours_) != 0 || unlockpt(ours_) != 0)
             throw std::runtime_error("no terminal");
         theirs_ = open(ptsname(ours_), O_RDWR | O_NOCTTY);
@@ -27,11 +30,18 @@ class Terminal {
         close(theirs_);
     }
     std::string run(const std::vector<std::string>& arguments) const {
-        const auto prepare = [this] { dup2(theirs_, STDOUT_FILENO); };
-        EXPECT_EQ(ToolSupport::run(arguments, {"", prepare}).exitCode, 0);
-        std::array<char, 4096> printed{};
-        const ssize_t size = read(ours_, printed.data(), printed.size());
-        return {printed.data(), static_cast<std::size_t>(size < 0 ? 0 : size)};
+        EXPECT_EQ(ToolSupport::run(arguments, as(STDOUT_FILENO)).exitCode, 0);
+        return printed();
+    }
+    /// A process that has it as one of its standard streams.
+    [[nodiscard]] ToolSupport::Surroundings as(int stream) const {
+        return {"", [this, stream] { dup2(theirs_, stream); }};
+    }
+    /// What has been printed since the last time; never waits.
+    [[nodiscard]] std::string printed() const {
+        std::array<char, 4096> text{};
+        const ssize_t size = read(ours_, text.data(), text.size());
+        return {text.data(), static_cast<std::size_t>(size < 0 ? 0 : size)};
     }
 
   private:
@@ -47,6 +57,31 @@ void setTerminal(const char* name, const char* colors) {
     setenv("COLORTERM", colors, 1);
     unsetenv("NO_COLOR");
 }
+
+/// A process that holds the lock of the settings file until it is killed.
+class LockHolder {
+  public:
+    LockHolder() { EXPECT_TRUE(held_.wait()); }
+    [[nodiscard]] std::string description() const {
+        return "process " + std::to_string(process_.pid());
+    }
+    void letGo() { process_.send(SIGKILL); }
+
+  private:
+    static std::filesystem::path lockFile() {
+        const auto file = ToolSupport::settingsFile();
+        return file.parent_path() / ("." + file.filename().string() + ".lock");
+    }
+    std::filesystem::path path_ = lockFile();
+    Gate held_;
+    ChildProcess process_{[this] {
+        ToolSupport::writeFile(path_, "");
+        const int file = open(path_.c_str(), O_RDWR | O_CLOEXEC);
+        if (file < 0 || flock(file, LOCK_EX) != 0) return false;
+        held_.open();
+        return pause() == 0;
+    }};
+};
 
 }  // namespace
 
@@ -78,4 +113,56 @@ TEST(ColorGetOnATerminal, ShowsNoColourWhereNoneIsWanted) {
 TEST(ColorGetOnATerminal, IsTheOnlyPlaceForAColour) {
     setTerminal("xterm", "truecolor");
     EXPECT_EQ(ToolSupport::run(showRed).output, "1 0.321 0.341 1\n");
+}
+
+TEST(WaitingOnATerminal, AReaderTellsForWhom) {
+    const LockHolder holder;
+    const Terminal terminal;
+    EXPECT_EQ(ToolSupport::run({"get", "UpdateFrequency"}, terminal.as(STDERR_FILENO)).exitCode, 0);
+    EXPECT_THAT(terminal.printed(),
+                testing::AllOf(testing::StartsWith("qrvsettings: waiting for the lock of " +
+                                                   ToolSupport::settingsFile().string() +
+                                                   ", held by " + holder.description() + " ("),
+                               testing::EndsWith(")\r\n")));
+}
+
+TEST(WaitingOnATerminal, ASaveTellsForWhomAndGoesOn) {
+    LockHolder holder;
+    const Terminal terminal;
+    ToolSupport::RunningTool tool({"set", "a", "1"}, terminal.as(STDERR_FILENO));
+    std::string told;
+    EXPECT_TRUE(waitUntil([&] {
+        told += terminal.printed();
+        return told.find("waiting for the save, which waits for the lock of ") != told.npos;
+    })) << told;
+    holder.letGo();
+    EXPECT_EQ(tool.finish().exitCode, 0);
+    EXPECT_EQ(ToolSupport::run({"get", "a"}).output, "1\n");
+}
+
+TEST(WaitingOnATerminal, ItTellsThatItReadsStandardInput) {
+    const Terminal input;
+    const Terminal terminal;
+    ToolSupport::Surroundings surroundings = terminal.as(STDERR_FILENO);
+    surroundings.prepare = [&input, errors = surroundings.prepare] {
+        input.as(STDIN_FILENO).prepare();
+        errors();
+    };
+    const ToolSupport::RunningTool tool({"import", "-"}, surroundings);
+    std::string told;
+    EXPECT_TRUE(waitUntil([&] {
+        told += terminal.printed();
+        return told == "qrvsettings: waiting for standard input\r\n";
+    })) << told;
+}
+
+TEST(WaitingOnATerminal, NothingIsToldToWhoWantsItQuietAndElsewhere) {
+    ToolSupport::writeSettings(ToolSupport::propertyList(""));
+    const LockHolder holder;
+    const Terminal terminal;
+    const std::vector<std::string> quietly = {"get", "UpdateFrequency", "--quiet"};
+    EXPECT_EQ(ToolSupport::run(quietly, terminal.as(STDERR_FILENO)).exitCode, 0);
+    EXPECT_EQ(terminal.printed(), "");
+    EXPECT_EQ(ToolSupport::run({"get", "UpdateFrequency"}, terminal.as(STDOUT_FILENO)).errors, "");
+    EXPECT_EQ(terminal.printed(), "1\r\n");
 }

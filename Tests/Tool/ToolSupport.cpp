@@ -140,6 +140,11 @@ Outcome run(const std::vector<std::string>& arguments, const Surroundings& surro
     return runProgram(QRV_TOOL, arguments, surroundings);
 }
 
+Outcome runShell(const std::string& lines) {
+    const std::string folder = std::filesystem::path(QRV_TOOL).parent_path().string();
+    return runProgram("/bin/sh", {"-e", "-c", "PATH=" + folder + ":$PATH\n" + lines});
+}
+
 std::filesystem::path configurationFolder() {
     return std::getenv("XDG_CONFIG_HOME");
 }

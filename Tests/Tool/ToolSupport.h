@@ -55,6 +55,9 @@ Outcome run(const std::vector<std::string>& arguments, const Surroundings& surro
 Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
                    const Surroundings& surroundings = {});
 
+/// Lines of a shell that name the tool as a person does; they end at the first that fails.
+Outcome runShell(const std::string& lines);
+
 /// Where the tool of this test keeps its settings.
 std::filesystem::path configurationFolder();
 std::filesystem::path settingsFile();

@@ -237,18 +237,6 @@ TEST(Watch, RefusesNumbersThatMakeNoSense) {
     EXPECT_EQ(run({"watch", "a\xff"}).exitCode, 5);
 }
 
-namespace {
-
-/// Runs lines of a shell with the tool at hand.
-void replay(const std::string& lines) {
-    const auto folder = std::filesystem::path(QRV_TOOL).parent_path().string();
-    const Outcome outcome =
-        ToolSupport::runProgram("/bin/sh", {"-e", "-c", "PATH=" + folder + ":$PATH\n" + lines});
-    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors << lines;
-}
-
-}  // namespace
-
 TEST(WatchAsCommands, AReplayGivesTheSameSettings) {
     set("z", "1");
     set("gone.deep", "1");
@@ -274,7 +262,8 @@ TEST(WatchAsCommands, AReplayGivesTheSameSettings) {
     const std::string after = run({"export"}).output;
     replaceSettings(before);
     ASSERT_NE(run({"export"}).output, after);
-    replay(commands);
+    const Outcome replay = ToolSupport::runShell(commands);
+    ASSERT_EQ(replay.exitCode, 0) << replay.errors << commands;
     EXPECT_EQ(run({"export"}).output, after);
 }
 

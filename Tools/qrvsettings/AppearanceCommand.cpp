@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cctype>
 #include <memory>
 
 #include "CommandOptions.h"
 #include "Commands.h"
+#include "LetterCase.h"
 #include "Output.h"
 #include "Platform/System/NSAppearance.h"
 #include "QRVSettings/QRVSettings.h"
@@ -19,14 +18,6 @@ namespace Tool {
 namespace {
 
 constexpr const char* keyPath = "MenubarCurrentApperance";
-
-std::string lowercase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
-        return character < 0x80 ? static_cast<char>(std::tolower(character))
-                                : static_cast<char>(character);
-    });
-    return text;
-}
 
 /// The platform's name for what the user calls by a word or by such a name.
 std::string appearanceName(const std::string& name) {

@@ -43,7 +43,7 @@ void preview(const std::vector<Change>& changes, const std::string& name) {
     const std::vector<std::string> notes = startUpNotingChanges();
     const NSDictionary before = leavesByKeyPath(QRVSettingsStoredValues());
     makeAll(changes, name);
-    for (const std::string& note : notes) say(note);
+    for (const std::string& note : notes) remark(note);
     printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
 }
 
@@ -60,7 +60,7 @@ ExitCode apply(const Options& options) {
     const std::vector<Change> changes = changesFromText(contentsOfInput(options.file), name);
     requireWritableSettingsFile(options.damagedFile);
     if (changes.empty())
-        say("no changes, " + name);
+        remark("no changes, " + name);
     else if (options.dryRun)
         preview(changes, name);
     else

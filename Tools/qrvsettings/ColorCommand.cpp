@@ -63,7 +63,7 @@ NSColor colorOf(const Scope& scope, const std::string& keyPath) {
         throw Failure(ExitCode::WrongValue, "not a colour, but " + kindName(present) + ": " +
                                                 shortened(bareText(present)) + ", " + keyPath);
     if (!isColorText(present))
-        say("what is stored is not a colour, so this is the default, " + keyPath);
+        remark("what is stored is not a colour, so this is the default, " + keyPath);
     return color.color();
 }
 
@@ -94,7 +94,7 @@ ExitCode set(const Options& options) {
     });
     if (!isUsual(color.redComponent) || !isUsual(color.greenComponent) ||
         !isUsual(color.blueComponent) || !isUsual(color.alphaComponent))
-        say("stored as it is, though not all components are from 0 to 1, " + options.keyPath);
+        remark("stored as it is, though not all components are from 0 to 1, " + options.keyPath);
     return ExitCode::Done;
 }
 

@@ -19,9 +19,10 @@ void describe(CLI::App& program) {
     program.set_version_flag("--version", "qrvsettings " QRV_VERSION);
     program.require_subcommand(1);
     program.footer(
-        "Exit codes: 0 done; 1 not set; 2 wrong usage; 3 the settings file cannot be read or is\n"
-        "damaged; 4 settings or output could not be written; 5 a value that is not what was\n"
-        "asked for; 6 timed out.\n\n"
+        "Exit codes: 0 done; 1 not set, not found, different (diff) or in need of a person "
+        "(doctor);\n"
+        "2 wrong usage; 3 the settings file cannot be read or is damaged; 4 settings or output\n"
+        "could not be written; 5 a value that is not what was asked for; 6 timed out.\n\n"
         "Example: qrvsettings set CPU.Menubar.Width 40");
 }
 
@@ -36,6 +37,9 @@ constexpr std::array commands = {
     Command{"set", addSetCommand},
     Command{"unset", addUnsetCommand},
     Command{"list", addListCommand},
+    Command{"search", addSearchCommand},
+    Command{"explain", addExplainCommand},
+    Command{"diff", addDiffCommand},
     Command{"export", addExportCommand},
     Command{"color", addColorCommand},
     Command{"appearance", addAppearanceCommand},
@@ -44,17 +48,32 @@ constexpr std::array commands = {
     Command{"import", addImportCommand},
     Command{"watch", addWatchCommand},
     Command{"path", addPathCommand},
+    Command{"doctor", addDoctorCommand},
+    Command{"completion", addCompletionCommand},
 };
 
-/// The one that is named first, else all: describing those that nobody asks for takes longer than
+void addQuietBelow(CLI::App& program) {
+    addQuiet(program);
+    for (CLI::App* command : program.get_subcommands([](CLI::App*) { return true; }))
+        addQuietBelow(*command);
+}
+
+void addAllCommands(CLI::App& program, Action& action) {
+    for (const Command& command : commands) command.add(program, action);
+}
+
+/// The one that is named, else all: describing those that nobody asks for takes longer than
 /// reading a file of a hundred settings.
 void addCommands(CLI::App& program, Action& action, const std::vector<std::string>& arguments) {
-    const std::string_view name = arguments.empty() ? "" : std::string_view(arguments.front());
-    const auto* const named =
-        std::find_if(commands.begin(), commands.end(),
-                     [name](const Command& command) { return command.name == name; });
-    if (named != commands.end()) return named->add(program, action);
-    for (const Command& command : commands) command.add(program, action);
+    const auto name = std::find_if(arguments.begin(), arguments.end(),
+                                   [](const std::string& word) { return !word.starts_with('-'); });
+    const auto* const named = std::find_if(
+        commands.begin(), commands.end(),
+        [&](const Command& command) { return name != arguments.end() && command.name == *name; });
+    if (named != commands.end())
+        named->add(program, action);
+    else
+        addAllCommands(program, action);
 }
 
 /// The parser wants the last argument first.
@@ -78,11 +97,18 @@ ExitCode printed(const std::string& text) {
 
 }  // namespace
 
+void describeProgram(CLI::App& program, Action& action) {
+    describe(program);
+    addAllCommands(program, action);
+    addQuietBelow(program);
+}
+
 ExitCode runCommandLine(const std::vector<std::string>& arguments) {
     CLI::App program("Read and change the settings of the system monitor");
     Action action;
     describe(program);
     addCommands(program, action, arguments);
+    addQuietBelow(program);
     try {
         program.parse(forParser(arguments));
     } catch (const CLI::CallForHelp&) {

@@ -7,6 +7,8 @@
 #include <array>
 #include <string_view>
 
+#include "Failure.h"
+
 namespace Tool {
 namespace {
 
@@ -44,24 +46,58 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
     return addPlain(command.add_option(name, texts, description));
 }
 
+const std::vector<std::string>& layerNames() {
+    static const auto& names = *new std::vector<std::string>{"effective", "stored", "default"};
+    return names;
+}
+
+const std::vector<std::string>& typeNames() {
+    static const auto& names =
+        *new std::vector<std::string>{"bool", "int", "real", "string", "date", "data", "json"};
+    return names;
+}
+
 void addLayer(CLI::App& command, std::string& layer) {
     command
         .add_option("--layer", layer,
                     "effective: stored values over the defaults, as the application sees them; "
                     "stored: the settings file alone; default: the built-in defaults alone")
         ->type_name("NAME")
-        ->check(CLI::IsMember({"effective", "stored", "default"}))
+        ->check(CLI::IsMember(layerNames()))
         ->capture_default_str();
+}
+
+void addType(CLI::App& command, std::string& type) {
+    command
+        .add_option("--type", type,
+                    "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(typeNames()));
+}
+
+void addQuiet(CLI::App& command) {
+    command.add_flag_callback("--quiet", keepQuiet,
+                              "Say nothing on standard error but why the exit code is not 0");
 }
 
 void addJSON(CLI::App& command, bool& json, const std::string& description) {
     command.add_flag("--json", json, description);
 }
 
-void addProfile(CLI::App& command, std::string& profile) {
-    addText(command, "--profile", profile,
-            "Work on the settings of this profile: what is not stored there has its default, "
-            "whatever is stored elsewhere")
+void addForm(CLI::App& command, Form& form, const FormDescriptions& descriptions) {
+    CLI::Option* json = command.add_flag_callback(
+        "--json", [&form] { form = Form::JSON; }, descriptions.json);
+    command
+        .add_flag_callback(
+            "--as-commands", [&form] { form = Form::Commands; }, descriptions.commands)
+        ->excludes(json);
+}
+
+CLI::Option* addProfile(CLI::App& command, std::string& profile) {
+    return addText(
+               command, "--profile", profile,
+               "Work on the settings of this profile: what is not stored there has its default, "
+               "whatever is stored elsewhere")
         ->type_name("NAME")
         ->check([](const std::string& name) {
             return std::string(name.empty() ? "the name of the profile is empty" : "");

@@ -28,10 +28,26 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
                       const std::string& description);
 /// @}
 
+/// What an option takes, where that is one of a few words.
+const std::vector<std::string>& layerNames();
+const std::vector<std::string>& typeNames();
+
 void addLayer(CLI::App& command, std::string& layer);
+void addType(CLI::App& command, std::string& type);
+/// For the program and every command: it may stand anywhere.
+void addQuiet(CLI::App& command);
 void addJSON(CLI::App& command, bool& json, const std::string& description);
+
+/// How a command prints changes: as lines for people, `--json` or `--as-commands`.
+enum class Form { Lines, JSON, Commands };
+struct FormDescriptions {
+    std::string json;
+    std::string commands;
+};
+void addForm(CLI::App& command, Form& form, const FormDescriptions& descriptions);
+
 /// `profile` stays empty where none is named.
-void addProfile(CLI::App& command, std::string& profile);
+CLI::Option* addProfile(CLI::App& command, std::string& profile);
 void addReplaceDamaged(CLI::App& command, DamagedFile& damagedFile);
 
 }  // namespace Tool

@@ -20,6 +20,9 @@ void addGetCommand(CLI::App& program, Action& action);
 void addSetCommand(CLI::App& program, Action& action);
 void addUnsetCommand(CLI::App& program, Action& action);
 void addListCommand(CLI::App& program, Action& action);
+void addSearchCommand(CLI::App& program, Action& action);
+void addExplainCommand(CLI::App& program, Action& action);
+void addDiffCommand(CLI::App& program, Action& action);
 void addExportCommand(CLI::App& program, Action& action);
 void addColorCommand(CLI::App& program, Action& action);
 void addAppearanceCommand(CLI::App& program, Action& action);
@@ -28,5 +31,7 @@ void addApplyCommand(CLI::App& program, Action& action);
 void addImportCommand(CLI::App& program, Action& action);
 void addWatchCommand(CLI::App& program, Action& action);
 void addPathCommand(CLI::App& program, Action& action);
+void addDoctorCommand(CLI::App& program, Action& action);
+void addCompletionCommand(CLI::App& program, Action& action);
 
 }  // namespace Tool

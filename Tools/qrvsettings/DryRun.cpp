@@ -23,9 +23,9 @@ NSDictionary leavesByKeyPath(const NSDictionary& tree) {
 }
 
 void printWhatWouldChange(const NSDictionary& oldByKeyPath, const NSDictionary& newByKeyPath) {
-    const std::string lines = changeLines(oldByKeyPath, newByKeyPath);
+    const std::string lines = changeLines(changesBetween(oldByKeyPath, newByKeyPath));
     if (lines.empty())
-        say("nothing would change");
+        remark("nothing would change");
     else
         print(lines);
 }

@@ -6,6 +6,8 @@
 namespace Tool {
 namespace {
 
+bool quiet = false;
+
 bool isControl(char character) {
     return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
 }
@@ -28,6 +30,18 @@ void say(std::string_view text) {
         line += isControl(character) ? escaped(character) : std::string(1, character);
     line += '\n';
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+void remark(std::string_view text) {
+    if (!isQuiet()) say(text);
+}
+
+void keepQuiet() {
+    quiet = true;
+}
+
+bool isQuiet() {
+    return quiet;
 }
 
 std::string shortened(std::string_view text) {

@@ -32,6 +32,11 @@ class Failure : public std::runtime_error {
 /// as `\x1b`: they may come from arguments and files.
 void say(std::string_view text);
 
+/// The same for what does not make the command fail; writes nothing once the user wants it quiet.
+void remark(std::string_view text);
+void keepQuiet();
+[[nodiscard]] bool isQuiet();
+
 /// Text out of an argument for a message: all of it, or its beginning when it is long.
 std::string shortened(std::string_view text);
 

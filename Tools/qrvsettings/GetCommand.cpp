@@ -9,6 +9,7 @@
 #include "JSON.h"
 #include "Layers.h"
 #include "Output.h"
+#include "Slips.h"
 #include "ValueText.h"
 
 namespace Tool {
@@ -26,7 +27,9 @@ ExitCode get(const Options& options) {
     const Layer layer(options.layer, Scope(options.profile));
     layer.open();
     const PropertyListValue value = layer.value(options.keyPath);
-    if (value.isNull()) throw Failure(ExitCode::NotSet, "not set, " + options.keyPath);
+    if (value.isNull())
+        throw Failure(ExitCode::NotSet,
+                      "not set, " + options.keyPath + didYouMean(options.keyPath));
     print((options.json ? jsonText(value) : bareText(value)) + "\n");
     return ExitCode::Done;
 }

@@ -7,13 +7,11 @@
 #include "Commands.h"
 #include "DryRun.h"
 #include "Input.h"
-#include "JSON.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
 #include "SettingsFile.h"
+#include "SettingsInput.h"
 #include "StartUp.h"
-#include "ValueText.h"
 
 namespace Tool {
 namespace {
@@ -23,50 +21,6 @@ struct Options {
     bool dryRun = false;
     DamagedFile damagedFile = DamagedFile::Refused;
 };
-
-PropertyListValue jsonOrFault(const std::string& bytes, const PropertyListError& fault) {
-    try {
-        return valueFromJSON(bytes);
-    } catch (const Failure& failure) {
-        throw Failure(failure.code(),
-                      "not a property list: " + fault.description() + "; " + failure.what());
-    }
-}
-
-PropertyListValue valueFromBytes(const std::string& bytes) {
-    const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
-    if (!read.error) return read.value;
-    // What is neither binary nor XML looks like old-style text.
-    if (read.format == PropertyListFormat::OldStyle) return jsonOrFault(bytes, *read.error);
-    throw Failure(ExitCode::WrongValue, read.error->description());
-}
-
-NSDictionary settingsFromBytes(const std::string& bytes) {
-    // Read as a settings file, it would be one in which nothing is set.
-    if (bytes.find_first_not_of(" \t\r\n") == bytes.npos)
-        throw Failure(ExitCode::WrongValue, "empty");
-    const PropertyListValue root = valueFromBytes(bytes);
-    if (!root.isDictionary())
-        throw Failure(ExitCode::WrongValue, "the root is " + kindName(root) + ", not a dictionary");
-    requireStorable(root);
-    return root.dictionary();
-}
-
-NSDictionary settingsOf(const std::string& file) {
-    const std::string bytes = contentsOfInput(file);
-    try {
-        return settingsFromBytes(bytes);
-    } catch (const Failure& failure) {
-        throw Failure(failure.code(), std::string("cannot be imported: ") + failure.what() + ", " +
-                                          nameOfInput(file));
-    }
-}
-
-/// Of what is replaced nothing can be in the way.
-void startUpOnNothing() {
-    QRVSettings::sharedSettings().setStorageCache(NSMutableDictionary());
-    startUp();
-}
 
 /// As an import does, without the save.
 void replaceInMemory(const NSDictionary& settings) {
@@ -83,7 +37,7 @@ void importOrPreview(const NSDictionary& settings, bool dryRun) {
 }
 
 ExitCode importSettings(const Options& options) {
-    const NSDictionary settings = settingsOf(options.file);
+    const NSDictionary settings = settingsOfInput(options.file, "imported");
     const std::string name = nameOfInput(options.file);
     requireWritableSettingsFile(options.damagedFile);
     startUpOnNothing();
@@ -94,8 +48,8 @@ ExitCode importSettings(const Options& options) {
                       std::string("cannot be brought to the present shape: ") + exception.what() +
                           ", " + name);
     }
-    if (isOfEarlierVersion(settings)) say(migrationNote);
-    if (!isKeptWhole(settings)) say("fractions of seconds are not kept, " + name);
+    if (isOfEarlierVersion(settings)) remark(migrationNote);
+    if (!isKeptWhole(settings)) remark("fractions of seconds are not kept, " + name);
     return ExitCode::Done;
 }
 

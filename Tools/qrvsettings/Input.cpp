@@ -7,6 +7,7 @@
 #include "Failure.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Waiting.h"
 
 namespace Tool {
 
@@ -18,6 +19,7 @@ void requireUTF8(const std::string& text) {
 
 std::string standardInput() {
     constexpr std::size_t largest = NSPropertyListSerialization::maximumSize;
+    const Waiting waiting("standard input");
     std::string text;
     std::array<char, 65536> buffer{};
     while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), stdin)) {

@@ -20,6 +20,7 @@ struct Options {
     std::optional<std::string> prefix;
     std::string layer = "effective";
     std::string profile;
+    bool keysOnly = false;
     bool json = false;
 };
 
@@ -31,6 +32,11 @@ NSDictionary withPrefix(const NSDictionary& leaves, const std::optional<std::str
     return chosen;
 }
 
+std::string textOf(const NSDictionary& leaves, const Options& options) {
+    if (!options.keysOnly) return options.json ? jsonText(leaves) + "\n" : settingLines(leaves);
+    return options.json ? jsonText(keyPathsOf(leaves)) + "\n" : keyPathLines(leaves);
+}
+
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
     const Layer layer(options.layer, Scope(options.profile));
@@ -39,7 +45,7 @@ ExitCode list(const Options& options) {
     if (leaves.count() == 0)
         throw Failure(ExitCode::NotSet,
                       "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
-    print(options.json ? jsonText(leaves) + "\n" : settingLines(leaves));
+    print(textOf(leaves, options));
     return ExitCode::Done;
 }
 
@@ -52,9 +58,11 @@ void addListCommand(CLI::App& program, Action& action) {
     const auto prefix = std::make_shared<std::string>();
     const CLI::Option* prefixOption =
         addText(command, "PREFIX", *prefix, "Only this key path and those that lead through it");
+    command.add_flag("--keys", options->keysOnly, "Print key paths alone");
     addLayer(command, options->layer);
     addProfile(command, options->profile);
-    addJSON(command, options->json, "Print one JSON object, from key path to value");
+    addJSON(command, options->json,
+            "Print one JSON object, from key path to value; with --keys, one array");
     command.footer(
         "Key paths are in the order of their bytes. One that holds control characters or begins\n"
         "with a quotation mark is printed as a JSON string. Those of a profile are printed as the\n"

@@ -9,20 +9,12 @@
 #include "JSON.h"
 #include "KeyPaths.h"
 #include "Output.h"
-#include "QRVSettings/QRVSettings.h"
+#include "Scope.h"
 #include "SettingsFile.h"
 #include "StartUp.h"
 
 namespace Tool {
 namespace {
-
-std::set<std::string> profileNames() {
-    std::set<std::string> names;
-    for (const auto& [name, settings] :
-         QRVSettingsStoredObjectForKeyPath("Profiles.Settings").dictionary())
-        names.emplace(name);
-    return names;
-}
 
 std::string jsonLine(const std::set<std::string>& names) {
     NSMutableArray array;

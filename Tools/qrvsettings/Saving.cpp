@@ -8,6 +8,7 @@
 
 #include "Failure.h"
 #include "KeyPaths.h"
+#include "LockFile.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
@@ -16,6 +17,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "StartUp.h"
 #include "ValueText.h"
+#include "Waiting.h"
 
 namespace Tool {
 
@@ -84,11 +86,12 @@ SaveWatch::~SaveWatch() {
 }
 
 void SaveWatch::finish(const std::function<bool(const NSDictionary& file)>& isSaved) {
+    const Waiting waiting([] { return "the save, which waits for " + lockOfSettingsFile(); });
     QRVSettings::sharedSettings().queue().sync([] {});
     DDLog::flush();
     const bool isDone = isSaved(QRVSettingsStorage());
     const std::lock_guard guard(observations_->mutex);
-    for (const std::string& note : observations_->notes) say(note);
+    for (const std::string& note : observations_->notes) remark(note);
     if (isDone) return;
     const std::string reason = observations_->faults.empty()
                                    ? "another process has written at the same time, " +
@@ -127,7 +130,7 @@ void save(const std::vector<std::string>& keyPaths, const std::function<void()>&
     const std::vector<std::string> notes = startUpAs(startUp);
     SaveWatch watch;
     writeOrName(keyPaths, write);
-    for (const std::string& note : notes) say(note);
+    for (const std::string& note : notes) remark(note);
     QRVSettingsCommitBatchSave();
     watch.finish([&keyPaths](const NSDictionary& file) {
         return std::all_of(keyPaths.begin(), keyPaths.end(),
@@ -148,7 +151,7 @@ bool isKeptWhole(const PropertyListValue& value) {
 
 void tellWhatIsNotKept(const PropertyListValue& value, const std::string& keyPath) {
     if (!QRVSettingsStoredObjectForKeyPath(keyPath).isNull() && !isKeptWhole(value))
-        say("fractions of seconds are not kept, " + keyPath);
+        remark("fractions of seconds are not kept, " + keyPath);
 }
 
 }  // namespace Tool

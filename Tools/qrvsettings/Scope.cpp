@@ -55,4 +55,12 @@ void Scope::extendDefault(KeyPath keyPath) const {
     store.setDefaults(defaults);
 }
 
+std::set<std::string> profileNames() {
+    std::set<std::string> names;
+    for (const auto& [name, settings] :
+         QRVSettingsStoredObjectForKeyPath("Profiles.Settings").dictionary())
+        names.emplace(name);
+    return names;
+}
+
 }  // namespace Tool

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -36,5 +37,8 @@ class Scope {
     void enter() const;
     std::string profile_;
 };
+
+/// The profiles that have settings, of names that hold dots only what stands before the first.
+std::set<std::string> profileNames();
 
 }  // namespace Tool

@@ -66,11 +66,7 @@ void addSetCommand(CLI::App& program, Action& action) {
     const auto options = std::make_shared<Options>();
     addText(command, "KEYPATH", options->keyPath, "Keys joined by dots")->required();
     addText(command, "VALUE", options->value, "See below; - reads standard input")->required();
-    command
-        .add_option("--type", options->type,
-                    "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64")
-        ->type_name("NAME")
-        ->check(CLI::IsMember({"bool", "int", "real", "string", "date", "data", "json"}));
+    addType(command, options->type);
     addProfile(command, options->profile);
     addReplaceDamaged(command, options->damagedFile);
     command.footer(valueHelp);

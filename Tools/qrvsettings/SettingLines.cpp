@@ -3,6 +3,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 
 #include "JSON.h"
 #include "KeyPaths.h"
@@ -22,17 +23,51 @@ std::string settingLines(const NSDictionary& valuesByKeyPath) {
     return text;
 }
 
-std::string changeLines(const NSDictionary& oldByKeyPath, const NSDictionary& newByKeyPath) {
+NSArray keyPathsOf(const NSDictionary& valuesByKeyPath) {
+    std::set<std::string> keyPaths;
+    for (const auto& [keyPath, value] : valuesByKeyPath) keyPaths.emplace(keyPath);
+    NSMutableArray array;
+    for (const std::string& keyPath : keyPaths) array.addObject(keyPath);
+    return array;
+}
+
+std::string keyPathLines(const NSDictionary& valuesByKeyPath) {
+    std::string text;
+    for (const PropertyListValue& keyPath : keyPathsOf(valuesByKeyPath))
+        text.append(keyPathText(keyPath.stringView())).append("\n");
+    return text;
+}
+
+std::vector<SettingChange> changesBetween(const NSDictionary& oldByKeyPath,
+                                          const NSDictionary& newByKeyPath) {
     std::set<std::string> keyPaths;
     for (const auto& [keyPath, value] : oldByKeyPath) keyPaths.emplace(keyPath);
     for (const auto& [keyPath, value] : newByKeyPath) keyPaths.emplace(keyPath);
-    std::string text;
+    std::vector<SettingChange> changes;
     for (const std::string& keyPath : keyPaths) {
-        const std::string oldText = jsonText(oldByKeyPath.objectForKey(keyPath));
-        const std::string newText = jsonText(newByKeyPath.objectForKey(keyPath));
-        if (oldText == newText) continue;
-        text.append(keyPathText(keyPath)).append("\t").append(oldText);
-        text.append(" -> ").append(newText).append("\n");
+        SettingChange change{keyPath, oldByKeyPath.objectForKey(keyPath),
+                             newByKeyPath.objectForKey(keyPath)};
+        if (jsonText(change.oldValue) != jsonText(change.newValue))
+            changes.push_back(std::move(change));
+    }
+    return changes;
+}
+
+std::string changeLines(const std::vector<SettingChange>& changes) {
+    std::string text;
+    for (const auto& [keyPath, oldValue, newValue] : changes) {
+        text.append(keyPathText(keyPath)).append("\t").append(jsonText(oldValue));
+        text.append(" -> ").append(jsonText(newValue)).append("\n");
+    }
+    return text;
+}
+
+std::string changeObjects(const std::vector<SettingChange>& changes) {
+    std::string text;
+    for (const auto& [keyPath, oldValue, newValue] : changes) {
+        text.append(R"({"keyPath":)").append(jsonText(keyPath));
+        text.append(R"(,"before":)").append(jsonText(oldValue));
+        text.append(R"(,"after":)").append(jsonText(newValue)).append("}\n");
     }
     return text;
 }

@@ -1,41 +1,36 @@
 // SPDX-License-Identifier: MIT
 #include "SettingsFile.h"
 
-#include <system_error>
-
 #include "Failure.h"
+#include "LockFile.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/QRVSettings.h"
+#include "Waiting.h"
 
 namespace Tool {
 namespace {
 
-struct Condition {
-    std::error_code error;  ///< why it cannot be read
-    std::string damage;     ///< what is wrong with its contents
-    NSDictionary settings = nullptr;
-};
-
-Condition conditionOfContents(const std::string& bytes) {
+SettingsFileCondition conditionOfContents(const std::string& bytes) {
     if (bytes.empty()) return {};
     const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
-    if (read.error) return {{}, read.error->description()};
-    if (!read.value.isDictionary()) return {{}, "its root is not a dictionary"};
-    return {{}, {}, read.value.dictionary()};
+    if (read.error) return {{}, read.error->description(), nullptr, read.format};
+    if (!read.value.isDictionary())
+        return {{}, "its root is not a dictionary", nullptr, read.format};
+    return {{}, {}, read.value.dictionary(), read.format};
 }
 
-Condition conditionOf(const FileContents& file) {
+SettingsFileCondition conditionOf(const FileContents& file) {
     if (file.isMissing()) return {};
     // Such a file is replaced like any other that is no settings file.
-    if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB"};
-    if (file.error) return {file.error, {}};
+    if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB", nullptr, {}};
+    if (file.error) return {file.error, {}, nullptr, {}};
     return conditionOfContents(file.bytes);
 }
 
-Condition currentCondition() {
-    Condition condition;
+SettingsFileCondition currentCondition() {
+    SettingsFileCondition condition;
+    const Waiting waiting(lockOfSettingsFile);
     NSFileCoordinator coordinator;
     const std::error_code error = coordinator.coordinateReadingItemAtURL(
         QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
@@ -53,18 +48,25 @@ void giveToStore(const NSDictionary& settings) {
 }
 
 void require(DamagedFile damagedFile, const std::string& advice) {
-    const Condition condition = currentCondition();
-    const std::string where = ", " + QRVSettings::sharedSettings().location();
-    if (condition.error)
-        throw Failure(ExitCode::UnreadableFile,
-                      "the settings file cannot be read: " + condition.error.message() + where);
-    giveToStore(condition.settings);
-    if (condition.damage.empty() || damagedFile == DamagedFile::Replaced) return;
-    throw Failure(ExitCode::UnreadableFile,
-                  "the settings file is damaged: " + condition.damage + where + advice);
+    const SettingsFileCondition condition = conditionOfSettingsFile();
+    if (condition.error) throw Failure(ExitCode::UnreadableFile, condition.fault());
+    if (!condition.damage.empty() && damagedFile == DamagedFile::Refused)
+        throw Failure(ExitCode::UnreadableFile, condition.fault() + advice);
 }
 
 }  // namespace
+
+std::string SettingsFileCondition::fault() const {
+    const std::string where = ", " + QRVSettings::sharedSettings().location();
+    if (error) return "the settings file cannot be read: " + error.message() + where;
+    return damage.empty() ? "" : "the settings file is damaged: " + damage + where;
+}
+
+SettingsFileCondition conditionOfSettingsFile() {
+    SettingsFileCondition condition = currentCondition();
+    if (!condition.error) giveToStore(condition.settings);
+    return condition;
+}
 
 void requireReadableSettingsFile() {
     require(DamagedFile::Refused, "");

@@ -34,6 +34,11 @@ void startUp() {
     }
 }
 
+void startUpOnNothing() {
+    QRVSettings::sharedSettings().setStorageCache(NSMutableDictionary());
+    startUp();
+}
+
 std::vector<std::string> startUpNotingChanges() {
     const PropertyListValue before = storedIdentity();
     const bool isMigrated = isOfEarlierVersion(QRVSettingsStoredValues());

@@ -14,8 +14,12 @@ namespace Tool {
 /// Failure (WrongValue) when a stored value is in the way.
 void startUp();
 
-/// The same; returns lines for the user about what nobody asked for and a save will make last:
-/// settings that are reset, or brought into another shape.
+/// The same as where nothing is stored, so that nothing can be in the way: for the defaults alone,
+/// and before all that is stored is replaced.
+void startUpOnNothing();
+
+/// The same as `startUp`; returns lines for the user about what nobody asked for and a save will
+/// make last: settings that are reset, or brought into another shape.
 std::vector<std::string> startUpNotingChanges();
 
 /// Whether these are settings that have not yet been brought into the present shape. Where nothing

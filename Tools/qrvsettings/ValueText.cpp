@@ -122,4 +122,9 @@ std::string kindName(const PropertyListValue& value) {
     return "no value of a settings file";
 }
 
+std::string kindWord(const PropertyListValue& value) {
+    const std::string name = kindName(value);
+    return name.substr(name.find(' ') + 1);
+}
+
 }  // namespace Tool

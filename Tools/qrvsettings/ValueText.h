@@ -25,4 +25,7 @@ std::string bareText(const PropertyListValue& value);
 /// The kind with its article: "an integer".
 std::string kindName(const PropertyListValue& value);
 
+/// The same without it: "integer".
+std::string kindWord(const PropertyListValue& value);
+
 }  // namespace Tool

@@ -19,14 +19,13 @@
 #include "ScalarText.h"
 #include "SettingLines.h"
 #include "SettingsFile.h"
+#include "ShellCommands.h"
 #include "StartUp.h"
 
 namespace Tool {
 namespace {
 
 using NSDictionaryQRV::objectAtKeyPath;
-
-enum class Form { Lines, JSON, Commands };
 
 struct Options {
     std::optional<std::string> prefix;
@@ -37,26 +36,6 @@ struct Options {
 
 std::string jsonLine(const std::string& keyPath, const PropertyListValue& value) {
     return R"({"keyPath":)" + jsonText(keyPath) + R"(,"value":)" + jsonText(value) + "}\n";
-}
-
-/// One word for a POSIX shell.
-std::string shellWord(std::string_view text) {
-    std::string word = "'";
-    for (const char character : text)
-        word += character == '\'' ? std::string(R"('\'')") : std::string(1, character);
-    return word + "'";
-}
-
-/// The command that makes the file hold at the key path what this tree holds; empty where none can.
-/// As JSON, so that no value needs to have its kind named.
-std::string commandLine(const std::string& keyPath, const NSDictionary& tree) {
-    if (keyPath.find('\0') != keyPath.npos) {
-        say("no argument of a command can hold this key path, " + keyPath);
-        return {};
-    }
-    const PropertyListValue value = objectAtKeyPath(tree, keyPath);
-    if (value.isNull()) return "qrvsettings unset -- " + shellWord(keyPath) + "\n";
-    return "qrvsettings set -- " + shellWord(keyPath) + " " + shellWord(jsonText(value)) + "\n";
 }
 
 /// The file's changes, from the file as it was at the start.
@@ -95,7 +74,7 @@ void Watch::arm() {
     store.setStorageCache(file_.isNull() ? NSMutableDictionary() : file_.mutableCopy());
     // Whatever was written between the reading above and the beginning of the watch.
     store.presenterQueue()->addOperation([&store] { store.presentedItemDidChange(); });
-    say("watching " + store.location());
+    remark("watching " + store.location());
 }
 
 ExitCode Watch::run(const Interruption& interruption) {
@@ -126,7 +105,7 @@ void tellDamage() {
     try {
         requireReadableSettingsFile();
     } catch (const Failure& failure) {
-        say(failure.what());
+        remark(failure.what());
     }
 }
 
@@ -168,7 +147,7 @@ std::string Watch::line(const std::string& keyPath) const {
     if (options_.form == Form::Commands) {
         // What has taken the place of a dictionary removes what was in it.
         const auto leaf = leafAbove(file_, keyPath);
-        return leaf && isWanted(*leaf) ? "" : commandLine(keyPath, file_);
+        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_);
     }
     const PropertyListValue value = QRVSettingsObjectForKeyPath(keyPath);
     return options_.form == Form::JSON ? jsonLine(keyPath, value) : settingLine(keyPath, value);
@@ -190,17 +169,6 @@ std::string whyNoTimeout(const std::string& text) {
     return seconds && *seconds > 0 ? "" : "not a number of seconds above 0: " + text;
 }
 
-void addForms(CLI::App& command, Form& form) {
-    CLI::Option* json = command.add_flag_callback(
-        "--json", [&form] { form = Form::JSON; },
-        "Print JSON objects of keyPath and value, one a line");
-    command
-        .add_flag_callback(
-            "--as-commands", [&form] { form = Form::Commands; },
-            "Print commands for a shell that change another file in the same way")
-        ->excludes(json);
-}
-
 }  // namespace
 
 void addWatchCommand(CLI::App& program, Action& action) {
@@ -210,7 +178,9 @@ void addWatchCommand(CLI::App& program, Action& action) {
     const auto prefix = std::make_shared<std::string>();
     const CLI::Option* prefixOption =
         addText(command, "PREFIX", *prefix, "Only this key path and those that lead through it");
-    addForms(command, options->form);
+    addForm(command, options->form,
+            {"Print JSON objects of keyPath and value, one a line",
+             "Print commands for a shell that change another file in the same way"});
     command.add_option("--count", options->count, "End after N lines")
         ->type_name("N")
         ->check([](const std::string& text) {

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace Tool {
+
+/// Whether a person reads what is written there.
+bool standardErrorIsTerminal();
+
+}  // namespace Tool
