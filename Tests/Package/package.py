@@ -100,8 +100,13 @@ class Steps:
         run("g++", "-std=c++20", self.source / "Tests/Package/consumer/main.cpp", "-o", program, *flags)
         self.expect_consumer(name, program, LD_LIBRARY_PATH=str(self.library_folder()))
 
+    def dpkg(self, root, *arguments):
+        """In a root where nothing else is installed, so that dependencies are not looked for."""
+        return run("dpkg", f"--root={root}", "--force-not-root", "--force-depends",
+                   "--force-script-chrootless", *arguments)
+
     def debian(self):
-        """Packages that are unpacked into a root of their own work there."""
+        """Packages install into an empty root, work there, say what they need, and go without a trace."""
         packages, root = self.folder / "debian", self.folder / "root"
         shutil.rmtree(packages, ignore_errors=True)
         shutil.rmtree(root, ignore_errors=True)
@@ -109,17 +114,22 @@ class Steps:
         made = {path.name.split("_")[0]: path for path in packages.glob("*.deb")}
         if set(made) != {"libqrvsettings7", "libqrvsettings-dev", "qrvsettings"}:
             raise Failure(f"packages made: {sorted(made)}")
-        for path in made.values():
-            run("dpkg-deb", "-x", path, root)
         depends = {name: run("dpkg-deb", "-f", path, "Depends") for name, path in made.items()}
         for name, needed in (("libqrvsettings7", "libicu"), ("libqrvsettings7", "libc6"),
                              ("qrvsettings", "libqrvsettings7 (= 7"),
                              ("libqrvsettings-dev", "libqrvsettings7 (= 7")):
             if needed not in depends[name]:
                 raise Failure(f"{name} depends on {depends[name]}, not on {needed}")
-        tool = root / "usr/bin/qrvsettings"
-        if not run(tool, "--version").startswith("qrvsettings 7"):
+        for folder in ("info", "updates", "triggers"):
+            (root / "var/lib/dpkg" / folder).mkdir(parents=True)
+        (root / "var/lib/dpkg/status").touch()
+        self.dpkg(root, "--install", *made.values())
+        if not run(root / "usr/bin/qrvsettings", "--version").startswith("qrvsettings 7"):
             raise Failure("the packaged tool does not tell its version")
+        self.dpkg(root, "--purge", *made)
+        left = list((root / "usr").rglob("*"))
+        if left:
+            raise Failure(f"left after the removal: {left}")
 
 
 def main():
