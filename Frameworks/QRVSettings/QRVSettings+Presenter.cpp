@@ -20,6 +20,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -98,7 +99,12 @@ void beginToWatchTheFile() {
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setPresenterQueue(std::make_shared<NSOperationQueue>());
     NSFileCoordinator::addFilePresenter(store);
-    if (fileHasChangedSinceTheStoredTreeWasRead()) queueReload(store);
+    const std::optional<FileIdentity> known = fileOfTheStoredTree();
+    if (!known || identityOfFileAtPath(store.location()) == *known) return;
+    // It may have been this process, whose saves are through when this comes to run.
+    store.queue().async([&store] {
+        if (!isLastSave(identityOfFileAtPath(store.location()))) queueReload(store);
+    });
 }
 
 std::string QRVSettings::presentedItemURL() const {

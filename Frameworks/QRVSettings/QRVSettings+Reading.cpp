@@ -54,11 +54,7 @@ StorageReading readStorage() {
 
 std::atomic<bool> hasBegunWithoutTheFile = false;
 
-/// The file as it was just before the stored tree was read. Used on the host's thread only.
-std::optional<FileIdentity>& fileOfTheStoredTree() {
-    static std::optional<FileIdentity> identity;
-    return identity;
-}
+std::optional<FileIdentity> fileBeforeTheReading;  // used on the host's thread only
 
 }  // namespace
 
@@ -70,16 +66,15 @@ NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
     NSDictionary loaded = store.storageCache();
     if (!loaded.isNull()) return loaded;
-    fileOfTheStoredTree() = identityOfFileAtPath(store.location());
+    fileBeforeTheReading = identityOfFileAtPath(store.location());
     const StorageReading read = readStorage();
     hasBegunWithoutTheFile = read.failed;
     store.setStorageCache(read.root.mutableCopy());
     return read.root;
 }
 
-bool fileHasChangedSinceTheStoredTreeWasRead() {
-    const std::optional<FileIdentity>& file = fileOfTheStoredTree();
-    return file && *file != identityOfFileAtPath(QRVSettings::sharedSettings().location());
+std::optional<FileIdentity> fileOfTheStoredTree() {
+    return fileBeforeTheReading;
 }
 
 bool storedTreeLacksTheFile() {

@@ -3,15 +3,18 @@
 
 // Inner header of this folder.
 
+#include <optional>
+
+#include "Platform/Files/Files.h"
 #include "Platform/Values/PropertyListValue.h"
 
 /// The stored tree itself, of which QRVSettingsStoredValues is a copy; reads the file when this
 /// process has not yet. Not to be kept: the next write makes another one.
 NSDictionary storedTree();
 
-/// Whether the file is another one than that of the first reading; false when there was none. For
+/// The file as it was just before the stored tree was read from it; empty when it never was. For
 /// the host's thread.
-bool fileHasChangedSinceTheStoredTreeWasRead();
+std::optional<FileIdentity> fileOfTheStoredTree();
 
 /// Whether the stored tree was begun without the file's settings, because the file was there and
 /// could not be read. Any thread.

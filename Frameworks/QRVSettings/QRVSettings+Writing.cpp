@@ -191,6 +191,10 @@ std::uint64_t countOfEndedSaves() {
     return endedSaves;
 }
 
+bool isLastSave(const FileIdentity& file) {
+    return !file.isMissing() && file == lastSavedFile();
+}
+
 bool isSavePending() {
     return pendingSaves != 0;
 }

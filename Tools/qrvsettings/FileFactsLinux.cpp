@@ -57,6 +57,7 @@ std::string deviceText(dev_t device) {
 
 /// Of the locked files that `isMeant` tells by their name, `device:inode`. Locks that are waited
 /// for have an arrow in front of their kind.
+/// The list may show a lock twice when others come and go while it is read.
 template <typename Predicate>
 std::vector<LockFacts::Holder> holdersOf(const Predicate& isMeant) {
     std::vector<LockFacts::Holder> holders;
@@ -70,7 +71,10 @@ std::vector<LockFacts::Holder> holdersOf(const Predicate& isMeant) {
         std::string file;
         std::int64_t process = 0;
         words >> number >> kind >> force >> access >> process >> file;
-        if (kind != "FLOCK" || !isMeant(file) || process <= 0) continue;
+        const bool isKnown =
+            std::any_of(holders.begin(), holders.end(),
+                        [process](const auto& one) { return one.process == process; });
+        if (kind != "FLOCK" || !isMeant(file) || process <= 0 || isKnown) continue;
         holders.push_back(
             {process, firstLine("/proc/" + std::to_string(process) + "/comm"), isStopped(process)});
     }
