@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
 // The application of several processes: its display follows what they and the tool change.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Support/ChildProcess.h"
+#include "Support/PseudoTerminal.h"
 #include "Tool/ToolSupport.h"
 
 using ToolSupport::RunningTool;
@@ -69,37 +67,18 @@ bool graphHasColumns(const RunningTool& display, std::ptrdiff_t count) {
     return waitUntil([&] { return graphColumns(lastLine(display)) == count; });
 }
 
-class Terminal {
+/// A terminal, and all that a process has printed on it.
+class Terminal : public PseudoTerminal {
   public:
-    Terminal() : ours_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
-        if (ours_ < 0 || grantpt(ours_) != 0 || unlockpt(ours_) != 0)
-            throw std::runtime_error("no terminal");
-        theirs_ = open(ptsname(ours_), O_RDWR | O_NOCTTY);
-        if (theirs_ < 0) throw std::runtime_error("no terminal");
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-    ~Terminal() {
-        close(ours_);
-        close(theirs_);
-    }
-    /// For a process whose standard output it becomes.
-    [[nodiscard]] Surroundings surroundings() const {
-        return {"", [this] { dup2(theirs_, STDOUT_FILENO); }};
-    }
     bool shows(const std::string& text) {
         return waitUntil([&] {
-            std::array<char, 4096> bytes{};
-            const ssize_t size = read(ours_, bytes.data(), bytes.size());
-            if (size > 0) shown_.append(bytes.data(), static_cast<std::size_t>(size));
+            shown_ += printed();
             return shown_.find(text) != std::string::npos;
         });
     }
     [[nodiscard]] const std::string& shown() const { return shown_; }
 
   private:
-    int ours_;
-    int theirs_ = -1;
     std::string shown_;
 };
 
@@ -181,7 +160,7 @@ TEST_F(MenubarHost, FollowsColoursWhenAskedForThem) {
 
 TEST_F(MenubarHost, HasOneColouredLineOnATerminal) {
     Terminal terminal;
-    const RunningTool display(QRV_MENUBAR_HOST, {"display"}, terminal.surroundings());
+    const RunningTool display(QRV_MENUBAR_HOST, {"display"}, {"", terminal.becomes(STDOUT_FILENO)});
     EXPECT_TRUE(terminal.shows("network \x1b[38;2;")) << terminal.shown();
     ASSERT_EQ(settings("appearance dark\n").exitCode, 0);
     EXPECT_TRUE(terminal.shows("\r\x1b[Kdark indigo")) << terminal.shown();

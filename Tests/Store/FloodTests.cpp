@@ -45,14 +45,6 @@ struct Gates {
     Gate allHaveWritten;
 };
 
-void startWatching() {
-    MachineSupport::beMachine("1", "M");
-    QRVSettings& store = QRVSettings::sharedSettings();
-    store.setMonitorFileChanges(true);
-    store.loadDefaults();
-    store.prepare();
-}
-
 void writeOnce(std::size_t self, std::int64_t number) {
     const std::string module = "Process" + std::to_string(self);
     QRVSettingsSetObjectForKeyPath(number, module + ".Number");
@@ -66,7 +58,7 @@ void writeOnce(std::size_t self, std::int64_t number) {
 bool writeAndWatch(std::size_t self, std::int64_t firstNumber, const Gates& gates) {
     constexpr std::int64_t warmUp = 20;
     constexpr std::size_t allowedGrowth = 48U << 20U;  // a sanitizer keeps what was freed
-    startWatching();
+    MachineSupport::startWatching();
     std::int64_t number = firstNumber;
     for (; number < firstNumber + warmUp; ++number) writeOnce(self, number);
     const std::size_t memory = residentBytes();

@@ -45,20 +45,12 @@ void writeAndReload(int round) {
     ASSERT_TRUE(drainUntil([&] { return QRVSettingsStoredObjectForKeyPath("Other") == round; }));
 }
 
-void startWatching() {
-    MachineSupport::beMachine("1", "M");
-    QRVSettings& store = QRVSettings::sharedSettings();
-    store.setMonitorFileChanges(true);
-    store.loadDefaults();
-    store.prepare();
-}
-
 }  // namespace
 
 TEST(Growth, WritesAndReloadsLeaveNothingBehind) {
     constexpr int warmUp = 200;
     constexpr std::size_t allowed = 16U << 10U;
-    startWatching();
+    MachineSupport::startWatching();
     for (int round = 0; round < warmUp; ++round) writeAndReload(round);
     const std::size_t before = bytesAtRest();
     const int last = warmUp + roundsWanted();

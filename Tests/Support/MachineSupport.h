@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Another machine than the one the tests run on.
+// Another machine than the one the tests run on, and hosts on it.
 
 #include <fstream>
 #include <optional>
 #include <string>
 
 #include "Platform/System/MachineIdentity.h"
+#include "QRVSettings/QRVSettings.h"
 
 namespace MachineSupport {
 
@@ -25,6 +26,15 @@ inline void beMachine(const std::optional<std::string>& serialNumber,
         sources.modelFiles = {"model"};
     }
     setMachineIdentitySources(sources);
+}
+
+/// Starts this process as a host does that wants to hear of changes.
+inline void startWatching() {
+    beMachine("1", "M");
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMonitorFileChanges(true);
+    store.loadDefaults();
+    store.prepare();
 }
 
 }  // namespace MachineSupport

@@ -5,48 +5,23 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
-#include <stdexcept>
 
 #include "Support/ChildProcess.h"
+#include "Support/PseudoTerminal.h"
 #include "Tool/ToolSupport.h"
 
 namespace {
 
 /// What the tool prints where a standard stream is a terminal.
-class Terminal {
+class Terminal : public PseudoTerminal {
   public:
-    Terminal() : ours_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
-        if (ours_ < 0 || grantpt(ours_) != 0 || unlockpt(ours_) != 0)
-            throw std::runtime_error("no terminal");
-        theirs_ = open(ptsname(ours_), O_RDWR | O_NOCTTY);
-        if (theirs_ < 0) throw std::runtime_error("no terminal");
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-    ~Terminal() {
-        close(ours_);
-        close(theirs_);
-    }
-    std::string run(const std::vector<std::string>& arguments) const {
+    [[nodiscard]] std::string run(const std::vector<std::string>& arguments) const {
         EXPECT_EQ(ToolSupport::run(arguments, as(STDOUT_FILENO)).exitCode, 0);
         return printed();
     }
     /// A process that has it as one of its standard streams.
-    [[nodiscard]] ToolSupport::Surroundings as(int stream) const {
-        return {"", [this, stream] { dup2(theirs_, stream); }};
-    }
-    /// What has been printed since the last time; never waits.
-    [[nodiscard]] std::string printed() const {
-        std::array<char, 4096> text{};
-        const ssize_t size = read(ours_, text.data(), text.size());
-        return {text.data(), static_cast<std::size_t>(size < 0 ? 0 : size)};
-    }
-
-  private:
-    int ours_;
-    int theirs_ = -1;
+    [[nodiscard]] ToolSupport::Surroundings as(int stream) const { return {"", becomes(stream)}; }
 };
 
 const std::vector<std::string> showRed = {"color", "get",
