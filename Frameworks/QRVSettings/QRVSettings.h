@@ -20,8 +20,9 @@
 /// Values that the store returns are its own objects, not copies: callers must not change them.
 ///
 /// Errors: a missing setting and a null key path give null (false for booleans). A save that fails
-/// is logged at most; reads go on giving what was written. The one error that reaches a caller is
-/// NSInvalidArgumentException from a write.
+/// is logged at most, and told to the handler of `setFileFailureHandler`
+/// (`Platform/Files/Files.h`); reads go on giving what was written. The one error that reaches a
+/// caller is NSInvalidArgumentException from a write.
 ///
 /// What is not promised: a save that has not run when the process ends is lost. Of two processes
 /// that save at nearly the same time, the later one writes its own whole tree; nothing is merged.
@@ -118,8 +119,9 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     void setActiveProfile(std::optional<std::string> activeProfile);
 
     /// Called from the main queue after another process changed settings, with `storageCache()`
-    /// holding the new tree and `cache()` emptied. Key paths that this process has itself saved
-    /// within the last 3 seconds are not among the changes. None at the start.
+    /// holding the new tree and `cache()` emptied. Key paths are those of values, not of the
+    /// dictionaries around them. Those that this process has itself saved within the last 3 seconds
+    /// are not among the changes, now or later; reads give their new values. None at the start.
     [[nodiscard]] const ChangeHandler& onChange() const;
     void setOnChange(ChangeHandler onChange);
     /// @}
@@ -198,7 +200,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
 /// @name Reading
 /// @{
 
-/// The path of the settings file, computed afresh: the user's Library folder, "Preferences/", the
+/// The path of the settings file, computed afresh: `userLibraryFolder()`, "Preferences/", the
 /// application identifier and ".menubar.7.plist". Empty when the user has no home folder. Any
 /// thread.
 QRV_EXPORT std::string QRVSettingsLocation();

@@ -4,7 +4,8 @@
 /// The settings store for hosts that are not written in C++: C11, and whatever calls C.
 ///
 ///     qrv_value* width = NULL;
-///     if (qrv_settings_object("CPU.Menubar.Mode.HistoryGraph.Width", &width) != QRV_OK)
+///     if (qrv_store_load_defaults() != QRV_OK ||  // before the first read
+///         qrv_settings_object("CPU.Menubar.Mode.HistoryGraph.Width", &width) != QRV_OK)
 ///         fprintf(stderr, "%s\n", qrv_last_error());
 ///     qrv_value_release(width);
 ///

@@ -21,6 +21,11 @@ const std::vector<std::string> commands = {"get",      "set",       "unset",  "l
 
 }  // namespace
 
+TEST(CommandLine, NamesTheWordThatIsNoCommand) {
+    EXPECT_EQ(ToolSupport::run({"frobnicate", "a"}).errors,
+              "qrvsettings: there is no such command, frobnicate (see qrvsettings --help)\n");
+}
+
 TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
     const std::vector<Arguments> wrong = {
         {},

@@ -39,10 +39,22 @@ TEST(Set, WritesAnEqualNumberOfAnotherKind) {
     EXPECT_EQ(run({"get", "a"}).output, "1.0\n");
 }
 
-TEST(Set, ReplacesADictionary) {
+TEST(Set, ReplacesADictionaryAndSaysSo) {
     ASSERT_EQ(run({"set", "a.b", "1"}).exitCode, 0);
-    ASSERT_EQ(run({"set", "a", "2"}).exitCode, 0);
+    const Outcome outcome = run({"set", "a", "2"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: this replaces all settings that were stored below, a\n");
     EXPECT_EQ(storedSettings(), "{\"a\":2}");
+}
+
+TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
+    ASSERT_EQ(run({"set", "UpdateFrequency", "3"}).exitCode, 0);
+    const Outcome outcome = run({"set", "CPU.Menubar.Enabled", "yes"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: the default is of another kind, boolean, CPU.Menubar.Enabled\n");
+    EXPECT_EQ(run({"set", "UpdateFrequency", "4.0"}).errors, "") << "a number all the same";
 }
 
 TEST(Set, AnEmptyFileIsNoObstacle) {

@@ -78,7 +78,7 @@ void addApplyCommand(CLI::App& program, Action& action) {
         ->required();
     addDryRun(command, options->dryRun);
     addReplaceDamaged(command, options->damagedFile);
-    command.footer(R"(A line is one of these, blank, or a comment after #:
+    command.footer(R"(A line is one of these, blank, or a comment that begins with #:
 
   set KEYPATH VALUE
   unset KEYPATH
@@ -87,7 +87,7 @@ VALUE is the rest of the line, without the blanks at its end, and is read as tha
 text that begins with {, [ or " is JSON; only - is nothing but text here. A KEYPATH that holds blanks is written as a JSON string.
 Lines are made in their order. What is not set need not be unset.
 
-Example: printf 'set CPU.Menubar.Width 40\nunset Menu.Theme.Dark\n' | qrvsettings apply -)");
+Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)");
     command.callback([options, &action] { action = [options] { return apply(*options); }; });
 }
 

@@ -5,10 +5,13 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "CommandOptions.h"
 #include "Commands.h"
+#include "Failure.h"
 #include "Output.h"
 
 namespace Tool {
@@ -23,7 +26,7 @@ void describe(CLI::App& program) {
         "(doctor);\n"
         "2 wrong usage; 3 the settings file cannot be read or is damaged; 4 settings or output\n"
         "could not be written; 5 a value that is not what was asked for; 6 timed out.\n\n"
-        "Example: qrvsettings set CPU.Menubar.Width 40");
+        "Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40");
 }
 
 struct Command {
@@ -76,6 +79,15 @@ void addCommands(CLI::App& program, Action& action, const std::vector<std::strin
         addAllCommands(program, action);
 }
 
+/// The word in the place of a command, when there is no such command.
+std::optional<std::string> unknownCommand(const std::vector<std::string>& arguments) {
+    if (arguments.empty() || arguments.front().starts_with('-')) return std::nullopt;
+    const bool isKnown = std::any_of(commands.begin(), commands.end(), [&](const Command& command) {
+        return command.name == arguments.front();
+    });
+    return isKnown ? std::nullopt : std::optional(arguments.front());
+}
+
 /// The parser wants the last argument first.
 std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
     std::vector<std::string> reversed;
@@ -116,6 +128,9 @@ ExitCode runCommandLine(const std::vector<std::string>& arguments) {
     } catch (const CLI::CallForVersion& version) {
         return printed(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {
+        if (const auto word = unknownCommand(arguments))
+            throw Failure(ExitCode::WrongUsage,
+                          "there is no such command, " + *word + " (see qrvsettings --help)");
         throw wrongUsage(program, error);
     }
     return action();

@@ -277,9 +277,12 @@ void FileExamination::examineWatching() {
     addLimit(diagnosis_, "watchers", facts.watchers);
     addLimit(diagnosis_, "watched", facts.folders);
     if (!facts.error) return;
+    const std::string message =
+        "changes cannot be watched, and are looked for every 2 seconds: " + facts.error.message();
+    if (facts.error == std::errc::permission_denied)
+        return find(Level::Warning, message, "make the folder readable for this user");
     const bool isOutOfWatches = facts.error == std::errc::no_space_on_device;
-    find(Level::Warning,
-         "changes cannot be watched, and are looked for every 2 seconds: " + facts.error.message(),
+    find(Level::Warning, message,
          std::string("end programs that watch many files, or raise the limit: sysctl "
                      "fs.inotify.") +
              (isOutOfWatches ? "max_user_watches" : "max_user_instances"));

@@ -48,7 +48,9 @@ void addExportCommand(CLI::App& program, Action& action) {
     const auto options = std::make_shared<Options>();
     addText(command, "FILE", options->file, "Replaced as a whole; standard output without it");
     addJSON(command, options->json, "One line of JSON instead of an XML property list");
-    command.footer("Example: qrvsettings export settings.plist");
+    command.footer(
+        "Where nothing is set nothing is written, and the exit code is 1.\n\n"
+        "Example: qrvsettings export settings.plist");
     command.callback(
         [options, &action] { action = [options] { return exportSettings(*options); }; });
 }

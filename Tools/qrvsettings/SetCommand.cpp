@@ -5,7 +5,9 @@
 
 #include "CommandOptions.h"
 #include "Commands.h"
+#include "Failure.h"
 #include "Input.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Saving.h"
 #include "Scope.h"
 #include "SettingsFile.h"
@@ -24,7 +26,7 @@ In JSON, {"$date":"2020-01-01T00:00:00Z"} is a date, {"$data":"AQI="} is data (b
 {"$real":"nan"} (inf, -inf) is a real, and {"$dictionary":{...}} is a dictionary that looks
 like one of these.
 
-Example: qrvsettings set CPU.Menubar.Width 40)";
+Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40)";
 
 struct Options {
     std::string keyPath;
@@ -47,14 +49,26 @@ PropertyListValue valueOf(const Options& options) {
     return value;
 }
 
+/// Nothing forbids it, but a slip of the key path or the value looks the same.
+void tellWhatIsUnusual(const PropertyListValue& value, const PropertyListValue& replaced,
+                       const std::string& keyPath) {
+    if (replaced.isDictionary() && !value.isDictionary())
+        remark("this replaces all settings that were stored below, " + keyPath);
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
+    if (!byDefault.isNull() && !byDefault.isSameKindAs(value))
+        remark("the default is of another kind, " + kindWord(byDefault) + ", " + keyPath);
+}
+
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
     const Scope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     requireWritableSettingsFile(options.damagedFile);
+    const PropertyListValue replaced = scope.stored(options.keyPath);
     save({storedKeyPath}, [&] { scope.set(value, options.keyPath); });
     tellWhatIsNotKept(value, storedKeyPath);
+    tellWhatIsUnusual(value, replaced, options.keyPath);
     return ExitCode::Done;
 }
 

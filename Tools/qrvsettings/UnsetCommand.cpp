@@ -69,7 +69,7 @@ void addUnsetCommand(CLI::App& program, Action& action) {
     command.footer(
         "Key paths that are not stored are named on standard error, and the exit code is 1; the\n"
         "others are removed all the same.\n\n"
-        "Example: qrvsettings unset CPU.Menubar.Width CPU.Menubar.Enabled");
+        "Example: qrvsettings unset Menu.Theme.Dark CPU.Menubar.Enabled");
     command.callback([options, &action] { action = [options] { return unset(*options); }; });
 }
 
