@@ -69,7 +69,7 @@ Result& emptied(Result* place) {
 }
 
 template <typename Result, typename Answer>
-qrv_result give(Result* place, const Answer& answer) noexcept {
+qrv_result give(Result* place, const Answer& answer) {
     return perform([&] {
         Result& result = emptied(place);
         result = answer();
@@ -82,7 +82,7 @@ inline qrv_value* newHandle(PropertyListValue value) {
 }
 
 template <typename Answer>
-qrv_result giveValue(qrv_value** place, const Answer& answer) noexcept {
+qrv_result giveValue(qrv_value** place, const Answer& answer) {
     return give(place, [&] { return newHandle(answer()); });
 }
 
