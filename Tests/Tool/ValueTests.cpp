@@ -17,6 +17,7 @@ struct Sample {
 };
 
 void expectStored(const Sample& sample) {
+    std::filesystem::remove(ToolSupport::settingsFile());
     std::vector<std::string> arguments = {"set", "a.b"};
     arguments.insert(arguments.end(), sample.arguments.begin(), sample.arguments.end());
     const Outcome outcome = run(arguments);
