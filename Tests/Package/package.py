@@ -60,6 +60,10 @@ class Steps:
     def find_static(self):
         self.use_cmake("find-static", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}")
 
+    def find_static_from_c(self):
+        self.use_cmake("find-static-c", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                       source="main.c")
+
     def subdirectory(self):
         self.use_cmake("subdirectory", "QRVSettings", f"-DQRV_SOURCE={self.source}")
 
@@ -83,10 +87,10 @@ class Steps:
         if WANTED not in output:
             raise Failure(f"{program} prints {output}")
 
-    def use_cmake(self, name, library, *arguments):
+    def use_cmake(self, name, library, *arguments, source="main.cpp"):
         build = self.folder / name / "build"
         run("cmake", "-G", "Ninja", "-S", self.source / "Tests/Package/consumer", "-B", build,
-            "-DCMAKE_BUILD_TYPE=Debug", f"-DQRV_LIBRARY={library}", *arguments)
+            "-DCMAKE_BUILD_TYPE=Debug", f"-DQRV_LIBRARY={library}", f"-DQRV_SOURCE_FILE={source}", *arguments)
         run("cmake", "--build", build, "--target", "consumer")
         self.expect_consumer(name, build / "consumer")
 
