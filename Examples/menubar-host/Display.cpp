@@ -55,7 +55,7 @@ class Display {
     }
 
     Colours colours_;
-    bool isTerminal_ = standardOutputIsTerminal();
+    bool isTerminal_ = QRVPlatform::standardOutputIsTerminal();
     SystemLoadSampler sampler_;
     LoadHistory history_;
 };

@@ -29,7 +29,7 @@ std::optional<Colours> coloursOf(const std::string& option) {
     if (option == "--color=always") return Colours::Terminal;
     if (option == "--color=never") return Colours::None;
     if (option != "--color=auto") return std::nullopt;
-    return standardOutputIsTerminal() ? Colours::Terminal : Colours::None;
+    return QRVPlatform::standardOutputIsTerminal() ? Colours::Terminal : Colours::None;
 }
 
 int run(std::vector<std::string> words) {

@@ -59,10 +59,11 @@ void meetErrors() {
         std::cout << error.what() << '\n';
     }
 
-    setFileFailureHandler([](const FileFailure& failure) {  // on the thread that saves
-        std::cerr << failure.operation << ' ' << failure.path << ": " << failure.error.message()
-                  << '\n';
-    });
+    QRVPlatform::setFileFailureHandler(
+        [](const QRVPlatform::FileFailure& failure) {  // on the thread that saves
+            std::cerr << failure.operation << ' ' << failure.path << ": " << failure.error.message()
+                      << '\n';
+        });
 }
 
 }  // namespace

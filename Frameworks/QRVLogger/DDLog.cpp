@@ -4,13 +4,13 @@
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Log/SystemLog.h"
 #include "Platform/System/System.h"
-#include "Platform/System/SystemLog.h"
 
 namespace {
 
 void writeToSystemLog(const DDLogMessage& message) {
-    SystemLog::write(SystemLog::Level::Debug, message.text());
+    QRVPlatform::SystemLog::write(QRVPlatform::SystemLog::Level::Debug, message.text());
 }
 
 struct Delivery {
@@ -28,7 +28,7 @@ Delivery& delivery() {
 }  // namespace
 
 std::string DDLogMessage::text() const {
-    return formattedText(format, arguments);
+    return QRVPlatform::formattedText(format, arguments);
 }
 
 void DDLog::log(DDLogMessage message) {

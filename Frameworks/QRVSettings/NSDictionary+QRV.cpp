@@ -24,18 +24,18 @@ std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
     return key;
 }
 
-[[noreturn]] void fail(const char* reason, KeyPath keyPath) {
+[[noreturn]] void fail(const char* reason, QRVKeyPath keyPath) {
     throw NSInvalidArgumentException(reason + (", key path " + std::string(keyPath.text())));
 }
 
 // The level itself when it is mutable; only the root may be another one.
-NSMutableDictionary mutableOrThrow(const NSDictionary& level, KeyPath keyPath) {
+NSMutableDictionary mutableOrThrow(const NSDictionary& level, QRVKeyPath keyPath) {
     if (!level.isMutable()) fail("the root dictionary is immutable", keyPath);
     return level.asMutable();
 }
 
 // The level under `key` that a write goes on to, created or made mutable where needed.
-NSDictionary writableLevel(const NSDictionary& parent, std::string_view key, KeyPath keyPath) {
+NSDictionary writableLevel(const NSDictionary& parent, std::string_view key, QRVKeyPath keyPath) {
     PropertyListValue present = parent.objectForKey(key);
     NSMutableDictionary level(nullptr);
     if (present.isNull()) {
@@ -54,10 +54,10 @@ NSDictionary writableLevel(const NSDictionary& parent, std::string_view key, Key
 
 }  // namespace
 
-PropertyListValue objectAtKeyPath(const NSDictionary& root, KeyPath keyPath) {
+PropertyListValue objectAtKeyPath(const NSDictionary& root, QRVKeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;
     if (root.isNull()) return nullptr;
-    DictionaryDescent descent(root);
+    QRVPlatform::DictionaryDescent descent(root);
     std::string_view rest = keyPath.text();
     while (const auto key = takeIntermediateKey(rest)) {
         const PropertyListValue* next = descent.find(*key);
@@ -73,7 +73,8 @@ PropertyListValue objectAtKeyPath(const NSDictionary& root, KeyPath keyPath) {
     return leaf == nullptr ? PropertyListValue() : *leaf;
 }
 
-void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value, KeyPath keyPath) {
+void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value,
+                        QRVKeyPath keyPath) {
     if (root.isNull()) return;
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     NSDictionary current = root;
@@ -166,7 +167,7 @@ class Comparison {
     }
 
     void compareValues() {
-        const DictionaryPairs& pair = levels_.back();
+        const QRVPlatform::DictionaryPairs& pair = levels_.back();
         if (pair.key().find(separator) != std::string_view::npos) throw KeyWithSeparator();
         const PropertyListValue& before = orNull(pair.valueBefore());
         const PropertyListValue& after = orNull(pair.valueAfter());
@@ -186,7 +187,7 @@ class Comparison {
 
     [[nodiscard]] std::string keyPath() const {
         std::string text;
-        for (const DictionaryPairs& level : levels_) {
+        for (const QRVPlatform::DictionaryPairs& level : levels_) {
             if (&level != &levels_.front()) text += separator;
             text += level.key();
         }
@@ -194,7 +195,7 @@ class Comparison {
     }
 
     const PropertyListValue empty_ = NSDictionary();
-    std::vector<DictionaryPairs> levels_;  // from the root to where the walk is
+    std::vector<QRVPlatform::DictionaryPairs> levels_;  // from the root to where the walk is
     NSMutableArray changed_;
 };
 

@@ -58,7 +58,7 @@ PropertyListValue textOfColor(const PropertyListValue& value) {
 
 }  // namespace
 
-PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath) {
+PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
     const QRVSettings& store = QRVSettings::sharedSettings();
@@ -79,7 +79,7 @@ PropertyListValue QRVSettingsColorForKeyPath(KeyPath keyPath) {
     return byDefault;
 }
 
-void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, KeyPath keyPath) {
+void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, QRVKeyPath keyPath) {
     requireHostThread();
     const PropertyListValue text = textOfColor(color);
     // The whole key path as one key of the top level. A key path with a dot is none, so of those it

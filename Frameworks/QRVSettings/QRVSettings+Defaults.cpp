@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/System/UserLocale.h"
+#include "Platform/Machine/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
@@ -242,6 +242,8 @@ void QRVSettings::loadDefaults() {
     const NSMutableDictionary defaults;
     setDefaults(defaults);
     store(fixedDefaults(), defaults);
-    store(clockDefaultsFor(clockRuleForPattern(shortTimePattern(userTimeLocale()))), defaults);
+    store(clockDefaultsFor(
+              clockRuleForPattern(QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
+          defaults);
     store(cityDefaults(), defaults);
 }

@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/System/MachineIdentity.h"
+#include "Platform/Machine/MachineIdentity.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings.h"
@@ -25,11 +25,11 @@ constexpr const char* modelKeyPath = "Device.Model";
 
 enum class ChangeMessageLine : int { Device = 186, Model = 196 };
 
-void write(const PropertyListValue& value, KeyPath keyPath) {
+void write(const PropertyListValue& value, QRVKeyPath keyPath) {
     QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
 }
 
-void recordWhereAbsent(KeyPath keyPath, PropertyListValue (QRVSettings::*identifier)() const) {
+void recordWhereAbsent(QRVKeyPath keyPath, PropertyListValue (QRVSettings::*identifier)() const) {
     if (QRVSettingsObjectForKeyPath(keyPath).isNull())
         write((QRVSettings::sharedSettings().*identifier)(), keyPath);
 }
@@ -66,7 +66,7 @@ void checkModel(const PropertyListValue& current) {
     write(current, modelKeyPath);
 }
 
-std::string hexadecimal(const SHA1Digest& digest) {
+std::string hexadecimal(const QRVPlatform::SHA1Digest& digest) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     for (const unsigned byte : digest) {
@@ -79,12 +79,13 @@ std::string hexadecimal(const SHA1Digest& digest) {
 }  // namespace
 
 PropertyListValue QRVSettings::deviceID() const {
-    const std::optional<std::string> serialNumber = platformSerialNumber();
-    return serialNumber ? PropertyListValue(hexadecimal(CC_SHA1(*serialNumber))) : nullptr;
+    const std::optional<std::string> serialNumber = QRVPlatform::platformSerialNumber();
+    return serialNumber ? PropertyListValue(hexadecimal(QRVPlatform::CC_SHA1(*serialNumber)))
+                        : nullptr;
 }
 
 PropertyListValue QRVSettings::modelIdentifier() const {
-    const std::optional<std::string> model = hardwareModel();
+    const std::optional<std::string> model = QRVPlatform::hardwareModel();
     return model ? PropertyListValue(*model) : nullptr;
 }
 

@@ -12,7 +12,7 @@
 inline void requireHostThread() noexcept {}
 #else
 inline void requireHostThread(const char* function = __builtin_FUNCTION()) {
-    static ThreadAffinity host;
+    static QRVPlatform::ThreadAffinity host;
     host.require(function);
 }
 #endif

@@ -19,7 +19,7 @@ constexpr std::array modules = {"CPU",     "Network",  "Battery", "Weather", "Di
 constexpr std::array menubarKeys = {"Enabled", "Items",     "Clocks",       "Disks",
                                     "Sensors", "Batteries", "DetailedState"};
 
-void write(const PropertyListValue& value, KeyPath keyPath) {
+void write(const PropertyListValue& value, QRVKeyPath keyPath) {
     QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
 }
 

@@ -15,4 +15,4 @@ std::uint64_t countOfEndedSaves();
 bool isSavePending();
 
 /// Whether this is the file that a save of this process last left behind. For the store's queue.
-bool isLastSave(const FileIdentity& file);
+bool isLastSave(const QRVPlatform::FileIdentity& file);

@@ -99,11 +99,11 @@ void beginToWatchTheFile() {
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setPresenterQueue(std::make_shared<NSOperationQueue>());
     NSFileCoordinator::addFilePresenter(store);
-    const std::optional<FileIdentity> known = fileOfTheStoredTree();
-    if (!known || identityOfFileAtPath(store.location()) == *known) return;
+    const std::optional<QRVPlatform::FileIdentity> known = fileOfTheStoredTree();
+    if (!known || QRVPlatform::identityOfFileAtPath(store.location()) == *known) return;
     // It may have been this process, whose saves are through when this comes to run.
     store.queue().async([&store] {
-        if (!isLastSave(identityOfFileAtPath(store.location()))) queueReload(store);
+        if (!isLastSave(QRVPlatform::identityOfFileAtPath(store.location()))) queueReload(store);
     });
 }
 
@@ -117,7 +117,7 @@ std::shared_ptr<NSOperationQueue> QRVSettings::presentedItemOperationQueue() con
 
 bool QRVSettings::fileContentsDidChange() {
     // Of two changes that had the same date, the second would never be seen.
-    const auto attributes = settledAttributesOfItemAtPath(location());
+    const auto attributes = QRVPlatform::settledAttributesOfItemAtPath(location());
     const std::optional<NSDate> known = modificationDate();
     if (attributes && known && *known == attributes->modificationDate) return false;
     setModificationDate(attributes ? std::optional(attributes->modificationDate) : std::nullopt);

@@ -22,7 +22,7 @@ constexpr std::string_view nullText = "(null)";
 
 }  // namespace
 
-std::string QRVSettingsProfileKeyForKey(KeyPath keyPath) {
+std::string QRVSettingsProfileKeyForKey(QRVKeyPath keyPath) {
     requireHostThread();
     std::string profileKeyPath = "Profiles.Settings.";
     profileKeyPath += QRVSettings::sharedSettings().activeProfile().value_or(std::string(nullText));
@@ -31,7 +31,7 @@ std::string QRVSettingsProfileKeyForKey(KeyPath keyPath) {
     return profileKeyPath;
 }
 
-PropertyListValue QRVSettingsProfileObjectForKeyPath(KeyPath keyPath) {
+PropertyListValue QRVSettingsProfileObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
     const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
@@ -47,15 +47,15 @@ PropertyListValue QRVSettingsProfileObjectForKeyPath(KeyPath keyPath) {
     return value;
 }
 
-void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
-                                                    bool /*withCache*/) {
+void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value,
+                                                    QRVKeyPath keyPath, bool /*withCache*/) {
     writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
 }
 
-void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath) {
+void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {
     QRVSettingsProfileSetObjectForKeyPathWithCache(value, keyPath, false);
 }
 
-void QRVSettingsProfileClearCacheForKeyPath(KeyPath keyPath) {
+void QRVSettingsProfileClearCacheForKeyPath(QRVKeyPath keyPath) {
     QRVSettingsClearCacheForKeyPath(QRVSettingsProfileKeyForKey(keyPath));
 }

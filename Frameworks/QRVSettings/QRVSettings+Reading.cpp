@@ -23,7 +23,7 @@ using NSDictionaryQRV::objectAtKeyPath;
 
 namespace {
 
-void cacheUnlessDisabled(const PropertyListValue& value, KeyPath keyPath) {
+void cacheUnlessDisabled(const PropertyListValue& value, QRVKeyPath keyPath) {
     const QRVSettings& store = QRVSettings::sharedSettings();
     if (!store.disableCache()) store.cache().setObjectForKey(value, keyPath.text());
 }
@@ -43,7 +43,8 @@ StorageReading readStorage() {
     coordinator.coordinateReadingItemAtURL(
         QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
         [&reading](const std::string& url) {
-            const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+            const QRVPlatform::FileContents file =
+                QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
             if (file.error) return;
             reading.root =
@@ -54,7 +55,7 @@ StorageReading readStorage() {
 
 std::atomic<bool> hasBegunWithoutTheFile = false;
 
-std::optional<FileIdentity> fileBeforeTheReading;  // used on the host's thread only
+std::optional<QRVPlatform::FileIdentity> fileBeforeTheReading;  // used on the host's thread only
 
 }  // namespace
 
@@ -66,14 +67,14 @@ NSDictionary storedTree() {
     QRVSettings& store = QRVSettings::sharedSettings();
     NSDictionary loaded = store.storageCache();
     if (!loaded.isNull()) return loaded;
-    fileBeforeTheReading = identityOfFileAtPath(store.location());
+    fileBeforeTheReading = QRVPlatform::identityOfFileAtPath(store.location());
     const StorageReading read = readStorage();
     hasBegunWithoutTheFile = read.failed;
     store.setStorageCache(read.root.mutableCopy());
     return read.root;
 }
 
-std::optional<FileIdentity> fileOfTheStoredTree() {
+std::optional<QRVPlatform::FileIdentity> fileOfTheStoredTree() {
     return fileBeforeTheReading;
 }
 
@@ -90,13 +91,13 @@ NSDictionary QRVSettingsStoredValues() {
     return storedTree().copy();
 }
 
-PropertyListValue QRVSettingsStoredObjectForKeyPath(KeyPath keyPath) {
+PropertyListValue QRVSettingsStoredObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;
     return objectAtKeyPath(storedTree(), keyPath);
 }
 
-PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
+PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     return objectAtKeyPath(QRVSettings::sharedSettings().defaults(), keyPath);
 }
@@ -104,7 +105,7 @@ PropertyListValue QRVSettingsDefaultForKeyPath(KeyPath keyPath) {
 namespace {
 
 // Apart from the look into the cache, so that a read that is answered there is short.
-[[gnu::noinline]] PropertyListValue objectBelowTheCache(KeyPath keyPath) {
+[[gnu::noinline]] PropertyListValue objectBelowTheCache(QRVKeyPath keyPath) {
     PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
     if (!stored.isNull()) {  // 3
         cacheUnlessDisabled(stored, keyPath);
@@ -120,13 +121,13 @@ namespace {
 
 struct LayeredReading {
     /// The entry of the cache; null when there is none.
-    static PropertyListValue cachedObject(KeyPath keyPath) {
+    static PropertyListValue cachedObject(QRVKeyPath keyPath) {
         return QRVSettings::sharedSettings().state_->cache.read(
             [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
     }
 };
 
-PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
+PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
 
@@ -136,6 +137,6 @@ PropertyListValue QRVSettingsObjectForKeyPath(KeyPath keyPath) {
     return cached;
 }
 
-bool QRVSettingsBoolForKeyPath(KeyPath keyPath) {
+bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath) {
     return QRVSettingsObjectForKeyPath(keyPath).boolValue();
 }

@@ -5,16 +5,16 @@
 
 #include <atomic>
 
-#include "Platform/Values/AtomicProperty.h"
+#include "Platform/Threads/AtomicProperty.h"
 #include "QRVSettings/QRVSettings.h"
 
 struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
-    AtomicProperty<NSMutableDictionary> cache;
-    AtomicProperty<NSDictionary> storageCache;
-    AtomicProperty<std::optional<NSDate>> modificationDate;
-    AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
+    QRVPlatform::AtomicProperty<NSMutableDictionary> cache;
+    QRVPlatform::AtomicProperty<NSDictionary> storageCache;
+    QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
+    QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
 
     // Used on the main thread.
     bool disableCache = false;

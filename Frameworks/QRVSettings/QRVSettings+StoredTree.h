@@ -14,7 +14,7 @@ NSDictionary storedTree();
 
 /// The file as it was just before the stored tree was read from it; empty when it never was. For
 /// the host's thread.
-std::optional<FileIdentity> fileOfTheStoredTree();
+std::optional<QRVPlatform::FileIdentity> fileOfTheStoredTree();
 
 /// Whether the stored tree was begun without the file's settings, because the file was there and
 /// could not be read. Any thread.

@@ -8,4 +8,4 @@
 
 /// Writes at `keyPath`; whether the value is stored at all is decided by the default at
 /// `keyPathOfDefault`. Throws as QRVSettingsSetObjectForKeyPath does.
-void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault);
+void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault);

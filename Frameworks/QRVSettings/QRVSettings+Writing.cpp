@@ -68,13 +68,13 @@ void keepAsLocalChanges(const NSArray& log) {
 
 // What a save last left behind. While the file is still that, it need not be read again to know
 // that it is no damaged file. Used on the store's queue only.
-FileIdentity& lastSavedFile() {
-    static FileIdentity identity;
+QRVPlatform::FileIdentity& lastSavedFile() {
+    static QRVPlatform::FileIdentity identity;
     return identity;
 }
 
 bool isKept(const std::string& url, const char* reason) {
-    const KeptFile kept = keepAside(url);
+    const QRVPlatform::KeptFile kept = QRVPlatform::keepAside(url);
     if (kept.error) {
         NSLog("Prefs file not saved, the one that %@ cannot be kept aside: %@, %@",
               {reason, kept.error.message(), url});
@@ -87,8 +87,9 @@ bool isKept(const std::string& url, const char* reason) {
 // Whether the old file may be replaced: it is missing, empty or a settings file that this process
 // knows, or its bytes have been kept beside it.
 bool oldFileMayBeReplaced(const std::string& url) {
-    if (identityOfFileAtPath(url) == lastSavedFile()) return true;
-    const FileContents file = contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+    if (QRVPlatform::identityOfFileAtPath(url) == lastSavedFile()) return true;
+    const QRVPlatform::FileContents file =
+        QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
     if (file.isMissing()) return true;
     if (file.error && file.error != std::errc::file_too_large) {
         NSLog("Prefs file not saved, the old one cannot be read: %@, %@",
@@ -109,7 +110,8 @@ bool oldFileMayBeReplaced(const std::string& url) {
 void replaceSettingsFile(const std::string& url, const std::string& bytes, const NSArray& log) {
     if (!oldFileMayBeReplaced(url)) return;
     if (!log.isNull()) DispatchMainQueue::shared().async([log] { keepAsLocalChanges(log); });
-    lastSavedFile() = replaceFile(url, bytes) ? FileIdentity() : identityOfFileAtPath(url);
+    lastSavedFile() = QRVPlatform::replaceFile(url, bytes) ? QRVPlatform::FileIdentity()
+                                                           : QRVPlatform::identityOfFileAtPath(url);
 }
 
 void save(const NSDictionary& object, const NSArray& log) {
@@ -137,18 +139,18 @@ void save(const NSDictionary& object, const NSArray& log) {
     }
 }
 
-NSDictionary changeRecord(KeyPath keyPath) {
+NSDictionary changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     static const PropertyListValue key("key");
     static const PropertyListValue time("time");
-    std::array<ValueObjects::KeyedValue, 2> entries{
+    std::array<QRVPlatform::ValueObjects::KeyedValue, 2> entries{
         {{key, keyPath.text()}, {time, NSDate::now().timeIntervalSince1970()}}};
-    return ValueObjects::Building::dictionary(entries);
+    return QRVPlatform::ValueObjects::Building::dictionary(entries);
 }
 
 }  // namespace
 
-void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPathOfDefault) {
+void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault) {
     requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     NSMutableDictionary working = storedTree().mutableCopy();  // 1
@@ -163,12 +165,12 @@ void writeSetting(const PropertyListValue& value, KeyPath keyPath, KeyPath keyPa
     QRVSettingsSaveObjectWithLog(working.copy(), NSArray::arrayWithObject(record));      // 8
 }
 
-void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, KeyPath keyPath,
+void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,
                                              bool /*withCache*/) {
     writeSetting(value, keyPath, keyPath);
 }
 
-void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, KeyPath keyPath) {
+void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {
     QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
 }
 
@@ -191,7 +193,7 @@ std::uint64_t countOfEndedSaves() {
     return endedSaves;
 }
 
-bool isLastSave(const FileIdentity& file) {
+bool isLastSave(const QRVPlatform::FileIdentity& file) {
     return !file.isMissing() && file == lastSavedFile();
 }
 
@@ -203,7 +205,7 @@ void QRVSettingsSaveObject(const NSDictionary& object) {
     QRVSettingsSaveObjectWithLog(object.copy(), nullptr);
 }
 
-void QRVSettingsClearCacheForKeyPath(KeyPath keyPath) {
+void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath) {
     if (keyPath.isNull()) return;
     QRVSettings::sharedSettings().cache().removeObjectForKey(keyPath.text());
 }

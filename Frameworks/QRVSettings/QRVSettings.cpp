@@ -28,13 +28,13 @@ QRVSettings::QRVSettings() : state_(std::make_unique<State>()) {
 }
 
 std::string QRVSettingsLocation() {
-    const std::string library = userLibraryFolder();
+    const std::string library = QRVPlatform::userLibraryFolder();
     if (library.empty()) return {};
     return library + "/Preferences/" + std::string(applicationIdentifier) + ".menubar.7.plist";
 }
 
 bool QRVSettings::exists() const {
-    return fileExistsAtPath(state_->location);
+    return QRVPlatform::fileExistsAtPath(state_->location);
 }
 
 // Never destroyed, but the destructor of the presenter that it is has to be there.

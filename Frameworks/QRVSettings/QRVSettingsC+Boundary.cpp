@@ -51,18 +51,19 @@ const PropertyListValue& valueOf(const qrv_value* value) {
 const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind kind) {
     const PropertyListValue& found = valueOf(value);
     if (found.kind() == kind) return found;
-    throw Refusal(QRV_ERROR_WRONG_KIND, "the value is of another kind: " + description(found));
+    throw Refusal(QRV_ERROR_WRONG_KIND,
+                  "the value is of another kind: " + QRVPlatform::description(found));
 }
 
 const char* textOf(const char* text) {
     if (text == nullptr) return text;
-    if (const auto position = PropertyLists::positionOfBrokenUTF8(text))
+    if (const auto position = QRVPlatform::PropertyLists::positionOfBrokenUTF8(text))
         throw Refusal(QRV_ERROR_NOT_UTF8,
                       "the text is not UTF-8 from byte " + std::to_string(*position));
     return text;
 }
 
-KeyPath keyPathOf(const char* text) {
+QRVKeyPath keyPathOf(const char* text) {
     return textOf(text);
 }
 

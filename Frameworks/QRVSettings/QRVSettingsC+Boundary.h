@@ -50,7 +50,7 @@ const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind
 
 /// Both refuse what is not UTF-8, but not NULL.
 const char* textOf(const char* text);
-KeyPath keyPathOf(const char* text);
+QRVKeyPath keyPathOf(const char* text);
 
 template <typename Body>
 qrv_result perform(const Body& body) noexcept {

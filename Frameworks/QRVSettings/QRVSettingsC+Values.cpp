@@ -53,7 +53,7 @@ const char* bytesOf(const void* bytes, std::size_t length) {
 
 PropertyListValue stringOf(const char* text, std::size_t length) {
     const std::string_view characters(bytesOf(text, length), length);
-    if (const auto position = PropertyLists::positionOfBrokenUTF8(characters))
+    if (const auto position = QRVPlatform::PropertyLists::positionOfBrokenUTF8(characters))
         throw Refusal(QRV_ERROR_NOT_UTF8,
                       "the text is not UTF-8 from byte " + std::to_string(*position));
     return characters;
@@ -69,7 +69,7 @@ PropertyListValue arrayOf(const qrv_value* const* elements, std::size_t count) {
     std::vector<PropertyListValue> values;
     for (std::size_t index = 0; index < count; ++index)
         values.push_back(elementOf(elements, index));
-    return ValueObjects::Building::array(values);
+    return QRVPlatform::ValueObjects::Building::array(values);
 }
 
 PropertyListValue keyOf(const char* const* keys, std::size_t index) {
@@ -78,10 +78,10 @@ PropertyListValue keyOf(const char* const* keys, std::size_t index) {
 
 PropertyListValue dictionaryOf(const char* const* keys, const qrv_value* const* elements,
                                std::size_t count) {
-    std::vector<ValueObjects::KeyedValue> entries;
+    std::vector<QRVPlatform::ValueObjects::KeyedValue> entries;
     for (std::size_t index = 0; index < count; ++index)
         entries.push_back({keyOf(keys, index), elementOf(elements, index)});
-    return ValueObjects::Building::dictionary(entries);
+    return QRVPlatform::ValueObjects::Building::dictionary(entries);
 }
 
 std::int64_t signedOf(const PropertyListValue& integer) {
@@ -101,7 +101,8 @@ qrv_color colorOf(const NSColor& color) {
 std::size_t countOf(const PropertyListValue& container) {
     if (container.isArray()) return container.array().count();
     if (container.isDictionary()) return container.dictionary().count();
-    throw Refusal(QRV_ERROR_WRONG_KIND, "the value is no container: " + description(container));
+    throw Refusal(QRV_ERROR_WRONG_KIND,
+                  "the value is no container: " + QRVPlatform::description(container));
 }
 
 PropertyListValue elementAt(const NSArray& array, std::size_t index) {
@@ -282,5 +283,5 @@ qrv_result qrv_value_equal(const qrv_value* left, const qrv_value* right, bool* 
 }
 
 qrv_result qrv_value_description(const qrv_value* value, qrv_value** text) {
-    return giveValue(text, [&] { return description(valueOf(value)); });
+    return giveValue(text, [&] { return QRVPlatform::description(valueOf(value)); });
 }

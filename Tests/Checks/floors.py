@@ -1,18 +1,41 @@
 # SPDX-License-Identifier: MIT
-"""An upper floor includes a lower one, never the reverse; one door to the system."""
+"""Rooms: a room includes those below it, never the reverse; one door to the system."""
 
 import re
 import sys
 from pathlib import Path
 
-# What the sources of a floor may include of ours, by the first folder of the include path.
-FLOORS = {
-    "Frameworks/Platform": {"Platform"},
-    "Frameworks/QRVLogger": {"Platform", "QRVLogger"},
-    "Frameworks/QRVSettings": {"Platform", "QRVLogger", "QRVSettings"},
-    "Tools": {"public"},
-    "Examples": {"public"},
+PLATFORM = ("Threads", "Descriptors", "Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
+            "Presenters", "Coordination")
+# Every room with the rooms that it may include besides itself. A room comes after those that it
+# includes, so that there is no circle. Tools and examples see public headers only, because no other
+# header lies on their include path.
+ROOMS = {
+    "Frameworks/Platform/Threads": (),
+    "Frameworks/Platform/Descriptors": (),
+    "Frameworks/Platform/Values": ("Threads",),
+    "Frameworks/Platform/PropertyLists": ("Values",),
+    "Frameworks/Platform/Log": ("Threads", "Values"),
+    "Frameworks/Platform/Files": ("Threads", "Descriptors", "Values"),
+    "Frameworks/Platform/Machine": ("Threads", "Files", "Log"),
+    "Frameworks/Platform/Dispatch": ("Threads", "Descriptors", "Log"),
+    "Frameworks/Platform/Presenters": ("Threads", "Descriptors", "Values", "Files", "Dispatch"),
+    "Frameworks/Platform/Coordination": ("Threads", "Descriptors", "Files", "Presenters"),
+    "Frameworks/QRVLogger": PLATFORM,
+    "Frameworks/QRVSettings": (*PLATFORM, "QRVLogger"),
+    "Tools/qrvsettings": (*PLATFORM, "QRVLogger", "QRVSettings"),
+    "Examples": (*PLATFORM, "QRVLogger", "QRVSettings"),
 }
+# Public headers keep the include lines of hosts: these do not lie in a folder named after their room.
+ROOM_OF_HEADER = {
+    "Platform/Files/NSFileCoordinator.h": "Coordination",
+    "Platform/Files/NSFilePresenter.h": "Presenters",
+    "Platform/System/NSAppearance.h": "Machine",
+    "Platform/System/System.h": "Log",
+    "Platform/System/Terminal.h": "Log",
+}
+INCLUDABLE_ANYWHERE = {"Platform/Export.h"}
+PUBLIC_FOLDER = "Frameworks/include"
 # C++ headers that the store must not use: it has no system call, thread or lock of its own.
 KEPT_FROM_THE_STORE = {
     "thread", "mutex", "shared_mutex", "condition_variable", "future", "semaphore", "barrier",
@@ -24,10 +47,32 @@ FORBIDDEN_FOLDERS = {"util", "utils", "common"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
-def public_headers():
-    text = Path("Frameworks/CMakeLists.txt").read_text()
-    sets = re.findall(r"set\(QRV_(?:PUBLIC|ADAPTER)_HEADERS([^)]*)\)", text)
-    return {name for names in sets for name in names.split()}
+def short_name(room):
+    return room.split("/")[-1]
+
+
+def room_of_include(name, includer):
+    """The short name of the room that an include line leads to; None for a file beside the includer."""
+    if name in ROOM_OF_HEADER:
+        return ROOM_OF_HEADER[name]
+    first, *rest = name.split("/")
+    if first == "Platform" and len(rest) > 1:
+        return rest[0]
+    if first in ("QRVLogger", "QRVSettings"):
+        return first
+    for room in ROOMS:
+        parent = Path(room).parent
+        if (parent / name).exists() and parent in includer.parents and len(Path(name).parts) > 1:
+            return first
+    return None
+
+
+def room_of_file(path):
+    if path.is_relative_to(PUBLIC_FOLDER):
+        short = room_of_include(path.relative_to(PUBLIC_FOLDER).as_posix(), path)
+        return next((room for room in ROOMS if short_name(room) == short), None)
+    rooms = [room for room in ROOMS if path.is_relative_to(room)]
+    return max(rooms, key=len, default=None)
 
 
 def is_system_header(name):
@@ -39,37 +84,47 @@ def may_include_system_headers(path):
     return path.name.endswith("Linux.cpp") or path.parent.name == "Adapters"
 
 
-def problems_of(path, floor, public):
-    allowed = FLOORS[floor]
+def problems_of(path):
+    room = room_of_file(path)
+    if room is None:
+        yield "lies in no room"
+        return
+    allowed = {short_name(room), *ROOMS[room]}
     for bracket, name in INCLUDE.findall(path.read_text()):
-        first = name.split("/")[0]
-        if bracket == '"' and "public" in allowed:
-            beside = (path.parent / name).exists() or (Path(floor) / path.parts[1] / name).exists()
-            if name not in public and not beside:
-                yield f"includes {name}, which is not public"
-        elif bracket == '"' and first not in allowed:
-            yield f"includes {name}, which is on a higher floor"
+        if bracket == '"' and name not in INCLUDABLE_ANYWHERE:
+            target = room_of_include(name, path)
+            if target is not None and target not in allowed:
+                yield f"includes {name}, and {short_name(room)} may not include {target}"
         if bracket == "<" and is_system_header(name) and not may_include_system_headers(path):
             yield f"includes the system header <{name}>"
-        if bracket == "<" and floor == "Frameworks/QRVSettings" and name in KEPT_FROM_THE_STORE:
+        if bracket == "<" and room == "Frameworks/QRVSettings" and name in KEPT_FROM_THE_STORE:
             yield f"includes <{name}>, which the store leaves to Platform"
 
 
+def problems_of_the_table():
+    seen = []
+    for room, included in ROOMS.items():
+        if not Path(room).is_dir():
+            yield f"{room}: a room of the table that is not there"
+        yield from (f"{room}: may include {other}, which is not below it"
+                    for other in included if other not in seen)
+        seen.append(short_name(room))
+    for header in {*ROOM_OF_HEADER, *INCLUDABLE_ANYWHERE}:
+        if not (Path(PUBLIC_FOLDER) / header).is_file():
+            yield f"{header}: not among the public headers"
+
+
 def main():
-    public = public_headers()
-    problems = [f"{name}: not there, but listed as public"
-                for name in sorted(public) if not (Path("Frameworks") / name).is_file()]
-    seen = 0
-    for floor in FLOORS:
+    problems = list(problems_of_the_table())
+    sources = 0
+    for floor in ("Frameworks", "Tools", "Examples"):
         for path in sorted(Path(floor).rglob("*")):
             if path.is_dir() and path.name.lower() in FORBIDDEN_FOLDERS:
                 problems.append(f"{path}: a folder of that name has no subject")
-            if path.suffix in {".h", ".cpp"}:
-                seen += 1
-                problems += [f"{path}: {problem}" for problem in problems_of(path, floor, public)]
-    if seen == 0:
-        problems.append("no sources found: run this in the root of the tree")
-    print("\n".join(problems) or f"{seen} sources keep to their floors")
+            if path.suffix in {".h", ".cpp"} and path.name != "Export.h":
+                sources += 1
+                problems += [f"{path}: {problem}" for problem in problems_of(path)]
+    print("\n".join(problems) or f"{sources} sources keep to {len(ROOMS)} rooms")
     return 1 if problems else 0
 
 

@@ -9,10 +9,12 @@
 
 #include "Files/KernelLocks.h"
 #include "Files/TestFiles.h"
-#include "Platform/Files/FileLock.h"
+#include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Support/ChildProcess.h"
+
+using namespace QRVPlatform;
 
 namespace {
 

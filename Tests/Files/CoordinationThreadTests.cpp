@@ -10,6 +10,8 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 
+using namespace QRVPlatform;
+
 TEST(CoordinationAmongThreads, WritersExcludeEachOther) {
     std::atomic<int> inside = 0;
     std::atomic<int> runs = 0;

@@ -9,6 +9,8 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 /// Collects failures as long as it lives.

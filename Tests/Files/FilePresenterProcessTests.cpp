@@ -10,6 +10,8 @@
 #include "Files/PresenterSupport.h"
 #include "Files/SystemCallFilter.h"
 
+using namespace QRVPlatform;
+
 using namespace PresenterSupport;
 namespace fs = std::filesystem;
 

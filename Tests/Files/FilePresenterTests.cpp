@@ -6,8 +6,10 @@
 #include <filesystem>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Files/FilePresenters.h"
+#include "Platform/Presenters/FilePresenters.h"
 #include "Platform/Values/PropertyListValue.h"
+
+using namespace QRVPlatform;
 
 using namespace PresenterSupport;
 namespace fs = std::filesystem;

@@ -13,6 +13,8 @@
 #include "Files/TestFiles.h"
 #include "Platform/Files/Files.h"
 
+using namespace QRVPlatform;
+
 namespace fs = std::filesystem;
 
 constexpr std::size_t plenty = 1 << 20;

@@ -11,6 +11,8 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Support/ChildProcess.h"
 
+using namespace QRVPlatform;
+
 namespace fs = std::filesystem;
 
 TEST(FileReplacement, EachReplacementHasALaterDate) {

@@ -9,6 +9,8 @@
 #include "Platform/Files/Files.h"
 #include "Support/ChildProcess.h"
 
+using namespace QRVPlatform;
+
 namespace fs = std::filesystem;
 
 TEST(KeepAside, GivesTheBytesASecondNameAndLeavesTheFile) {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Files/TestFiles.h"
-#include "Platform/Files/FileLock.h"
+#include "Platform/Coordination/FileLock.h"
 #include "Support/ChildProcess.h"
 
 /// The process waits for an exclusive lock, as far as given on the file with this inode number: the
@@ -18,8 +18,8 @@ inline bool isWaitingForALock(pid_t pid, const std::string& inode = "\\d+") {
 
 inline bool isHeldBySomeone(const std::string& lockPath) {
     ChildProcess other([&] {
-        FileLock lock;
-        return !FileLock::acquireExclusive(lockPath, lock);
+        QRVPlatform::FileLock lock;
+        return !QRVPlatform::FileLock::acquireExclusive(lockPath, lock);
     });
     return waitUntil([&] { return other.hasEnded() || isWaitingForALock(other.pid()); }) &&
            !other.hasEnded();

@@ -7,8 +7,10 @@
 #include <thread>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Files/FilePresentation.h"
-#include "Platform/Files/FilePresenters.h"
+#include "Platform/Presenters/FilePresentation.h"
+#include "Platform/Presenters/FilePresenters.h"
+
+using namespace QRVPlatform;
 
 using namespace PresenterSupport;
 namespace fs = std::filesystem;

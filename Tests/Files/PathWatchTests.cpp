@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Files/PathWatch.h"
+#include "Platform/Presenters/PathWatch.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,8 @@
 #include <filesystem>
 
 #include "Files/TestFiles.h"
+
+using namespace QRVPlatform;
 
 namespace {
 

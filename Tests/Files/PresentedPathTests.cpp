@@ -6,7 +6,9 @@
 #include <filesystem>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Files/PathSteps.h"
+#include "Platform/Presenters/PathSteps.h"
+
+using namespace QRVPlatform;
 
 using namespace PresenterSupport;
 namespace fs = std::filesystem;

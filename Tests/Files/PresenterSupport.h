@@ -25,7 +25,7 @@ namespace PresenterSupport {
 constexpr const char* missing = "(missing)";
 
 inline std::string contentsOrMissing(const std::string& path) {
-    const FileContents contents = contentsOfFile(path, 1 << 20);
+    const QRVPlatform::FileContents contents = QRVPlatform::contentsOfFile(path, 1 << 20);
     return contents.isMissing() ? missing : contents.bytes;
 }
 
@@ -106,7 +106,7 @@ inline bool save(const NSFilePresenter* performer, const std::string& path,
     bool isReplaced = false;
     NSFileCoordinator(performer).coordinateWritingItemAtURL(
         path, NSFileCoordinator::WritingOptions::ForReplacing,
-        [&](const std::string& url) { isReplaced = !replaceFile(url, bytes); });
+        [&](const std::string& url) { isReplaced = !QRVPlatform::replaceFile(url, bytes); });
     return isReplaced;
 }
 

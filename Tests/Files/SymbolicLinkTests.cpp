@@ -7,6 +7,8 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 
+using namespace QRVPlatform;
+
 namespace fs = std::filesystem;
 
 namespace {

@@ -17,6 +17,8 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Support/ChildProcess.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 using Paths = std::set<std::string>;

@@ -8,6 +8,8 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/UserFolders.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 std::string noHome() {

@@ -9,6 +9,8 @@
 
 #include "Platform/PropertyLists/Unicode.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 rc::Gen<std::string> text() {

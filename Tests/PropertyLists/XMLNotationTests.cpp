@@ -14,6 +14,8 @@
 #include "PropertyLists/GeneratedValues.h"
 #include "PropertyLists/PropertyListTesting.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 /// Writes trees in all the ways that XML allows, as a row of choices says.

@@ -40,7 +40,7 @@ NSDictionary settingsOf(const NSDictionary& device) {
     };
 }
 
-PropertyListValue stored(KeyPath keyPath) {
+PropertyListValue stored(QRVKeyPath keyPath) {
     return QRVSettingsStoredObjectForKeyPath(keyPath);
 }
 

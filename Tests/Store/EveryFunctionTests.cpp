@@ -19,6 +19,8 @@
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::finishSaves;
 
 namespace {
@@ -84,8 +86,8 @@ Actions ofTheStart() {
 }
 
 Actions ofTheHost() {
-    const auto width = [] { return KeyPath("CPU.Menubar.Mode.HistoryGraph.Width"); };
-    const auto colour = [] { return KeyPath("Network.Menubar.Mode.Status.NoIP.Color"); };
+    const auto width = [] { return QRVKeyPath("CPU.Menubar.Mode.HistoryGraph.Width"); };
+    const auto colour = [] { return QRVKeyPath("Network.Menubar.Mode.Status.NoIP.Color"); };
     return {
         {{"QRVSettings::migrate"}, [] { store().migrate(); }},
         {{"QRVSettings::disableCache", "QRVSettings::setDisableCache", "QRVSettings::setCache"},
@@ -255,7 +257,8 @@ Actions ofAnyThreadForThePlatform() {
              NSFileCoordinator::removeFilePresenter(listener);
          }},
         {{"NSFileCoordinator::coordinateReadingItemAtURL",
-          "NSFileCoordinator::coordinateWritingItemAtURL", "replaceFile", "contentsOfFile"},
+          "NSFileCoordinator::coordinateWritingItemAtURL", "QRVPlatform::replaceFile",
+          "QRVPlatform::contentsOfFile"},
          [] {
              NSFileCoordinator().coordinateWritingItemAtURL(
                  QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
@@ -268,20 +271,22 @@ Actions ofAnyThreadForThePlatform() {
                  QRVSettingsLocation(), NSFileCoordinator::ReadingOptions::None,
                  [](const std::string& path) { use(contentsOfFile(path, 1U << 20U)); });
          }},
-        {{"attributesOfItemAtPath", "settledAttributesOfItemAtPath", "identityOfFileAtPath",
-          "fileExistsAtPath", "userLibraryFolder"},
+        {{"QRVPlatform::attributesOfItemAtPath", "QRVPlatform::settledAttributesOfItemAtPath",
+          "QRVPlatform::identityOfFileAtPath", "QRVPlatform::fileExistsAtPath",
+          "QRVPlatform::userLibraryFolder"},
          [] {
              const std::string path = QRVSettingsLocation();
              use(attributesOfItemAtPath(path), settledAttributesOfItemAtPath(path),
                  identityOfFileAtPath(path), fileExistsAtPath(path), userLibraryFolder());
          }},
-        {{"keepAside"},
+        {{"QRVPlatform::keepAside"},
          [] {
              replaceFile("kept", "bytes");
              fs::remove(keepAside("kept").path);
          }},
-        {{"setFileFailureHandler"}, [] { setFileFailureHandler([](const FileFailure&) {}); }},
-        {{"NSLog", "setNSLogSink", "formattedText"},
+        {{"QRVPlatform::setFileFailureHandler"},
+         [] { setFileFailureHandler([](const FileFailure&) {}); }},
+        {{"NSLog", "setNSLogSink", "QRVPlatform::formattedText"},
          [] {
              setNSLogSink([](const std::string&) {});
              NSLog("%@ of %@", {1, "two"});
@@ -296,7 +301,7 @@ Actions ofAnyThreadForThePlatform() {
              DDLog::log(message);
              DDLog::flush();
          }},
-        {{"standardOutputIsTerminal"}, [] { use(standardOutputIsTerminal()); }},
+        {{"QRVPlatform::standardOutputIsTerminal"}, [] { use(standardOutputIsTerminal()); }},
         {{"NSInvalidArgumentException::NSInvalidArgumentException",
           "NSInvalidArgumentException::operator=",
           "NSInvalidArgumentException::~NSInvalidArgumentException"},
@@ -367,8 +372,9 @@ Actions ofAnyThreadForValues() {
           "PropertyListValue::data", "PropertyListValue::dictionary",
           "PropertyListValue::doubleValue", "PropertyListValue::floatValue",
           "PropertyListValue::integerValue", "PropertyListValue::isIdenticalTo",
-          "PropertyListValue::stringValue", "PropertyListValue::stringView", "ValueObjects::retain",
-          "ValueObjects::release", "description"},
+          "PropertyListValue::stringValue", "PropertyListValue::stringView",
+          "QRVPlatform::ValueObjects::retain", "QRVPlatform::ValueObjects::release",
+          "QRVPlatform::description"},
          [] {
              const std::vector<PropertyListValue> values{"text",          std::string_view("view"),
                                                          NSData("bytes"), NSColor{1, 0, 0, 1},

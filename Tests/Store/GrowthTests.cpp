@@ -11,6 +11,8 @@
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::drainUntil;
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;

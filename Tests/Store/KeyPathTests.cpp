@@ -13,12 +13,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(KeyPath, NullIsNotTheEmptyKeyPath) {
-    EXPECT_TRUE(KeyPath(nullptr).isNull());
-    EXPECT_TRUE(KeyPath(std::nullopt).isNull());
-    EXPECT_TRUE(KeyPath(static_cast<const char*>(nullptr)).isNull());
-    EXPECT_TRUE(KeyPath(std::optional<std::string>()).isNull());
-    EXPECT_FALSE(KeyPath("").isNull());
-    EXPECT_FALSE(KeyPath(std::string_view()).isNull());
+    EXPECT_TRUE(QRVKeyPath(nullptr).isNull());
+    EXPECT_TRUE(QRVKeyPath(std::nullopt).isNull());
+    EXPECT_TRUE(QRVKeyPath(static_cast<const char*>(nullptr)).isNull());
+    EXPECT_TRUE(QRVKeyPath(std::optional<std::string>()).isNull());
+    EXPECT_FALSE(QRVKeyPath("").isNull());
+    EXPECT_FALSE(QRVKeyPath(std::string_view()).isNull());
 }
 
 TEST(KeyPath, AKeyPathWithoutASeparatorAddressesTheRoot) {

@@ -9,6 +9,8 @@
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::finishSaves;
 using StoreSupport::LogMessages;
 using StoreSupport::SystemLogLines;

@@ -28,7 +28,7 @@ NSDictionary profileWithItems(const NSArray& list) {
             {"Migration", NSDictionary{{"Profiles", true}}}};
 }
 
-PropertyListValue stored(KeyPath keyPath) {
+PropertyListValue stored(QRVKeyPath keyPath) {
     return QRVSettingsStoredObjectForKeyPath(keyPath);
 }
 

@@ -17,6 +17,8 @@
 #include "Support/ChildProcess.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;
 using StoreSupport::writeSettings;

@@ -13,6 +13,8 @@
 #include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::SystemLogLines;
 using StoreSupport::writeSettings;
 using testing::ElementsAre;

@@ -7,6 +7,8 @@
 #include "Platform/Files/Files.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::contentsOf;
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;

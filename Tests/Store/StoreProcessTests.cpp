@@ -8,6 +8,8 @@
 #include "Support/ChildProcess.h"
 #include "Support/StoreSupport.h"
 
+using namespace QRVPlatform;
+
 using StoreSupport::finishSaves;
 
 namespace {

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/System/MachineIdentity.h"
+#include "Platform/Machine/MachineIdentity.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace MachineSupport {
@@ -16,7 +16,7 @@ namespace MachineSupport {
 /// a text it does not tell.
 inline void beMachine(const std::optional<std::string>& serialNumber,
                       const std::optional<std::string>& model) {
-    MachineIdentitySources sources{{}, {}, false};
+    QRVPlatform::MachineIdentitySources sources{{}, {}, false};
     if (serialNumber) {
         std::ofstream("serial-number", std::ios::binary) << *serialNumber;
         sources.serialNumberFiles = {"serial-number"};
@@ -25,7 +25,7 @@ inline void beMachine(const std::optional<std::string>& serialNumber,
         std::ofstream("model", std::ios::binary) << *model;
         sources.modelFiles = {"model"};
     }
-    setMachineIdentitySources(sources);
+    QRVPlatform::setMachineIdentitySources(sources);
 }
 
 /// Starts this process as a host does that wants to hear of changes.

@@ -5,6 +5,8 @@
 
 #include "Platform/System/System.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 std::string format(std::string_view text, const std::vector<PropertyListValue>& arguments = {}) {

@@ -7,6 +7,8 @@
 
 #include "Support/MachineSupport.h"
 
+using namespace QRVPlatform;
+
 using MachineSupport::beMachine;
 
 namespace {

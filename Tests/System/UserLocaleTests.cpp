@@ -8,9 +8,11 @@
 #include <vector>
 
 #include "Files/SystemCallFilter.h"
+#include "Platform/Machine/UserLocale.h"
 #include "Platform/System/System.h"
-#include "Platform/System/UserLocale.h"
 #include "Support/ChildProcess.h"
+
+using namespace QRVPlatform;
 
 namespace {
 

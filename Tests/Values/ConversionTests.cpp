@@ -9,6 +9,8 @@
 
 #include "Platform/Values/PropertyListValue.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 constexpr auto maximum = std::numeric_limits<std::int64_t>::max();

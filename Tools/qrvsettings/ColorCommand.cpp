@@ -42,7 +42,7 @@ bool has24Bits() {
 
 bool showsColors() {
     const char* const terminal = std::getenv("TERM");
-    return standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
+    return QRVPlatform::standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
            std::string_view(terminal) != "dumb";
 }
 

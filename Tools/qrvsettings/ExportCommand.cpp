@@ -34,7 +34,7 @@ ExitCode exportSettings(const Options& options) {
     const std::string text = options.json ? jsonText(tree) + "\n" : propertyListText(tree);
     if (options.file == "-") {
         print(text);
-    } else if (const auto error = replaceFile(options.file, text)) {
+    } else if (const auto error = QRVPlatform::replaceFile(options.file, text)) {
         throw Failure(ExitCode::NotWritten,
                       "cannot write: " + error.message() + ", " + options.file);
     }

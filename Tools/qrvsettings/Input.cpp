@@ -34,7 +34,8 @@ std::string standardInput() {
 
 std::string contentsOfInput(const std::string& file) {
     if (file == "-") return standardInput();
-    const FileContents contents = contentsOfFile(file, NSPropertyListSerialization::maximumSize);
+    const QRVPlatform::FileContents contents =
+        QRVPlatform::contentsOfFile(file, NSPropertyListSerialization::maximumSize);
     if (contents.error)
         throw Failure(ExitCode::WrongValue,
                       "cannot be read: " + contents.error.message() + ", " + file);

@@ -23,7 +23,7 @@ void Layer::open() const {
     if (name_ != Name::Stored) startUp();
 }
 
-PropertyListValue Layer::value(KeyPath keyPath) const {
+PropertyListValue Layer::value(QRVKeyPath keyPath) const {
     if (name_ == Name::Stored) return scope_.stored(keyPath);
     if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
     return scope_.effective(keyPath);

@@ -21,7 +21,7 @@ class Layer {
     /// and that is no good, and as `startUp` does.
     void open() const;
     /// Null when it is not set.
-    [[nodiscard]] PropertyListValue value(KeyPath keyPath) const;
+    [[nodiscard]] PropertyListValue value(QRVKeyPath keyPath) const;
     /// What `value` answers for each key path of a leaf, by key path. A key that holds a "." cannot
     /// be reached by any key path, so what is below it is not among them.
     [[nodiscard]] NSDictionary leaves() const;

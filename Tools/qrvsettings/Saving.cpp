@@ -67,7 +67,7 @@ bool holds(const NSDictionary& file, const std::string& keyPath) {
 
 SaveWatch::SaveWatch() {
     const auto observations = observations_;
-    setFileFailureHandler([observations](const FileFailure& failure) {
+    QRVPlatform::setFileFailureHandler([observations](const QRVPlatform::FileFailure& failure) {
         observations->add(observations->faults, failure.error.message() + ", " + failure.path);
     });
     DDLog::setSink([observations](const DDLogMessage& message) {
@@ -82,7 +82,7 @@ SaveWatch::SaveWatch() {
 SaveWatch::~SaveWatch() {
     setNSLogSink([](const std::string&) {});
     DDLog::setSink(nullptr);
-    setFileFailureHandler(nullptr);
+    QRVPlatform::setFileFailureHandler(nullptr);
 }
 
 void SaveWatch::finish(const std::function<bool(const NSDictionary& file)>& isSaved) {

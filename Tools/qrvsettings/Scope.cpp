@@ -17,7 +17,7 @@ void Scope::enter() const {
     QRVSettings::sharedSettings().setActiveProfile(profile_);
 }
 
-std::string Scope::storedKeyPath(KeyPath keyPath) const {
+std::string Scope::storedKeyPath(QRVKeyPath keyPath) const {
     if (!isProfile()) return std::string(keyPath.text());
     enter();
     return QRVSettingsProfileKeyForKey(keyPath);
@@ -30,23 +30,23 @@ NSDictionary Scope::storedTree() const {
     return QRVSettingsStoredObjectForKeyPath(root).dictionary();
 }
 
-PropertyListValue Scope::stored(KeyPath keyPath) const {
+PropertyListValue Scope::stored(QRVKeyPath keyPath) const {
     return QRVSettingsStoredObjectForKeyPath(storedKeyPath(keyPath));
 }
 
-PropertyListValue Scope::effective(KeyPath keyPath) const {
+PropertyListValue Scope::effective(QRVKeyPath keyPath) const {
     if (!isProfile()) return QRVSettingsObjectForKeyPath(keyPath);
     enter();
     return QRVSettingsProfileObjectForKeyPath(keyPath);
 }
 
-void Scope::set(const PropertyListValue& value, KeyPath keyPath) const {
+void Scope::set(const PropertyListValue& value, QRVKeyPath keyPath) const {
     if (!isProfile()) return QRVSettingsSetObjectForKeyPath(value, keyPath);
     enter();
     QRVSettingsProfileSetObjectForKeyPath(value, keyPath);
 }
 
-void Scope::extendDefault(KeyPath keyPath) const {
+void Scope::extendDefault(QRVKeyPath keyPath) const {
     const PropertyListValue value = QRVSettingsDefaultForKeyPath(keyPath);
     if (!isProfile() || value.isNull()) return;
     QRVSettings& store = QRVSettings::sharedSettings();

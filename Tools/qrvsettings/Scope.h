@@ -19,18 +19,18 @@ class Scope {
 
     [[nodiscard]] bool isProfile() const { return !profile_.empty(); }
     /// Where the settings file keeps the setting.
-    [[nodiscard]] std::string storedKeyPath(KeyPath keyPath) const;
+    [[nodiscard]] std::string storedKeyPath(QRVKeyPath keyPath) const;
     /// All that is stored, as a tree of plain key paths; null when nothing is.
     [[nodiscard]] NSDictionary storedTree() const;
 
-    [[nodiscard]] PropertyListValue stored(KeyPath keyPath) const;
-    [[nodiscard]] PropertyListValue effective(KeyPath keyPath) const;
+    [[nodiscard]] PropertyListValue stored(QRVKeyPath keyPath) const;
+    [[nodiscard]] PropertyListValue effective(QRVKeyPath keyPath) const;
     /// Throws as QRVSettingsSetObjectForKeyPath does.
-    void set(const PropertyListValue& value, KeyPath keyPath) const;
+    void set(const PropertyListValue& value, QRVKeyPath keyPath) const;
 
     /// Makes the default of the setting also that of its stored key path, for functions that know
     /// no profiles. After the start-up.
-    void extendDefault(KeyPath keyPath) const;
+    void extendDefault(QRVKeyPath keyPath) const;
 
   private:
     /// At each use: the start-up makes another profile the active one.

@@ -20,7 +20,7 @@ SettingsFileCondition conditionOfContents(const std::string& bytes) {
     return {{}, {}, read.value.dictionary(), read.format};
 }
 
-SettingsFileCondition conditionOf(const FileContents& file) {
+SettingsFileCondition conditionOf(const QRVPlatform::FileContents& file) {
     if (file.isMissing()) return {};
     // Such a file is replaced like any other that is no settings file.
     if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB", nullptr, {}};
@@ -35,7 +35,8 @@ SettingsFileCondition currentCondition() {
     const std::error_code error = coordinator.coordinateReadingItemAtURL(
         QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
         [&condition](const std::string& url) {
-            condition = conditionOf(contentsOfFile(url, NSPropertyListSerialization::maximumSize));
+            condition = conditionOf(
+                QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize));
         });
     if (error) condition.error = error;
     return condition;

@@ -8,8 +8,10 @@
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/MainQueueSignal.h"
-#include "Platform/Dispatch/Mutex.h"
-#include "Platform/Dispatch/Threads.h"
+#include "Platform/Threads/Mutex.h"
+#include "Platform/Threads/Threads.h"
+
+using namespace QRVPlatform;
 
 namespace {
 

@@ -6,8 +6,10 @@
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
-#include "Platform/Dispatch/Mutex.h"
-#include "Platform/Dispatch/Threads.h"
+#include "Platform/Threads/Mutex.h"
+#include "Platform/Threads/Threads.h"
+
+using namespace QRVPlatform;
 
 /// Kept alive by its thread, which may outlive the queue.
 struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueue::Implementation> {

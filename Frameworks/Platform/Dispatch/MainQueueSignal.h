@@ -4,7 +4,9 @@
 #include <chrono>
 #include <optional>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Descriptors/FileDescriptor.h"
+
+namespace QRVPlatform {
 
 /// The descriptor by which a host's loop sees the main queue: readable while it is set ready, and
 /// from the time set on.
@@ -25,3 +27,5 @@ class MainQueueSignal {
     FileDescriptor timer_;
     FileDescriptor poll_;
 };
+
+}  // namespace QRVPlatform

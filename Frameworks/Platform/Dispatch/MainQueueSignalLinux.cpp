@@ -12,6 +12,8 @@
 
 #include "Platform/Dispatch/MainQueueSignal.h"
 
+namespace QRVPlatform {
+
 // An epoll descriptor over the two others, because it cannot be read: a child that inherits it by a
 // way that observes no fork still cannot take the parent's wake-up away.
 
@@ -93,3 +95,5 @@ void MainQueueSignal::startAnewInChild() noexcept {
         poll_.close();
     }
 }
+
+}  // namespace QRVPlatform

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <thread>
 
+namespace QRVPlatform {
+
 /// What belongs to one thread: the one that asks first. Inner header of the library.
 class ThreadAffinity {
   public:
@@ -18,3 +20,5 @@ class ThreadAffinity {
     [[noreturn]] static void fail(const char* function);
     std::atomic<std::thread::id> owner_{};
 };
+
+}  // namespace QRVPlatform

@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "Platform/Files/Files.h"
-#include "Platform/System/ReplaceableHandler.h"
+#include "Platform/Threads/ReplaceableHandler.h"
+
+namespace QRVPlatform {
 
 namespace {
 
@@ -30,3 +32,5 @@ std::error_code FileFailures::reported(const std::string& operation, const std::
 void setFileFailureHandler(std::function<void(const FileFailure&)> handler) {
     currentHandler().replace(std::move(handler));
 }
+
+}  // namespace QRVPlatform

@@ -4,7 +4,7 @@
 #include <string>
 #include <system_error>
 
-namespace FileFailures {
+namespace QRVPlatform::FileFailures {
 
 /// What `errno` says.
 std::error_code lastError();
@@ -13,4 +13,4 @@ std::error_code lastError();
 std::error_code reported(const std::string& operation, const std::string& path,
                          std::error_code error);
 
-}  // namespace FileFailures
+}  // namespace QRVPlatform::FileFailures

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Files/FilePaths.h"
 
+namespace QRVPlatform {
+
 std::string FilePaths::folderOf(const std::string& path) {
     const std::size_t lastSlash = path.rfind('/');
     if (lastSlash == std::string::npos) return ".";
@@ -17,3 +19,5 @@ std::string FilePaths::hiddenSiblingOf(const std::string& path, std::string_view
     if (name.empty() || name == "." || name == "..") return {};
     return siblingOf(path, "." + name).append(suffix);
 }
+
+}  // namespace QRVPlatform

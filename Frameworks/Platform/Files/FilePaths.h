@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace FilePaths {
+namespace QRVPlatform::FilePaths {
 
 /// The folder that `path` is in: "." for a bare name, "/" at the top.
 std::string folderOf(const std::string& path);
@@ -41,4 +41,4 @@ std::error_code createFolder(const std::string& path);
 /// Makes the names in a folder outlast a crash of the system, where the file system can do that.
 void syncFolder(const std::string& path);
 
-}  // namespace FilePaths
+}  // namespace QRVPlatform::FilePaths

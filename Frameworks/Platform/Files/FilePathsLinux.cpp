@@ -7,9 +7,11 @@
 #include <optional>
 #include <utility>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Descriptors/FileDescriptor.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+
+namespace QRVPlatform {
 
 namespace {
 
@@ -63,3 +65,5 @@ void FilePaths::syncFolder(const std::string& path) {
     const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.isOpen()) fsync(folder.number());
 }
+
+}  // namespace QRVPlatform

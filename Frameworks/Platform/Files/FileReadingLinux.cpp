@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Descriptors/FileDescriptor.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FileStatus.h"
+
+namespace QRVPlatform {
 
 namespace {
 
@@ -62,3 +64,5 @@ FileContents contentsOfFile(const std::string& path, std::size_t maximumSize) {
     if (contents.error) contents.bytes.clear();
     return contents;
 }
+
+}  // namespace QRVPlatform

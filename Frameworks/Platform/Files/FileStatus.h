@@ -7,11 +7,11 @@
 
 struct stat;
 
-namespace FileStatus {
+namespace QRVPlatform::FileStatus {
 
 FileIdentity identityOf(const struct stat& status);
 
 /// Empty for a regular file.
 std::error_code errorUnlessRegular(const struct stat& status);
 
-}  // namespace FileStatus
+}  // namespace QRVPlatform::FileStatus

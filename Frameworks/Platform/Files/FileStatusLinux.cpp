@@ -8,6 +8,8 @@
 
 #include "Platform/Files/FileStatus.h"
 
+namespace QRVPlatform {
+
 namespace {
 
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
@@ -84,3 +86,5 @@ FileIdentity identityOfFileAtPath(const std::string& path) {
     const auto status = statusOf(path);
     return status ? FileStatus::identityOf(*status) : FileIdentity{};
 }
+
+}  // namespace QRVPlatform

@@ -11,6 +11,8 @@
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/NewFile.h"
 
+namespace QRVPlatform {
+
 namespace {
 
 std::error_code copyBytes(const FileDescriptor& source, NewFile& copy) {
@@ -68,3 +70,5 @@ KeptFile keepAside(const std::string& path) {
     FileFailures::reported("keep damaged file", path, kept.error);
     return kept;
 }
+
+}  // namespace QRVPlatform

@@ -5,9 +5,11 @@
 #include <string_view>
 #include <system_error>
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Descriptors/FileDescriptor.h"
 
 struct stat;
+
+namespace QRVPlatform {
 
 /// A file in the making: removed again unless it is kept.
 class NewFile {
@@ -34,3 +36,5 @@ class NewFile {
     FileDescriptor file_;
     std::string path_;
 };
+
+}  // namespace QRVPlatform

@@ -12,6 +12,8 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/NewFile.h"
 
+namespace QRVPlatform {
+
 namespace {
 
 constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
@@ -78,3 +80,5 @@ std::error_code NewFile::finish() {
         if (errno != EINTR) return FileFailures::lastError();
     return file_.close() ? std::error_code() : FileFailures::lastError();
 }
+
+}  // namespace QRVPlatform

@@ -5,6 +5,8 @@
 
 #include "Platform/Files/Files.h"
 
+namespace QRVPlatform {
+
 namespace {
 
 bool isAbsolute(const char* path) {
@@ -25,3 +27,5 @@ std::string userLibraryFolder() {
     return UserFolders::libraryFolder(std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME"),
                                       UserFolders::homeFromPasswordDatabase);
 }
+
+}  // namespace QRVPlatform

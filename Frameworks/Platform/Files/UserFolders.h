@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace UserFolders {
+namespace QRVPlatform::UserFolders {
 
 /// The library folder that follows from these three; null and relative ones do not count. The third
 /// is asked only when it is needed: the answer may come over the network.
@@ -13,4 +13,4 @@ std::string libraryFolder(const char* configurationHome, const char* home,
 /// The home folder that the password database has for the user; empty when it has none.
 std::string homeFromPasswordDatabase();
 
-}  // namespace UserFolders
+}  // namespace QRVPlatform::UserFolders

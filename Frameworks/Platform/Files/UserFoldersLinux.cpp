@@ -7,6 +7,8 @@
 
 #include "Platform/Files/UserFolders.h"
 
+namespace QRVPlatform {
+
 std::string UserFolders::homeFromPasswordDatabase() {
     constexpr std::size_t largestEntry = std::size_t{1} << 20;
     for (std::size_t size = 1024; size <= largestEntry; size *= 4) {
@@ -19,3 +21,5 @@ std::string UserFolders::homeFromPasswordDatabase() {
     }
     return {};
 }
+
+}  // namespace QRVPlatform

@@ -15,7 +15,7 @@
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/Values/Building.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 using ValueObjects::Building;
@@ -380,4 +380,4 @@ PropertyListValue readBinary(std::string_view bytes) {
     return BinaryReader(bytes).read();
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

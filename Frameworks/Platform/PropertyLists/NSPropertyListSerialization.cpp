@@ -9,6 +9,8 @@
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/PropertyLists/Writing.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 using PropertyLists::Failure;

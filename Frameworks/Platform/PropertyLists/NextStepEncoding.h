@@ -6,7 +6,7 @@
 #include <array>
 #include <optional>
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 /// The characters of the bytes 0x80 to 0xFD; the lower half is ASCII, the last two are not used.
 inline constexpr std::array<char16_t, 126> nextStepUpperHalf{
@@ -29,4 +29,4 @@ constexpr std::optional<char32_t> characterOfNextStepByte(unsigned byte) {
     return std::nullopt;
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

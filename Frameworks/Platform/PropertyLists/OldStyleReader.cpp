@@ -12,7 +12,7 @@
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 bool isUnquoted(char character) {
@@ -289,4 +289,4 @@ PropertyListValue readOldStyle(std::string_view text) {
     return OldStyleReader(text).read();
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

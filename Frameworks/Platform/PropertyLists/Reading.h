@@ -10,7 +10,7 @@
 
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 /// Thrown inside this folder only; never leaves it.
 struct Failure {
@@ -52,4 +52,4 @@ PropertyListValue readBinary(std::string_view bytes);
 PropertyListValue readXML(std::string_view text);
 PropertyListValue readOldStyle(std::string_view text);
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

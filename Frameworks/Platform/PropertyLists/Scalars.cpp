@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 constexpr bool isDigit(char character) {
@@ -289,4 +289,4 @@ void appendBase64(TextBuilder& text, std::string_view bytes) {
     }
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

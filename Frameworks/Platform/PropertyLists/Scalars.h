@@ -11,7 +11,7 @@
 #include "Platform/PropertyLists/TextBuilder.h"
 #include "Platform/Values/PropertyListValue.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 constexpr bool isSpace(char character) {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r';
@@ -44,4 +44,4 @@ void appendReal(TextBuilder& text, double value);
 /// Base64 without white space.
 void appendBase64(TextBuilder& text, std::string_view bytes);
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

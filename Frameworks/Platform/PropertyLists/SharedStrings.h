@@ -10,7 +10,7 @@
 #include "Platform/Values/Building.h"
 #include "Platform/Values/PropertyListValue.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 /// Makes string values, equal ones mostly the same object: a file has few keys and short words
 /// that come again and again, and they come near each other. The last one of each slot is known.
@@ -42,4 +42,4 @@ class SharedStrings {
     std::array<PropertyListValue, slots> strings_;
 };
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 /// A long text out of many short pieces. They are gathered first, because appending to a string
 /// costs more than a short piece itself.
@@ -87,4 +87,4 @@ class TextBuilder {
     std::array<char, 4 * largestRoom> pieces_{};
 };
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

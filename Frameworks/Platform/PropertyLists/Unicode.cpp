@@ -5,7 +5,7 @@
 #include <array>
 #include <cstring>
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 constexpr unsigned byteAt(std::string_view text, std::size_t index) {
@@ -194,4 +194,4 @@ DecodedText decodeText(std::string_view bytes, std::string& converted) {
     return decoded;
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 inline constexpr char32_t lastCharacter = 0x10FFFF;
 
@@ -58,4 +58,4 @@ struct DecodedText {
 /// UTF-8, else of `converted`.
 DecodedText decodeText(std::string_view bytes, std::string& converted);
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

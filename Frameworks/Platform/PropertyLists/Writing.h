@@ -7,7 +7,7 @@
 
 #include "Platform/Values/PropertyListValue.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 /// Thrown inside this folder only; never leaves it.
 struct WriteFailure {
@@ -18,4 +18,4 @@ struct WriteFailure {
 /// The whole file.
 std::string writeXML(const PropertyListValue& value);
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

@@ -16,7 +16,7 @@
 #include "Platform/PropertyLists/XMLText.h"
 #include "Platform/Values/Building.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 using ValueObjects::Building;
@@ -173,4 +173,4 @@ PropertyListValue readXML(std::string_view text) {
     return XMLReader(text).read();
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

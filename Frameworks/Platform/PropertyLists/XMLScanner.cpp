@@ -8,7 +8,7 @@
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 enum NamePart : unsigned char { None, Inside, Anywhere };
@@ -233,4 +233,4 @@ void XMLScanner::appendToJoined(std::string_view raw, XMLTextKind kind) {
     appendDecoded(joined_, raw, static_cast<std::size_t>(raw.data() - text_.data()), kind);
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

@@ -9,7 +9,7 @@
 
 #include "Platform/PropertyLists/XMLText.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 struct XMLTag {
     std::string_view name;
@@ -68,4 +68,4 @@ class XMLScanner {
     std::string joined_;
 };
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

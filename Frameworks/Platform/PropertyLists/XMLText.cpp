@@ -10,7 +10,7 @@
 #include "Platform/PropertyLists/Reading.h"
 #include "Platform/PropertyLists/Unicode.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 struct NamedEntity {
@@ -170,4 +170,4 @@ bool appendXMLText(TextBuilder& text, std::string_view characters) {
     return true;
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

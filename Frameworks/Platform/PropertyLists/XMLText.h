@@ -9,7 +9,7 @@
 
 #include "Platform/PropertyLists/TextBuilder.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 
 enum class XMLTextKind { Characters, CDATA };
 
@@ -25,4 +25,4 @@ void checkXMLDeclaration(std::string_view text);
 /// when `characters` is not UTF-8.
 [[nodiscard]] bool appendXMLText(TextBuilder& text, std::string_view characters);
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

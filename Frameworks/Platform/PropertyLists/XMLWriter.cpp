@@ -17,7 +17,7 @@
 #include "Platform/PropertyLists/Writing.h"
 #include "Platform/PropertyLists/XMLText.h"
 
-namespace PropertyLists {
+namespace QRVPlatform::PropertyLists {
 namespace {
 
 constexpr std::string_view header =
@@ -264,4 +264,4 @@ std::string writeXML(const PropertyListValue& value) {
     return XMLWriter().write(value);
 }
 
-}  // namespace PropertyLists
+}  // namespace QRVPlatform::PropertyLists

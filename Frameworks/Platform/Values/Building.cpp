@@ -5,7 +5,7 @@
 
 #include "Platform/Values/ContainerObjects.h"
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 
 // Containers count atomically all the same: the empty ones are known to all threads.
 PropertyListValue Building::sameObject(const PropertyListValue& value) noexcept {
@@ -55,4 +55,4 @@ NSDictionary Building::dictionary(std::span<KeyedValue> entries) {
     return NSDictionary(Reference<DictionaryObject>(contents.leak()));
 }
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

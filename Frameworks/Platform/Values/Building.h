@@ -7,7 +7,7 @@
 
 #include "Platform/Values/PropertyListValue.h"
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 
 /// An entry whose key is a string value.
 struct KeyedValue {
@@ -29,4 +29,4 @@ struct Building {
     static NSDictionary dictionary(std::span<KeyedValue> entries);
 };
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

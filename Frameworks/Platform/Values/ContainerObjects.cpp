@@ -6,7 +6,7 @@
 #include <new>
 #include <stdexcept>
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 namespace {
 
 // More would not fit the slots of an index.
@@ -170,4 +170,4 @@ Reference<typename ObjectType::Contents> MutableContainer<ObjectType>::makeRoom(
 template class MutableContainer<ArrayObject>;
 template class MutableContainer<DictionaryObject>;
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

@@ -10,10 +10,10 @@
 #include <span>
 #include <utility>
 
+#include "Platform/Threads/ShortLock.h"
 #include "Platform/Values/Objects.h"
-#include "Platform/Values/ShortLock.h"
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 
 struct ArrayObject : Object {
     using Contents = ArrayContents;
@@ -220,4 +220,4 @@ class CurrentContents {
     const Contents* contents_ = nullptr;
 };
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

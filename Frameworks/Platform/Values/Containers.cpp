@@ -3,6 +3,8 @@
 
 #include "Platform/Values/ContainerObjects.h"
 
+using namespace QRVPlatform;
+
 using ValueObjects::ArrayContents;
 using ValueObjects::ArrayObject;
 using ValueObjects::DictionaryContents;

@@ -7,6 +7,8 @@
 #include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/Text.h"
 
+using namespace QRVPlatform;
+
 using ValueObjects::ColorObject;
 using ValueObjects::DataObject;
 using ValueObjects::Reference;

@@ -11,6 +11,8 @@
 #include "Platform/Values/Objects.h"
 #include "Platform/Values/Text.h"
 
+using namespace QRVPlatform;
+
 namespace {
 
 constexpr int shownLevels = 64;
@@ -149,7 +151,7 @@ std::string ValueText::isoDate(NSDate date) {
     return text + 'Z';
 }
 
-std::string description(const PropertyListValue& value) {
+std::string QRVPlatform::description(const PropertyListValue& value) {
     if (value.isString()) return value.stringValue();
     std::string text;
     append(text, value, 0);

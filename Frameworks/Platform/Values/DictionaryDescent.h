@@ -8,6 +8,8 @@
 #include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/PropertyListValue.h"
 
+namespace QRVPlatform {
+
 /// A way down a tree of dictionaries. Each level is looked at as it is when it is entered;
 /// immutable levels, of which a tree that was read from a file consists, take no lock and no
 /// reference.
@@ -27,3 +29,5 @@ class DictionaryDescent {
   private:
     ValueObjects::CurrentContents<ValueObjects::DictionaryObject> level_;
 };
+
+}  // namespace QRVPlatform

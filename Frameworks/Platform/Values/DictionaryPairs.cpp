@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Values/DictionaryPairs.h"
 
+namespace QRVPlatform {
+
 const PropertyListValue* DictionaryPairs::valueAfter(const Entry& entry) const {
     const auto entries = after_->entries();
     if (position_ < entries.size()) {
@@ -36,3 +38,5 @@ bool DictionaryPairs::next() {
     }
     return false;
 }
+
+}  // namespace QRVPlatform

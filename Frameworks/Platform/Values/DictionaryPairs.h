@@ -9,6 +9,8 @@
 #include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/PropertyListValue.h"
 
+namespace QRVPlatform {
+
 /// Walks over the keys of two dictionaries as they were at the beginning, each key once. Where both
 /// hold their keys in the same order, as two readings of one file do, a key costs no search.
 ///
@@ -42,3 +44,5 @@ class DictionaryPairs {
     const PropertyListValue* valueBefore_ = nullptr;
     const PropertyListValue* valueAfter_ = nullptr;
 };
+
+}  // namespace QRVPlatform

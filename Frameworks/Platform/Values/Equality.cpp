@@ -7,6 +7,8 @@
 #include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/DictionaryPairs.h"
 
+using namespace QRVPlatform;
+
 using ValueObjects::ArrayObject;
 using ValueObjects::CurrentContents;
 
@@ -47,6 +49,28 @@ constexpr int maximumRecursion = 32;
 // Two values are compared by recursion, so that the usual ones cost no memory. Containers that are
 // nested deeper are put on a list, so that a deep tree does not exhaust the stack; two trees are
 // equal when all pairs are, in whatever order they are taken.
+bool scalarsEqual(const PropertyListValue& left, const PropertyListValue& right) noexcept {
+    using Kind = PropertyListValue::Kind;
+    switch (left.kind()) {
+        case Kind::Boolean:
+            return left.boolValue() == right.boolValue();
+        case Kind::Integer:
+        case Kind::Real:
+            return numbersEqual(left, right);
+        case Kind::Date:
+            return realsEqual(left.date().timeIntervalSinceReferenceDate(),
+                              right.date().timeIntervalSinceReferenceDate());
+        case Kind::String:
+            return left.stringView() == right.stringView();
+        case Kind::Data:
+            return left.data() == right.data();
+        case Kind::Color:
+            return left.color() == right.color();
+        default:
+            return true;  // null, the null marker
+    }
+}
+
 class Comparison {
   public:
     bool areEqual(const PropertyListValue& left, const PropertyListValue& right) {
@@ -100,27 +124,6 @@ class Comparison {
 };
 
 }  // namespace
-
-bool scalarsEqual(const PropertyListValue& left, const PropertyListValue& right) noexcept {
-    using Kind = PropertyListValue::Kind;
-    switch (left.kind()) {
-        case Kind::Boolean:
-            return left.payload_.boolean == right.payload_.boolean;
-        case Kind::Integer:
-        case Kind::Real:
-            return numbersEqual(left, right);
-        case Kind::Date:
-            return realsEqual(left.payload_.real, right.payload_.real);
-        case Kind::String:
-            return left.stringView() == right.stringView();
-        case Kind::Data:
-            return left.data() == right.data();
-        case Kind::Color:
-            return left.color() == right.color();
-        default:
-            return true;  // null, the null marker
-    }
-}
 
 bool PropertyListValue::isIdenticalTo(const PropertyListValue& other) const noexcept {
     if (kind_ != other.kind_) return false;

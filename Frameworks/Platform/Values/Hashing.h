@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 
 /// Seeded anew in each process, so that a settings file cannot be made whose keys all collide.
 struct HashSeed {
@@ -77,4 +77,4 @@ inline bool isSameText(std::string_view left, std::string_view right) noexcept {
     return rest == 0 || wordOfFew(one, rest) == wordOfFew(other, rest);
 }
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

@@ -10,7 +10,7 @@
 
 #include "Platform/Values/ContainerObjects.h"
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 namespace {
 
 template <typename ObjectType>
@@ -104,4 +104,4 @@ Reference<StringObject> StringObject::make(std::string_view text, std::uint32_t 
     return Reference(new (memory) StringObject(hashOfText, length));
 }
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

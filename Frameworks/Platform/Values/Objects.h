@@ -13,7 +13,7 @@
 #include "Platform/Values/Hashing.h"
 #include "Platform/Values/PropertyListValue.h"
 
-namespace ValueObjects {
+namespace QRVPlatform::ValueObjects {
 
 using Kind = PropertyListValue::Kind;
 
@@ -59,4 +59,4 @@ struct ColorObject : Object {
     const NSColor color;
 };
 
-}  // namespace ValueObjects
+}  // namespace QRVPlatform::ValueObjects

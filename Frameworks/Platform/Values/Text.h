@@ -6,6 +6,8 @@
 
 #include "Platform/Values/PropertyListValue.h"
 
+namespace QRVPlatform {
+
 /// Scalars as text, the same in every locale.
 namespace ValueText {
 
@@ -18,3 +20,5 @@ std::string shortestReal(double value);
 std::string isoDate(NSDate date);
 
 }  // namespace ValueText
+
+}  // namespace QRVPlatform

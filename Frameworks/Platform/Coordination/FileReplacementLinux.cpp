@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#include "Platform/Coordination/WriteAccess.h"
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FilePaths.h"
+#include "Platform/Files/FileStatus.h"
+#include "Platform/Files/NewFile.h"
+#include "Platform/Presenters/FilePresenters.h"
+
+namespace QRVPlatform {
+
+namespace {
+
+/// What an earlier process has left there is removed.
+std::error_code createAnew(NewFile& file, const std::string& path, const struct stat* model) {
+    const std::error_code error = file.create(path, model);
+    if (error != std::errc::file_exists) return error;
+    unlink(path.c_str());
+    return file.create(path, model);
+}
+
+std::error_code writeNewFile(NewFile& file, const std::string& path, const struct stat* model,
+                             std::string_view bytes) {
+    if (const auto error = createAnew(file, path, model)) return error;
+    if (const auto error = file.write(bytes)) return error;
+    if (const auto error = file.date(model)) return error;
+    return file.finish();
+}
+
+std::error_code putInPlace(const std::string& newFile, const std::string& path) {
+    const WriteAccess* const access = WriteAccess::to(path);
+    return FilePresenters::replaceFor(
+        access != nullptr ? access->performer() : nullptr, newFile, [&] {
+            return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
+                                                              : FileFailures::lastError();
+        });
+}
+
+/// These rename a file away first that is open when it is replaced, so that for a moment there
+/// would be none.
+bool movesOpenFilesAway(const FileDescriptor& file) {
+    struct statfs system {};
+    if (fstatfs(file.number(), &system) != 0) return true;
+    return system.f_type == NFS_SUPER_MAGIC || system.f_type == AFS_SUPER_MAGIC ||
+           system.f_type == AFS_FS_MAGIC;
+}
+
+/// The rename would wait until the old file's space is free, which can take as long as all the
+/// rest, and readers with it: while the file is open its space stays. O_PATH needs no right to
+/// read, and closing it is no event.
+FileDescriptor openedToBeReplaced(const std::string& path) {
+    FileDescriptor file(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (file.isOpen() && movesOpenFilesAway(file)) file.close();
+    return file;
+}
+
+void finish(const std::string& path, FileDescriptor oldFile) {
+    if (WriteAccess* const access = WriteAccess::to(path))
+        access->noteReplacement(std::move(oldFile));
+    else
+        FilePaths::syncFolder(FilePaths::folderOf(path));
+}
+
+std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
+    struct stat old {};
+    const bool exists = lstat(path.c_str(), &old) == 0;
+    if (!exists && errno != ENOENT) return FileFailures::lastError();
+    if (const auto error = exists ? FileStatus::errorUnlessRegular(old) : std::error_code())
+        return error;
+    const std::string temporary = FilePaths::hiddenSiblingOf(path, FilePaths::temporarySuffix);
+    if (temporary.empty()) return make_error_code(std::errc::is_a_directory);
+    NewFile file;
+    if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
+        return error;
+    FileDescriptor oldFile = openedToBeReplaced(path);
+    if (const auto error = putInPlace(temporary, path)) return error;
+    file.keep();
+    finish(path, std::move(oldFile));
+    return {};
+}
+
+}  // namespace
+
+std::error_code replaceFile(const std::string& path, std::string_view bytes) {
+    auto [target, error] = FilePaths::resolved(path);
+    if (!error) error = replaceTarget(target, bytes);
+    return FileFailures::reported("replace file", path, error);
+}
+
+}  // namespace QRVPlatform

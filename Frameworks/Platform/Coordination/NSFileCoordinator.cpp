@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Files/NSFileCoordinator.h"
+
+#include "Platform/Coordination/FileLock.h"
+#include "Platform/Coordination/WriteAccess.h"
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FilePaths.h"
+#include "Platform/Presenters/FilePresenters.h"
+
+using namespace QRVPlatform;
+
+namespace {
+
+std::error_code lockForWriting(const std::string& path, FileLock& lock) {
+    const std::string lockPath = FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix);
+    if (lockPath.empty()) return make_error_code(std::errc::is_a_directory);
+    return FileLock::acquireExclusive(lockPath, lock);
+}
+
+}  // namespace
+
+// Without a lock file no writer is at work, and one that starts now replaces the file as a whole:
+// so reading without a lock is as good, there and wherever the lock cannot be had.
+std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string& url,
+                                                              ReadingOptions,
+                                                              const Accessor& accessor) {
+    const auto [path, error] = FilePaths::resolved(url);
+    if (error) return FileFailures::reported("coordinate reading", url, error);
+    const FileLock lock = FileLock::shared(FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix));
+    accessor(path);
+    return {};
+}
+
+// The access outlives the lock: the folder is synced when readers may read already. Whoever writes
+// then syncs the folder too, and a folder holds the latest name whoever syncs it, so the order of
+// the syncs does not matter.
+std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
+                                                              WritingOptions,
+                                                              const Accessor& accessor) {
+    auto [path, error] = FilePaths::resolved(url);
+    const WriteAccess access(performer_, path);
+    FileLock lock;
+    if (!error) error = lockForWriting(path, lock);
+    if (error) return FileFailures::reported("coordinate writing", url, error);
+    accessor(path);
+    return {};
+}
+
+void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {
+    FilePresenters::add(presenter);
+}
+
+void NSFileCoordinator::removeFilePresenter(NSFilePresenter& presenter) {
+    FilePresenters::remove(presenter);
+}
+
+NSFilePresenter::~NSFilePresenter() = default;

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/Descriptors/FileDescriptor.h"
+
+namespace QRVPlatform {
+
+bool FileDescriptor::close() noexcept {
+    if (!isOpen()) return true;
+    // An interrupted close has closed: to try again could hit another thread's new descriptor.
+    return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR;
+}
+
+}  // namespace QRVPlatform

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Presenters/PathWatch.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Files/FilePaths.h"
+#include "Platform/Presenters/PathSteps.h"
+
+namespace QRVPlatform {
+
+namespace {
+
+using Route = std::vector<PathWatch::Step>;
+
+struct Attempt {
+    Route route;
+    std::string filePath;
+    bool isComplete = true;   ///< every folder that counts is watched
+    bool isFleeting = false;  ///< a folder went away between finding and watching it
+};
+
+bool isGone(std::error_code error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+/// Who may pass through a folder but not read it may not watch it either. That is usual for folders
+/// far up and no reason to poll; for the last one it is.
+bool isTolerable(std::error_code error, bool isLast) {
+    return !isLast && error == std::errc::permission_denied;
+}
+
+Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
+    using Interest = FolderWatch::Interest;
+    Attempt attempt;
+    const std::vector<PathStep> steps = stepsToFile(path);
+    for (const PathStep& step : steps) {
+        const auto [number, error] =
+            folders.add(step.folder, step.isFile ? Interest::NamesAndContents : Interest::Names);
+        if (isGone(error)) attempt.isFleeting = true;
+        if (error && !isTolerable(error, &step == &steps.back())) attempt.isComplete = false;
+        attempt.route.push_back({number, step.name, step.isFile});
+        if (step.isFile) attempt.filePath = step.folder + "/" + step.name;
+    }
+    return attempt;
+}
+
+/// The names beside the file that come and go with every save.
+bool isOfSaving(std::string_view name, std::string_view fileName) {
+    if (!name.starts_with('.') || !name.substr(1).starts_with(fileName)) return false;
+    const std::string_view suffix = name.substr(1 + fileName.size());
+    return suffix == FilePaths::temporarySuffix || suffix == FilePaths::lockSuffix;
+}
+
+void releaseRoute(const Route& route, FolderWatch& folders) {
+    for (const auto& step : route) folders.release(step.watch);
+}
+
+}  // namespace
+
+PathWatch::PathWatch(std::string absolutePath) : path_(std::move(absolutePath)) {}
+
+// A folder may be exchanged between finding and watching it. But a route that is found a second
+// time was watched all the while it was found, so that a change since then has made an event.
+bool PathWatch::arm(FolderWatch& folders) {
+    constexpr int mostAttempts = 100;
+    for (int attempts = 0; attempts < mostAttempts; ++attempts) {
+        Attempt attempt = watchedRoute(path_, folders);
+        const bool isStable = !attempt.isFleeting && attempt.route == route_;
+        releaseRoute(std::exchange(route_, std::move(attempt.route)), folders);
+        filePath_ = std::move(attempt.filePath);
+        if (isStable) return attempt.isComplete;
+    }
+    return false;
+}
+
+void PathWatch::release(FolderWatch& folders) {
+    releaseRoute(std::exchange(route_, {}), folders);
+}
+
+PathWatch::Meaning PathWatch::meaningTo(const Step& step, const FolderWatch::Event& event) const {
+    if (step.watch != event.watch) return Meaning::Nothing;
+    if (event.kind == FolderWatch::Kind::FolderLost) return Meaning::Route;
+    if (step.name == event.name) return step.isFile ? Meaning::File : Meaning::Route;
+    const bool isNeighbour = step.isFile && !isOfSaving(event.name, step.name);
+    return isNeighbour ? Meaning::Neighbour : Meaning::Nothing;
+}
+
+PathWatch::Meaning PathWatch::meaningOf(const FolderWatch::Event& event) const {
+    Meaning meaning = Meaning::Nothing;
+    for (const Step& step : route_) meaning = std::max(meaning, meaningTo(step, event));
+    return meaning;
+}
+
+bool PathWatch::fileHasBecomeALink() const {
+    return !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
+}
+
+}  // namespace QRVPlatform

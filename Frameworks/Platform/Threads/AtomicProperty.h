@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <utility>
+
+#include "Platform/Threads/ShortLock.h"
+
+namespace QRVPlatform {
+
+/// A property that any thread may read and replace: a reader gets the value before or after a
+/// replacement, whole.
+template <typename Value>
+class AtomicProperty {
+  public:
+    AtomicProperty() = default;
+    explicit AtomicProperty(Value value) : value_(std::move(value)) {}
+
+    [[nodiscard]] Value load() const {
+        const LockGuard guard(lock_);
+        return value_;
+    }
+    /// What `look(value)` returns; a replacement waits for it.
+    template <typename Look>
+    auto read(Look&& look) const {
+        const LockGuard guard(lock_);
+        return look(value_);
+    }
+    /// The old value is destroyed after the lock is let go.
+    void store(Value value) {
+        const LockGuard guard(lock_);
+        std::swap(value_, value);
+    }
+
+  private:
+    mutable ShortLock lock_;
+    Value value_ QRV_GUARDED_BY(lock_){};
+};
+
+}  // namespace QRVPlatform

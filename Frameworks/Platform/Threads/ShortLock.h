@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <atomic>
+
+#include "Platform/Threads/ThreadSafety.h"
+
+namespace QRVPlatform {
+
+/// A lock for the few instructions of a look-up or a change. One byte, because there is one for
+/// every dictionary of a tree, and one locked instruction, because there is one for every read. A
+/// thread that has to wait lets others run, and sleeps when that does not help.
+class QRV_LOCK ShortLock {
+  public:
+    void lock() noexcept QRV_ACQUIRES() {
+        while (isTaken_.exchange(true, std::memory_order_acquire)) waitUntilFree();
+    }
+    void unlock() noexcept QRV_RELEASES() { isTaken_.store(false, std::memory_order_release); }
+
+  private:
+    void waitUntilFree() const noexcept;
+    std::atomic<bool> isTaken_{false};
+};
+
+}  // namespace QRVPlatform
