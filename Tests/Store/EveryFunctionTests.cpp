@@ -258,7 +258,7 @@ Actions ofAnyThreadForThePlatform() {
          }},
         {{"NSFileCoordinator::coordinateReadingItemAtURL",
           "NSFileCoordinator::coordinateWritingItemAtURL", "QRVPlatform::replaceFile",
-          "QRVPlatform::contentsOfFile"},
+          "QRVPlatform::resolvedPath", "QRVPlatform::filesBeside", "QRVPlatform::contentsOfFile"},
          [] {
              NSFileCoordinator().coordinateWritingItemAtURL(
                  QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
@@ -269,7 +269,10 @@ Actions ofAnyThreadForThePlatform() {
                  });
              NSFileCoordinator().coordinateReadingItemAtURL(
                  QRVSettingsLocation(), NSFileCoordinator::ReadingOptions::None,
-                 [](const std::string& path) { use(contentsOfFile(path, 1U << 20U)); });
+                 [](const std::string& path) {
+                     use(contentsOfFile(filesBeside(resolvedPath(path).path).lock, 1U << 20U));
+                     use(contentsOfFile(path, 1U << 20U));
+                 });
          }},
         {{"QRVPlatform::attributesOfItemAtPath", "QRVPlatform::settledAttributesOfItemAtPath",
           "QRVPlatform::identityOfFileAtPath", "QRVPlatform::fileExistsAtPath",

@@ -76,7 +76,7 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     if (!exists && errno != ENOENT) return FileFailures::lastError();
     if (const auto error = exists ? FileStatus::errorUnlessRegular(old) : std::error_code())
         return error;
-    const std::string temporary = FilePaths::hiddenSiblingOf(path, FilePaths::temporarySuffix);
+    const std::string temporary = filesBeside(path).temporary;
     if (temporary.empty()) return make_error_code(std::errc::is_a_directory);
     NewFile file;
     if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
@@ -91,7 +91,7 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
 }  // namespace
 
 std::error_code replaceFile(const std::string& path, std::string_view bytes) {
-    auto [target, error] = FilePaths::resolved(path);
+    auto [target, error] = resolvedPath(path);
     if (!error) error = replaceTarget(target, bytes);
     return FileFailures::reported("replace file", path, error);
 }

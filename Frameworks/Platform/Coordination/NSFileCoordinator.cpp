@@ -5,6 +5,7 @@
 #include "Platform/Coordination/WriteAccess.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/Files.h"
 #include "Platform/Presenters/FilePresenters.h"
 
 using namespace QRVPlatform;
@@ -12,7 +13,7 @@ using namespace QRVPlatform;
 namespace {
 
 std::error_code lockForWriting(const std::string& path, FileLock& lock) {
-    const std::string lockPath = FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix);
+    const std::string lockPath = filesBeside(path).lock;
     if (lockPath.empty()) return make_error_code(std::errc::is_a_directory);
     return FileLock::acquireExclusive(lockPath, lock);
 }
@@ -24,9 +25,9 @@ std::error_code lockForWriting(const std::string& path, FileLock& lock) {
 std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string& url,
                                                               ReadingOptions,
                                                               const Accessor& accessor) {
-    const auto [path, error] = FilePaths::resolved(url);
+    const auto [path, error] = resolvedPath(url);
     if (error) return FileFailures::reported("coordinate reading", url, error);
-    const FileLock lock = FileLock::shared(FilePaths::hiddenSiblingOf(path, FilePaths::lockSuffix));
+    const FileLock lock = FileLock::shared(filesBeside(path).lock);
     accessor(path);
     return {};
 }
@@ -37,7 +38,7 @@ std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string&
 std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
                                                               WritingOptions,
                                                               const Accessor& accessor) {
-    auto [path, error] = FilePaths::resolved(url);
+    auto [path, error] = resolvedPath(url);
     const WriteAccess access(performer_, path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Files/FilePaths.h"
 
+#include "Platform/Files/Files.h"
+
 namespace QRVPlatform {
 
 std::string FilePaths::folderOf(const std::string& path) {
@@ -14,10 +16,12 @@ std::string FilePaths::siblingOf(const std::string& path, std::string_view name)
     return path.substr(0, path.rfind('/') + 1).append(name);
 }
 
-std::string FilePaths::hiddenSiblingOf(const std::string& path, std::string_view suffix) {
-    const std::string name = path.substr(path.rfind('/') + 1);
-    if (name.empty() || name == "." || name == "..") return {};
-    return siblingOf(path, "." + name).append(suffix);
+FilesBeside filesBeside(const std::string& resolvedPath) {
+    const std::string name = resolvedPath.substr(resolvedPath.rfind('/') + 1);
+    const bool namesAFile = !name.empty() && name != "." && name != "..";
+    const std::string hidden = FilePaths::siblingOf(resolvedPath, "." + name);
+    return {namesAFile ? hidden + ".lock" : "", namesAFile ? hidden + ".tmp" : "",
+            resolvedPath + ".damaged-"};
 }
 
 }  // namespace QRVPlatform

@@ -10,6 +10,7 @@
 #include "Platform/Descriptors/FileDescriptor.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/Files.h"
 
 namespace QRVPlatform {
 
@@ -37,14 +38,14 @@ bool FilePaths::isFolder(const std::string& path) {
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-FilePaths::Resolution FilePaths::resolved(std::string path) {
+ResolvedPath resolvedPath(std::string path) {
     constexpr int mostLinks = 40;
     for (int links = 0;; ++links) {
-        const std::optional<std::string> target = linkTarget(path);
+        const std::optional<std::string> target = FilePaths::linkTarget(path);
         if (!target) return {std::move(path), {}};
         if (links == mostLinks)
             return {{}, make_error_code(std::errc::too_many_symbolic_link_levels)};
-        path = target->starts_with('/') ? *target : siblingOf(path, *target);
+        path = target->starts_with('/') ? *target : FilePaths::siblingOf(path, *target);
     }
 }
 

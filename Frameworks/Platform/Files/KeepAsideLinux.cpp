@@ -52,8 +52,9 @@ KeptFile keepTarget(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return {{}, FileFailures::lastError()};
     if (const auto error = FileStatus::errorUnlessRegular(status)) return {{}, error};
+    const std::string backupStart = filesBeside(path).backupStart;
     for (unsigned long number = 1;; ++number) {
-        const std::string newPath = path + ".damaged-" + std::to_string(number);
+        const std::string newPath = backupStart + std::to_string(number);
         const std::error_code error = linkOrCopy(path, newPath);
         if (error == std::errc::file_exists) continue;
         if (error) return {{}, error};
@@ -65,7 +66,7 @@ KeptFile keepTarget(const std::string& path) {
 }  // namespace
 
 KeptFile keepAside(const std::string& path) {
-    const auto [target, error] = FilePaths::resolved(path);
+    const auto [target, error] = resolvedPath(path);
     KeptFile kept = error ? KeptFile{{}, error} : keepTarget(target);
     FileFailures::reported("keep damaged file", path, kept.error);
     return kept;

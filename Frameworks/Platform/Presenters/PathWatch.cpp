@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/Files.h"
 #include "Platform/Presenters/PathSteps.h"
 
 namespace QRVPlatform {
@@ -48,9 +49,8 @@ Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
 
 /// The names beside the file that come and go with every save.
 bool isOfSaving(std::string_view name, std::string_view fileName) {
-    if (!name.starts_with('.') || !name.substr(1).starts_with(fileName)) return false;
-    const std::string_view suffix = name.substr(1 + fileName.size());
-    return suffix == FilePaths::temporarySuffix || suffix == FilePaths::lockSuffix;
+    const FilesBeside beside = filesBeside(std::string(fileName));
+    return name == beside.temporary || name == beside.lock;
 }
 
 void releaseRoute(const Route& route, FolderWatch& folders) {

@@ -31,6 +31,24 @@ QRV_EXPORT std::string userLibraryFolder();
 /// nowhere and where the folders above may not be searched.
 QRV_EXPORT bool fileExistsAtPath(const std::string& path);
 
+/// A path with the symbolic links of its last component followed.
+struct ResolvedPath {
+    std::string path;       ///< empty on error
+    std::error_code error;  ///< std::errc::too_many_symbolic_link_levels after 40 links
+};
+/// The target need not exist. A link that cannot be read counts as a file.
+QRV_EXPORT ResolvedPath resolvedPath(std::string path);
+
+/// What coordination, replacement and backups name beside a file, in its folder.
+struct FilesBeside {
+    std::string lock;         ///< the lock file of its writers; never deleted
+    std::string temporary;    ///< the new contents while they are written
+    std::string backupStart;  ///< a backup of a damaged file: this and a number from 1
+};
+/// `resolvedPath` is the path of the file itself, not of a link to it. `lock` and `temporary` are
+/// empty when it ends in no file name.
+QRV_EXPORT FilesBeside filesBeside(const std::string& resolvedPath);
+
 struct FileAttributes {
     std::uint64_t size;  ///< bytes
     NSDate modificationDate;
