@@ -183,8 +183,10 @@ Actions ofTheHost() {
              sharedDictionary().removeObjectForKey("A");
          }},
         {{"NSMutableArray::addObject", "NSMutableArray::addObjectsFromArray",
-          "NSMutableArray::removeObject", "NSMutableArray::removeAllObjects"},
+          "NSMutableArray::removeObject", "NSMutableArray::removeAllObjects",
+          "NSMutableArray::setArray"},
          [] {
+             sharedArray().setArray(NSArray{1, 2});
              sharedArray().removeAllObjects();
              sharedArray().addObjectsFromArray({1, "two"});
              sharedArray().addObject(3.5);

@@ -223,3 +223,14 @@ TEST(Containers, ManyEntriesAreFoundAndRemoved) {
         EXPECT_EQ(found, number % 2 == 0 ? PropertyListValue() : PropertyListValue(number));
     }
 }
+TEST(MutableArray, TakesTheElementsOfAnotherArrayInOneStep) {
+    const NSMutableArray array{1, 2, 3};
+    const NSMutableArray values{"a", "b"};
+    array.setArray(values);
+    values.addObject("c");
+    array.addObject(4);
+    EXPECT_EQ(array, (NSArray{"a", "b", 4}));
+    EXPECT_EQ(values, (NSArray{"a", "b", "c"}));
+    array.setArray(nullptr);
+    EXPECT_EQ(array.count(), 0U);
+}

@@ -173,6 +173,12 @@ void NSMutableArray::removeAllObjects() const {
     if (!isNull()) mutableContainer(object_).setContents(emptyContents<ArrayContents>());
 }
 
+void NSMutableArray::setArray(const NSArray& values) const {
+    if (isNull()) return;
+    if (values.isNull()) return removeAllObjects();
+    mutableContainer(object_).setContents(contentsOf(values.mutableCopy().object_));
+}
+
 NSDictionary::NSDictionary()
     : object_(immutableObject<DictionaryObject>(emptyContents<DictionaryContents>())) {}
 

@@ -215,6 +215,8 @@ class QRV_EXPORT NSMutableArray : public NSArray {
     /// Removes every element equal to `value`.
     void removeObject(const PropertyListValue& value) const;
     void removeAllObjects() const;
+    /// Replaces all elements by those of `values` (none when it is null) in one step.
+    void setArray(const NSArray& values) const;
 
   private:
     friend class NSArray;
