@@ -21,7 +21,7 @@ from pathlib import Path
 import table
 
 SIZES = (100, 1000, 10000)
-# The participants in the order in which they take turns; a program that was not built stays out.
+# The participants in the order of their turns. A program that was not built is skipped.
 PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "libplist",
                 "gnustep")
 PROGRAM_OF = {"dconf": "gsettings"}
@@ -29,12 +29,12 @@ LOST_IN_A_ROW = 5
 
 
 def time_of(name):
-    """What a row waits for counts where it waits; elsewhere other programs must not count."""
+    """The clock of a row: elapsed time if the row waits, otherwise processor time."""
     return "real_time" if name.endswith(("/manual_time", "/real_time")) else "cpu_time"
 
 
 class Effort:
-    """How often things are done."""
+    """Numbers of repetitions."""
 
     def __init__(self, is_once):
         self.sizes = SIZES[:1] if is_once else SIZES
@@ -60,7 +60,7 @@ class Figures:
 
 
 class Bus:
-    """A message bus of our own, which starts the service that writes below one folder."""
+    """A private message bus, which starts the service that writes below one folder."""
 
     def __init__(self, environment):
         self.process = subprocess.Popen(
@@ -103,7 +103,7 @@ class Bench:
         return folder
 
     def environment(self, participant, folder, locale="C.UTF-8"):
-        """What a participant runs with; nothing of the user's own session."""
+        """The environment of a participant, without the user's session."""
         environment = {"PATH": os.environ["PATH"], "HOME": str(folder), "LC_ALL": locale,
                        "XDG_CONFIG_HOME": str(folder), "XDG_RUNTIME_DIR": str(folder / "runtime")}
         if participant == "dconf":
@@ -132,7 +132,7 @@ class Bench:
         return folder
 
     def make_files(self):
-        """The same settings as files in both formats: what property lists are read from."""
+        """The same settings as property-list files in both formats."""
         for size in (0, *self.effort.sizes):
             files = self.folder / f"files-{size}"
             files.mkdir()
@@ -199,7 +199,7 @@ class Bench:
         return elapsed
 
     def measure_processes(self, row, size, commands):
-        """`commands`: what to run and its environment, by participant."""
+        """`commands`: command and environment for each participant."""
         for _ in range(self.effort.processes):
             for participant, (command, environment) in commands.items():
                 self.figures.add(row, size, participant, self.time_process(command, environment))
@@ -274,7 +274,7 @@ class Bench:
 
 
 class Pair:
-    """Two processes, one that changes a setting and one that is told of it."""
+    """Two processes: one changes a setting, the other one is notified."""
 
     def __init__(self, program, folder, environment):
         self.lost = self.lost_in_a_row = 0
@@ -293,7 +293,7 @@ class Pair:
         return self.lost_in_a_row >= LOST_IN_A_ROW
 
     def change(self):
-        """Nanoseconds until the listener was told, or nothing when that took seconds."""
+        """Nanoseconds until the notification, or None if it took seconds."""
         while select.select([self.listener.stdout], [], [], 0)[0]:
             os.read(self.listener.stdout.fileno(), 4096)
         self.writer.stdin.write(b"\n")
@@ -320,7 +320,7 @@ def main():
     parser.add_argument("--once", action="store_true", help="only see that everything runs")
     parser.add_argument("--json", metavar="FILE", help="write all samples there")
     arguments = parser.parse_args()
-    # Beside the programs, which are on a disk where a temporary folder may be in memory.
+    # Beside the programs, which are on a disk; a temporary folder may be in memory.
     folder = Path(tempfile.mkdtemp(prefix="run-", dir=Path(arguments.programs).resolve().parent))
     bench = Bench(Path(arguments.programs).resolve(), arguments.tool, Effort(arguments.once), folder)
     try:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The rows of the benchmark: what is compared, what is demanded, and how it is shown."""
+"""The rows of the benchmark: what each compares, its target, and its format."""
 
 import statistics
 from dataclasses import dataclass, field
@@ -15,8 +15,8 @@ class Row:
     sizes: tuple = (100, 10000)
     # The row of the limit, when it has another name; "" for none.
     limit: str = None
-    # What is demanded: (text, check) by size, or under None for all sizes. A check gets the
-    # `Cells` of the row and answers yes, no, or None for what was not measured.
+    # The targets: (text, check) by size, or under None for all sizes. A check gets the `Cells` of
+    # the row and returns yes, no, or None if a part was not measured.
     demands: dict = field(default_factory=dict)
     unit: str = "time"
     percentile: float = 50

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the fuzzers share: the end of a run that broke a promise, an input taken apart, trees made
-// of it, and what trees are compared with.
+// Shared by the fuzzers: ending a run that breaks an invariant, decoding an input, building trees
+// of it, and a model to compare trees with.
 
 #include <algorithm>
 #include <array>
@@ -22,12 +22,12 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVLogger/DDLog.h"
 
-/// What the fuzzing engine, or the main function that takes its place, calls for each input.
+/// Called for each input by the fuzzing engine, or by the main function that replaces it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace Fuzzing {
 
-/// Ends the program, which makes the input a finding, unless the promise is kept.
+/// Ends the program unless the invariant holds; the input then is a finding.
 template <typename... Details>
 void require(bool isKept, std::string_view promise, const Details&... details) {
     if (isKept) return;
@@ -36,7 +36,7 @@ void require(bool isKept, std::string_view promise, const Details&... details) {
     std::abort();
 }
 
-/// Messages of the store are nothing that a fuzzer looks at, and would be many.
+/// Discards log messages: a fuzzer does not check them, and there would be many.
 inline void silenceLogs() {
     static const bool once = [] {
         setNSLogSink([](const std::string&) {});
@@ -50,7 +50,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Takes numbers and texts from the front of an input; zeros when it is used up.
+/// Takes numbers and texts from the front of an input; zeros at its end.
 class Input {
   public:
     explicit Input(std::string_view bytes) : bytes_(bytes) {}
@@ -70,7 +70,7 @@ class Input {
         for (int index = 0; index < 8; ++index) value = value << 8U | byte();
         return value;
     }
-    /// So many bytes as the next byte says, or what is left.
+    /// As many bytes as the next byte says, or the rest of the input.
     std::string_view text() {
         const std::string_view taken = bytes_.substr(byte() % 32 % (bytes_.size() + 1));
         const std::string_view text = bytes_.substr(0, bytes_.size() - taken.size());
@@ -83,7 +83,7 @@ class Input {
     std::string_view bytes_;
 };
 
-/// Trees made of an input. Texts are UTF-8 but for one, "\xFF".
+/// Builds trees of an input. All texts are UTF-8 except one, "\xFF".
 class TreeDecoder {
   public:
     enum class Sharing { None, OfEarlierParts };
@@ -188,7 +188,7 @@ class TreeDecoder {
                                    0.5};
         return reals[input_.number(reals.size())];
     }
-    /// What no property list can hold.
+    /// A value that no property list can represent.
     PropertyListValue ofMemoryOnly() {
         switch (input_.number(4)) {
             case 0:
@@ -229,7 +229,7 @@ class TreeDecoder {
     std::size_t values_ = 0;
 };
 
-/// Another way to say what `==` promises: numbers as what holds all of them exactly.
+/// A second implementation of `==`: it converts numbers to a type that holds all of them exactly.
 bool isEqualByModel(const PropertyListValue& left, const PropertyListValue& right);
 
 inline bool areNumbersEqualByModel(const PropertyListValue& left, const PropertyListValue& right) {
@@ -283,8 +283,8 @@ inline bool isSameDate(NSDate left, NSDate right) {
     return isNoDate ? std::isnan(right.timeIntervalSinceReferenceDate()) : left == right;
 }
 
-/// Equal and of the same kinds throughout: 1 and 1.0 differ, 0.0 and -0.0 differ, NaN is NaN. With
-/// `dateOf`, dates are compared by what that makes of them.
+/// Whether two trees are equal and have the same types: 1 and 1.0 differ, 0.0 and -0.0 differ, NaN
+/// equals NaN. Dates are compared after `dateOf`, if there is one.
 template <typename DateOf>
 bool isSameTree(const PropertyListValue& left, const PropertyListValue& right, DateOf dateOf) {
     if (left.kind() != right.kind()) return false;
@@ -313,8 +313,8 @@ inline bool isSameTree(const PropertyListValue& left, const PropertyListValue& r
     return isSameTree(left, right, [](NSDate date) { return date; });
 }
 
-/// Whether so few bytes of text and data, and so few values, are in the tree that writing it is a
-/// matter of milliseconds; a few references in a binary file can stand for 64 MiB.
+/// Whether the tree is small enough to be written in milliseconds, counted in bytes of text and
+/// data and in values. A few references in a binary file can stand for 64 MiB.
 inline bool isQuicklyWritten(const PropertyListValue& tree, std::size_t& room) {
     constexpr std::size_t bytesOfElement = 16;
     const NSData data = tree.data();
@@ -333,7 +333,7 @@ inline bool isQuicklyWritten(const PropertyListValue& tree) {
     return isQuicklyWritten(tree, room);
 }
 
-/// As an XML property list keeps a date.
+/// A date as an XML property list stores it.
 inline NSDate wholeSecond(NSDate date) {
     return NSDate(std::floor(date.timeIntervalSinceReferenceDate()));
 }

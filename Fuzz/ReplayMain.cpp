@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Takes the place of the fuzzing engine: runs the inputs of the folders, or the single files, that
-// it is called with. The first of them has to be there, and no folder may be empty.
+// Replaces the fuzzing engine: runs the inputs in its arguments, which are folders or files. The
+// first argument must exist, and no folder may be empty.
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,7 +24,7 @@ std::vector<std::filesystem::path> inputsOf(const std::filesystem::path& place) 
     return inputs;
 }
 
-/// The name goes first, so that the last one printed is that of an input that ends the program.
+/// The name is printed first, so that the last name printed is that of a crashing input.
 bool replay(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});

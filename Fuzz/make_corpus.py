@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""Writes the inputs of Fuzz/corpus/ that are made on purpose: one of each form, and hostile ones.
+"""Writes the inputs of Fuzz/corpus/ that are not from fuzzing: one of each form, and hostile ones.
 
     python3 Fuzz/make_corpus.py
 
-Inputs named found-* come from fuzzing and are left alone. What is written is the same each time.
+Inputs named found-* come from fuzzing and are not changed. Every run writes the same files.
 """
 
 import plistlib
@@ -21,7 +21,7 @@ def big_endian(number, size):
 
 def binary(objects, top=0, offset_size=2, reference_size=1, count=None, table=None, offsets=None,
            unused=bytes(6), signature=SIGNATURE):
-    """A file in the binary format out of its objects; each part can be wrong."""
+    """A file in the binary format with these objects; each part can be made wrong."""
     body, places = signature, []
     for encoded in objects:
         places.append(len(body))
@@ -35,7 +35,7 @@ def binary(objects, top=0, offset_size=2, reference_size=1, count=None, table=No
 
 
 def sized(marker, count, contents, width=None):
-    """The marker, the count within it or behind it, and what it counts."""
+    """The marker, the count in it or after it, and the contents."""
     if width is None and count < 15:
         return bytes([marker << 4 | count]) + contents
     width = 0 if width is None else width
@@ -290,7 +290,7 @@ def old_style_lists():
     yield "white-space", b" \n\t"
 
 
-# What TreeDecoder of Fuzzing.h makes trees of. A value is a byte for its form and what belongs to it.
+# The input of TreeDecoder in Fuzzing.h. A value is a byte for its form, followed by its contents.
 KEYS = ["A", "B", "C", "D", "", ".", "A.B", "B.", ".A", "\u00e9", "\0", "a key that is longer"]
 TRUE, FALSE = bytes([6, 0, 1]), bytes([6, 0, 0])
 

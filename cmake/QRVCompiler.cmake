@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# How every target of this project is compiled: `qrv_compile(target)`.
+# Compiler options of every target: `qrv_compile(target)`.
 
 if(QRV_DEVELOPER)
   set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
@@ -36,15 +36,15 @@ function(qrv_compile target)
   target_link_options(${target} PRIVATE ${flags})
 endfunction()
 
-# What fuzzers are to find their way into.
+# Instruments a target so that fuzzers can see which code an input reaches.
 function(qrv_instrument target)
   if(QRV_FUZZERS)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
 endfunction()
 
-# What is shipped is also protected against what hostile input could do with a fault of ours. Sanitizers
-# look for the faults themselves, and do not go together with all of it.
+# Hardens what is shipped, in case hostile input meets a fault. Sanitizers find the faults themselves, and
+# do not work with all of these options.
 function(qrv_harden target)
   if(QRV_SANITIZER)
     return()

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
-# What `cmake --install` puts where, in three components: Library (what hosts run with), Development (what
-# they are built with) and Tool. Nothing installed names the folder it was installed to, so that the whole
-# may be moved.
+# Install rules, in three components: Library (to run hosts), Development (to build hosts) and Tool. No
+# installed file contains the install prefix, so that the installation can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -40,7 +39,7 @@ if(TARGET qrvsettings)
       DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT Tool)
   endforeach()
 
-  # Each shell looks for its completions in a place of its own.
+  # Each shell looks for completions in its own folder.
   set(QRV_COMPLETIONS "${PROJECT_BINARY_DIR}/completions")
   add_custom_command(OUTPUT "${QRV_COMPLETIONS}/bash" "${QRV_COMPLETIONS}/zsh" "${QRV_COMPLETIONS}/fish"
     COMMAND "${CMAKE_COMMAND}" -E make_directory "${QRV_COMPLETIONS}"

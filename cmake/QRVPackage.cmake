@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Debian packages of what is installed: `cpack -G DEB` in the build folder makes libqrvsettings7,
-# libqrvsettings-dev and qrvsettings.
+# Debian packages: `cpack -G DEB` in the build folder builds libqrvsettings7, libqrvsettings-dev and
+# qrvsettings.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qrvsettings)
 set(CPACK_PACKAGE_CONTACT "The QRVSettings developers <qrvsettings@localhost>")
@@ -21,7 +21,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "${library}")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION}, shared library")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
-# Loaded when it is first needed, and so not seen among what the library is linked to.
+# ICU is loaded at run time, so that shlibdeps does not find it.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 string(REGEX MATCH "^[0-9]+" icu_major "${ICU_VERSION}")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libicu${icu_major}")

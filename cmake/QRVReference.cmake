@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
-# The reference of the public headers: `cmake --build FOLDER --target reference` makes
-# FOLDER/Reference/html/index.html. A comment that Doxygen does not understand is an error.
+# The reference of the public headers: `cmake --build FOLDER --target reference` generates
+# FOLDER/Reference/html/index.html. A Doxygen warning is an error.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
-  message(STATUS "No reference of the headers: there is no Doxygen")
+  message(STATUS "No reference of the headers: Doxygen was not found")
   return()
 endif()
 

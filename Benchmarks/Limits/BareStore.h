@@ -13,8 +13,8 @@
 
 #include "Workload/Participant.h"
 
-/// What no store can do without: a map to read, a map to change and a thread to wake, a file to
-/// replace. A save writes the bytes of `FOLDER/files/XMLReading`.
+/// The bare work that every store has to do: reading a map, changing a map and waking a thread,
+/// replacing a file. A save writes the bytes of `FOLDER/files/XMLReading`.
 class BareStore {
   public:
     using Handle = std::string;

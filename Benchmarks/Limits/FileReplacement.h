@@ -5,8 +5,8 @@
 #include <functional>
 #include <string_view>
 
-/// Writes a new file beside `path`, syncs it, renames it into place and syncs the folder. Ends the
-/// program when that fails.
+/// Writes a new file beside `path`, syncs it, renames it to `path` and syncs the folder. Ends the
+/// program on failure.
 void replaceFileBarely(const std::filesystem::path& path, std::string_view bytes);
 
 /// Calls `changed` each time a file has been renamed into the folder; does not return.

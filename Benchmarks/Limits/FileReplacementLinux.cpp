@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Replaces a file and watches its folder, with the bare system calls.
 #include "Limits/FileReplacement.h"
 
 #include <fcntl.h>
@@ -12,7 +13,7 @@
 
 namespace {
 
-/// Passes a result on that is not an error.
+/// Returns the result of a system call; ends the program when it is an error.
 auto checked(auto result, const char* what) {
     if (result >= 0) return result;
     std::cerr << what << " failed\n";

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The lower bound of "set to onChange": a bare file replacement and a bare watch.
 #include "Limits/FileReplacement.h"
 #include "Measures/Propagation.h"
 #include "Workload/FileContents.h"

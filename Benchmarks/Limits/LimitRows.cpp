@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The lower bounds inside one process.
 #include <benchmark/benchmark.h>
 
 #include "Limits/BareStore.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Loads the libraries that the tool ends up with, and does nothing.
+// Loads the libraries of the tool, and does nothing.
 
 #include <cstdlib>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Asks ICU for the time pattern of the locale.
 #include <unicode/udat.h>
 
 #include <array>

@@ -3,12 +3,12 @@
 
 /// A whole process that opens a store and reads it.
 ///
-///     PROGRAM prepare FOLDER SIZE   makes a store of so many settings, and FOLDER/keys
+///     PROGRAM prepare FOLDER SIZE   creates a store of SIZE settings, and FOLDER/keys
 ///     PROGRAM read FOLDER           reads every boolean and integer once
 ///     PROGRAM load FOLDER           reads one integer only
 ///
-/// The last two print the sum of what they read, and with a third argument, `memory`, the most
-/// memory that the process ever had resident, in bytes.
+/// The last two print the sum of the values. With a third argument, `memory`, they also print the
+/// peak resident memory of the process in bytes.
 
 #include <cstddef>
 #include <cstdint>

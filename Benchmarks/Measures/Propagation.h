@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// A change in one process that another one is told of, as two programs that a third party joins.
+/// A change in one process, and its notification in another: two programs that a third one starts.
 ///
-///     PROGRAM listen FOLDER   prints "ready", then the time of each change it is told of
+///     PROGRAM listen FOLDER   prints "ready", then the time of each notification
 ///     PROGRAM write FOLDER    prints "ready", then for each line read prints the time and changes
 ///                             the setting
 ///
@@ -45,8 +45,7 @@ inline std::string changingKeyPath(const std::filesystem::path& folder) {
     std::exit(EXIT_FAILURE);
 }
 
-/// `change` gets another number each time; `afterwards` is what the host does when it is told that
-/// there is time.
+/// `change` receives another number each time. `afterwards` does what a host does when it has time.
 inline void changeOnRequest(const std::function<void(std::int64_t)>& change,
                             const std::function<void()>& afterwards) {
     printReady();

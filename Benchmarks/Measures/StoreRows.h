@@ -20,10 +20,10 @@
 namespace Measures {
 
 constexpr std::size_t writesInABurst = 24;
-/// Of rows that wait for a disk or another thread: of these the median says more than the mean.
+/// For rows that wait for a disk or another thread; their median says more than their mean.
 constexpr int samplesOfARow = 10;
 
-/// A store of `size` generated settings, and what its host keeps at hand for each of them.
+/// A store of `size` generated settings, and the handles of a host for each of them.
 template <Workload::Participant Store>
 struct StoreOfSize {
     using Handle = typename Store::Handle;
@@ -53,7 +53,7 @@ struct StoreOfSize {
     std::vector<Handle> all, booleans, integers;
 };
 
-/// Times one call of `read` for one handle after the other, round and round.
+/// Times calls of `read`, with all handles in turn, repeatedly.
 template <typename Handle, typename Read>
 void readRoundAndRound(benchmark::State& state, std::span<const Handle> handles, const Read& read) {
     for (const Handle& handle : handles) read(handle);
@@ -159,8 +159,8 @@ void registerDefaultRows(StoreOfSize<Store>& of, Store& empty) {
         });
 }
 
-/// The folder and the size that a program was given: `PROGRAM FOLDER SIZE [options]`. What is left
-/// in the arguments is for the benchmark library.
+/// The first two arguments of a program: `PROGRAM FOLDER SIZE [options]`. The other arguments are
+/// for the benchmark library.
 struct RowArguments {
     std::filesystem::path folder;
     std::size_t size = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// `PROGRAM FOLDER SIZE` prints how often memory is allocated while every boolean is read once from
-// the cache.
+// Counts memory allocations: `PROGRAM FOLDER SIZE` prints their number while every boolean is read
+// once from the cache.
 
 #include <cstdlib>
 #include <iostream>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A process that opens this store and reads it.
 #include "Measures/OpenAndRead.h"
 #include "Own/OwnStore.h"
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A change of this store in one process, and its handler in another.
 #include "Measures/Propagation.h"
 #include "Own/OwnStore.h"
 #include "Platform/Dispatch/Dispatch.h"

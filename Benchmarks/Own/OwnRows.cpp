@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The rows of this project's store: those that every store has, and its own.
+// The rows of this project's store: those of every store, and those that only this store has.
 
 #include <benchmark/benchmark.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 using Fixture = Measures::StoreOfSize<OwnStore>;
 
-/// As it lies in memory after it was read from a file; shares nothing with another reading.
+/// A tree as it is in memory after it was read from a file; shares nothing with another reading.
 NSDictionary readApart(const NSDictionary& tree) {
     const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
     return NSPropertyListSerialization::propertyListWithData(written.bytes).value.dictionary();
@@ -89,7 +89,7 @@ void registerHalves(const Fixture& of, const std::filesystem::path& folder) {
         });
 }
 
-/// As the burst of every store, but each burst is the first one after the file was read.
+/// Like the burst of every store, but each burst is the first one after the file was read.
 void registerFirstBurst(const Fixture& of, const std::filesystem::path& folder) {
     const auto burst = std::span<const std::string>(of.integers)
                            .first(std::min(Measures::writesInABurst, of.integers.size()));

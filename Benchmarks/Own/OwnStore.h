@@ -11,17 +11,17 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Workload/Participant.h"
 
-/// The settings as the tree that the file holds.
+/// The settings as the tree in the file.
 NSMutableDictionary treeOf(const std::vector<Workload::Setting>& settings);
 
-/// This project's store. There is one of it, so its folder is that of XDG_CONFIG_HOME.
+/// This project's store. A process has one store, so its folder is XDG_CONFIG_HOME.
 class OwnStore {
   public:
     using Handle = std::string;
 
     static void prepare(const std::filesystem::path& folder,
                         const std::vector<Workload::Setting>& settings);
-    /// Forgets what was read before.
+    /// Discards the cache and the stored tree.
     explicit OwnStore(const std::filesystem::path& folder);
 
     [[nodiscard]] static Handle handle(std::string_view keyPath, Workload::Kind /*kind*/) {
@@ -39,7 +39,7 @@ class OwnStore {
     static void writeInteger(const Handle& keyPath, std::int64_t number) {
         QRVSettingsSetObjectForKeyPath(number, keyPath);
     }
-    /// Waits for the saves, and does what a host's loop does.
+    /// Waits for the saves, and drains the main queue as a host's main loop does.
     static void save();
 };
 

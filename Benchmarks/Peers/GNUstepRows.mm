@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// GNUstep reads and writes the files that the store is given too.
+// GNUstep reads and writes the same files as the store.
 
 #import <Foundation/Foundation.h>
 #include <benchmark/benchmark.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A change of GSettings in one process, and its signal in another.
 #include "Measures/Propagation.h"
 #include "Peers/GSettingsStore.h"
 
@@ -9,7 +10,7 @@ void listenForChanges(const std::filesystem::path& folder) {
     const auto handle = store.handle(Measures::changingKeyPath(folder), Workload::Kind::Integer);
     g_signal_connect(handle.settings, ("changed::" + handle.key).c_str(),
                      G_CALLBACK(Measures::printTimeOfChange), nullptr);
-    // A key that was never read is not announced.
+    // GSettings signals only keys that were read before.
     if (GSettingsStore::readInteger(handle) >= 0) Measures::printReady();
     g_main_loop_run(g_main_loop_new(nullptr, FALSE));
 }

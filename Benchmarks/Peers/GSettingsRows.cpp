@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The rows of GSettings.
 #include "Measures/StoreRows.h"
 #include "Peers/GSettingsStore.h"
 

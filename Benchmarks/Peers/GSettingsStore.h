@@ -12,8 +12,8 @@
 #include "Workload/Participant.h"
 
 /// GSettings with a schema for each dictionary. The keyfile backend, or dconf when the environment
-/// has GSETTINGS_BACKEND=dconf. Writes are gathered (delayed) until a save applies them, unless
-/// they are made direct.
+/// has GSETTINGS_BACKEND=dconf. Writes are delayed until a save applies them, unless the store
+/// is made direct.
 class GSettingsStore {
   public:
     struct Handle {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A process that opens KConfig and reads it.
 #include "Measures/OpenAndRead.h"
 #include "Peers/KConfigStore.h"
 

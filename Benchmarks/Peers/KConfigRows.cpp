@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The rows of KConfig.
 #include "Measures/StoreRows.h"
 #include "Peers/KConfigStore.h"
 

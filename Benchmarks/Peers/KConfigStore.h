@@ -13,8 +13,8 @@
 
 #include "Workload/Participant.h"
 
-/// KConfig on one file, without the system's files below it. A dictionary is a group; arrays are
-/// lists of texts.
+/// KConfig on one file, without the system-wide files. A dictionary is a group, and an array is a
+/// list of strings.
 class KConfigStore {
   public:
     struct Handle {

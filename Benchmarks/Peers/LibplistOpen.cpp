@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A process that reads a file with libplist.
 #include "Measures/OpenAndRead.h"
 #include "Peers/LibplistStore.h"
 

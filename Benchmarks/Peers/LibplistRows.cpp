@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// libplist reads and writes the files that the store is given too.
+// libplist reads and writes the same files as the store.
 
 #include <benchmark/benchmark.h>
 #include <plist/plist.h>

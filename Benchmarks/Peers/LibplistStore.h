@@ -10,8 +10,8 @@
 
 #include "Workload/Participant.h"
 
-/// The tree of an XML property list, read by libplist; no store, but what one could be made of. It
-/// is given the file, `FOLDER/files/XMLReading`, and cannot save.
+/// The tree of an XML property list, read by libplist from `FOLDER/files/XMLReading`. It is not a
+/// store, and cannot save; a store could be built on it.
 class LibplistStore {
   public:
     using Handle = plist_t;

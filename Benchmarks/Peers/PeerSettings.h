@@ -9,7 +9,7 @@
 
 namespace Peers {
 
-/// A small dictionary as text, for stores that hold texts only.
+/// A small dictionary as text, for stores that have strings only.
 inline std::string textOf(const Workload::Item& item) {
     return R"({"source":)" + std::to_string(item.source) + R"(,"label":")" + item.label + R"("})";
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A change of QSettings in one process, and a file watch in another.
 #include <QCoreApplication>
 #include <QFileSystemWatcher>
 
@@ -7,7 +8,7 @@
 
 namespace {
 
-/// The folder is watched: the file itself is another one after each save.
+/// Watches the folder, because each save replaces the file.
 void listenForChanges(const std::filesystem::path& folder) {
     int argumentCount = 0;
     QCoreApplication application(argumentCount, nullptr);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The rows of QSettings.
 #include "Measures/StoreRows.h"
 #include "Peers/QSettingsStore.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// The settings that every participant works on.
+/// The settings that all participants use.
 
 #include <cstddef>
 #include <cstdint>

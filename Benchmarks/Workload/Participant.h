@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// What every store that takes part is asked to do.
+/// The operations of a participating store.
 
 #include <concepts>
 #include <cstdint>
@@ -14,15 +14,15 @@
 
 namespace Workload {
 
-/// A store whose files lie below one folder.
+/// A store whose files are below one folder.
 ///
-/// - `prepare(folder, settings)` makes the files of a store that holds exactly these settings.
+/// - `prepare(folder, settings)` creates the files of a store with exactly these settings.
 /// - The constructor opens the store in the folder.
-/// - `handle(keyPath, kind)` is what a host of that store would keep at hand for one setting, so
-///   that reading it costs no conversion of names.
+/// - `handle(keyPath, kind)` returns what a host of that store would keep for one setting, so that
+///   a read converts no names.
 /// - `read` gives the value as the store's own type, or as the type of its kind.
-/// - `writeInteger` changes a setting as far as this process is concerned; `save` returns when the
-///   change is in the file.
+/// - `writeInteger` changes a setting in this process; `save` returns when the change is in the
+///   file.
 template <typename Store>
 concept Participant = requires(Store store, const typename Store::Handle& handle,
                                const std::filesystem::path& folder,

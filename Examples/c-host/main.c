@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads a default: the smallest host in C.
 #include <stdio.h>
 
 #include "QRVSettings/QRVSettingsC.h"

@@ -3,6 +3,6 @@
 
 #include "MenuBarLine.h"
 
-/// Shows the menu bar, as the settings are at each moment, until the process is ended: in one line
-/// of a terminal, else a line for each state. Does not return.
+/// Shows the menu bar as the current settings say, until the process is ended. On a terminal it
+/// redraws one line; elsewhere it prints a line for each state. Does not return.
 [[noreturn]] void runDisplay(Colours colours);

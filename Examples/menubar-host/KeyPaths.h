@@ -21,9 +21,9 @@ inline constexpr const char* notConnectedColor = "Network.Menubar.Mode.Status.No
 inline constexpr const char* updateFrequency = "UpdateFrequency";  // seconds
 inline constexpr const char* darkTheme = "Menu.Theme.Dark";
 inline constexpr const char* lightTheme = "Menu.Theme.Light";
-inline constexpr const char* appearance = "MenubarCurrentApperance";  // spelt so in every file
-/// The profile that all processes of this application show. Its own setting: the store knows the
-/// active profile of one process only.
+inline constexpr const char* appearance = "MenubarCurrentApperance";  // misspelt in all files
+/// The profile that all processes of this application show. It is a setting of the application,
+/// because the active profile of the store belongs to one process.
 inline constexpr const char* activeProfile = "Menubar.ActiveProfile";
 /// @}
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The launcher itself has no settings: a process that forks must not have started the store's
-// threads.
+// Starts the processes of the application. The launcher itself does not use the store: a process
+// that forks must not have started the store's threads.
 
 #include "Launcher.h"
 
@@ -16,8 +16,8 @@ int runPreparation() {
 }
 
 int runLauncher(const std::string& colorOption) {
-    // First and alone: of processes that do it at the same time, the last would save its tree over
-    // what the others have written by then.
+    // First and alone: if several processes migrated at the same time, the last save would discard
+    // what the others have written.
     if (const int status = waitForProcess(startProcess({"prepare"}))) return status;
     const int display = startProcess({"display", colorOption});
     startProcess({"settings"});

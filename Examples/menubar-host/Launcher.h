@@ -3,10 +3,10 @@
 
 #include <string>
 
-/// Records the machine and brings the settings file to the present shape. Returns an exit status.
+/// Records the machine and migrates the settings file. Returns an exit status.
 int runPreparation();
 
 /// Starts the processes of the application: a display, and a settings process that reads standard
-/// input. Returns the display's exit status when that has ended; the settings process then ends
+/// input. Waits for the display to end and returns its exit status. The settings process then ends
 /// too.
 int runLauncher(const std::string& colorOption);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Every call reads the settings anew: reads are answered by the cache, which is emptied when
-// another process changes something.
+// Formats the menu bar. Every call reads the settings again. This is cheap: the cache answers, and
+// the store empties it when another process changes a setting.
 
 #include "MenuBarLine.h"
 
@@ -79,7 +79,7 @@ std::string networkItem(const SystemLoad& load, Colours colours) {
     return "network " + painted("●", profileColor(color), colours);
 }
 
-/// What the menus look like: the appearance, and the theme chosen for it.
+/// The look of the menus: the appearance, and its theme.
 std::string themeItem() {
     const bool isDark = QRVSettingsCurrentAppearance() == PropertyListValue("Dark");
     return (isDark ? "dark " : "light ") +

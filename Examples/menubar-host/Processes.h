@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
-/// The next line of standard input, the main queue being drained meanwhile; none at the end.
+/// Waits for the next line of standard input, and drains the main queue meanwhile. Returns no line
+/// at the end of the input.
 std::optional<std::string> nextLineOfInput();
 
-/// This program in another process, with other arguments. It ends when the process that started it
+/// Starts this program in a child process, with other arguments. The child ends when its parent
 /// does.
 int startProcess(const std::vector<std::string>& arguments);
 
-/// Returns the exit status of a started process when it has ended, 1 when it ended otherwise.
+/// Waits for a started process to end and returns its exit status; 1 when a signal has ended it.
 int waitForProcess(int process);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Standard input and child processes, with the system calls of Linux.
 
 #include <poll.h>
 #include <signal.h>
@@ -20,8 +21,8 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// What has been read and not returned. Its own buffer: what a stream of C++ keeps in its own, poll
-/// does not know.
+/// Input that was read and not yet returned. A C++ stream would not do: poll does not know what is
+/// in its buffer.
 std::string& unreturnedInput() {
     static std::string text;
     return text;
@@ -74,7 +75,7 @@ int startProcess(const std::vector<std::string>& arguments) {
     const pid_t child = fork();
     if (child < 0) fail("starting a process");
     if (child > 0) return child;
-    // The parent may have ended before this child could ask to be told.
+    // The parent may have ended before this child has asked for the signal.
     if (prctl(PR_SET_PDEATHSIG, SIGTERM) == 0 && getppid() == parent)
         execv(pointers[0], pointers.data());
     _exit(127);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The part of a settings window: each line is a control that somebody has used.
+// Plays the part of a settings window: each line of input stands for a control that was used.
 
 #include "SettingsProcess.h"
 
@@ -17,12 +17,12 @@
 #include "StartUp.h"
 
 const char* const settingsCommands =
-    "  profile NAME                     the profile that is shown, and changed from now on\n"
+    "  profile NAME                     the profile to show and to change\n"
     "  appearance dark|light            the appearance of the menu bar\n"
     "  show|hide cpu|memory|network     an item of the menu bar\n"
-    "  labels on|off                    the words beside the memory's numbers\n"
-    "  width POINTS                     the width of the processors' graph\n"
-    "  frequency SECONDS                how often the display is brought up to date\n"
+    "  labels on|off                    the labels of the memory item\n"
+    "  width POINTS                     the width of the processor graph\n"
+    "  frequency SECONDS                the time between updates of the display\n"
     "  color RED GREEN BLUE             of a connected network, each from 0 to 1\n";
 
 namespace {
@@ -52,7 +52,7 @@ bool setVisible(const std::string& item, bool isVisible) {
 
 bool setLabels(const std::string& state) {
     if (state != "on" && state != "off") return false;
-    // An integer, as the default: the kind counts when a value is compared with it.
+    // An integer like the default: a boolean would not equal it, and would be stored.
     QRVSettingsProfileSetObjectForKeyPath(state == "on" ? 1 : 0, KeyPaths::memoryLabels);
     return true;
 }
@@ -103,7 +103,7 @@ void beginInTheShownProfile() {
 }  // namespace
 
 int runSettingsProcess() {
-    // It follows the others too: what it saves is its own tree, which must not be an old one.
+    // This process must follow the others as well: it saves its own tree, which must not be stale.
     startUp(nullptr);
     beginInTheShownProfile();
     int status = 0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// What `runSettingsProcess` reads, for people.
+/// The help text for the lines that `runSettingsProcess` reads.
 extern const char* const settingsCommands;
 
-/// Changes settings as the lines of standard input say, until their end, and waits until they are
-/// saved. Returns the exit status: 1 when a line was not understood.
+/// Reads lines from standard input until its end, changes the settings that they name, and waits
+/// for the saves. Returns the exit status: 1 when a line was not understood.
 int runSettingsProcess();

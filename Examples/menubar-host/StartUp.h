@@ -3,6 +3,6 @@
 
 #include "QRVSettings/QRVSettings.h"
 
-/// How each process of this application begins: from here on it follows what the others change, and
-/// `onChange` is told of it.
+/// Starts the store in a process of this application. From then on the process follows the changes
+/// of the others, and `onChange` is called for each.
 void startUp(QRVSettings::ChangeHandler onChange);

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 struct SystemLoad {
-    double busy = 0;  ///< the part of the processors' time since the last sample, from 0 to 1
+    double busy = 0;               ///< share of the processor time since the last sample, 0 to 1
     std::uint64_t usedMemory = 0;  ///< bytes
     std::uint64_t freeMemory = 0;  ///< bytes
     bool isConnected = false;      ///< whether an interface other than the loopback is up

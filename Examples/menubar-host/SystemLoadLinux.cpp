@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The load as the kernel tells it below /proc and /sys.
+// Reads the load from the kernel, below /proc and /sys.
 
 #include <filesystem>
 #include <fstream>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A value of /proc/meminfo, which counts in KiB, in bytes.
+/// A value of /proc/meminfo in bytes; the file counts in KiB.
 std::uint64_t memory(const std::string& wanted) {
     std::ifstream file("/proc/meminfo");
     std::string name;
@@ -28,7 +28,7 @@ bool isConnected() {
     for (const auto& interface : std::filesystem::directory_iterator("/sys/class/net", error)) {
         std::string state;
         std::ifstream(interface.path() / "operstate") >> state;
-        if (state == "up") return true;  // the loopback's state is never known
+        if (state == "up") return true;  // the state of the loopback is "unknown"
     }
     return false;
 }
@@ -36,7 +36,7 @@ bool isConnected() {
 }  // namespace
 
 SystemLoadSampler::ProcessorTime SystemLoadSampler::processorTime() {
-    // user nice system idle iowait irq softirq steal; the rest is counted in the first two.
+    // user nice system idle iowait irq softirq steal; the first two include the other columns.
     constexpr int columns = 8;
     constexpr int idle = 3;
     constexpr int ioWait = 4;

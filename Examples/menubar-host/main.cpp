@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// An application of several processes that share their settings: displays that follow every change,
-// and a settings process that makes them.
+// An application of several processes that share their settings: a display that follows every
+// change, and a settings process that makes the changes.
 
 #include <exception>
 #include <iostream>
@@ -16,15 +16,15 @@
 namespace {
 
 int usage() {
-    std::cerr << "usage: menubar-host [--color=auto|always|never]           all of it\n"
+    std::cerr << "usage: menubar-host [--color=auto|always|never]           all processes\n"
                  "       menubar-host display [--color=auto|always|never]   the menu bar\n"
-                 "       menubar-host prepare                               before the others\n"
+                 "       menubar-host prepare                               migrates, and exits\n"
                  "       menubar-host settings                              reads lines:\n"
               << settingsCommands;
     return 2;
 }
 
-/// Empty when the option is none.
+/// Empty when the option is not valid.
 std::optional<Colours> coloursOf(const std::string& option) {
     if (option == "--color=always") return Colours::Terminal;
     if (option == "--color=never") return Colours::None;

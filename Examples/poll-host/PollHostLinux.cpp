@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Prints every setting that another process changes, and the setting of each key path that comes in
-// on standard input: a host with a loop of its own around poll.
+// Prints every setting that another process changes, and the setting of each key path that it reads
+// from standard input: a host with its own main loop around poll.
 
 #include <poll.h>
 #include <unistd.h>
