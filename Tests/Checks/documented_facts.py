@@ -12,6 +12,9 @@ from dataclasses import dataclass
 from pathlib import Path
 
 SOURCES = ("Frameworks", "Tools")
+MEBIBYTE = 1024 * 1024
+# What follows the name of a constant in seconds, up to its value.
+VALUE = r"\b\s*[={(][^;\d]*(\d+)"
 WORDS = {"one": 1, "two": 2, "three": 3, "four": 4, "five": 5}
 # The permission bits that the sources name.
 MODES = {"S_IRWXU": 0o700, "S_IRUSR": 0o400, "S_IWUSR": 0o200}
@@ -20,9 +23,7 @@ DURABILITY = "Documentation/Durability.md"
 TOUR = "Documentation/Tour.md"
 TOOL_PAGE = "Documentation/man/qrvsettings.1"
 FILE_PAGE = "Documentation/man/qrvsettings.5"
-STORE = "Frameworks/include/QRVSettings/QRVSettings.h"
-FILES = "Frameworks/include/Platform/Files/Files.h"
-COORDINATOR = "Frameworks/include/Platform/Files/NSFileCoordinator.h"
+HEADERS = "Frameworks"
 
 
 class NotFound(Exception):
@@ -35,12 +36,15 @@ class Fact:
     # In which sources (a pattern of their names), and what the constant looks like; the group is its value.
     sources: str
     constant: str
-    # Documents and headers, each with what the text looks like; the group is the number.
+    # Documents that repeat it, each with what the text looks like; the group is the number. A third
+    # element is the unit of the number.
     texts: tuple
+    # What the text looks like in the headers that repeat it, if any does.
+    in_headers: str = ""
 
 
 def sources(pattern):
-    return [path for folder in SOURCES for path in sorted(Path(folder).rglob(pattern)) if path.is_file()]
+    return [path for folder in SOURCES for path in sorted(Path(folder).rglob(pattern)) if path.suffix in {".cpp", ".h"}]
 
 
 def number(text):
@@ -77,49 +81,53 @@ def value_of(fact):
     return next(iter(found.items()))
 
 
+def differing(document, matches, value, scale, truth):
+    for match in matches:
+        if number(match[1]) * scale != value:
+            quoted = " ".join(match[0].split())
+            yield f'{document}: "{quoted}", but the {truth.format(shown(value // scale, match[1]))}'
+
+
 def problems_of(fact):
     value, source = value_of(fact)
     for document, pattern, scale in ((*text, 1)[:3] for text in fact.texts):
-        path = Path(document)
-        matches = list(re.finditer(pattern, path.read_text())) if path.is_file() else []
+        matches = list(re.finditer(pattern, Path(document).read_text()))
         if not matches:
             yield f"{document}: no text like /{pattern}/, which says the {fact.what} ({value} in {source})"
-        for match in matches:
-            if number(match[1]) * scale != value:
-                quoted = " ".join(match[0].split())
-                yield (f'{document}: "{quoted}", but the {fact.what} is '
-                       f"{shown(value // scale, match[1])} in {source}")
+        yield from differing(document, matches, value, scale, f"{fact.what} is {{}} in {source}")
+    for header in sorted(Path(HEADERS).rglob("*.h")) if fact.in_headers else ():
+        text = re.sub(r"\n *///? ", " ", header.read_text())
+        yield from differing(header, re.finditer(fact.in_headers, text), value, 1, f"{fact.what} is {{}} in {source}")
 
 
 FACTS = (
-    Fact("lifetime of a change record in seconds", "QRVSettings*", r"\blocalChangeLifetime\b\s*[={(][^;\d]*(\d+)",
-         ((TOUR, r"last (\d+) seconds"), (TOUR, r"the (\d+) seconds are over"),
-          (STORE, r"(\d+|one|two|three|four|five)\s(?:///\s)?s(?:econds)?\b"))),
-    Fact("timeout of a reader in seconds", "FileLock*.cpp", r"\bpatience\b\s*[={(][^;\d]*(\d+)",
-         ((DURABILITY, r"time out after (\w+) seconds"), (FILE_PAGE, r"times out after (\w+) seconds"),
-          (COORDINATOR, r"about (\w+)\s(?:///\s)?seconds"))),
+    Fact("lifetime of a change record in seconds", "QRVSettings*", rf"\b(?:localChangeLifetime|lifetime){VALUE}",
+         ((TOUR, r"last (\w+) seconds"), (TOUR, r"the (\w+) seconds are over")),
+         r"last (\d+|one|two|three|four|five) s(?:econds)?\b"),
+    Fact("timeout of a reader in seconds", "*File[LC]o*", rf"\b(?:readerLockTimeout|patience){VALUE}",
+         ((DURABILITY, r"time out after (\w+) seconds"), (FILE_PAGE, r"times out after (\w+) seconds")),
+         r"than about (\w+) seconds"),
     Fact("limit of levels", "NSPropertyListSerialization.h", r"\bmaximumLevels = ([^;]+);",
          ((FILE_PAGE, r"([\d,]+) levels"),)),
     Fact("limit of bytes", "NSPropertyListSerialization.h", r"\bmaximumSize = ([^;]+);",
-         ((FILE_PAGE, r"([\d,]+) MiB", 1024 * 1024),)),
+         ((FILE_PAGE, r"([\d,]+) MiB", MEBIBYTE),)),
     Fact("limit of values", "NSPropertyListSerialization.h", r"\bmaximumValues = ([^;]+);",
          ((FILE_PAGE, r"([\d,]+) values"),)),
-    Fact("limit of symbolic links", "*.cpp", r"\bmostLinks = (\d+);",
-         ((DURABILITY, r"up to (\d+) links"), (FILES, r"after (\d+)\s(?:///\s)?links"),
-          (COORDINATOR, r"up to (\d+) of them"))),
+    Fact("limit of symbolic links", "*", r"\b(?:maximumSymbolicLinks|mostLinks) = (\d+);",
+         ((DURABILITY, r"up to (\d+) links"),), r"(?:after|up to) (\d+) (?:of them|links)"),
     Fact("mode of a new file", "NewFileLinux.cpp", r"\bprivateMode = ([^;]+);",
-         ((DURABILITY, r"new file has mode (\d+)"), (FILE_PAGE, r"new file has mode (\d+)"),
-          (FILES, r"mode (0\d{3})"))),
+         ((DURABILITY, r"new file has mode (\d+)"), (FILE_PAGE, r"new file has mode (\d+)")),
+         r"new file is of mode (0\d{3})"),
     Fact("mode of a lock file", "FileLock*.cpp", r"\bmode_t mode = ([^;]+);",
-         ((COORDINATOR, r"\(mode (0\d{3})"),)),
+         ((FILE_PAGE, r"has mode (\d+), is empty"),), r"mode (0\d{3}), never deleted"),
     Fact("mode of a new folder", "FilePathsLinux.cpp", r"\bmkdir\([^,]+, ([A-Z_]+)\)",
-         ((DURABILITY, r"creates them with mode (\d+)"), (COORDINATOR, r"each of mode (\d+)"))),
+         ((DURABILITY, r"creates them with mode (\d+)"),), r"each of mode (0\d{3})"),
 )
 
 
 def problems_of_messages():
     """Messages that name a limit, wherever in the sources they are."""
-    limits = (("levels", r'"[^"\n]*?([\d,]+) levels', 1), ("bytes", r'"[^"\n]*?([\d,]+) MiB', 1024 * 1024))
+    limits = (("levels", r'"[^"\n]*?([\d,]+) levels', 1), ("bytes", r'"[^"\n]*?([\d,]+) MiB', MEBIBYTE))
     for what, pattern, scale in limits:
         limit, _ = value_of(next(fact for fact in FACTS if fact.what == f"limit of {what}"))
         for path in (*sources("*.cpp"), *sources("*.h")):
