@@ -162,6 +162,13 @@ def problems_of_names():
                     for text in texts if text not in page)
 
 
+def meanings_in(section):
+    """Exit codes with their texts, from the tagged paragraphs of a manual page."""
+    paragraphs = section.split(".TP\n")[1:]
+    return {int(code): " ".join(text.split()) for code, text in
+            (re.fullmatch(r"\.B (\d+)\n(.*)", paragraph, re.DOTALL).groups() for paragraph in paragraphs)}
+
+
 def exit_codes():
     for path in sources("*.h"):
         body = re.search(r"enum class ExitCode\b[^{]*\{(.*?)\}", path.read_text(), re.DOTALL)
@@ -173,9 +180,13 @@ def exit_codes():
 def problems_of_exit_codes():
     codes, source = exit_codes()
     section = Path(TOOL_PAGE).read_text().partition(".SH EXIT STATUS\n")[2].partition("\n.SH ")[0]
-    listed = [int(code) for code in re.findall(r"^\.TP\n\.B (\d+)$", section, re.MULTILINE)]
-    if listed != sorted(codes.values()):
-        yield f"{TOOL_PAGE}: EXIT STATUS lists {listed}, and {source} has {sorted(codes.values())}"
+    meanings = meanings_in(section + "\n")
+    if list(meanings) != sorted(codes.values()):
+        yield f"{TOOL_PAGE}: EXIT STATUS lists {list(meanings)}, and {source} has {sorted(codes.values())}"
+    for name, text in re.findall(r'ExitCodeMeaning\{ExitCode::(\w+),\s*"([^"]*)"\}', source.read_text()):
+        wanted = text[0].upper() + text[1:] + "."
+        if meanings.get(codes[name]) != wanted:
+            yield f'{TOOL_PAGE}: exit status {codes[name]} is "{meanings.get(codes[name])}", and in {source} "{wanted}"'
     for match in re.finditer(r"exits with code (\d+)", Path(DURABILITY).read_text()):
         if int(match[1]) != codes.get("NotWritten"):
             yield f'{DURABILITY}: "{match[0]}", but NotWritten is {codes.get("NotWritten")} in {source}'
