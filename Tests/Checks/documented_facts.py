@@ -162,10 +162,14 @@ def problems_of_names():
                     for text in texts if text not in page)
 
 
+def words(text):
+    return re.findall(r"[a-z]+", re.sub(r"^\.[A-Z]+ ", "", text, flags=re.MULTILINE).lower())
+
+
 def meanings_in(section):
     """Exit codes with their texts, from the tagged paragraphs of a manual page."""
     paragraphs = section.split(".TP\n")[1:]
-    return {int(code): " ".join(text.split()) for code, text in
+    return {int(code): text for code, text in
             (re.fullmatch(r"\.B (\d+)\n(.*)", paragraph, re.DOTALL).groups() for paragraph in paragraphs)}
 
 
@@ -184,9 +188,9 @@ def problems_of_exit_codes():
     if list(meanings) != sorted(codes.values()):
         yield f"{TOOL_PAGE}: EXIT STATUS lists {list(meanings)}, and {source} has {sorted(codes.values())}"
     for name, text in re.findall(r'ExitCodeMeaning\{ExitCode::(\w+),\s*"([^"]*)"\}', source.read_text()):
-        wanted = text[0].upper() + text[1:] + "."
-        if meanings.get(codes[name]) != wanted:
-            yield f'{TOOL_PAGE}: exit status {codes[name]} is "{meanings.get(codes[name])}", and in {source} "{wanted}"'
+        listed = meanings.get(codes[name], "")
+        if words(listed) != words(text):
+            yield f'{TOOL_PAGE}: exit status {codes[name]} is "{" ".join(listed.split())}", and in {source} "{text}"'
     for match in re.finditer(r"exits with code (\d+)", Path(DURABILITY).read_text()):
         if int(match[1]) != codes.get("NotWritten"):
             yield f'{DURABILITY}: "{match[0]}", but NotWritten is {codes.get("NotWritten")} in {source}'
