@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Compares two trees, which may share parts: equality must be that of the model, and `changedKeys`
-// must give the differences of their flat maps, each key path once, whichever tree comes first.
+// Two trees, which may share parts: they are equal when the model says so, and `changedKeys` gives
+// what the model finds in their flat maps, each key path once and from either side.
 
 #include <map>
 #include <set>
@@ -51,7 +51,7 @@ const std::vector<PropertyListValue>& valuesAt(const FlatMap& leaves, const std:
     return found == leaves.end() ? none : found->second;
 }
 
-// Which of several values at one key path counts is not promised.
+// Which of the values that look alike counts is not promised.
 bool mayBeTold(const FlatMap& before, const FlatMap& after, const std::string& keyPath, bool told) {
     const auto& old = valuesAt(before, keyPath);
     const auto& present = valuesAt(after, keyPath);
@@ -93,7 +93,7 @@ void requireEqualityOfModel(const PropertyListValue& left, const PropertyListVal
     require((right == left) == isEqual, "equality has no sides", left, right);
 }
 
-// A second tree that shares with the first one everything that is not written.
+// Another tree made of the first one, of which it keeps what is not written.
 NSDictionary variantOf(const NSDictionary& tree, Input& input) {
     NSMutableDictionary variant = tree.mutableCopy();
     for (std::size_t count = input.number(4); count > 0; --count) {

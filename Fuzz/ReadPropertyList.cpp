@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reads any bytes as a property list: the result is a value, or an error that says what is wrong
-// and where. A value can be written again, except in the cases that the header of the serialisation
-// names.
+// Any bytes read as a property list give a value or an error that says what and where, and a value
+// that was read is written again, but for what the header of the serialisation excepts.
 
 #include <string>
 
@@ -12,7 +11,7 @@ using Fuzzing::require;
 
 namespace {
 
-// A character of two bytes in UTF-16 may have three in UTF-8.
+// UTF-16 takes two bytes for what UTF-8 takes three for.
 std::size_t largestOffset(std::size_t size, PropertyListFormat format) {
     return format == PropertyListFormat::Binary ? size : size * 3 / 2;
 }
@@ -39,7 +38,7 @@ void requireUsefulError(const PropertyListReadResult& read, std::size_t size) {
     requireOneLine(error.description());
 }
 
-// The first and the last second that an XML property list can represent, counted from 2001.
+// The first and the last second that an XML property list can hold, from 2001.
 constexpr double firstSecond = -63145526400;
 constexpr double endOfSeconds = 252423993600;
 
@@ -55,7 +54,7 @@ bool holdsFarDate(const PropertyListValue& value) {
     return false;
 }
 
-// Only the binary format can contain dates that cannot be written.
+// Only the binary format holds dates that cannot be written.
 void requireWritable(const PropertyListReadResult& read) {
     if (!Fuzzing::isQuicklyWritten(read.value)) return;
     const auto written = NSPropertyListSerialization::dataWithPropertyList(read.value);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Reads a property list of any format, writes it and reads it again: the tree must be the same,
-// with dates in whole seconds. Writing that tree must give the same bytes. The file must be
-// readable in any encoding, and a truncated file must be refused.
+// A property list of any format that was read is, when it is written and read again, the same tree
+// with its dates at whole seconds; writing that gives the same bytes. The file can be read in any
+// encoding, and none of its beginnings is a file.
 
 #include <string>
 #include <string_view>
@@ -79,7 +79,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto read = Serialization::propertyListWithData(Fuzzing::textOf(data, size));
     if (read.error || !Fuzzing::isQuicklyWritten(read.value)) return 0;
     const auto written = Serialization::dataWithPropertyList(read.value);
-    if (written.error) return 0;  // dates that XML cannot represent
+    if (written.error) return 0;  // dates that XML cannot hold
 
     const PropertyListValue again = readXML(written.bytes, "what was written is read");
     require(Fuzzing::isSameTree(again, read.value, Fuzzing::wholeSecond),
