@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The reader of the binary format.
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -11,20 +13,16 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/Values/Building.h"
+#include "Platform/Values/ImmutableContainers.h"
+#include "Platform/Values/OneThread.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
 
-using ValueObjects::Building;
-using ValueObjects::KeyedValue;
-
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
-constexpr std::size_t maximumLevels = NSPropertyListSerialization::maximumLevels;
-constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues;
 
 /// Big-endian bytes; at most eight.
 std::uint64_t unsignedOf(std::string_view bytes) {
@@ -68,7 +66,7 @@ Layout readLayout(std::string_view bytes) {
         fail("the offset table does not end where the trailer begins", trailer + 24);
     }
     // Each value has a key at most, so no tree within the limit has more objects.
-    if (objectCount > 2 * maximumValues) fail(std::string(tooManyValues), trailer + 8);
+    if (objectCount > 2 * maximumValues) fail(tooManyValues(), trailer + 8);
     return {offsetSize, referenceSize, objectCount, topObject, offsetTable};
 }
 
@@ -97,8 +95,8 @@ class BinaryReader {
           unclaimedBytes_(layout_.offsetTable - headerSize) {}
 
     PropertyListValue read() {
-        PropertyListValue root = Building::sameObject(object(layout_.topObject, 0).value);
-        for (Object& object : objects_) Building::giveUp(object.value);
+        PropertyListValue root = OneThread::copy(object(layout_.topObject, 0).value);
+        for (Object& object : objects_) OneThread::clear(object.value);
         return root;
     }
 
@@ -171,7 +169,7 @@ const BinaryReader::Object& BinaryReader::objectReadNow(std::size_t number,
         found.state = State::Read;
     }
     if (levelsAbove + found.levels > maximumLevels) {
-        fail(std::string(tooManyLevels), encoded(number).offset);
+        fail(tooManyLevels(), encoded(number).offset);
     }
     return found;
 }
@@ -183,7 +181,7 @@ void BinaryReader::readObject(Object& object, std::size_t number, std::size_t le
         return;
     }
     object.levels = 1;
-    if (levelsAbove >= maximumLevels) fail(std::string(tooManyLevels), place.offset);
+    if (levelsAbove >= maximumLevels) fail(tooManyLevels(), place.offset);
     if (place.marker == Marker::Array) {
         array(object, place, levelsAbove + 1);
     } else {
@@ -340,10 +338,10 @@ PropertyListValue BinaryReader::element(Object& container, const char* reference
     const Object& found = referenced(reference, levelsAbove);
     container.expandedValues += found.expandedValues;
     if (container.expandedValues > maximumValues) {
-        fail(std::string(tooManyValues), static_cast<std::size_t>(reference - bytes_.data()));
+        fail(tooManyValues(), static_cast<std::size_t>(reference - bytes_.data()));
     }
     container.levels = std::max(container.levels, static_cast<std::uint16_t>(found.levels + 1));
-    return Building::sameObject(found.value);
+    return OneThread::copy(found.value);
 }
 
 void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
@@ -353,7 +351,7 @@ void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t lev
         PropertyListValue read = element(result, references.data() + next, levelsAbove);
         elements_.push_back(std::move(read));
     }
-    result.value = Building::array(std::span(elements_).subspan(first));
+    result.value = immutableArray(std::span(elements_).subspan(first));
     elements_.resize(first);
 }
 
@@ -366,11 +364,11 @@ void BinaryReader::dictionary(Object& result, const Encoded& encoded, std::size_
          key += layout_.referenceSize, value += layout_.referenceSize) {
         const Object& name = referenced(key, levelsAbove);  // keys do not count
         if (!name.value.isString()) fail("a key is not a string", encoded.offset);
-        PropertyListValue sameName = Building::sameObject(name.value);
+        PropertyListValue sameName = OneThread::copy(name.value);
         PropertyListValue read = element(result, value, levelsAbove);
         entries_.push_back({std::move(sameName), std::move(read)});
     }
-    result.value = Building::dictionary(std::span(entries_).subspan(first));
+    result.value = immutableDictionary(std::span(entries_).subspan(first));
     entries_.resize(first);
 }
 

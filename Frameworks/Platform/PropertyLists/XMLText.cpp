@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
 
 namespace QRVPlatform::PropertyLists {
