@@ -82,3 +82,29 @@ TEST(Allocation, CopyingADictionaryTakesTheSameHoweverLargeItIs) {
     };
     EXPECT_EQ(copyOf(large), copyOf(small));
 }
+
+TEST(Allocation, WalkingAllocatesNothing) {
+    const NSMutableDictionary dictionary{{"a", 1}, {"b", 2}};
+    const NSMutableArray array{1, 2, 3};
+    EXPECT_EQ(allocationsOf([&] {
+                  std::int64_t sum = 0;
+                  for (const auto& [key, value] : dictionary) sum += value.integerValue();
+                  for (const PropertyListValue& element : array) sum += element.integerValue();
+                  EXPECT_EQ(sum, 9);
+              }),
+              0U);
+}
+
+TEST(Allocation, RemovingAnObjectTakesTheSameHoweverLargeTheArrayIs) {
+    const auto removalFrom = [](int count) {
+        const NSMutableArray array;
+        for (int number = 0; number < count; ++number) array.addObject(number);
+        return allocationsOf([&] { array.removeObject(1); });
+    };
+    EXPECT_EQ(removalFrom(10000), removalFrom(4));
+}
+
+TEST(Allocation, RemovingAnObjectThatIsNotThereAllocatesNothing) {
+    const NSMutableArray array{1, 2, 3};
+    EXPECT_EQ(allocationsOf([&] { array.removeObject(4); }), 0U);
+}

@@ -31,7 +31,7 @@ std::uint64_t unsignedOf(std::string_view bytes) {
     return value;
 }
 
-/// Where the parts of the file are. All sums stay far below 2^64: what enters them has been
+/// Where the parts of the file are. All sums stay far below 2^64, because each term has been
 /// compared with the size of the file.
 struct Layout {
     std::size_t offsetSize = 0;
@@ -65,7 +65,7 @@ Layout readLayout(std::string_view bytes) {
     if (offsetTable + objectCount * offsetSize != trailer) {
         fail("the offset table does not end where the trailer begins", trailer + 24);
     }
-    // Each value has a key at most, so no tree within the limit has more objects.
+    // Each value has at most one key, so no tree within the limit has more objects.
     if (objectCount > 2 * maximumValues) fail(tooManyValues(), trailer + 8);
     return {offsetSize, referenceSize, objectCount, topObject, offsetTable};
 }
@@ -85,7 +85,7 @@ enum class Marker : unsigned {
     Dictionary = 0xD,
 };
 
-/// Reads each object once, whatever number of places refers to it.
+/// Reads each object once, however many places refer to it.
 class BinaryReader {
   public:
     explicit BinaryReader(std::string_view bytes)
@@ -110,11 +110,11 @@ class BinaryReader {
         State state = State::Unread;
     };
 
-    /// An object's place in the file, its marker taken apart.
+    /// An object's place in the file, and the two halves of its marker.
     struct Encoded {
         std::size_t offset;
         Marker marker;
-        std::size_t low;  // nibble of the marker
+        std::size_t low;  // half of the marker
     };
 
     struct Sized {
@@ -152,7 +152,7 @@ class BinaryReader {
     const std::string_view bytes_;
     const Layout layout_;
     std::vector<Object> objects_;
-    // Objects that overlap could otherwise give far more memory than the file has bytes.
+    // Without it, objects that overlap could take far more memory than the file has bytes.
     std::size_t unclaimedBytes_;
     // The contents of the containers that are being read, the innermost last.
     std::vector<KeyedValue> entries_;
@@ -199,7 +199,7 @@ BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
     return {offset, static_cast<Marker>(byte >> 4U), byte & 0xFU};
 }
 
-// Answers the bytes when they are there and no other objects have used them up.
+// The bytes, unless they are missing or the objects together take more than the file has.
 std::string_view BinaryReader::claim(std::size_t offset, std::size_t size,
                                      std::size_t objectOffset) {
     if (size > layout_.offsetTable - offset) fail("an object is cut off", objectOffset);
@@ -258,9 +258,11 @@ PropertyListValue BinaryReader::scalar(const Encoded& encoded) {
         case Marker::OrderedSet:
         case Marker::Set:
             fail("a set is no value of a property list", encoded.offset);
-        default:
-            fail("unknown object", encoded.offset);
+        case Marker::Array:
+        case Marker::Dictionary:
+            break;  // no scalars: `readObject` reads them
     }
+    fail("unknown object", encoded.offset);
 }
 
 PropertyListValue BinaryReader::singleton(const Encoded& encoded) {
@@ -332,7 +334,7 @@ const BinaryReader::Object& BinaryReader::referenced(const char* reference,
     return object(number, levelsAbove);
 }
 
-// Adds what an element expands to to what its container does.
+// Adds the element's values and levels to those of its container.
 PropertyListValue BinaryReader::element(Object& container, const char* reference,
                                         std::size_t levelsAbove) {
     const Object& found = referenced(reference, levelsAbove);

@@ -31,7 +31,7 @@ std::string shown(const XMLTag& tag) {
     return "<" + shortened(tag.name) + ">";
 }
 
-/// Builds the values while the text is scanned. A malformed value is told at its tag.
+/// Builds the values while the text is scanned. The offset of a malformed value is that of its tag.
 class XMLReader {
   public:
     explicit XMLReader(std::string_view text) : scanner_(text) {}
