@@ -13,6 +13,7 @@
 namespace {
 
 std::atomic<std::size_t> allocations = 0;
+std::atomic<std::size_t> allocatedBytes = 0;
 
 std::size_t allocationsOf(const auto& work) {
     const std::size_t before = allocations;
@@ -20,10 +21,17 @@ std::size_t allocationsOf(const auto& work) {
     return allocations - before;
 }
 
+std::size_t bytesOf(const auto& work) {
+    const std::size_t before = allocatedBytes;
+    work();
+    return allocatedBytes - before;
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
     ++allocations;
+    allocatedBytes += size;
     void* memory = std::malloc(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
@@ -99,7 +107,7 @@ TEST(Allocation, RemovingAnObjectTakesTheSameHoweverLargeTheArrayIs) {
     const auto removalFrom = [](int count) {
         const NSMutableArray array;
         for (int number = 0; number < count; ++number) array.addObject(number);
-        return allocationsOf([&] { array.removeObject(1); });
+        return bytesOf([&] { array.removeObject(1); });
     };
     EXPECT_EQ(removalFrom(10000), removalFrom(4));
 }

@@ -173,14 +173,12 @@ void DictionaryContents::removeSlot(std::uint32_t slot) noexcept {
 }
 
 template <typename ObjectType>
-void Editing<ObjectType>::makeRoom(std::size_t more) {
+void Editing<ObjectType>::replaceContents(std::size_t more, bool isUnshared) {
     const std::size_t needed = contents_->count() + more;
-    const bool isOurs = contents_->references.load(std::memory_order_acquire) == 1;
-    if (isOurs && needed <= contents_->capacity()) return;
     const std::size_t capacity = more == 0 ? needed : Contents::grownCapacity(needed);
     Reference<Contents> larger =
-        isOurs ? Contents::make(capacity) : Contents::clone(*contents_.get(), capacity);
-    if (isOurs) larger->takeAll(*contents_.get());
+        isUnshared ? Contents::make(capacity) : Contents::clone(*contents_.get(), capacity);
+    if (isUnshared) larger->takeAll(*contents_.get());
     replaced_ = std::exchange(contents_, std::move(larger));
 }
 

@@ -226,11 +226,17 @@ class QRV_SCOPED_LOCK Editing {
     [[nodiscard]] const Contents& current() const noexcept { return *contents_.get(); }
     /// From here on the contents belong to the container alone and have room for `more` elements.
     /// No element changes its place.
-    void makeRoom(std::size_t more);
+    void makeRoom(std::size_t more) {
+        const bool isUnshared = contents_->references.load(std::memory_order_acquire) == 1;
+        if (!isUnshared || contents_->count() + more > contents_->capacity())
+            replaceContents(more, isUnshared);
+    }
     Contents* operator->() noexcept { return contents_.get(); }
     void discard(typename Contents::Removed removed) noexcept { removed_ = std::move(removed); }
 
   private:
+    void replaceContents(std::size_t more, bool isUnshared);
+
     ShortLock& lock_;
     Reference<Contents>& contents_;
     // Members are destroyed after the destructor's body, that is, after the lock.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Every public header includes this one first. A missing header is the only error after which all
+// Every public header includes this one. A missing header is the only error after which all
 // compilers stop, so its name is the message; `#error` would be followed by hundreds of others.
 #if defined(__cplusplus) && __cplusplus < 202002L
 #include "QRVSettings needs C++20: compile with -std=c++20 or later"
