@@ -200,7 +200,7 @@ class MutableContainer final : public ObjectType {
 ///     Editing edit(container, 1);
 ///     edit->append(value);
 ///
-/// Destroying a value may take long (a tree) and take other locks, so nothing is destroyed under
+/// Destroying a value may take long (a tree) and take other locks, so no value is destroyed under
 /// this one: `discard` keeps what was taken out until the lock is free.
 template <typename ObjectType>
 class QRV_SCOPED_LOCK Editing {
