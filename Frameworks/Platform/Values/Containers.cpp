@@ -8,7 +8,6 @@
 
 using namespace QRVPlatform;
 
-using ValueObjects::Access;
 using ValueObjects::ArrayContents;
 using ValueObjects::ArrayObject;
 using ValueObjects::DictionaryContents;
