@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Two trees, which may share parts: they are equal when the model says so, and `changedKeys` gives
-// what the model finds in their flat maps, each key path once and from either side.
+// Compares two trees, which may share parts. They are equal when the model says so, and
+// `changedKeys` gives the differences that the model finds in their flat maps, each key path once,
+// and the same ones with the trees exchanged.
 
 #include <map>
 #include <set>
@@ -18,7 +19,7 @@ namespace {
 
 constexpr int levels = 6;
 
-/// More than one value where a key with a "." makes two ways through the tree look alike.
+/// Several values where a key that contains a "." gives two places in the tree one key path.
 using FlatMap = std::map<std::string, std::vector<PropertyListValue>>;
 using KeyPaths = std::set<std::string>;
 
@@ -41,7 +42,8 @@ FlatMap flatMap(const NSDictionary& tree) {
 KeyPaths changes(const NSDictionary& before, const NSDictionary& after) {
     KeyPaths keyPaths;
     for (const PropertyListValue& keyPath : NSDictionaryQRV::changedKeys(before, after))
-        require(keyPaths.insert(keyPath.stringValue()).second, "a key path is told once", keyPath);
+        require(keyPaths.insert(keyPath.stringValue()).second, "a key path is listed once",
+                keyPath);
     return keyPaths;
 }
 
@@ -51,29 +53,31 @@ const std::vector<PropertyListValue>& valuesAt(const FlatMap& leaves, const std:
     return found == leaves.end() ? none : found->second;
 }
 
-// Which of the values that look alike counts is not promised.
-bool mayBeTold(const FlatMap& before, const FlatMap& after, const std::string& keyPath, bool told) {
+// It is not promised which of several values with one key path counts.
+bool mayBeListed(const FlatMap& before, const FlatMap& after, const std::string& keyPath,
+                 bool isListed) {
     const auto& old = valuesAt(before, keyPath);
     const auto& present = valuesAt(after, keyPath);
-    if (old.empty() && present.empty()) return !told;
-    if (old.empty() || present.empty()) return told;
+    if (old.empty() && present.empty()) return !isListed;
+    if (old.empty() || present.empty()) return isListed;
     for (const PropertyListValue& one : old)
         for (const PropertyListValue& other : present)
-            if (Fuzzing::isEqualByModel(one, other) != told) return true;
+            if (Fuzzing::isEqualByModel(one, other) != isListed) return true;
     return false;
 }
 
 void requireChangesOfModel(const NSDictionary& before, const NSDictionary& after) {
     const FlatMap old = flatMap(before);
     const FlatMap present = flatMap(after);
-    const KeyPaths told = changes(before, after);
-    KeyPaths all = told;
+    const KeyPaths listed = changes(before, after);
+    KeyPaths all = listed;
     for (const auto& [keyPath, values] : old) all.insert(keyPath);
     for (const auto& [keyPath, values] : present) all.insert(keyPath);
     for (const std::string& keyPath : all)
-        require(mayBeTold(old, present, keyPath, told.contains(keyPath)),
+        require(mayBeListed(old, present, keyPath, listed.contains(keyPath)),
                 "changed are the key paths of the model", keyPath, before, after);
-    require(told == changes(after, before), "changes are the same from either side", before, after);
+    require(listed == changes(after, before), "changes are the same from either side", before,
+            after);
 }
 
 void requireFlatAsModel(const NSDictionary& tree) {
@@ -93,7 +97,7 @@ void requireEqualityOfModel(const PropertyListValue& left, const PropertyListVal
     require((right == left) == isEqual, "equality has no sides", left, right);
 }
 
-// Another tree made of the first one, of which it keeps what is not written.
+// A copy of the tree with some values written or removed.
 NSDictionary variantOf(const NSDictionary& tree, Input& input) {
     NSMutableDictionary variant = tree.mutableCopy();
     for (std::size_t count = input.number(4); count > 0; --count) {

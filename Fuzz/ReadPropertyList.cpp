@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes read as a property list give a value or an error that says what and where, and a value
-// that was read is written again, but for what the header of the serialisation excepts.
+// Reading any bytes as a property list gives a value, or an error with its cause and place. A value
+// that was read can be written, except for dates that XML cannot hold.
 
 #include <string>
 
@@ -11,7 +11,7 @@ using Fuzzing::require;
 
 namespace {
 
-// UTF-16 takes two bytes for what UTF-8 takes three for.
+// A character of two bytes in UTF-16 may take three in UTF-8.
 std::size_t largestOffset(std::size_t size, PropertyListFormat format) {
     return format == PropertyListFormat::Binary ? size : size * 3 / 2;
 }
@@ -27,9 +27,9 @@ void requireOneLine(const std::string& description) {
 void requireUsefulError(const PropertyListReadResult& read, std::size_t size) {
     const PropertyListError& error = *read.error;
     const bool isText = error.place == PropertyListError::Place::LineAndColumn;
-    require(!error.message.empty(), "an error says what");
-    require(isText == (read.format != PropertyListFormat::Binary), "text errors tell the line");
-    require(error.place != PropertyListError::Place::KeyPath, "reading tells no key path");
+    require(!error.message.empty(), "an error has a message");
+    require(isText == (read.format != PropertyListFormat::Binary), "text errors have a line");
+    require(error.place != PropertyListError::Place::KeyPath, "errors of reading have no key path");
     require(error.offset <= largestOffset(size, read.format), "an offset lies in the input",
             error.description());
     require(isText == (error.line > 0) && isText == (error.column > 0), "lines count from 1");
@@ -58,11 +58,12 @@ bool holdsFarDate(const PropertyListValue& value) {
 void requireWritable(const PropertyListReadResult& read) {
     if (!Fuzzing::isQuicklyWritten(read.value)) return;
     const auto written = NSPropertyListSerialization::dataWithPropertyList(read.value);
-    require(written.bytes.empty() == written.error.has_value(), "all is written or nothing");
+    require(written.bytes.empty() == written.error.has_value(), "everything is written or nothing");
     require(holdsFarDate(read.value) == written.error.has_value(), "what was read can be written");
     if (!written.error) return;
     require(read.format == PropertyListFormat::Binary, "text formats hold writable dates only");
-    require(written.error->place == PropertyListError::Place::KeyPath, "writing tells a key path");
+    require(written.error->place == PropertyListError::Place::KeyPath,
+            "errors of writing have a key path");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A property list of any format that was read is, when it is written and read again, the same tree
-// with its dates at whole seconds; writing that gives the same bytes. The file can be read in any
-// encoding, and none of its beginnings is a file.
+// A property list of any format is read, written and read again. The second tree equals the first,
+// with dates rounded down to whole seconds, and writing it gives the same bytes. The file can be
+// read in any encoding, and no part of it that was cut off can be read.
 
 #include <string>
 #include <string_view>

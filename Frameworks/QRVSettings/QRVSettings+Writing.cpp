@@ -29,7 +29,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
-#include "Platform/Values/Building.h"
+#include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Log.h"
@@ -143,9 +143,9 @@ NSDictionary changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     static const PropertyListValue key("key");
     static const PropertyListValue time("time");
-    std::array<QRVPlatform::ValueObjects::KeyedValue, 2> entries{
+    std::array<QRVPlatform::KeyedValue, 2> entries{
         {{key, keyPath.text()}, {time, NSDate::now().timeIntervalSince1970()}}};
-    return QRVPlatform::ValueObjects::Building::dictionary(entries);
+    return QRVPlatform::immutableDictionary(entries);
 }
 
 }  // namespace

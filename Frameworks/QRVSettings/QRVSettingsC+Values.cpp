@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/Values/Building.h"
+#include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
 using CInterface::emptied;
@@ -69,7 +69,7 @@ PropertyListValue arrayOf(const qrv_value* const* elements, std::size_t count) {
     std::vector<PropertyListValue> values;
     for (std::size_t index = 0; index < count; ++index)
         values.push_back(elementOf(elements, index));
-    return QRVPlatform::ValueObjects::Building::array(values);
+    return QRVPlatform::immutableArray(values);
 }
 
 PropertyListValue keyOf(const char* const* keys, std::size_t index) {
@@ -78,10 +78,10 @@ PropertyListValue keyOf(const char* const* keys, std::size_t index) {
 
 PropertyListValue dictionaryOf(const char* const* keys, const qrv_value* const* elements,
                                std::size_t count) {
-    std::vector<QRVPlatform::ValueObjects::KeyedValue> entries;
+    std::vector<QRVPlatform::KeyedValue> entries;
     for (std::size_t index = 0; index < count; ++index)
         entries.push_back({keyOf(keys, index), elementOf(elements, index)});
-    return QRVPlatform::ValueObjects::Building::dictionary(entries);
+    return QRVPlatform::immutableDictionary(entries);
 }
 
 std::int64_t signedOf(const PropertyListValue& integer) {

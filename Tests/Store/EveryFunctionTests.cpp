@@ -321,33 +321,27 @@ Actions ofAnyThreadForValues() {
     return {
         {{"NSArray::NSArray", "NSArray::arrayWithObject", "NSArray::asMutable", "NSArray::begin",
           "NSArray::copy", "NSArray::count", "NSArray::isMutable", "NSArray::mutableCopy",
-          "NSArray::objectAtIndex", "NSArray::Iterator::Iterator", "NSArray::Iterator::~Iterator",
-          "NSArray::Iterator::operator!=", "NSArray::Iterator::operator*",
-          "NSArray::Iterator::operator++", "NSMutableArray::NSMutableArray"},
+          "NSArray::objectAtIndex", "NSMutableArray::NSMutableArray",
+          "QRVPlatform::ValueObjects::ContainerIterator<PropertyListValue const&>::operator*"},
          [] {
              const NSArray seen = sharedArray();
              for (const PropertyListValue& value : seen) use(value);
-             auto position = seen.begin();
-             const auto moved = std::move(position);
              const std::vector<PropertyListValue> values{1, 2};
              use(seen.copy(), seen.mutableCopy(), seen.asMutable(), seen.isMutable(), seen.count(),
                  seen.objectAtIndex(0), NSArray(), NSArray(values), NSArray::arrayWithObject(1),
-                 NSMutableArray(), NSMutableArray{1}, moved);
+                 NSMutableArray(), NSMutableArray{1});
          }},
         {{"NSDictionary::NSDictionary", "NSDictionary::asMutable", "NSDictionary::begin",
           "NSDictionary::copy", "NSDictionary::count", "NSDictionary::isMutable",
           "NSDictionary::mutableCopy", "NSDictionary::objectForKey",
-          "NSDictionary::Iterator::Iterator", "NSDictionary::Iterator::~Iterator",
-          "NSDictionary::Iterator::operator!=", "NSDictionary::Iterator::operator*",
-          "NSDictionary::Iterator::operator++", "NSMutableDictionary::NSMutableDictionary"},
+          "NSMutableDictionary::NSMutableDictionary",
+          "QRVPlatform::ValueObjects::ContainerIterator<NSDictionary::Entry>::operator*"},
          [] {
              const NSDictionary seen = sharedDictionary();
              for (const auto& [key, value] : seen) use(key, value);
-             auto position = seen.begin();
-             const auto moved = std::move(position);
              use(seen.copy(), seen.mutableCopy(), seen.asMutable(), seen.isMutable(), seen.count(),
                  seen.objectForKey("C"), NSDictionary(), NSMutableDictionary(),
-                 NSMutableDictionary{{"A", 1}}, moved);
+                 NSMutableDictionary{{"A", 1}});
          }},
         {{"NSDictionaryQRV::changedKeys", "NSDictionaryQRV::flatten", "NSDictionaryQRV::hasValues",
           "NSDictionaryQRV::objectAtKeyPath"},

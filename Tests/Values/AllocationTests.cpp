@@ -13,6 +13,7 @@
 namespace {
 
 std::atomic<std::size_t> allocations = 0;
+std::atomic<std::size_t> allocatedBytes = 0;
 
 std::size_t allocationsOf(const auto& work) {
     const std::size_t before = allocations;
@@ -20,10 +21,17 @@ std::size_t allocationsOf(const auto& work) {
     return allocations - before;
 }
 
+std::size_t bytesOf(const auto& work) {
+    const std::size_t before = allocatedBytes;
+    work();
+    return allocatedBytes - before;
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
     ++allocations;
+    allocatedBytes += size;
     void* memory = std::malloc(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
@@ -81,4 +89,30 @@ TEST(Allocation, CopyingADictionaryTakesTheSameHoweverLargeItIs) {
         return allocationsOf([&] { const NSMutableDictionary copy = dictionary.mutableCopy(); });
     };
     EXPECT_EQ(copyOf(large), copyOf(small));
+}
+
+TEST(Allocation, WalkingAllocatesNothing) {
+    const NSMutableDictionary dictionary{{"a", 1}, {"b", 2}};
+    const NSMutableArray array{1, 2, 3};
+    EXPECT_EQ(allocationsOf([&] {
+                  std::int64_t sum = 0;
+                  for (const auto& [key, value] : dictionary) sum += value.integerValue();
+                  for (const PropertyListValue& element : array) sum += element.integerValue();
+                  EXPECT_EQ(sum, 9);
+              }),
+              0U);
+}
+
+TEST(Allocation, RemovingAnObjectTakesTheSameHoweverLargeTheArrayIs) {
+    const auto removalFrom = [](int count) {
+        const NSMutableArray array;
+        for (int number = 0; number < count; ++number) array.addObject(number);
+        return bytesOf([&] { array.removeObject(1); });
+    };
+    EXPECT_EQ(removalFrom(10000), removalFrom(4));
+}
+
+TEST(Allocation, RemovingAnObjectThatIsNotThereAllocatesNothing) {
+    const NSMutableArray array{1, 2, 3};
+    EXPECT_EQ(allocationsOf([&] { array.removeObject(4); }), 0U);
 }

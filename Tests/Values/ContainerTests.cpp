@@ -150,6 +150,62 @@ TEST(Containers, RemovingAnObjectRemovesEveryEqualElement) {
     EXPECT_EQ(array.count(), 0U);
 }
 
+TEST(Containers, RemovingAnObjectLeavesCopiesAndWalksAlone) {
+    const NSMutableArray array{1, 2, 1, 3};
+    const NSArray copy = array.copy();
+    const NSMutableArray mutableCopy = array.mutableCopy();
+    auto element = array.begin();
+    array.removeObject(1);
+    array.removeObject("never there");
+    EXPECT_EQ(array, NSArray({2, 3}));
+    EXPECT_EQ(copy, NSArray({1, 2, 1, 3}));
+    EXPECT_EQ(mutableCopy, NSArray({1, 2, 1, 3}));
+    EXPECT_EQ(*element, 1);
+    array.removeObject(3);
+    array.removeObject(2);
+    EXPECT_EQ(array, NSArray());
+}
+
+TEST(Containers, AnArrayIsRemovedFromItself) {
+    const NSMutableArray array{1};
+    array.addObject(array);
+    array.removeObject(array);
+    EXPECT_EQ(array, NSArray({1}));
+}
+
+TEST(Containers, RemovingAnObjectBehavesLikeErasing) {
+    const auto holds = rc::check("same elements after the same removals", [] {
+        auto model = *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 6));
+        const NSMutableArray array;
+        for (const int number : model) array.addObject(number);
+        for (const int number : *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 6))) {
+            std::erase(model, number);
+            array.removeObject(number);
+            RC_ASSERT(array.count() == model.size());
+            for (std::size_t index = 0; index < model.size(); ++index)
+                RC_ASSERT(array.objectAtIndex(index) == model[index]);
+        }
+    });
+    EXPECT_TRUE(holds);
+}
+
+TEST(Containers, WhatIsReplacedOrRemovedMayUseTheContainerWhileItIsDestroyed) {
+    const NSMutableDictionary dictionary;
+    const NSMutableArray array;
+    for (int round = 0; round < 3; ++round) {
+        NSMutableArray nested;
+        nested.addObject(dictionary);
+        nested.addObject(array);
+        dictionary.setObjectForKey(nested, "nested");
+        array.addObject(nested);
+    }
+    array.removeObject(dictionary.objectForKey("nested"));
+    dictionary.removeObjectForKey("nested");
+    array.removeAllObjects();
+    EXPECT_EQ(dictionary.count(), 0U);
+    EXPECT_EQ(array.count(), 0U);
+}
+
 TEST(Containers, KeysMayHoldAnyCharacter) {
     const std::string withZero("a\0b", 3);
     const NSDictionary dictionary{{withZero, 1}, {"", 2}, {"a", 3}, {"\xC3\xA4.b", 4}};

@@ -69,3 +69,19 @@ TEST(Sharing, OneObjectIsReleasedByManyThreads) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(shared.count(), 2U);
 }
+
+TEST(Sharing, RemovalsByTwoThreadsLoseNoChange) {
+    const NSMutableArray array;
+    constexpr int elements = 300;
+    const auto work = [&array](int start) {
+        for (int number = start; number < elements; number += 2) {
+            array.addObject(number);
+            if (number % 3 == 0) array.removeObject(number);
+        }
+    };
+    std::thread odd(work, 1);
+    work(0);
+    odd.join();
+    EXPECT_EQ(array.count(), elements - elements / 3U);
+    for (const PropertyListValue& element : array) EXPECT_NE(element.integerValue() % 3, 0);
+}

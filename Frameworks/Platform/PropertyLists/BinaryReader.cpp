@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The reader of the binary format.
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -11,20 +13,16 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/Values/Building.h"
+#include "Platform/Values/ImmutableContainers.h"
+#include "Platform/Values/OneThread.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
 
-using ValueObjects::Building;
-using ValueObjects::KeyedValue;
-
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
-constexpr std::size_t maximumLevels = NSPropertyListSerialization::maximumLevels;
-constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues;
 
 /// Big-endian bytes; at most eight.
 std::uint64_t unsignedOf(std::string_view bytes) {
@@ -33,7 +31,7 @@ std::uint64_t unsignedOf(std::string_view bytes) {
     return value;
 }
 
-/// Where the parts of the file are. All sums stay far below 2^64: what enters them has been
+/// Where the parts of the file are. All sums stay far below 2^64, because each term has been
 /// compared with the size of the file.
 struct Layout {
     std::size_t offsetSize = 0;
@@ -67,8 +65,8 @@ Layout readLayout(std::string_view bytes) {
     if (offsetTable + objectCount * offsetSize != trailer) {
         fail("the offset table does not end where the trailer begins", trailer + 24);
     }
-    // Each value has a key at most, so no tree within the limit has more objects.
-    if (objectCount > 2 * maximumValues) fail(std::string(tooManyValues), trailer + 8);
+    // Each value has at most one key, so no tree within the limit has more objects.
+    if (objectCount > 2 * maximumValues) fail(tooManyValues(), trailer + 8);
     return {offsetSize, referenceSize, objectCount, topObject, offsetTable};
 }
 
@@ -87,7 +85,7 @@ enum class Marker : unsigned {
     Dictionary = 0xD,
 };
 
-/// Reads each object once, whatever number of places refers to it.
+/// Reads each object once, however many places refer to it.
 class BinaryReader {
   public:
     explicit BinaryReader(std::string_view bytes)
@@ -97,8 +95,8 @@ class BinaryReader {
           unclaimedBytes_(layout_.offsetTable - headerSize) {}
 
     PropertyListValue read() {
-        PropertyListValue root = Building::sameObject(object(layout_.topObject, 0).value);
-        for (Object& object : objects_) Building::giveUp(object.value);
+        PropertyListValue root = OneThread::copy(object(layout_.topObject, 0).value);
+        for (Object& object : objects_) OneThread::clear(object.value);
         return root;
     }
 
@@ -112,11 +110,11 @@ class BinaryReader {
         State state = State::Unread;
     };
 
-    /// An object's place in the file, its marker taken apart.
+    /// An object's place in the file, and the two halves of its marker.
     struct Encoded {
         std::size_t offset;
         Marker marker;
-        std::size_t low;  // nibble of the marker
+        std::size_t low;  // half of the marker
     };
 
     struct Sized {
@@ -154,7 +152,7 @@ class BinaryReader {
     const std::string_view bytes_;
     const Layout layout_;
     std::vector<Object> objects_;
-    // Objects that overlap could otherwise give far more memory than the file has bytes.
+    // Without it, objects that overlap could take far more memory than the file has bytes.
     std::size_t unclaimedBytes_;
     // The contents of the containers that are being read, the innermost last.
     std::vector<KeyedValue> entries_;
@@ -171,7 +169,7 @@ const BinaryReader::Object& BinaryReader::objectReadNow(std::size_t number,
         found.state = State::Read;
     }
     if (levelsAbove + found.levels > maximumLevels) {
-        fail(std::string(tooManyLevels), encoded(number).offset);
+        fail(tooManyLevels(), encoded(number).offset);
     }
     return found;
 }
@@ -183,7 +181,7 @@ void BinaryReader::readObject(Object& object, std::size_t number, std::size_t le
         return;
     }
     object.levels = 1;
-    if (levelsAbove >= maximumLevels) fail(std::string(tooManyLevels), place.offset);
+    if (levelsAbove >= maximumLevels) fail(tooManyLevels(), place.offset);
     if (place.marker == Marker::Array) {
         array(object, place, levelsAbove + 1);
     } else {
@@ -201,7 +199,7 @@ BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
     return {offset, static_cast<Marker>(byte >> 4U), byte & 0xFU};
 }
 
-// Answers the bytes when they are there and no other objects have used them up.
+// The bytes, unless they are missing or the objects together take more than the file has.
 std::string_view BinaryReader::claim(std::size_t offset, std::size_t size,
                                      std::size_t objectOffset) {
     if (size > layout_.offsetTable - offset) fail("an object is cut off", objectOffset);
@@ -260,9 +258,11 @@ PropertyListValue BinaryReader::scalar(const Encoded& encoded) {
         case Marker::OrderedSet:
         case Marker::Set:
             fail("a set is no value of a property list", encoded.offset);
-        default:
-            fail("unknown object", encoded.offset);
+        case Marker::Array:
+        case Marker::Dictionary:
+            break;  // no scalars: `readObject` reads them
     }
+    fail("unknown object", encoded.offset);
 }
 
 PropertyListValue BinaryReader::singleton(const Encoded& encoded) {
@@ -334,16 +334,16 @@ const BinaryReader::Object& BinaryReader::referenced(const char* reference,
     return object(number, levelsAbove);
 }
 
-// Adds what an element expands to to what its container does.
+// Adds the element's values and levels to those of its container.
 PropertyListValue BinaryReader::element(Object& container, const char* reference,
                                         std::size_t levelsAbove) {
     const Object& found = referenced(reference, levelsAbove);
     container.expandedValues += found.expandedValues;
     if (container.expandedValues > maximumValues) {
-        fail(std::string(tooManyValues), static_cast<std::size_t>(reference - bytes_.data()));
+        fail(tooManyValues(), static_cast<std::size_t>(reference - bytes_.data()));
     }
     container.levels = std::max(container.levels, static_cast<std::uint16_t>(found.levels + 1));
-    return Building::sameObject(found.value);
+    return OneThread::copy(found.value);
 }
 
 void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
@@ -353,7 +353,7 @@ void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t lev
         PropertyListValue read = element(result, references.data() + next, levelsAbove);
         elements_.push_back(std::move(read));
     }
-    result.value = Building::array(std::span(elements_).subspan(first));
+    result.value = immutableArray(std::span(elements_).subspan(first));
     elements_.resize(first);
 }
 
@@ -366,11 +366,11 @@ void BinaryReader::dictionary(Object& result, const Encoded& encoded, std::size_
          key += layout_.referenceSize, value += layout_.referenceSize) {
         const Object& name = referenced(key, levelsAbove);  // keys do not count
         if (!name.value.isString()) fail("a key is not a string", encoded.offset);
-        PropertyListValue sameName = Building::sameObject(name.value);
+        PropertyListValue sameName = OneThread::copy(name.value);
         PropertyListValue read = element(result, value, levelsAbove);
         entries_.push_back({std::move(sameName), std::move(read)});
     }
-    result.value = Building::dictionary(std::span(entries_).subspan(first));
+    result.value = immutableDictionary(std::span(entries_).subspan(first));
     entries_.resize(first);
 }
 

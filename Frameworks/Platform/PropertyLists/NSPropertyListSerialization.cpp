@@ -4,16 +4,16 @@
 #include <algorithm>
 #include <utility>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/PropertyLists/Writing.h"
+#include "Platform/PropertyLists/XMLWriter.h"
 
 using namespace QRVPlatform;
 
 namespace {
 
-using PropertyLists::Failure;
+using PropertyLists::ReadFailure;
 
 bool isBinary(std::string_view bytes) {
     constexpr std::string_view signature = "bplist";
@@ -53,7 +53,7 @@ void locate(PropertyListError& error, std::string_view text) {
     }
 }
 
-PropertyListReadResult failedRead(const Failure& failure, PropertyListFormat format) {
+PropertyListReadResult failedRead(const ReadFailure& failure, PropertyListFormat format) {
     PropertyListReadResult result{.value = nullptr, .format = format, .error = {}};
     result.error.emplace().message = failure.message;
     result.error->offset = failure.offset;
@@ -63,7 +63,7 @@ PropertyListReadResult failedRead(const Failure& failure, PropertyListFormat for
 PropertyListReadResult readBinary(std::string_view bytes) {
     try {
         return {PropertyLists::readBinary(bytes), PropertyListFormat::Binary, std::nullopt};
-    } catch (const Failure& failure) {
+    } catch (const ReadFailure& failure) {
         return failedRead(failure, PropertyListFormat::Binary);
     }
 }
@@ -79,14 +79,14 @@ PropertyListReadResult readText(std::string_view bytes) {
             return {PropertyLists::readOldStyle(decoded.text), format, std::nullopt};
         }
         return {PropertyLists::readXML(decoded.text), format, std::nullopt};
-    } catch (const Failure& failure) {
+    } catch (const ReadFailure& failure) {
         PropertyListReadResult result = failedRead(failure, format);
         locate(*result.error, decoded.text);
         return result;
     }
 }
 
-// Messages and key paths quote what stands in files: control characters are shown as \xNN.
+// Messages and key paths quote the contents of files: control characters become \xNN.
 std::string onOneLine(std::string_view text) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string line;
@@ -118,7 +118,7 @@ std::string PropertyListError::description() const {
 PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::string_view bytes) {
     const bool binary = isBinary(bytes);
     if (bytes.size() > maximumSize) {
-        return failedRead({"the file is larger than 64 MiB", maximumSize},
+        return failedRead({PropertyLists::tooLarge("is"), maximumSize},
                           binary ? PropertyListFormat::Binary : PropertyListFormat::XML);
     }
     return binary ? readBinary(bytes) : readText(bytes);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The character set that octal escapes of old-style text are in. Inner header of this folder.
+// The character set of octal escapes in old-style text.
 
 #include <array>
 #include <optional>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The reader of the old-style text format.
+
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -8,7 +10,7 @@
 #include <vector>
 
 #include "Platform/PropertyLists/NextStepEncoding.h"
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 
@@ -31,9 +33,9 @@ class OldStyleScanner {
     bool isAt(char character) const { return !isAtEnd() && text_[position_] == character; }
     bool isAtQuote() const { return isAt('"') || isAt('\''); }
 
-    /// White space and comments. What follows is a token's beginning or the end.
+    /// Skips white space and comments.
     void skipSpace();
-    /// Takes `character`, and the space behind it, when it is next.
+    /// Takes `character` when it is next, and the space behind it.
     bool take(char character) {
         if (!isAt(character)) return false;
         ++position_;
@@ -220,7 +222,7 @@ PropertyListValue OldStyleReader::root() {
     const bool isQuoted = scanner_.isAtQuote();
     std::string text = scanner_.string();
     if (scanner_.isAt('=')) return bareDictionary(std::move(text), begin);
-    // Anything at all may begin with a word; taking it for a property list would hide the damage.
+    // Any text may begin with a word; accepting it would hide that the file is damaged.
     if (!isQuoted) fail("a lone word is no property list", begin);
     return text;
 }
@@ -268,7 +270,7 @@ PropertyListValue OldStyleReader::dictionary() {
     return result.copy();
 }
 
-// Here the last ";" is required: without it nothing tells a cut off value from a whole one.
+// Here the last ";" is required: without it, a value that was cut off would look complete.
 PropertyListValue OldStyleReader::bareDictionary(std::string firstKey, std::size_t begin) {
     extent_.addValue(begin);
     extent_.enterContainer(begin);

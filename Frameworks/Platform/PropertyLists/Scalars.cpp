@@ -32,7 +32,7 @@ bool removePrefix(std::string_view& text, std::string_view prefix) {
     return true;
 }
 
-// Answers whether the number is negative.
+// Removes the sign; true when it is a minus.
 bool removeSign(std::string_view& text) {
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
@@ -46,7 +46,7 @@ bool convertsWhole(std::string_view text, Number& number, Format... format) {
     return fault == std::errc() && stop == end;
 }
 
-/// Takes fields of fixed form from the front of a date.
+/// Takes the fields of a date from its front; each has a fixed form.
 class DateFields {
   public:
     explicit DateFields(std::string_view text) : text_(text) {}
@@ -93,7 +93,7 @@ class DateFields {
 constexpr double secondsPerDay = 86400;
 constexpr std::chrono::sys_days referenceDay = std::chrono::year(2001) / 1 / 1;
 
-/// Writes `number` in so many digits and answers their end.
+/// Writes `number` with that many digits and returns their end.
 char* writePadded(char* place, int number, std::size_t digits) {
     for (char* digit = place + digits; digit != place; number /= 10) {
         *--digit = static_cast<char>('0' + number % 10);
@@ -106,7 +106,7 @@ char* writeCharacter(char* place, char character) {
     return place + 1;
 }
 
-/// The 24 bits of three bytes, or of fewer and zeros.
+/// The 24 bits of three bytes; missing bytes are 0.
 std::uint32_t groupOf(std::string_view bytes) {
     std::uint32_t group = 0;
     for (std::size_t index = 0; index < bytes.size(); ++index) {
@@ -138,7 +138,7 @@ constexpr char byteOf(std::uint32_t group, unsigned shift) {
     return static_cast<char>(static_cast<unsigned char>(group >> shift));
 }
 
-/// Writes at most three bytes as four characters and answers their end.
+/// Writes at most three bytes as four characters and returns their end.
 char* writeBase64Group(char* place, std::string_view bytes) {
     const std::uint32_t group = groupOf(bytes);
     for (std::size_t digit = 0; digit < 4; ++digit) {
@@ -251,7 +251,7 @@ void appendReal(TextBuilder& text, double value) {
 bool appendDate(TextBuilder& text, NSDate date) {
     const double seconds = std::floor(date.timeIntervalSinceReferenceDate());
     const double day = std::floor(seconds / secondsPerDay);
-    // Compared as doubles: a date may be too far away for any calendar, infinite or no number.
+    // Compared as doubles: a date may be too far away for any calendar, infinite or NaN.
     constexpr double firstDay =
         (std::chrono::sys_days(std::chrono::year(0) / 1 / 1) - referenceDay).count();
     constexpr double lastDay =

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Numbers, dates and data as text, the same in every locale. Inner header of this folder.
+// Numbers, dates and data as they are written in files, the same in every locale.
 
 #include <cstddef>
 #include <optional>
@@ -22,7 +22,7 @@ std::string_view withoutSpaceAround(std::string_view text) noexcept;
 /// The value of a hexadecimal digit.
 std::optional<unsigned> hexadecimalDigit(char character) noexcept;
 
-/// @name Parsing; an empty answer when the text is malformed or what it says is out of range.
+/// @name Parsing; empty when the text is malformed or its value is out of range.
 /// @{
 
 /// Decimal, or hexadecimal after `0x`; with or without sign.
@@ -37,7 +37,7 @@ std::optional<std::string> parseBase64(std::string_view text);
 
 /// `value` is an integer.
 void appendInteger(TextBuilder& text, const PropertyListValue& value);
-/// The shortest form that reads back to the same number.
+/// The shortest form that reads back as the same number.
 void appendReal(TextBuilder& text, double value);
 /// Whole seconds, rounded down; false, and nothing appended, outside the years 0000 to 9999.
 [[nodiscard]] bool appendDate(TextBuilder& text, NSDate date);

@@ -1,29 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
-
 #include <array>
 #include <cstddef>
 #include <string_view>
 
-#include "Platform/Values/Building.h"
+#include "Platform/Values/OneThread.h"
 #include "Platform/Values/PropertyListValue.h"
 
 namespace QRVPlatform::PropertyLists {
 
-/// Makes string values, equal ones mostly the same object: a file has few keys and short words
-/// that come again and again, and they come near each other. The last one of each slot is known.
+/// Makes string values; equal ones are mostly the same object, because a file repeats its keys and
+/// short words, and mostly soon. Remembers the last string of each slot.
 class SharedStrings {
   public:
     PropertyListValue stringOf(std::string_view text) {
-        using ValueObjects::Building;
         PropertyListValue& known = strings_[slotOf(text)];
         if (!known.isString() || known.stringView() != text) {
-            Building::giveUp(known);
+            OneThread::clear(known);
             known = text;
         }
-        return Building::sameObject(known);
+        return OneThread::copy(known);
     }
 
   private:

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -13,52 +11,52 @@
 
 namespace QRVPlatform::PropertyLists {
 
-/// A long text out of many short pieces. They are gathered first, because appending to a string
-/// costs more than a short piece itself.
+/// Builds a long text from many short pieces. They are buffered, because appending a short piece to
+/// a string takes longer than copying it.
 class TextBuilder {
   public:
     static constexpr std::size_t largestRoom = 1024;
 
-    [[nodiscard]] std::size_t size() const noexcept { return text_.size() + gathered_; }
+    [[nodiscard]] std::size_t size() const noexcept { return text_.size() + buffered_; }
 
     void append(std::string_view piece) {
-        if (piece.size() > pieces_.size() - gathered_) return appendLong(piece);
-        std::memcpy(pieces_.data() + gathered_, piece.data(), piece.size());
-        gathered_ += piece.size();
+        if (piece.size() > buffer_.size() - buffered_) return appendLong(piece);
+        std::memcpy(buffer_.data() + buffered_, piece.data(), piece.size());
+        buffered_ += piece.size();
     }
     /// The same, with a length that the compiler knows.
     template <std::size_t Size>
     void append(const char (&literal)[Size]) {
-        if (pieces_.size() - gathered_ < Size) flush();
-        std::memcpy(pieces_.data() + gathered_, literal, Size - 1);
-        gathered_ += Size - 1;
+        if (buffer_.size() - buffered_ < Size) flush();
+        std::memcpy(buffer_.data() + buffered_, literal, Size - 1);
+        buffered_ += Size - 1;
     }
     void appendTabs(std::size_t count) {
         constexpr std::size_t fewTabs = sizeof tabs - 1;
-        if (pieces_.size() - gathered_ < fewTabs) flush();
-        // All of them are copied and some of them count, which is faster than copying some.
-        std::memcpy(pieces_.data() + gathered_, tabs, fewTabs);
-        gathered_ += std::min(count, fewTabs);
+        if (buffer_.size() - buffered_ < fewTabs) flush();
+        // Always copies all tabs and counts some of them: a copy of fixed length is faster.
+        std::memcpy(buffer_.data() + buffered_, tabs, fewTabs);
+        buffered_ += std::min(count, fewTabs);
         if (count > fewTabs) appendTabs(count - fewTabs);
     }
-    /// A place for at most `largestRoom` characters, of which `fill(place)` writes some and answers
-    /// the end.
+    /// Calls `fill(place)`, which may write up to `largestRoom` characters there and returns their
+    /// end.
     template <typename Fill>
     void appendInPlace(Fill&& fill) {
-        if (pieces_.size() - gathered_ < largestRoom) flush();
-        gathered_ = static_cast<std::size_t>(fill(pieces_.data() + gathered_) - pieces_.data());
+        if (buffer_.size() - buffered_ < largestRoom) flush();
+        buffered_ = static_cast<std::size_t>(fill(buffer_.data() + buffered_) - buffer_.data());
     }
-    /// Appends what `characters` begin with, as far as `isWanted` and `largestRoom` go; answers how
-    /// many they were.
+    /// Appends the first characters for which `isWanted` holds, at most `largestRoom`; returns
+    /// their number.
     template <typename IsWanted>
     std::size_t appendWhile(std::string_view characters, const IsWanted& isWanted) {
-        if (pieces_.size() - gathered_ < largestRoom) flush();
+        if (buffer_.size() - buffered_ < largestRoom) flush();
         const std::size_t most = std::min(characters.size(), largestRoom);
-        char* const place = pieces_.data() + gathered_;
+        char* const place = buffer_.data() + buffered_;
         std::size_t count = 0;
         for (; count < most && isWanted(characters[count]); ++count)
             place[count] = characters[count];
-        gathered_ += count;
+        buffered_ += count;
         return count;
     }
     [[nodiscard]] std::string take() {
@@ -69,12 +67,12 @@ class TextBuilder {
   private:
     static constexpr char tabs[] = "\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
 
-    void flush() { appendToText({pieces_.data(), std::exchange(gathered_, 0)}); }
+    void flush() { appendToText({buffer_.data(), std::exchange(buffered_, 0)}); }
     void appendLong(std::string_view piece) {
         flush();
         appendToText(piece);
     }
-    // Large steps: room that is not used costs no memory, moving the text to more room does.
+    // Large steps: reserved room that is never touched costs no memory, moving the text does.
     void appendToText(std::string_view piece) {
         constexpr std::size_t step = 4;
         const std::size_t needed = text_.size() + piece.size();
@@ -83,8 +81,8 @@ class TextBuilder {
     }
 
     std::string text_;
-    std::size_t gathered_ = 0;
-    std::array<char, 4 * largestRoom> pieces_{};
+    std::size_t buffered_ = 0;
+    std::array<char, 4 * largestRoom> buffer_{};
 };
 
 }  // namespace QRVPlatform::PropertyLists

@@ -16,8 +16,8 @@ bool isContinuation(std::string_view text, std::size_t index) {
     return index < text.size() && (byteAt(text, index) & 0xC0U) == 0x80;
 }
 
-// The lead byte narrows the range of the second one: this excludes overlong forms, surrogates and
-// what is past U+10FFFF.
+// The lead byte narrows the range of the second one, which excludes overlong forms, surrogates and
+// numbers past U+10FFFF.
 bool isSecondOf(unsigned lead, unsigned second) {
     switch (lead) {
         case 0xE0:
@@ -75,12 +75,12 @@ bool appendUTF32(std::string& text, std::string_view bytes, ByteOrder order) {
 struct Encoding {
     std::string_view name;
     std::string_view beginning;
-    bool isMark;  // of which nothing is kept
+    bool isMark;  // dropped from the text
 };
 
 using namespace std::string_view_literals;
 
-// In this order, because some beginnings are beginnings of others.
+// In this order, because some of these beginnings contain others.
 constexpr std::array encodings{
     Encoding{"UTF-32LE", "\xFF\xFE\0\0"sv, true}, Encoding{"UTF-32BE", "\0\0\xFE\xFF"sv, true},
     Encoding{"UTF-16LE", "\xFF\xFE"sv, true},     Encoding{"UTF-16BE", "\xFE\xFF"sv, true},

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// UTF-8, UTF-16 and UTF-32. Inner header of the library.
+// UTF-8, UTF-16 and UTF-32.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,25 +26,26 @@ constexpr char32_t characterOfSurrogates(char32_t high, char32_t low) {
     return 0x10000 + ((high - 0xD800) << 10U) + (low - 0xDC00);
 }
 
-/// `character` is one for which `isCharacter` holds.
+/// `isCharacter(character)` must hold.
 void appendUTF8(std::string& text, char32_t character);
 
-/// The number of bytes of the well-formed sequence that `text` begins with; 0 when it begins with
-/// none.
+/// The number of bytes of the first character of `text`; 0 when it does not begin with well-formed
+/// UTF-8.
 std::size_t lengthOfFirstCharacter(std::string_view text) noexcept;
 
 bool isASCII(std::string_view text) noexcept;
 
-/// Where the first byte is that is not part of well-formed UTF-8.
+/// The offset of the first byte that is not part of well-formed UTF-8; empty when all bytes are.
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept;
 
-/// Text out of a file for a message: the first 40 bytes or a little less, when there are more.
+/// Text of a file for a message. Longer text is cut after 40 bytes, or a few less so that no
+/// character is cut.
 std::string shortened(std::string_view text);
 
 enum class ByteOrder { LittleEndian, BigEndian };
 
-/// Appends UTF-16 as UTF-8; false at an unpaired surrogate or half a unit: what precedes it is
-/// appended.
+/// Appends UTF-16 as UTF-8. False at an unpaired surrogate or half a unit; the text before it has
+/// then been appended.
 [[nodiscard]] bool appendUTF16(std::string& text, std::string_view bytes, ByteOrder order);
 
 /// A file as UTF-8 without byte-order mark.
@@ -53,9 +54,9 @@ struct DecodedText {
     std::string fault;      ///< empty when the whole file was decoded
 };
 
-/// The encoding is that of the byte-order mark, else of the first character when that is "<" in
-/// UTF-16 or UTF-32, else UTF-8. U+0000 is a fault. The text is part of `bytes` when these are
-/// UTF-8, else of `converted`.
+/// A byte-order mark decides the encoding. Without one it is UTF-16 or UTF-32 when the first
+/// character is "<" in that encoding, and UTF-8 otherwise. U+0000 is a fault. The text is part of
+/// `bytes` when these are UTF-8, otherwise of `converted`.
 DecodedText decodeText(std::string_view bytes, std::string& converted);
 
 }  // namespace QRVPlatform::PropertyLists

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The reader of the XML format: from elements to values.
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -8,19 +10,16 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/SharedStrings.h"
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/PropertyLists/XMLScanner.h"
 #include "Platform/PropertyLists/XMLText.h"
-#include "Platform/Values/Building.h"
+#include "Platform/Values/ImmutableContainers.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
-
-using ValueObjects::Building;
-using ValueObjects::KeyedValue;
 
 /// The same as `name == word`, but without a call.
 template <std::size_t Size>
@@ -32,7 +31,7 @@ std::string shown(const XMLTag& tag) {
     return "<" + shortened(tag.name) + ">";
 }
 
-/// Builds the values while the text is scanned. A malformed value is told at its tag.
+/// Builds the values while the text is scanned. The offset of a malformed value is that of its tag.
 class XMLReader {
   public:
     explicit XMLReader(std::string_view text) : scanner_(text) {}
@@ -116,7 +115,7 @@ PropertyListValue XMLReader::dictionary(const XMLTag& tag) {
         entries_.push_back({std::move(name), std::move(read)});
     }
     scanner_.endElement(tag);
-    PropertyListValue result = Building::dictionary(std::span(entries_).subspan(first));
+    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first));
     entries_.resize(first);
     extent_.leaveContainer();
     return result;
@@ -130,7 +129,7 @@ PropertyListValue XMLReader::array(const XMLTag& tag) {
         elements_.push_back(std::move(read));
     }
     scanner_.endElement(tag);
-    PropertyListValue result = Building::array(std::span(elements_).subspan(first));
+    PropertyListValue result = immutableArray(std::span(elements_).subspan(first));
     elements_.resize(first);
     extent_.leaveContainer();
     return result;

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 
@@ -85,7 +85,7 @@ std::string_view XMLScanner::textOf(const XMLTag& tag) {
     return raw;
 }
 
-// Answers where `what` begins, which closes something that begins here.
+// The position of `what`, which closes a construct that begins here.
 std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
                                      const char* fault) const {
     const std::size_t found = text_.find(what, position_ + skipped);
@@ -149,7 +149,7 @@ void XMLScanner::skipBetweenElements() {
     documentType();
 }
 
-// What follows "<?" has to be a name.
+// A name must follow "<?".
 bool XMLScanner::skipCommentOrInstruction() {
     if (rest().starts_with(beginningOfComment)) {
         position_ = findFromHere("-->", beginningOfComment.size(), "a comment is not closed") + 3;

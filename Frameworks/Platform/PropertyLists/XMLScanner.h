@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The markup of an XML file, without what its elements mean. Inner header of this folder.
+// The markup of an XML file, without the meaning of its elements.
 
 #include <cstddef>
 #include <string>
@@ -17,22 +17,22 @@ struct XMLTag {
     bool isEmpty = false;    // <name/>: there is no end tag
 };
 
-/// Passes once over a text, from tag to tag. Comments and processing instructions are skipped
-/// everywhere, attributes in each tag, a document type without internal subset before the first
-/// element. Everything throws Failure at what is malformed.
+/// Passes once over a text, from tag to tag. Skips comments and processing instructions everywhere,
+/// attributes in each tag, and before the first element a document type without internal subset.
+/// Throws ReadFailure for malformed text.
 class XMLScanner {
   public:
-    /// `text` is UTF-8 without U+0000 and outlives the scanner and all that it answers.
+    /// `text` is UTF-8 without U+0000, and must outlive the scanner and all texts that it returns.
     explicit XMLScanner(std::string_view text);
 
-    /// Passes over the next start tag; answers whether there is one before the next end tag or the
-    /// end of the text. Refuses text before it, white space excepted.
+    /// Passes over the next start tag. False when an end tag or the end of the text comes first.
+    /// Refuses text before it other than white space.
     bool nextElement(XMLTag& tag);
 
     /// Passes over the end tag that belongs to `tag`, which must come next; an empty one has none.
     void endElement(const XMLTag& tag);
 
-    /// Passes over the rest of an element that may hold text alone, and answers the text. It is
+    /// Passes over the rest of an element that may hold only text, and returns the text. It is
     /// valid until the next call.
     std::string_view textOf(const XMLTag& tag);
 
@@ -41,7 +41,7 @@ class XMLScanner {
 
   private:
     [[nodiscard]] std::string_view rest() const { return text_.substr(position_); }
-    // U+0000 at the end of the text: it is part of nothing.
+    // U+0000 past the end of the text, which holds none itself.
     [[nodiscard]] char at(std::size_t position) const {
         return position < text_.size() ? text_[position] : '\0';
     }

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
 
 namespace QRVPlatform::PropertyLists {
@@ -22,7 +22,7 @@ constexpr std::array namedEntities{NamedEntity{"lt", '<'}, NamedEntity{"gt", '>'
                                    NamedEntity{"amp", '&'}, NamedEntity{"quot", '"'},
                                    NamedEntity{"apos", '\''}};
 
-/// The character of `#13` or `#xD`; something that is none when it names none.
+/// The character of `#13` or `#xD`; a number past the last character when there is none.
 char32_t numericReference(std::string_view name) {
     constexpr char32_t none = lastCharacter + 1;
     name.remove_prefix(1);
@@ -34,7 +34,7 @@ char32_t numericReference(std::string_view name) {
     return fault == std::errc() && stop == end ? number : none;
 }
 
-// `name` is what stands between "&" and ";".
+// `name` is the text between "&" and ";".
 void appendEntity(std::string& text, std::string_view name, std::size_t offset) {
     if (name.starts_with('#')) {
         const char32_t character = numericReference(name);
@@ -49,7 +49,7 @@ void appendEntity(std::string& text, std::string_view name, std::size_t offset) 
     text += entity->character;
 }
 
-/// Appends what the entity that `rest` begins with stands for; answers its length in `rest`.
+/// Appends the character of the entity at the start of `rest`; returns the entity's length.
 std::size_t resolveEntity(std::string& text, std::string_view rest, std::size_t offset) {
     const std::size_t semicolon = rest.find(';');
     if (semicolon == std::string_view::npos) fail("an entity is not closed by \";\"", offset);
@@ -57,7 +57,7 @@ std::size_t resolveEntity(std::string& text, std::string_view rest, std::size_t 
     return semicolon + 1;
 }
 
-/// The value of an attribute of the XML declaration; empty when it is not there.
+/// The value of an attribute of the XML declaration; empty when it is missing.
 std::string_view declaredValue(std::string_view declaration, std::string_view name) {
     const std::size_t found = declaration.find(name);
     if (found == std::string_view::npos) return {};
@@ -107,7 +107,7 @@ void appendEscaped(TextBuilder& text, char character) {
     }
 }
 
-// The two characters past U+007F that XML cannot hold as they are.
+// The two characters past U+007F that XML cannot hold unescaped.
 std::optional<std::string_view> referenceOf(std::string_view character) {
     if (character == "\xEF\xBF\xBE") return "&#65534;";
     if (character == "\xEF\xBF\xBF") return "&#65535;";
@@ -142,7 +142,7 @@ void checkXMLDeclaration(std::string_view text) {
 }
 
 bool appendXMLText(TextBuilder& text, std::string_view characters) {
-    // Most text is short and plain, and done with this.
+    // Most text is short and plain: nothing is left after this.
     std::size_t position = text.appendWhile(
         characters, [](char character) { return treatmentOf(character) == Treatment::Copy; });
     std::size_t copied = position;

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/PropertyLists/XMLWriter.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
-#include "Platform/PropertyLists/Reading.h"
+#include "Platform/PropertyLists/Limits.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/TextBuilder.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/PropertyLists/Writing.h"
 #include "Platform/PropertyLists/XMLText.h"
 
 namespace QRVPlatform::PropertyLists {
@@ -27,14 +28,10 @@ constexpr std::string_view header =
     "<plist version=\"1.0\">\n";
 constexpr std::string_view footer = "</plist>\n";
 
-constexpr std::size_t maximumLevels = NSPropertyListSerialization::maximumLevels;
-constexpr std::size_t maximumSize = NSPropertyListSerialization::maximumSize;
-constexpr std::size_t maximumValues = NSPropertyListSerialization::maximumValues;
-
-/// Points into what a dictionary's iterator keeps.
+/// Refers to the contents that a dictionary's iterator keeps alive.
 struct Entry {
     std::string_view key;
-    std::uint64_t beginning;  // of the key; in the order of the keys as far as it goes
+    std::uint64_t beginning;  // the key's first bytes, which sort like the key
     const PropertyListValue* value;
 };
 
@@ -78,9 +75,9 @@ class XMLWriter {
     std::string keyPath() const;
     std::size_t level() const { return path_.size(); }
 
-    // Asked before what may be long is appended, so that no more than the limit is ever held.
+    // Called before anything long is appended, so that the text never exceeds the limit by much.
     void requireRoom(std::size_t size) const {
-        if (text_.size() + size > maximumSize) fail("the file would be larger than 64 MiB");
+        if (text_.size() + size > maximumSize) fail(tooLarge("would be"));
     }
     void indent() { text_.appendTabs(level()); }
     void characters(std::string_view characters, std::string_view what);
@@ -88,12 +85,13 @@ class XMLWriter {
     void value(const PropertyListValue& value);
     void dictionary(const NSDictionary& dictionary);
     void pushSorted(NSDictionary::Iterator& contents);
-    void entry(const Entry& entry);
+    // By value: a nested dictionary makes `entries_` grow, which moves the entries in it.
+    void entry(Entry entry);
     void array(const NSArray& array);
     void data(std::string_view bytes);
     void date(NSDate date);
     void requireLevel() const {
-        if (level() >= maximumLevels) fail(tooManyLevels);
+        if (level() >= maximumLevels) fail(tooManyLevels());
     }
 
     TextBuilder text_;
@@ -103,7 +101,7 @@ class XMLWriter {
     std::size_t values_ = 0;
 };
 
-// Bytes that are not UTF-8 are shown as \xNN.
+// Bytes that are not UTF-8 become \xNN.
 void appendReadable(std::string& text, std::string_view key) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     while (!key.empty()) {
@@ -137,7 +135,7 @@ void XMLWriter::characters(std::string_view characters, std::string_view what) {
 
 void XMLWriter::value(const PropertyListValue& value) {
     using Kind = PropertyListValue::Kind;
-    if (++values_ > maximumValues) fail(tooManyValues);
+    if (++values_ > maximumValues) fail(tooManyValues());
     requireRoom(0);
     indent();
     switch (value.kind()) {
@@ -191,7 +189,7 @@ void XMLWriter::date(NSDate date) {
     text_.append("</date>\n");
 }
 
-// A container may change while it is written. An iterator keeps what it has begun with.
+// A container may change while it is written; the iterator keeps the contents as they were.
 void XMLWriter::dictionary(const NSDictionary& dictionary) {
     requireLevel();
     NSDictionary::Iterator contents = dictionary.begin();
@@ -200,7 +198,7 @@ void XMLWriter::dictionary(const NSDictionary& dictionary) {
     const std::size_t end = entries_.size();
     if (end == first) return text_.append("<dict/>\n");
     text_.append("<dict>\n");
-    for (std::size_t index = first; index < end; ++index) entry(Entry(entries_[index]));
+    for (std::size_t index = first; index < end; ++index) entry(entries_[index]);
     entries_.resize(first);
     indent();
     text_.append("</dict>\n");
@@ -208,7 +206,7 @@ void XMLWriter::dictionary(const NSDictionary& dictionary) {
 
 void XMLWriter::pushSorted(NSDictionary::Iterator& contents) {
     const auto first = static_cast<std::ptrdiff_t>(entries_.size());
-    for (; contents != NSDictionary::Sentinel{}; ++contents) {
+    for (; contents != std::default_sentinel; ++contents) {
         const NSDictionary::Entry entry = *contents;
         entries_.push_back(
             {.key = entry.key, .beginning = beginningOf(entry.key), .value = &entry.value});
@@ -216,7 +214,7 @@ void XMLWriter::pushSorted(NSDictionary::Iterator& contents) {
     std::sort(entries_.begin() + first, entries_.end(), isBefore);
 }
 
-void XMLWriter::entry(const Entry& entry) {
+void XMLWriter::entry(Entry entry) {
     path_.push_back({.key = entry.key, .index = 0, .isIndex = false});
     indent();
     text_.append("<key>");
@@ -229,9 +227,9 @@ void XMLWriter::entry(const Entry& entry) {
 void XMLWriter::array(const NSArray& array) {
     requireLevel();
     NSArray::Iterator element = array.begin();
-    if (!(element != NSArray::Sentinel{})) return text_.append("<array/>\n");
+    if (element == std::default_sentinel) return text_.append("<array/>\n");
     text_.append("<array>\n");
-    for (std::size_t index = 0; element != NSArray::Sentinel{}; ++element, ++index) {
+    for (std::size_t index = 0; element != std::default_sentinel; ++element, ++index) {
         path_.push_back({.key = {}, .index = index, .isIndex = true});
         value(*element);
         path_.pop_back();

@@ -9,7 +9,7 @@
 namespace QRVPlatform::ValueObjects {
 namespace {
 
-// More would not fit the slots of an index.
+// A slot of an index has no room for larger numbers.
 constexpr std::size_t maximumCapacity = std::size_t{1} << 30U;
 
 std::uint32_t checkedCapacity(std::size_t capacity) {
@@ -62,6 +62,24 @@ void ArrayContents::append(PropertyListValue value) noexcept {
     ++count_;
 }
 
+ArrayContents::Removed ArrayContents::remove(std::span<const std::size_t> places) {
+    Removed removed = make(places.size());
+    PropertyListValue* kept = begin();
+    auto place = places.begin();
+    for (std::size_t index = 0; index < count_; ++index) {
+        PropertyListValue& element = begin()[index];
+        if (place != places.end() && *place == index) {
+            removed->append(std::move(element));
+            ++place;
+        } else {
+            (kept++)->swap(element);
+        }
+    }
+    std::destroy(kept, begin() + count_);
+    count_ = static_cast<std::uint32_t>(kept - begin());
+    return removed;
+}
+
 void ArrayContents::takeAll(ArrayContents& other) noexcept {
     std::uninitialized_move_n(other.begin(), other.count_, begin() + count_);
     count_ += other.count_;
@@ -100,22 +118,20 @@ void DictionaryContents::append(Reference<StringObject> key, PropertyListValue v
     ++count_;
 }
 
-PropertyListValue DictionaryContents::exchange(std::size_t index,
-                                               PropertyListValue value) noexcept {
+DictionaryContents::Removed DictionaryContents::exchange(std::size_t index,
+                                                         PropertyListValue value) noexcept {
     begin()[index].value.swap(value);
     return value;
 }
 
-DictionaryContents::Entry DictionaryContents::remove(std::string_view key) noexcept {
-    const std::size_t index = indexOf(key, hashOf(key));
-    if (index == notFound) return {};
+DictionaryContents::Removed DictionaryContents::remove(std::size_t index) noexcept {
     const std::size_t last = count_ - 1;
     const std::uint32_t slot = slotOf(index);
     std::uint32_t& slotOfLast = slots()[slotOf(last)];
     slotOfLast = (slotOfLast & ~slotMask()) | static_cast<std::uint32_t>(index + 1);
     std::swap(begin()[index], begin()[last]);
     removeSlot(slot);
-    Entry removed = std::move(begin()[last]);
+    Removed removed = std::move(begin()[last].value);
     std::destroy_at(begin() + last);
     --count_;
     return removed;
@@ -140,7 +156,8 @@ void DictionaryContents::insertSlot(std::uint32_t hash, std::size_t entryIndex) 
     slots()[slot] = (hash & ~mask) | static_cast<std::uint32_t>(entryIndex + 1);
 }
 
-// A gap would end the search of later slots too early, so each slot behind it that may move does.
+// A gap would end the search for later slots too early, so slots behind it move into it where their
+// own search allows.
 void DictionaryContents::removeSlot(std::uint32_t slot) noexcept {
     const std::uint32_t mask = slotMask();
     std::uint32_t* const index = slots();
@@ -156,18 +173,16 @@ void DictionaryContents::removeSlot(std::uint32_t slot) noexcept {
 }
 
 template <typename ObjectType>
-Reference<typename ObjectType::Contents> MutableContainer<ObjectType>::makeRoom(std::size_t more) {
+void Editing<ObjectType>::replaceContents(std::size_t more, bool isUnshared) {
     const std::size_t needed = contents_->count() + more;
-    const bool isOurs = contents_->references.load(std::memory_order_acquire) == 1;
-    if (isOurs && needed <= contents_->capacity()) return {};
     const std::size_t capacity = more == 0 ? needed : Contents::grownCapacity(needed);
     Reference<Contents> larger =
-        isOurs ? Contents::make(capacity) : Contents::clone(*contents_.get(), capacity);
-    if (isOurs) larger->takeAll(*contents_.get());
-    return std::exchange(contents_, std::move(larger));
+        isUnshared ? Contents::make(capacity) : Contents::clone(*contents_.get(), capacity);
+    if (isUnshared) larger->takeAll(*contents_.get());
+    replaced_ = std::exchange(contents_, std::move(larger));
 }
 
-template class MutableContainer<ArrayObject>;
-template class MutableContainer<DictionaryObject>;
+template class Editing<ArrayObject>;
+template class Editing<DictionaryObject>;
 
 }  // namespace QRVPlatform::ValueObjects

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The shared objects behind arrays and dictionaries. Inner header of this folder.
+// The shared objects behind arrays and dictionaries.
 //
 // An immutable container is one block of memory, its contents, that never changes. A mutable
-// container refers to such a block: a copy of it, a walk over it and a mutable copy of it all hold
-// that block, and a change works on the block in place while nobody else holds it, else on a clone.
+// container refers to such a block. Copies of the container and walks over it share that block. A
+// change edits the block in place while nobody else shares it, and a clone of it otherwise.
 
 #include <span>
 #include <utility>
@@ -14,6 +14,9 @@
 #include "Platform/Values/Objects.h"
 
 namespace QRVPlatform::ValueObjects {
+
+class ArrayContents;
+class DictionaryContents;
 
 struct ArrayObject : Object {
     using Contents = ArrayContents;
@@ -30,7 +33,7 @@ struct DictionaryObject : Object {
 class ArrayContents final : public ArrayObject {
   public:
     static Reference<ArrayContents> make(std::size_t capacity);
-    /// At least `needed`, and so much that growing time and again costs little.
+    /// At least `needed`, and enough that repeated growth costs little.
     static std::size_t grownCapacity(std::size_t needed) noexcept;
     /// The same elements, the values shared, in a block with room for more.
     static Reference<ArrayContents> clone(const ArrayContents& original, std::size_t capacity);
@@ -42,10 +45,16 @@ class ArrayContents final : public ArrayObject {
     [[nodiscard]] std::size_t count() const noexcept { return count_; }
     [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
 
-    /// @name While nobody else holds the object
+    /// What `remove` took out.
+    using Removed = Reference<ArrayContents>;
+
+    /// @name Only while nobody else holds the object
     /// @{
     /// There must be room.
     void append(PropertyListValue value) noexcept;
+    /// Removes the elements at `places`, which are in ascending order, and returns them.
+    [[nodiscard]] Removed remove(std::span<const std::size_t> places);
+    /// Moves all elements of `other` to the end. There must be room.
     void takeAll(ArrayContents& other) noexcept;
     /// @}
 
@@ -59,12 +68,12 @@ class ArrayContents final : public ArrayObject {
     std::uint32_t capacity_;
 };
 
-/// Entries in the order of their arrival, and a hash index of them. The index and then the entries
+/// Entries in the order of insertion, and a hash index of them. The index and then the entries
 /// follow the object in the same allocation.
 ///
 /// A slot of the index holds the number of an entry, counted from 1, in its low bits and the high
 /// bits of the key's hash in the others; a free slot is 0. The low bits of the hash say where the
-/// search for a slot begins, so that all of the hash is compared before a key is looked at.
+/// search for a slot begins, so the whole hash has been compared before a key is compared.
 class DictionaryContents final : public DictionaryObject {
   public:
     struct Entry {
@@ -85,23 +94,27 @@ class DictionaryContents final : public DictionaryObject {
     [[nodiscard]] std::size_t count() const noexcept { return count_; }
     [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
     static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
-    /// The place of the key among the entries.
+    /// The place of the key among the entries, or `notFound`.
     [[nodiscard]] std::size_t indexOf(std::string_view key, std::uint32_t hash) const noexcept;
-    /// The value under the key, and null where there is none.
+    /// The value under the key; null when the key is missing.
     [[nodiscard, gnu::always_inline]] inline const PropertyListValue* find(
         std::string_view key, std::uint32_t hash) const noexcept {
         const std::size_t index = indexOf(key, hash);
         return index == notFound ? nullptr : &entries()[index].value;
     }
 
-    /// @name While nobody else holds the object
+    /// What `exchange` or `remove` took out.
+    using Removed = PropertyListValue;
+
+    /// @name Only while nobody else holds the object
     /// @{
-    /// The key must not be there, and there must be room.
+    /// The key must be missing, and there must be room.
     void append(Reference<StringObject> key, PropertyListValue value) noexcept;
-    /// Returns the value that was there before.
-    PropertyListValue exchange(std::size_t index, PropertyListValue value) noexcept;
-    /// Returns the entry that was removed, if any. The last entry takes its place.
-    Entry remove(std::string_view key) noexcept;
+    /// Replaces the value of an entry and returns the previous one.
+    [[nodiscard]] Removed exchange(std::size_t index, PropertyListValue value) noexcept;
+    /// Removes an entry and returns its value. The last entry takes its place.
+    [[nodiscard]] Removed remove(std::size_t index) noexcept;
+    /// Moves all entries of `other` to the end. There must be room, and the keys must be missing.
     void takeAll(DictionaryContents& other) noexcept;
     /// @}
 
@@ -119,7 +132,7 @@ class DictionaryContents final : public DictionaryObject {
     [[nodiscard]] Entry* begin() noexcept {
         return reinterpret_cast<Entry*>(reinterpret_cast<char*>(this + 1) + sizeOfIndex(slotBits_));
     }
-    /// In bytes; entries follow at an address that is right for them.
+    /// In bytes; the entries behind it are aligned.
     static constexpr std::size_t sizeOfIndex(unsigned slotBits) noexcept {
         return slotBits == 0 ? alignof(Entry) : sizeof(std::uint32_t) << slotBits;
     }
@@ -146,7 +159,11 @@ class DictionaryContents final : public DictionaryObject {
     return notFound;
 }
 
-/// A mutable array or dictionary. Its contents are taken, and changed, under the lock.
+template <typename ObjectType>
+class Editing;
+
+/// A mutable array or dictionary. Its contents are read under the lock, and changed by an
+/// `Editing`.
 template <typename ObjectType>
 class MutableContainer final : public ObjectType {
   public:
@@ -166,27 +183,65 @@ class MutableContainer final : public ObjectType {
         return contents_;
     }
 
-    /// Lets `edit(contents)` change the contents, after making room for `more(contents)` elements
-    /// (which moves none of them to another place), and returns what it returns: the values it took
-    /// out, so that they are destroyed outside the lock.
-    template <typename More, typename Edit>
-    auto change(More&& more, Edit&& edit) {
-        Reference<Contents> replaced;
-        const LockGuard guard(lock_);
-        replaced = makeRoom(more(std::as_const(*contents_.get())));
-        return edit(*contents_.get());
-    }
-
     void setContents(Reference<Contents> contents) {
         const LockGuard guard(lock_);
-        std::swap(contents_, contents);
+        std::swap(contents_, contents);  // the previous ones are destroyed after the lock
     }
 
   private:
-    Reference<Contents> makeRoom(std::size_t more) QRV_REQUIRES(lock_);
+    friend class Editing<ObjectType>;
 
     mutable ShortLock lock_;
     Reference<Contents> contents_ QRV_GUARDED_BY(lock_);
+};
+
+/// Edits a mutable container under its lock, which is held as long as this lives:
+///
+///     Editing edit(container, 1);
+///     edit->append(value);
+///
+/// Destroying a value may take long (a tree) and take other locks, so no value is destroyed under
+/// this one: `discard` keeps what was taken out until the lock is free.
+template <typename ObjectType>
+class QRV_SCOPED_LOCK Editing {
+  public:
+    using Container = MutableContainer<ObjectType>;
+    using Contents = typename ObjectType::Contents;
+
+    /// Takes the lock. Nothing may be changed before `makeRoom`.
+    explicit Editing(Container& container) QRV_ACQUIRES(container.lock_)
+        : lock_(container.lock_), contents_(container.contents_) {
+        lock_.lock();
+    }
+    /// Takes the lock and makes room for `more` elements.
+    Editing(Container& container, std::size_t more) QRV_ACQUIRES(container.lock_)
+        : Editing(container) {
+        makeRoom(more);
+    }
+    Editing(const Editing&) = delete;
+    Editing& operator=(const Editing&) = delete;
+    ~Editing() QRV_RELEASES() { lock_.unlock(); }
+
+    /// The contents as they are, perhaps shared.
+    [[nodiscard]] const Contents& current() const noexcept { return *contents_.get(); }
+    /// From here on the contents belong to the container alone and have room for `more` elements.
+    /// No element changes its place.
+    void makeRoom(std::size_t more) {
+        const bool isUnshared = contents_->references.load(std::memory_order_acquire) == 1;
+        if (!isUnshared || contents_->count() + more > contents_->capacity())
+            replaceContents(more, isUnshared);
+    }
+    Contents* operator->() noexcept { return contents_.get(); }
+    void discard(typename Contents::Removed removed) noexcept { removed_ = std::move(removed); }
+
+  private:
+    void replaceContents(std::size_t more, bool isUnshared);
+
+    ShortLock& lock_;
+    Reference<Contents>& contents_;
+    // Members are destroyed after the destructor's body, that is, after the lock.
+    Reference<Contents> replaced_;
+    typename Contents::Removed removed_;
 };
 
 /// The contents of an array or dictionary as they were when this was made. Those of an immutable
@@ -197,11 +252,13 @@ class CurrentContents {
     using Contents = typename ObjectType::Contents;
 
     explicit CurrentContents(const PropertyListValue& container) { enter(container); }
-    explicit CurrentContents(const NSDictionary& dictionary) { enter(dictionary.object_.get()); }
+    explicit CurrentContents(const NSDictionary& dictionary) {
+        enter(static_cast<const ObjectType*>(Access::objectOf(dictionary)));
+    }
 
-    /// Goes on to a container that is among the contents.
+    /// Continues with a container that is among the contents.
     void enter(const PropertyListValue& container) {
-        enter(static_cast<const ObjectType*>(container.payload_.object));
+        enter(static_cast<const ObjectType*>(Access::objectOf(container)));
     }
     const Contents* operator->() const noexcept { return contents_; }
 
@@ -215,7 +272,7 @@ class CurrentContents {
         contents_ = kept_.get();
     }
 
-    // Holds all that has been entered since: what is in there does not go before it.
+    // Keeps the contents of the last mutable level alive, and with them the immutable levels below.
     Reference<Contents> kept_;
     const Contents* contents_ = nullptr;
 };

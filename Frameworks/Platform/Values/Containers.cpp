@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
+// NSArray and NSDictionary, immutable and mutable.
+
 #include <algorithm>
+#include <vector>
 
 #include "Platform/Values/ContainerObjects.h"
 
@@ -9,8 +12,10 @@ using ValueObjects::ArrayContents;
 using ValueObjects::ArrayObject;
 using ValueObjects::DictionaryContents;
 using ValueObjects::DictionaryObject;
+using ValueObjects::Editing;
 using ValueObjects::hashOf;
 using ValueObjects::MutableContainer;
+using ValueObjects::ObjectReference;
 using ValueObjects::Reference;
 using ValueObjects::StringObject;
 
@@ -24,35 +29,58 @@ Reference<Contents> emptyContents() {
 }
 
 // An immutable container is its contents.
-template <typename ObjectType>
-Reference<ObjectType> immutableObject(Reference<typename ObjectType::Contents> contents) {
-    return Reference<ObjectType>(contents.leak());
+template <typename Contents>
+ObjectReference immutableObject(Reference<Contents> contents) {
+    return ObjectReference(contents.leak());
 }
 
 template <typename ObjectType>
-Reference<ObjectType> mutableObject(Reference<typename ObjectType::Contents> contents) {
-    return Reference<ObjectType>(new MutableContainer<ObjectType>(std::move(contents)));
+ObjectReference mutableObject(Reference<typename ObjectType::Contents> contents) {
+    return ObjectReference(new MutableContainer<ObjectType>(std::move(contents)));
 }
 
 template <typename ObjectType>
-MutableContainer<ObjectType>& mutableContainer(const Reference<ObjectType>& object) {
+MutableContainer<ObjectType>& mutableContainer(const ObjectReference& object) {
     return static_cast<MutableContainer<ObjectType>&>(*object.get());
+}
+
+MutableContainer<ArrayObject>& mutableArray(const ObjectReference& object) {
+    return mutableContainer<ArrayObject>(object);
+}
+
+MutableContainer<DictionaryObject>& mutableDictionary(const ObjectReference& object) {
+    return mutableContainer<DictionaryObject>(object);
 }
 
 // What `look(contents)` returns.
 template <typename ObjectType, typename Look>
-auto read(const Reference<ObjectType>& object, Look&& look) {
-    if (object->isMutable) return std::as_const(mutableContainer(object)).read(look);
+auto read(const ObjectReference& object, Look&& look) {
+    if (object.get()->isMutable)
+        return std::as_const(mutableContainer<ObjectType>(object)).read(look);
     return look(static_cast<const typename ObjectType::Contents&>(*object.get()));
 }
 
-// The contents as they are now, which do not change any more; none of no container.
+// The contents as they are now, in a block that does not change any more; none of no container.
 template <typename ObjectType>
-auto contentsOf(const Reference<ObjectType>& object) {
+auto contentsOf(const ObjectReference& object) {
     using Contents = typename ObjectType::Contents;
     if (object.get() == nullptr) return Reference<Contents>();
-    if (object->isMutable) return std::as_const(mutableContainer(object)).contents();
-    return Reference<Contents>(static_cast<Contents*>(Reference(object).leak()));
+    if (object.get()->isMutable)
+        return std::as_const(mutableContainer<ObjectType>(object)).contents();
+    return Reference<Contents>(static_cast<Contents*>(ObjectReference(object).leak()));
+}
+
+template <typename Iterator, typename Contents>
+Iterator startOf(Reference<Contents> contents) {
+    const std::size_t count = contents.get() == nullptr ? 0 : contents->count();
+    return Iterator(ObjectReference(contents.leak()), count);
+}
+
+std::vector<std::size_t> placesOf(const PropertyListValue& value, const ArrayContents& contents) {
+    std::vector<std::size_t> places;
+    for (std::size_t index = 0; index < contents.count(); ++index)
+        if (contents.elements()[index] == value) places.push_back(index);
+    return places;
 }
 
 void requireValue(const PropertyListValue& value, const char* receiver) {
@@ -63,7 +91,7 @@ void requireValue(const PropertyListValue& value, const char* receiver) {
 
 }  // namespace
 
-NSArray::NSArray() : object_(immutableObject<ArrayObject>(emptyContents<ArrayContents>())) {}
+NSArray::NSArray() : object_(immutableObject(emptyContents<ArrayContents>())) {}
 
 NSArray::NSArray(std::initializer_list<PropertyListValue> values)
     : NSArray(std::span<const PropertyListValue>(values.begin(), values.size())) {}
@@ -74,7 +102,7 @@ NSArray::NSArray(std::span<const PropertyListValue> values) {
         requireValue(value, "an array");
         contents->append(value);
     }
-    object_ = immutableObject<ArrayObject>(std::move(contents));
+    object_ = immutableObject(std::move(contents));
 }
 
 NSArray NSArray::arrayWithObject(const PropertyListValue& value) {
@@ -82,28 +110,30 @@ NSArray NSArray::arrayWithObject(const PropertyListValue& value) {
 }
 
 bool NSArray::isMutable() const noexcept {
-    return !isNull() && object_->isMutable;
+    return !isNull() && object_.get()->isMutable;
 }
 
 std::size_t NSArray::count() const {
-    return isNull() ? 0 : read(object_, [](const auto& contents) { return contents.count(); });
+    return isNull()
+               ? 0
+               : read<ArrayObject>(object_, [](const auto& contents) { return contents.count(); });
 }
 
 PropertyListValue NSArray::objectAtIndex(std::size_t index) const {
     if (isNull()) return nullptr;
-    return read(object_, [index](const auto& contents) {
+    return read<ArrayObject>(object_, [index](const auto& contents) {
         return index < contents.count() ? contents.elements()[index] : PropertyListValue();
     });
 }
 
 NSArray NSArray::copy() const {
-    return NSArray(immutableObject<ArrayObject>(contentsOf(object_)));
+    return NSArray(immutableObject(contentsOf<ArrayObject>(object_)));
 }
 
 NSMutableArray NSArray::mutableCopy() const {
     if (isNull()) return nullptr;
     NSMutableArray result(nullptr);
-    result.object_ = mutableObject<ArrayObject>(contentsOf(object_));
+    result.object_ = mutableObject<ArrayObject>(contentsOf<ArrayObject>(object_));
     return result;
 }
 
@@ -114,30 +144,12 @@ NSMutableArray NSArray::asMutable() const {
 }
 
 NSArray::Iterator NSArray::begin() const {
-    return Iterator(contentsOf(object_));
+    return startOf<Iterator>(contentsOf<ArrayObject>(object_));
 }
 
-NSArray::Iterator::Iterator(Reference<ArrayContents> contents)
-    : contents_(std::move(contents)), count_(contents_.get() == nullptr ? 0 : contents_->count()) {}
-
-NSArray::Iterator::Iterator(Iterator&& other) noexcept
-    : contents_(std::move(other.contents_)),
-      position_(other.position_),
-      count_(std::exchange(other.count_, 0)) {}
-
-NSArray::Iterator::~Iterator() = default;
-
+template <>
 const PropertyListValue& NSArray::Iterator::operator*() const noexcept {
-    return contents_->elements()[position_];
-}
-
-NSArray::Iterator& NSArray::Iterator::operator++() noexcept {
-    ++position_;
-    return *this;
-}
-
-bool NSArray::Iterator::operator!=(Sentinel) const noexcept {
-    return position_ < count_;
+    return static_cast<const ArrayContents*>(contents_.get())->elements()[position_];
 }
 
 NSMutableArray::NSMutableArray() : NSArray(NSArray().mutableCopy()) {}
@@ -148,39 +160,43 @@ NSMutableArray::NSMutableArray(std::initializer_list<PropertyListValue> values)
 void NSMutableArray::addObject(PropertyListValue value) const {
     requireValue(value, "an array");
     if (isNull()) return;
-    mutableContainer(object_).change([](const auto&) { return 1U; },
-                                     [&value](auto& contents) {
-                                         contents.append(std::move(value));
-                                         return nullptr;
-                                     });
+    Editing edit(mutableArray(object_), 1);
+    edit->append(std::move(value));
 }
 
 void NSMutableArray::addObjectsFromArray(const NSArray& values) const {
     for (const PropertyListValue& value : values) addObject(value);
 }
 
+// Elements are compared outside the lock, because that takes the locks of other containers, or this
+// one's when the array holds itself. While `seen` is shared, a change by another thread replaces
+// the block instead of editing it, so the places are right as long as the block is the same.
 void NSMutableArray::removeObject(const PropertyListValue& value) const {
     if (isNull()) return;
-    const Reference<ArrayContents> before = contentsOf(object_);
-    Reference<ArrayContents> kept = ArrayContents::make(before->count());
-    for (const PropertyListValue& element : before->elements()) {
-        if (element != value) kept->append(element);
+    while (true) {
+        Reference<ArrayContents> seen = contentsOf<ArrayObject>(object_);
+        const std::vector<std::size_t> places = placesOf(value, *seen.get());
+        if (places.empty()) return;
+        Editing edit(mutableArray(object_));
+        if (&edit.current() != seen.get()) continue;
+        seen = {};  // else the block would be shared, and be cloned
+        edit.makeRoom(0);
+        edit.discard(edit->remove(places));
+        return;
     }
-    mutableContainer(object_).setContents(std::move(kept));
 }
 
 void NSMutableArray::removeAllObjects() const {
-    if (!isNull()) mutableContainer(object_).setContents(emptyContents<ArrayContents>());
+    if (!isNull()) mutableArray(object_).setContents(emptyContents<ArrayContents>());
 }
 
 void NSMutableArray::setArray(const NSArray& values) const {
     if (isNull()) return;
     if (values.isNull()) return removeAllObjects();
-    mutableContainer(object_).setContents(contentsOf(values.mutableCopy().object_));
+    mutableArray(object_).setContents(contentsOf<ArrayObject>(values.mutableCopy().object_));
 }
 
-NSDictionary::NSDictionary()
-    : object_(immutableObject<DictionaryObject>(emptyContents<DictionaryContents>())) {}
+NSDictionary::NSDictionary() : object_(immutableObject(emptyContents<DictionaryContents>())) {}
 
 NSDictionary::NSDictionary(std::initializer_list<InitialEntry> entries) {
     Reference<DictionaryContents> contents = DictionaryContents::make(entries.size());
@@ -191,35 +207,37 @@ NSDictionary::NSDictionary(std::initializer_list<InitialEntry> entries) {
         if (index == DictionaryContents::notFound)
             contents->append(StringObject::make(entry.key, hash), entry.value);
         else
-            contents->exchange(index, entry.value);
+            static_cast<void>(contents->exchange(index, entry.value));
     }
-    object_ = immutableObject<DictionaryObject>(std::move(contents));
+    object_ = immutableObject(std::move(contents));
 }
 
 bool NSDictionary::isMutable() const noexcept {
-    return !isNull() && object_->isMutable;
+    return !isNull() && object_.get()->isMutable;
 }
 
 std::size_t NSDictionary::count() const {
-    return isNull() ? 0 : read(object_, [](const auto& contents) { return contents.count(); });
+    return isNull() ? 0 : read<DictionaryObject>(object_, [](const auto& contents) {
+        return contents.count();
+    });
 }
 
 PropertyListValue NSDictionary::objectForKey(std::string_view key) const {
     if (isNull()) return nullptr;
-    return read(object_, [key, hash = hashOf(key)](const auto& contents) {
+    return read<DictionaryObject>(object_, [key, hash = hashOf(key)](const auto& contents) {
         const PropertyListValue* found = contents.find(key, hash);
         return found == nullptr ? PropertyListValue() : *found;
     });
 }
 
 NSDictionary NSDictionary::copy() const {
-    return NSDictionary(immutableObject<DictionaryObject>(contentsOf(object_)));
+    return NSDictionary(immutableObject(contentsOf<DictionaryObject>(object_)));
 }
 
 NSMutableDictionary NSDictionary::mutableCopy() const {
     if (isNull()) return nullptr;
     NSMutableDictionary result(nullptr);
-    result.object_ = mutableObject<DictionaryObject>(contentsOf(object_));
+    result.object_ = mutableObject<DictionaryObject>(contentsOf<DictionaryObject>(object_));
     return result;
 }
 
@@ -230,31 +248,14 @@ NSMutableDictionary NSDictionary::asMutable() const {
 }
 
 NSDictionary::Iterator NSDictionary::begin() const {
-    return Iterator(contentsOf(object_));
+    return startOf<Iterator>(contentsOf<DictionaryObject>(object_));
 }
 
-NSDictionary::Iterator::Iterator(Reference<DictionaryContents> contents)
-    : contents_(std::move(contents)), count_(contents_.get() == nullptr ? 0 : contents_->count()) {}
-
-NSDictionary::Iterator::Iterator(Iterator&& other) noexcept
-    : contents_(std::move(other.contents_)),
-      position_(other.position_),
-      count_(std::exchange(other.count_, 0)) {}
-
-NSDictionary::Iterator::~Iterator() = default;
-
+template <>
 NSDictionary::Entry NSDictionary::Iterator::operator*() const noexcept {
-    const DictionaryContents::Entry& entry = contents_->entries()[position_];
+    const DictionaryContents::Entry& entry =
+        static_cast<const DictionaryContents*>(contents_.get())->entries()[position_];
     return {entry.key->view(), entry.value};
-}
-
-NSDictionary::Iterator& NSDictionary::Iterator::operator++() noexcept {
-    ++position_;
-    return *this;
-}
-
-bool NSDictionary::Iterator::operator!=(Sentinel) const noexcept {
-    return position_ < count_;
 }
 
 NSMutableDictionary::NSMutableDictionary() : NSDictionary(NSDictionary().mutableCopy()) {}
@@ -266,28 +267,29 @@ void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_v
     if (value.isNull()) return removeObjectForKey(key);
     if (isNull()) return;
     const std::uint32_t hash = hashOf(key);
-    std::size_t index = DictionaryContents::notFound;
-    mutableContainer(object_).change(
-        [&](const auto& contents) {
-            index = contents.indexOf(key, hash);
-            return index == DictionaryContents::notFound ? 1U : 0U;
-        },
-        [&](auto& contents) {
-            if (index != DictionaryContents::notFound)
-                return contents.exchange(index, std::move(value));
-            contents.append(StringObject::make(key, hash), std::move(value));
-            return PropertyListValue();
-        });
+    Editing edit(mutableDictionary(object_));
+    const std::size_t index = edit.current().indexOf(key, hash);
+    if (index == DictionaryContents::notFound) {
+        edit.makeRoom(1);
+        edit->append(StringObject::make(key, hash), std::move(value));
+    } else {
+        edit.makeRoom(0);
+        edit.discard(edit->exchange(index, std::move(value)));
+    }
 }
 
 void NSMutableDictionary::removeObjectForKey(std::string_view key) const {
-    if (isNull() || objectForKey(key).isNull()) return;
-    mutableContainer(object_).change([](const auto&) { return 0U; },
-                                     [key](auto& contents) { return contents.remove(key); });
+    if (isNull()) return;
+    const std::uint32_t hash = hashOf(key);
+    Editing edit(mutableDictionary(object_));
+    const std::size_t index = edit.current().indexOf(key, hash);
+    if (index == DictionaryContents::notFound) return;
+    edit.makeRoom(0);
+    edit.discard(edit->remove(index));
 }
 
 void NSMutableDictionary::removeAllObjects() const {
-    if (!isNull()) mutableContainer(object_).setContents(emptyContents<DictionaryContents>());
+    if (!isNull()) mutableDictionary(object_).setContents(emptyContents<DictionaryContents>());
 }
 
 void NSMutableDictionary::addEntriesFromDictionary(const NSDictionary& other) const {
@@ -296,7 +298,6 @@ void NSMutableDictionary::addEntriesFromDictionary(const NSDictionary& other) co
 
 void NSMutableDictionary::reserve(std::size_t count) const {
     if (isNull()) return;
-    mutableContainer(object_).change(
-        [count](const auto& contents) { return count - std::min(count, contents.count()); },
-        [](auto&) { return nullptr; });
+    Editing edit(mutableDictionary(object_));
+    edit.makeRoom(count - std::min(count, edit.current().count()));
 }

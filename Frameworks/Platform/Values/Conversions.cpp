@@ -1,114 +1,15 @@
 // SPDX-License-Identifier: MIT
+// The lenient conversions of values of any kind.
+
+#include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <limits>
 
-#include "Platform/Values/ContainerObjects.h"
-#include "Platform/Values/Text.h"
+#include "Platform/Values/PropertyListValue.h"
+#include "Platform/Values/ReadableScalars.h"
 
 using namespace QRVPlatform;
-
-using ValueObjects::ColorObject;
-using ValueObjects::DataObject;
-using ValueObjects::Reference;
-using ValueObjects::StringObject;
-
-NSInvalidArgumentException::NSInvalidArgumentException(const std::string& reason)
-    : std::invalid_argument(reason) {}
-NSInvalidArgumentException::NSInvalidArgumentException(const NSInvalidArgumentException&) noexcept =
-    default;
-NSInvalidArgumentException& NSInvalidArgumentException::operator=(
-    const NSInvalidArgumentException&) noexcept = default;
-NSInvalidArgumentException::~NSInvalidArgumentException() = default;
-
-NSDate NSDate::now() {
-    const std::chrono::duration<double> sinceEpoch =
-        std::chrono::system_clock::now().time_since_epoch();
-    return dateWithTimeIntervalSince1970(sinceEpoch.count());
-}
-
-NSData::NSData(std::string_view bytes) : object_(new DataObject(bytes)) {}
-
-NSData::NSData(std::span<const std::byte> bytes)
-    : NSData(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size())) {}
-
-std::string_view NSData::view() const& noexcept {
-    return object_.get() == nullptr ? std::string_view() : std::string_view(object_->bytes);
-}
-
-std::span<const std::byte> NSData::bytes() const& noexcept {
-    return std::as_bytes(std::span(view().data(), view().size()));
-}
-
-std::size_t NSData::size() const noexcept {
-    return view().size();
-}
-
-PropertyListValue::PropertyListValue(const char* text) {
-    if (text != nullptr) *this = PropertyListValue(std::string_view(text));
-}
-
-PropertyListValue::PropertyListValue(std::string_view text)
-    : kind_(Kind::String), payload_{.object = StringObject::make(text).leak()} {}
-
-PropertyListValue::PropertyListValue(const NSData& value) : kind_(Kind::Data) {
-    Reference<DataObject> object = value.object_;
-    if (object.get() == nullptr) object = Reference<DataObject>(new DataObject({}));
-    payload_.object = object.leak();
-}
-
-PropertyListValue::PropertyListValue(const NSColor& value)
-    : kind_(Kind::Color), payload_{.object = new ColorObject(value)} {}
-
-PropertyListValue::PropertyListValue(const NSArray& value) noexcept {
-    if (value.isNull()) return;
-    kind_ = Kind::Array;
-    payload_.object = Reference(value.object_).leak();
-}
-
-PropertyListValue::PropertyListValue(const NSDictionary& value) noexcept {
-    if (value.isNull()) return;
-    kind_ = Kind::Dictionary;
-    payload_.object = Reference(value.object_).leak();
-}
-
-std::string_view PropertyListValue::stringView() const& noexcept {
-    if (!isString()) return {};
-    return static_cast<const StringObject*>(payload_.object)->view();
-}
-
-NSData PropertyListValue::data() const {
-    NSData result;
-    if (isData()) {
-        ValueObjects::retain(payload_.object);
-        result.object_ = Reference(static_cast<DataObject*>(payload_.object));
-    }
-    return result;
-}
-
-NSColor PropertyListValue::color() const noexcept {
-    return isColor() ? static_cast<const ColorObject*>(payload_.object)->color
-                     : NSColor{0, 0, 0, 0};
-}
-
-NSArray PropertyListValue::array() const noexcept {
-    if (!isArray()) return nullptr;
-    ValueObjects::retain(payload_.object);
-    return NSArray(Reference(static_cast<ValueObjects::ArrayObject*>(payload_.object)));
-}
-
-NSDictionary PropertyListValue::dictionary() && noexcept {
-    if (!isDictionary()) return nullptr;
-    kind_ = Kind::Null;
-    return NSDictionary(Reference(static_cast<ValueObjects::DictionaryObject*>(payload_.object)));
-}
-
-NSDictionary PropertyListValue::dictionary() const& noexcept {
-    if (!isDictionary()) return nullptr;
-    ValueObjects::retain(payload_.object);
-    return NSDictionary(Reference(static_cast<ValueObjects::DictionaryObject*>(payload_.object)));
-}
 
 namespace {
 
@@ -143,8 +44,8 @@ std::int64_t integerAtStart(std::string_view text) noexcept {
                                : std::numeric_limits<std::int64_t>::max();
 }
 
-// A decimal number too large or too small for a double. What counts is the place of the first
-// digit that is not 0, moved by the exponent: on which side of 1 it lies tells which end is meant.
+// For a decimal number too large or too small for a double. The place of the first digit that is
+// not 0, moved by the exponent, tells which: before the decimal point it is too large.
 double nearestEndOfRange(std::string_view number) noexcept {
     const bool isNegative = number.starts_with('-');
     const std::size_t mark = number.find_first_of("eE");
@@ -166,7 +67,7 @@ double realAtStart(std::string_view text) noexcept {
     }
     const std::string_view unsignedText = text.starts_with('-') ? text.substr(1) : text;
     if (unsignedText.empty() || (!isDigit(unsignedText.front()) && unsignedText.front() != '.')) {
-        return 0;  // also keeps out what from_chars would take for infinity or NaN
+        return 0;  // from_chars would read "inf" and "nan"
     }
     double result = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
@@ -194,9 +95,17 @@ bool PropertyListValue::boolValueOfAnotherKind() const noexcept {
             return payload_.real != 0;
         case Kind::String:
             return textIsTrue(stringView());
-        default:
-            return false;
+        case Kind::Null:
+        case Kind::Boolean:
+        case Kind::Date:
+        case Kind::NullMarker:
+        case Kind::Data:
+        case Kind::Color:
+        case Kind::Array:
+        case Kind::Dictionary:
+            break;
     }
+    return false;
 }
 
 std::int64_t PropertyListValue::integerValue() const noexcept {
@@ -209,9 +118,16 @@ std::int64_t PropertyListValue::integerValue() const noexcept {
             return realCutToInteger(payload_.real);
         case Kind::String:
             return integerAtStart(stringView());
-        default:
-            return 0;
+        case Kind::Null:
+        case Kind::Date:
+        case Kind::NullMarker:
+        case Kind::Data:
+        case Kind::Color:
+        case Kind::Array:
+        case Kind::Dictionary:
+            break;
     }
+    return 0;
 }
 
 double PropertyListValue::doubleValue() const noexcept {
@@ -225,9 +141,16 @@ double PropertyListValue::doubleValue() const noexcept {
             return payload_.real;
         case Kind::String:
             return realAtStart(stringView());
-        default:
-            return 0;
+        case Kind::Null:
+        case Kind::Date:
+        case Kind::NullMarker:
+        case Kind::Data:
+        case Kind::Color:
+        case Kind::Array:
+        case Kind::Dictionary:
+            break;
     }
+    return 0;
 }
 
 float PropertyListValue::floatValue() const noexcept {
@@ -242,12 +165,18 @@ std::string PropertyListValue::stringValue() const {
             return isBeyondSigned_ ? std::to_string(unsignedValue())
                                    : std::to_string(payload_.integer);
         case Kind::Real:
-            return ValueText::shortestReal(payload_.real);
+            return ReadableScalars::real(payload_.real);
         case Kind::Date:
-            return ValueText::isoDate(date());
+            return ReadableScalars::date(date());
         case Kind::String:
             return std::string(stringView());
-        default:
-            return {};
+        case Kind::Null:
+        case Kind::NullMarker:
+        case Kind::Data:
+        case Kind::Color:
+        case Kind::Array:
+        case Kind::Dictionary:
+            break;
     }
+    return {};
 }

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
+// Values as one line of text for people and logs.
+
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <chrono>
-#include <cmath>
-#include <cstdio>
 #include <ostream>
+#include <utility>
 #include <vector>
 
-#include "Platform/Values/Objects.h"
-#include "Platform/Values/Text.h"
+#include "Platform/Values/PropertyListValue.h"
+#include "Platform/Values/ReadableScalars.h"
 
 using namespace QRVPlatform;
 
@@ -45,9 +43,9 @@ void appendData(std::string& text, const NSData& data) {
 void appendColor(std::string& text, const NSColor& color) {
     text += "color(";
     for (const double component : {color.redComponent, color.greenComponent, color.blueComponent}) {
-        text += ValueText::shortestReal(component) + ' ';
+        text += ReadableScalars::real(component) + ' ';
     }
-    text += ValueText::shortestReal(color.alphaComponent) + ')';
+    text += ReadableScalars::real(color.alphaComponent) + ')';
 }
 
 void appendArray(std::string& text, const NSArray& array, int level) {
@@ -90,9 +88,9 @@ void append(std::string& text, const PropertyListValue& value, int level) {
             text += value.boolValue() ? "true" : "false";
             break;
         case Kind::Real: {
-            const std::string digits = ValueText::shortestReal(value.doubleValue());
+            const std::string digits = ReadableScalars::real(value.doubleValue());
             text += digits;
-            // A real must not look like an integer: which of the two a setting holds matters.
+            // A reader must be able to tell a real from an integer.
             if (digits.find_first_not_of("-0123456789") == std::string::npos) text += ".0";
             break;
         }
@@ -111,45 +109,14 @@ void append(std::string& text, const PropertyListValue& value, int level) {
         case Kind::Dictionary:
             appendDictionary(text, value.dictionary(), level);
             break;
-        default:
+        case Kind::Integer:
+        case Kind::Date:
             text += value.stringValue();
             break;
     }
 }
 
 }  // namespace
-
-std::string ValueText::shortestReal(double value) {
-    std::array<char, 32> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return {buffer.data(), result.ptr};
-}
-
-std::string ValueText::isoDate(NSDate date) {
-    using namespace std::chrono;
-    constexpr double furthestSecond = 9e11;  // the years that year_month_day can count
-    const double seconds = date.timeIntervalSince1970();
-    if (!std::isfinite(seconds) || std::abs(seconds) > furthestSecond) return "invalid date";
-    const auto instant = sys_time<microseconds>(
-        microseconds(static_cast<std::int64_t>(std::floor(seconds * 1e6 + 0.5))));
-    const auto day = floor<days>(instant);
-    const year_month_day calendar(day);
-    const hh_mm_ss time(instant - day);
-    const int year = int(calendar.year());
-    std::array<char, 64> buffer{};
-    const int length = std::snprintf(
-        buffer.data(), buffer.size(), "%s%04d-%02u-%02uT%02d:%02d:%02d", year < 0 ? "-" : "",
-        std::abs(year), unsigned(calendar.month()), unsigned(calendar.day()),
-        static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-        static_cast<int>(time.seconds().count()));
-    std::string text(buffer.data(), static_cast<std::size_t>(length));
-    if (time.subseconds().count() != 0) {
-        std::string digits = std::to_string(1000000 + time.subseconds().count()).substr(1);
-        digits.erase(digits.find_last_not_of('0') + 1);
-        text += '.' + digits;
-    }
-    return text + 'Z';
-}
 
 std::string QRVPlatform::description(const PropertyListValue& value) {
     if (value.isString()) return value.stringValue();

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of the library.
-
 #include <string_view>
 
 #include "Platform/Values/ContainerObjects.h"
@@ -10,20 +8,19 @@
 
 namespace QRVPlatform {
 
-/// A way down a tree of dictionaries. Each level is looked at as it is when it is entered;
-/// immutable levels, of which a tree that was read from a file consists, take no lock and no
-/// reference.
+/// A way down a tree of dictionaries. Each level is seen as it is when it is entered. Immutable
+/// levels, such as those of a tree that was read from a file, cost no lock and no reference.
 class DictionaryDescent {
   public:
-    /// `root` must not be null, and live as long as this.
+    /// `root` must not be null, and must live as long as this.
     explicit DictionaryDescent(const NSDictionary& root) : level_(root) {}
 
-    /// The value under a key of the level reached, null when there is none. Valid until the next
-    /// level is entered.
+    /// The value under a key of the current level; null when the key is missing. Valid until the
+    /// next level is entered.
     [[nodiscard]] const PropertyListValue* find(std::string_view key) const noexcept {
         return level_->find(key, ValueObjects::hashOf(key));
     }
-    /// Goes down into a dictionary that was found.
+    /// Enters a dictionary that was found.
     void enter(const PropertyListValue& dictionary) { level_.enter(dictionary); }
 
   private:

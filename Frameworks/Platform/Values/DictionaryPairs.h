@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of the library.
-
 #include <cstddef>
 #include <string_view>
 
@@ -11,22 +9,22 @@
 
 namespace QRVPlatform {
 
-/// Walks over the keys of two dictionaries as they were at the beginning, each key once. Where both
+/// Walks over the keys of two dictionaries as they were at construction, each key once. Where both
 /// hold their keys in the same order, as two readings of one file do, a key costs no search.
 ///
 ///     for (DictionaryPairs pairs(before, after); pairs.next();)
 ///         show(pairs.key(), pairs.valueBefore(), pairs.valueAfter());
 class DictionaryPairs {
   public:
-    /// Both must be dictionaries, and live as long as this.
+    /// Both must be dictionaries, and must live as long as this.
     DictionaryPairs(const PropertyListValue& before, const PropertyListValue& after)
         : before_(before), after_(after) {}
 
-    /// False at the end. Otherwise the accessors tell of another key.
+    /// Moves to the next key; false at the end.
     bool next();
     /// Valid as long as this lives.
     [[nodiscard]] std::string_view key() const noexcept { return key_; }
-    /// Null where the dictionary does not have the key.
+    /// Null when the dictionary does not have the key.
     [[nodiscard]] const PropertyListValue* valueBefore() const noexcept { return valueBefore_; }
     [[nodiscard]] const PropertyListValue* valueAfter() const noexcept { return valueAfter_; }
 

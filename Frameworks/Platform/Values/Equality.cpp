@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Equality of values, however deep.
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -44,11 +46,6 @@ bool numbersEqual(const PropertyListValue& left, const PropertyListValue& right)
     return realsEqual(left.doubleValue(), right.doubleValue());
 }
 
-constexpr int maximumRecursion = 32;
-
-// Two values are compared by recursion, so that the usual ones cost no memory. Containers that are
-// nested deeper are put on a list, so that a deep tree does not exhaust the stack; two trees are
-// equal when all pairs are, in whatever order they are taken.
 bool scalarsEqual(const PropertyListValue& left, const PropertyListValue& right) noexcept {
     using Kind = PropertyListValue::Kind;
     switch (left.kind()) {
@@ -66,12 +63,21 @@ bool scalarsEqual(const PropertyListValue& left, const PropertyListValue& right)
             return left.data() == right.data();
         case Kind::Color:
             return left.color() == right.color();
-        default:
-            return true;  // null, the null marker
+        case Kind::Null:
+        case Kind::NullMarker:
+        case Kind::Array:
+        case Kind::Dictionary:
+            break;  // nothing to compare, or no scalar
     }
+    return true;
 }
 
-class Comparison {
+constexpr int maximumRecursion = 32;
+
+// Compares by recursion, so that ordinary values cost no memory. Pairs of containers that are
+// nested deeper go to a list, so that a deep tree does not exhaust the stack. The order of the
+// pairs does not matter: two trees are equal when all pairs are.
+class EqualityCheck {
   public:
     bool areEqual(const PropertyListValue& left, const PropertyListValue& right) {
         if (!compare(left, right)) return false;
@@ -133,7 +139,7 @@ bool PropertyListValue::isIdenticalTo(const PropertyListValue& other) const noex
 }
 
 bool operator==(const PropertyListValue& left, const PropertyListValue& right) {
-    return Comparison().areEqual(left, right);
+    return EqualityCheck().areEqual(left, right);
 }
 
 bool operator==(const NSArray& left, const NSArray& right) {
@@ -142,8 +148,4 @@ bool operator==(const NSArray& left, const NSArray& right) {
 
 bool operator==(const NSDictionary& left, const NSDictionary& right) {
     return PropertyListValue(left) == PropertyListValue(right);
-}
-
-bool operator==(const NSData& left, const NSData& right) noexcept {
-    return left.view() == right.view();
 }

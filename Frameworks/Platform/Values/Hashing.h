@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Hashes and comparison of short text, a machine word at a time: the work of every look-up. Inner
-// header of this folder.
+// Hashes and comparison of short text, a machine word at a time: the work of every look-up.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +10,7 @@
 
 namespace QRVPlatform::ValueObjects {
 
-/// Seeded anew in each process, so that a settings file cannot be made whose keys all collide.
+/// Random in each process, so that nobody can make a settings file whose keys all collide.
 struct HashSeed {
     std::uint64_t start;
     std::uint64_t factor;

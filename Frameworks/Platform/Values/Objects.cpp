@@ -37,16 +37,23 @@ void destroy(Object* object) noexcept {
         case Kind::Array:
             destroyContainer(static_cast<ArrayObject*>(object));
             break;
-        default:
+        case Kind::Dictionary:
             destroyContainer(static_cast<DictionaryObject*>(object));
             break;
+        case Kind::Null:
+        case Kind::Boolean:
+        case Kind::Integer:
+        case Kind::Real:
+        case Kind::Date:
+        case Kind::NullMarker:
+            break;  // held in the handle, never an object
     }
 }
 
 // Destroying a container releases its elements. A nested container that thereby loses its last
 // reference is put on the outermost call's list instead of being destroyed on the spot, so that the
-// depth of a tree costs no stack. A plain pointer, because values may outlive a thread's own
-// objects.
+// depth of a tree costs no stack. A plain pointer, because values may be destroyed after the
+// objects of a thread.
 thread_local std::vector<Object*>* waitingForDestruction = nullptr;
 
 void destroyNested(Object* object) noexcept {

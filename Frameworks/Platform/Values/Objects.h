@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The shared objects behind the handles of PropertyListValue.h that hold no other objects. Inner
-// header of this folder.
+// The shared objects behind the handles of PropertyListValue.h that hold no other objects, and how
+// the sources of this folder get at them.
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Values/Hashing.h"
 #include "Platform/Values/PropertyListValue.h"
@@ -25,12 +26,66 @@ struct Object {
     const bool isMutable;
 };
 
-/// Gives one reference up; answers whether it was the last. Whoever holds the only one need not
-/// write, which is much cheaper: nobody is left who could take another.
+/// Releases one reference and says whether it was the last. The holder of the only reference need
+/// not write, which is much cheaper: nobody is left who could take another.
 inline bool isLastReference(Object& object) noexcept {
     return object.references.load(std::memory_order_acquire) == 1 ||
            object.references.fetch_sub(1, std::memory_order_acq_rel) == 1;
 }
+
+/// An `ObjectReference` to an object of a known type.
+template <typename ObjectType>
+class Reference {
+  public:
+    Reference() = default;
+    /// Takes over one reference that the caller owns.
+    explicit Reference(ObjectType* owned) noexcept : object_(owned) {}
+    [[nodiscard]] ObjectType* get() const noexcept {
+        return static_cast<ObjectType*>(object_.get());
+    }
+    ObjectType* operator->() const noexcept { return get(); }
+    [[nodiscard]] ObjectType* leak() noexcept { return static_cast<ObjectType*>(object_.leak()); }
+
+  private:
+    ObjectReference object_;
+};
+
+/// What the handles keep private.
+struct Access {
+    /// The object of an array, a dictionary or data; null when there is none.
+    template <typename Handle>
+    static Object* objectOf(const Handle& handle) noexcept {
+        return handle.object_.get();
+    }
+    /// The object of a value of the kind `String` or a later one.
+    static Object* objectOf(const PropertyListValue& value) noexcept {
+        return value.payload_.object;
+    }
+    /// Another handle of an object; null for null.
+    template <typename Handle>
+    static Handle handleOf(Object* object) noexcept {
+        if (object != nullptr) retain(object);
+        return Handle(ObjectReference(object));
+    }
+    /// The handle takes over one reference that the caller owns.
+    template <typename Handle>
+    static Handle handleOwning(Object* owned) noexcept {
+        return Handle(ObjectReference(owned));
+    }
+    /// The same bits; the reference that they may stand for is not counted.
+    static PropertyListValue uncountedCopy(const PropertyListValue& value) noexcept {
+        PropertyListValue copy;
+        copy.kind_ = value.kind_;
+        copy.isBeyondSigned_ = value.isBeyondSigned_;
+        copy.payload_ = value.payload_;
+        return copy;
+    }
+    /// Makes the value null without releasing its object: the caller owns that reference.
+    static Object* leak(PropertyListValue& value) noexcept {
+        value.kind_ = Kind::Null;
+        return value.payload_.object;
+    }
+};
 
 /// Characters follow the object in the same allocation.
 struct StringObject : Object {

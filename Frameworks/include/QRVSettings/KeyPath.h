@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Export.h"
+
 /// A key path as an argument: the keys of the successive levels of a tree, joined by ".", or null
 /// (`nullptr`, `std::nullopt`), which is not the same as "" (one empty key).
 ///

@@ -6,6 +6,8 @@
 
 #include <string_view>
 
+#include "Platform/Export.h"
+
 namespace QRVStoreKeyPaths {
 
 /// @name Records of the store

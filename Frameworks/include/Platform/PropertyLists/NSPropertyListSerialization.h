@@ -22,9 +22,9 @@ enum class PropertyListFormat { OldStyle, XML, Binary };
 /// Why a property list could not be read or written, and where.
 struct QRV_EXPORT PropertyListError {
     enum class Place {
-        Byte,           ///< reading the binary format: `offset` tells
-        LineAndColumn,  ///< reading a text format: `line` and `column` tell
-        KeyPath,        ///< writing: `keyPath` tells
+        Byte,           ///< reading the binary format: at `offset`
+        LineAndColumn,  ///< reading a text format: at `line` and `column`
+        KeyPath,        ///< writing: at `keyPath`
     };
 
     std::string message;
@@ -37,15 +37,15 @@ struct QRV_EXPORT PropertyListError {
     /// Keys joined by ".", array elements as "[index]": `Menu.Items[2].Name`. Empty for the root.
     std::string keyPath;
 
-    /// One line for people: `unknown element <foo>, line 3, column 5`. Control characters of what
-    /// is quoted are shown as `\x0A`.
+    /// One line for people: `unknown element <foo>, line 3, column 5`. Control characters in
+    /// quoted text are shown as `\x0A`.
     [[nodiscard]] std::string description() const;
 };
 
 struct PropertyListReadResult {
     /// Null exactly when there is an error. The root may be of any kind that a property list holds.
     PropertyListValue value;
-    /// What the bytes looked like, also when they could not be read.
+    /// The format that was detected, also when the bytes could not be read.
     PropertyListFormat format = PropertyListFormat::OldStyle;
     std::optional<PropertyListError> error;
 };
@@ -58,15 +58,15 @@ struct PropertyListWriteResult {
 
 class QRV_EXPORT NSPropertyListSerialization {
   public:
-    /// Containers within containers, the root being the first.
+    /// Levels of nested containers; the root is the first.
     static constexpr std::size_t maximumLevels = 512;
-    /// Bytes of a file.
+    /// Size of a file in bytes.
     static constexpr std::size_t maximumSize = std::size_t{64} * 1024 * 1024;
-    /// Values of a list, containers included and keys not; a value that a binary file refers to
-    /// from several places counts at each.
+    /// Number of values, with the containers and without the keys. A value that a binary file
+    /// refers to several times counts each time.
     static constexpr std::size_t maximumValues = 1'000'000;
 
-    /// Reads a property list; the format is found from the bytes.
+    /// Reads a property list and detects its format.
     ///
     /// - Binary: version 00. Dates keep their fractions. Null, fill, sets and UIDs are refused.
     /// - XML in UTF-8, UTF-16 or UTF-32, with or without `<plist>` around the one value. Unknown
@@ -82,19 +82,20 @@ class QRV_EXPORT NSPropertyListSerialization {
     ///   refused.
     ///
     /// Of two entries with one key the later wins. Everything in the result is immutable; equal
-    /// parts may be the same object. What is beyond one of the limits above is refused, and a file
-    /// that was cut off is refused or, where only white space or comments are missing, read in
-    /// full; lines without outer braces are the exception, since they are whole after each `;`.
+    /// parts may be the same object. A file beyond one of the limits above is refused. So is a file
+    /// that was cut off, unless only white space or comments are missing. Lines without outer
+    /// braces are the exception: they are complete after each `;`, so a file that was cut off there
+    /// is read as far as it goes.
     [[nodiscard]] static PropertyListReadResult propertyListWithData(std::string_view bytes);
 
     /// Writes a value as XML in UTF-8, keys sorted by their bytes, so that equal trees give equal
-    /// files. `propertyListWithData` reads back an equal tree, kinds included, but for the
-    /// fractions of dates: the format knows whole seconds, dates are rounded down.
+    /// files. `propertyListWithData` reads back an equal tree of the same kinds, but dates lose
+    /// their fractions: the format holds whole seconds, and dates are rounded down.
     ///
     /// Control characters are written as numeric references, which other readers may refuse.
     ///
     /// The error names the value that cannot be stored: null, the null marker, a colour, text or a
-    /// key that is not UTF-8, a date outside the years 0000 to 9999; or the one that goes past a
+    /// key that is not UTF-8, a date outside the years 0000 to 9999; or the one that exceeds a
     /// limit above. A tree that other threads change meanwhile is written container by container,
     /// each as it was at one moment.
     [[nodiscard]] static PropertyListWriteResult dataWithPropertyList(

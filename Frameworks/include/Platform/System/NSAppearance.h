@@ -5,6 +5,8 @@
 
 #include <string_view>
 
+#include "Platform/Export.h"
+
 inline constexpr std::string_view NSAppearanceNameDarkAqua = "NSAppearanceNameDarkAqua";
 inline constexpr std::string_view NSAppearanceNameVibrantDark = "NSAppearanceNameVibrantDark";
 inline constexpr std::string_view NSAppearanceNameAccessibilityHighContrastDarkAqua =

@@ -4,31 +4,46 @@
 /// Property-list values: the data that settings are made of.
 ///
 /// `PropertyListValue` is a 16-byte handle that is cheap to copy. Booleans, integers, reals, dates
-/// and null live in the handle itself and allocate nothing; strings, data, colours and containers
-/// are shared objects with a thread-safe reference count.
+/// and null are held in the handle itself and allocate nothing; strings, data, colours and
+/// containers are shared objects with a thread-safe reference count.
 ///
 ///     NSDictionary tree{{"CPU", NSDictionary{{"Enabled", true}, {"Width", 40}}},
 ///                       {"Items", NSArray{"cpu", 2.5}}};
 ///     for (const auto& [key, value] : tree) ...
 ///
-/// Dictionaries and arrays are objects with identity: copying a handle gives the same object,
+/// Arrays and dictionaries are objects with identity: copying a handle gives the same object,
 /// `copy()` and `mutableCopy()` give another one. Both copies are shallow (the values inside are
 /// the same objects) and take constant time: the entries are shared until one side changes. Until
 /// then all immutable copies of a mutable object are one.
 ///
-/// Threads: a handle belongs to one thread at a time, like any C++ value. The object behind it may
-/// be used by several: an immutable object never changes, and a mutable one may be read (looked up,
-/// iterated, copied, compared) on any thread while one other thread changes it; a reader sees it
-/// before or after each change, never between. What spans several calls is not protected.
+/// `const` belongs to the handle, as with a pointer: a `const NSMutableArray` always refers to the
+/// same array, and that array can be changed. All functions that change a container are therefore
+/// `const`. Whether the object can be changed is in its type and in `isMutable()`.
+///
+/// There are five kinds of nothing. A null `PropertyListValue` means "no value", as a null array
+/// or dictionary means "no container": it counts 0, a walk over it ends at once, and changes to it
+/// are skipped. An empty `std::optional` means that a function has no result, an empty string is a
+/// value like any other, and `NSNull` is a value that records "known to be absent".
+///
+/// Arrays and dictionaries are C++20 forward ranges, for algorithms and views:
+///
+///     std::ranges::find(array, "cpu");
+///     for (const auto& [key, value] : tree | std::views::filter(isSection)) ...
+///
+/// Threads: a handle belongs to one thread at a time, like any C++ value. Several threads may use
+/// the object behind it: an immutable object never changes, and a mutable one may be read (looked
+/// up, walked over, copied, compared) on any thread while one other thread changes it. A reader
+/// sees it before or after each change, never between. Several calls in a row are not atomic.
 ///
 /// A container that is made to hold itself is never freed.
 
-#include <compare>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <iosfwd>
+#include <iterator>
+#include <ranges>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -37,257 +52,20 @@
 #include <utility>
 
 #include "Platform/Export.h"
+#include "Platform/Values/ContainerIterator.h"
+#include "Platform/Values/NSColor.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSDate.h"
+#include "Platform/Values/ObjectReference.h"
 
-class PropertyListValue;
+class NSArray;
+class NSDictionary;
 class NSMutableArray;
 class NSMutableDictionary;
 
-namespace QRVPlatform::ValueObjects {
-struct Object;
-struct StringObject;
-struct DataObject;
-struct ColorObject;
-struct ArrayObject;
-struct DictionaryObject;
-class ArrayContents;
-class DictionaryContents;
-template <typename ObjectType>
-class CurrentContents;
-struct Building;
-QRV_EXPORT void retain(Object* object) noexcept;
-QRV_EXPORT void release(Object* object) noexcept;
-
-/// Shares the ownership of one object; empty when there is none.
-template <typename ObjectType>
-class Reference {
-  public:
-    Reference() = default;
-    /// Takes over one reference that the caller owns.
-    explicit Reference(ObjectType* owned) noexcept : object_(owned) {}
-    Reference(const Reference& other) noexcept : object_(other.object_) { retainObject(); }
-    Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    Reference& operator=(Reference other) noexcept {
-        std::swap(object_, other.object_);
-        return *this;
-    }
-    ~Reference() {
-        if (object_ != nullptr) release(reinterpret_cast<Object*>(object_));
-    }
-    [[nodiscard]] ObjectType* get() const noexcept { return object_; }
-    ObjectType* operator->() const noexcept { return object_; }
-    [[nodiscard]] ObjectType* leak() noexcept { return std::exchange(object_, nullptr); }
-
-  private:
-    void retainObject() const noexcept {
-        if (object_ != nullptr) retain(reinterpret_cast<Object*>(object_));
-    }
-    ObjectType* object_ = nullptr;
-};
-}  // namespace QRVPlatform::ValueObjects
-
-/// An operation was applied to a value that does not know it: a store into something that is not a
-/// mutable dictionary, or a null where a value is needed.
-class QRV_EXPORT NSInvalidArgumentException : public std::invalid_argument {
-  public:
-    explicit NSInvalidArgumentException(const std::string& reason);
-    NSInvalidArgumentException(const NSInvalidArgumentException&) noexcept;
-    NSInvalidArgumentException& operator=(const NSInvalidArgumentException&) noexcept;
-    ~NSInvalidArgumentException() override;
-};
-
-/// The null marker: a value that says "known to be absent". Lives only in memory; no property list
-/// can hold it.
+/// The null marker: a value that says "known to be absent". It exists only in memory; no property
+/// list can hold it.
 struct NSNull {};
-
-/// An instant: seconds, with fraction, since 2001-01-01 00:00:00 UTC (leap seconds not counted).
-/// Resolution is that of the double: better than a microsecond for this century.
-class QRV_EXPORT NSDate {
-  public:
-    /// Seconds from 1970-01-01 to the reference date 2001-01-01.
-    static constexpr double timeIntervalBetween1970AndReferenceDate = 978307200.0;
-
-    constexpr explicit NSDate(double secondsSinceReferenceDate)
-        : seconds_(secondsSinceReferenceDate) {}
-    static NSDate now();
-    static constexpr NSDate dateWithTimeIntervalSince1970(double seconds) {
-        return NSDate(seconds - timeIntervalBetween1970AndReferenceDate);
-    }
-    [[nodiscard]] constexpr double timeIntervalSinceReferenceDate() const { return seconds_; }
-    [[nodiscard]] constexpr double timeIntervalSince1970() const {
-        return seconds_ + timeIntervalBetween1970AndReferenceDate;
-    }
-    constexpr auto operator<=>(const NSDate&) const = default;
-
-  private:
-    double seconds_;
-};
-
-/// Bytes; immutable and shared.
-class QRV_EXPORT NSData {
-  public:
-    NSData() = default;
-    explicit NSData(std::span<const std::byte> bytes);
-    explicit NSData(std::string_view bytes);
-    /// The bytes; they live as long as this handle.
-    [[nodiscard]] std::span<const std::byte> bytes() const& noexcept;
-    std::span<const std::byte> bytes() && = delete;
-    [[nodiscard]] std::string_view view() const& noexcept;
-    std::string_view view() && = delete;
-    [[nodiscard]] std::size_t size() const noexcept;
-    QRV_EXPORT friend bool operator==(const NSData& left, const NSData& right) noexcept;
-
-  private:
-    friend class PropertyListValue;
-    QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::DataObject> object_;
-};
-
-/// A colour in the sRGB space, four components of which 0 to 1 is the usual range (nothing is
-/// clamped). Lives only in memory; no property list can hold it.
-struct QRV_EXPORT NSColor {
-    double redComponent = 0;
-    double greenComponent = 0;
-    double blueComponent = 0;
-    double alphaComponent = 1;
-
-    static constexpr NSColor colorWithSRGBRed(double red, double green, double blue, double alpha) {
-        return NSColor{red, green, blue, alpha};
-    }
-    bool operator==(const NSColor&) const = default;
-};
-
-/// An ordered list of values, or no list at all (`nullptr`). Never holds null.
-class QRV_EXPORT NSArray {
-  public:
-    class Iterator;
-    struct Sentinel {};
-
-    /// The empty array.
-    NSArray();
-    NSArray(std::nullptr_t) noexcept {}
-    /// Throws NSInvalidArgumentException when a value is null.
-    ///
-    /// For one value that is an array itself, use `arrayWithObject`: of `NSArray{NSArray{1}}` some
-    /// compilers make a copy of the inner array instead.
-    NSArray(std::initializer_list<PropertyListValue> values);
-    explicit NSArray(std::span<const PropertyListValue> values);
-    [[nodiscard]] static NSArray arrayWithObject(const PropertyListValue& value);
-
-    [[nodiscard]] bool isNull() const noexcept { return object_.get() == nullptr; }
-    [[nodiscard]] bool isMutable() const noexcept;
-    /// 0 when null.
-    [[nodiscard]] std::size_t count() const;
-    /// Null when there is no array or `index` is past its end.
-    [[nodiscard]] PropertyListValue objectAtIndex(std::size_t index) const;
-    /// An immutable shallow copy (the object itself when it is immutable); null stays null.
-    [[nodiscard]] NSArray copy() const;
-    [[nodiscard]] NSMutableArray mutableCopy() const;
-    /// The same object; null when it is not mutable.
-    [[nodiscard]] NSMutableArray asMutable() const;
-    [[nodiscard]] bool isIdenticalTo(const NSArray& other) const noexcept {
-        return object_.get() == other.object_.get();
-    }
-    /// Iterates over the elements as they are at this moment.
-    [[nodiscard]] Iterator begin() const;
-    [[nodiscard]] Sentinel end() const noexcept { return {}; }
-    /// Equal elements in the same order. A null array equals only a null array.
-    QRV_EXPORT friend bool operator==(const NSArray& left, const NSArray& right);
-
-  protected:
-    friend class PropertyListValue;
-    friend struct QRVPlatform::ValueObjects::Building;
-    explicit NSArray(QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::ArrayObject>
-                         object) noexcept
-        : object_(std::move(object)) {}
-    QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::ArrayObject> object_;
-};
-
-/// An array that can be changed, or no array (`nullptr`): then every change is skipped.
-class QRV_EXPORT NSMutableArray : public NSArray {
-  public:
-    /// A new empty array.
-    NSMutableArray();
-    NSMutableArray(std::nullptr_t) noexcept : NSArray(nullptr) {}
-    NSMutableArray(std::initializer_list<PropertyListValue> values);
-
-    /// Throws NSInvalidArgumentException when `value` is null.
-    void addObject(PropertyListValue value) const;
-    void addObjectsFromArray(const NSArray& values) const;
-    /// Removes every element equal to `value`.
-    void removeObject(const PropertyListValue& value) const;
-    void removeAllObjects() const;
-    /// Replaces all elements by those of `values` (none when it is null) in one step.
-    void setArray(const NSArray& values) const;
-
-  private:
-    friend class NSArray;
-};
-
-/// Values by string key, or no dictionary at all (`nullptr`). Never holds null.
-class QRV_EXPORT NSDictionary {
-  public:
-    struct Entry;
-    struct InitialEntry;
-    class Iterator;
-    struct Sentinel {};
-
-    /// The empty dictionary.
-    NSDictionary();
-    NSDictionary(std::nullptr_t) noexcept {}
-    /// Of two entries with one key the later wins. Throws NSInvalidArgumentException when a value
-    /// is null.
-    NSDictionary(std::initializer_list<InitialEntry> entries);
-
-    [[nodiscard]] bool isNull() const noexcept { return object_.get() == nullptr; }
-    [[nodiscard]] bool isMutable() const noexcept;
-    /// 0 when null.
-    [[nodiscard]] std::size_t count() const;
-    /// The value itself, not a copy; null where there is none.
-    [[nodiscard]] PropertyListValue objectForKey(std::string_view key) const;
-    /// An immutable shallow copy (the object itself when it is immutable); null stays null.
-    [[nodiscard]] NSDictionary copy() const;
-    [[nodiscard]] NSMutableDictionary mutableCopy() const;
-    /// The same object; null when it is not mutable.
-    [[nodiscard]] NSMutableDictionary asMutable() const;
-    [[nodiscard]] bool isIdenticalTo(const NSDictionary& other) const noexcept {
-        return object_.get() == other.object_.get();
-    }
-    /// Iterates over the entries as they are at this moment, in no promised order.
-    [[nodiscard]] Iterator begin() const;
-    [[nodiscard]] Sentinel end() const noexcept { return {}; }
-    /// Equal values under the same keys, mutable or not. A null dictionary equals only a null one.
-    QRV_EXPORT friend bool operator==(const NSDictionary& left, const NSDictionary& right);
-
-  protected:
-    friend class PropertyListValue;
-    friend struct QRVPlatform::ValueObjects::Building;
-    template <typename ObjectType>
-    friend class QRVPlatform::ValueObjects::CurrentContents;
-    explicit NSDictionary(
-        QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::DictionaryObject>
-            object) noexcept
-        : object_(std::move(object)) {}
-    QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::DictionaryObject> object_;
-};
-
-/// A dictionary that can be changed, or no dictionary (`nullptr`): then every change is skipped.
-class QRV_EXPORT NSMutableDictionary : public NSDictionary {
-  public:
-    /// A new empty dictionary.
-    NSMutableDictionary();
-    NSMutableDictionary(std::nullptr_t) noexcept : NSDictionary(nullptr) {}
-    NSMutableDictionary(std::initializer_list<InitialEntry> entries);
-
-    /// A null value removes the key.
-    void setObjectForKey(PropertyListValue value, std::string_view key) const;
-    void removeObjectForKey(std::string_view key) const;
-    void removeAllObjects() const;
-    void addEntriesFromDictionary(const NSDictionary& other) const;
-    /// Prepares for `count` entries, so that adding them moves nothing.
-    void reserve(std::size_t count) const;
-
-  private:
-    friend class NSDictionary;
-};
 
 /// One value of a property list, the null marker, a colour, or null (no value).
 class QRV_EXPORT PropertyListValue {
@@ -324,15 +102,15 @@ class QRV_EXPORT PropertyListValue {
     constexpr PropertyListValue(NSNull) noexcept : kind_(Kind::NullMarker) {}
     /// A null pointer gives null.
     PropertyListValue(const char* text);
-    /// UTF-8; may hold any character, U+0000 included. Text that is not UTF-8 is kept as it is, but
-    /// no property list can hold it.
+    /// UTF-8 with any characters, U+0000 included. Text that is not UTF-8 is kept as it is, but no
+    /// property list can hold it.
     PropertyListValue(std::string_view text);
     PropertyListValue(const std::string& text) : PropertyListValue(std::string_view(text)) {}
     PropertyListValue(const NSData& value);
     PropertyListValue(const NSColor& value);
     PropertyListValue(const NSArray& value) noexcept;
     PropertyListValue(const NSDictionary& value) noexcept;
-    /// Other pointers would become booleans by surprise.
+    /// Other pointers would silently become booleans.
     template <typename Type>
     requires(!std::same_as<std::remove_cv_t<Type>, char>) PropertyListValue(Type*)
     = delete;
@@ -377,8 +155,8 @@ class QRV_EXPORT PropertyListValue {
         return kind_ == other.kind_ || (isNumber() && other.isNumber());
     }
 
-    /// @name Lenient conversions, defined for every kind; what has no such meaning gives false, 0
-    /// or "".
+    /// @name Lenient conversions, defined for every kind; a value that cannot be converted gives
+    /// false, 0 or "".
     /// @{
 
     /// A number is true when it is not 0; a string when, after white space, a sign and zeros, it
@@ -386,8 +164,8 @@ class QRV_EXPORT PropertyListValue {
     [[nodiscard]] bool boolValue() const noexcept {
         return isBoolean() ? payload_.boolean : boolValueOfAnotherKind();
     }
-    /// Reals are cut towards 0, a string gives the decimal integer that it begins with; what is out
-    /// of range gives the nearest end of the range, a NaN 0.
+    /// Reals are truncated towards 0, a string gives the decimal integer that it begins with. A
+    /// number out of range gives the nearest end of the range, a NaN 0.
     [[nodiscard]] std::int64_t integerValue() const noexcept;
     /// A string gives the decimal number that it begins with (no hexadecimal, no infinity, no NaN).
     [[nodiscard]] double doubleValue() const noexcept;
@@ -396,11 +174,11 @@ class QRV_EXPORT PropertyListValue {
     [[nodiscard]] std::string stringValue() const;
     /// @}
 
-    /// @name Strict access: what the value is, or an empty answer when it is of another kind.
+    /// @name Strict access: the value itself, or an empty result when it is of another kind.
     /// @{
 
-    /// True for an integer above 2^63-1: its value is `unsignedValue()`, and `integerValue()` is
-    /// cut.
+    /// True for an integer above 2^63-1: `unsignedValue()` gives it, `integerValue()` only the
+    /// largest signed one.
     [[nodiscard]] constexpr bool isBeyondSigned() const noexcept {
         return isBeyondSigned_ && isInteger();
     }
@@ -433,9 +211,7 @@ class QRV_EXPORT PropertyListValue {
                                       const PropertyListValue& right);
 
   private:
-    friend struct QRVPlatform::ValueObjects::Building;
-    template <typename ObjectType>
-    friend class QRVPlatform::ValueObjects::CurrentContents;
+    friend struct QRVPlatform::ValueObjects::Access;
     union Payload {
         bool boolean;
         std::int64_t integer;
@@ -451,64 +227,166 @@ class QRV_EXPORT PropertyListValue {
 
 static_assert(sizeof(PropertyListValue) == 16);
 
-struct NSDictionary::InitialEntry {
-    std::string_view key;
-    PropertyListValue value;
-};
-
-/// One entry during an iteration; valid as long as the iterator lives.
-struct NSDictionary::Entry {
-    std::string_view key;
-    const PropertyListValue& value;
-};
-
-/// Walks over a dictionary's entries as they were at the beginning; later changes do not reach it.
-class QRV_EXPORT NSDictionary::Iterator {
+/// An ordered list of values, or no list at all (`nullptr`). Never holds null.
+class QRV_EXPORT NSArray {
   public:
-    Iterator(const Iterator&) = delete;
-    Iterator(Iterator&& other) noexcept;
-    Iterator& operator=(const Iterator&) = delete;
-    Iterator& operator=(Iterator&&) = delete;
-    ~Iterator();
-    Entry operator*() const noexcept;
-    Iterator& operator++() noexcept;
-    bool operator!=(Sentinel) const noexcept;
+    using Iterator = QRVPlatform::ValueObjects::ContainerIterator<const PropertyListValue&>;
 
-  private:
-    friend class NSDictionary;
-    QRV_HIDDEN explicit Iterator(
-        QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::DictionaryContents>
-            contents);
-    QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::DictionaryContents> contents_;
-    std::size_t position_ = 0;
-    std::size_t count_ = 0;
+    /// The empty array.
+    NSArray();
+    NSArray(std::nullptr_t) noexcept {}
+    /// Throws NSInvalidArgumentException when a value is null.
+    ///
+    /// For one value that is an array itself, use `arrayWithObject`: of `NSArray{NSArray{1}}` some
+    /// compilers make a copy of the inner array instead.
+    NSArray(std::initializer_list<PropertyListValue> values);
+    explicit NSArray(std::span<const PropertyListValue> values);
+    [[nodiscard]] static NSArray arrayWithObject(const PropertyListValue& value);
+
+    [[nodiscard]] bool isNull() const noexcept { return object_.get() == nullptr; }
+    [[nodiscard]] bool isMutable() const noexcept;
+    /// 0 when null.
+    [[nodiscard]] std::size_t count() const;
+    /// Null when there is no array or `index` is past its end.
+    [[nodiscard]] PropertyListValue objectAtIndex(std::size_t index) const;
+    /// An immutable shallow copy (the object itself when it is immutable); null stays null.
+    [[nodiscard]] NSArray copy() const;
+    [[nodiscard]] NSMutableArray mutableCopy() const;
+    /// The same object; null when it is not mutable.
+    [[nodiscard]] NSMutableArray asMutable() const;
+    [[nodiscard]] bool isIdenticalTo(const NSArray& other) const noexcept {
+        return object_.get() == other.object_.get();
+    }
+    /// Walks over the elements as they are at this moment; later changes do not reach the walk.
+    [[nodiscard]] Iterator begin() const;
+    [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+    /// Equal elements in the same order. A null array equals only a null array.
+    QRV_EXPORT friend bool operator==(const NSArray& left, const NSArray& right);
+
+  protected:
+    friend struct QRVPlatform::ValueObjects::Access;
+    explicit NSArray(QRVPlatform::ValueObjects::ObjectReference object) noexcept
+        : object_(std::move(object)) {}
+    QRVPlatform::ValueObjects::ObjectReference object_;
 };
 
-/// Walks over an array's elements as they were at the beginning; later changes do not reach it.
-class QRV_EXPORT NSArray::Iterator {
+/// An array that can be changed, or no array (`nullptr`): then every change is skipped.
+class QRV_EXPORT NSMutableArray : public NSArray {
   public:
-    Iterator(const Iterator&) = delete;
-    Iterator(Iterator&& other) noexcept;
-    Iterator& operator=(const Iterator&) = delete;
-    Iterator& operator=(Iterator&&) = delete;
-    ~Iterator();
-    const PropertyListValue& operator*() const noexcept;
-    Iterator& operator++() noexcept;
-    bool operator!=(Sentinel) const noexcept;
+    /// A new empty array.
+    NSMutableArray();
+    NSMutableArray(std::nullptr_t) noexcept : NSArray(nullptr) {}
+    NSMutableArray(std::initializer_list<PropertyListValue> values);
 
-  private:
-    friend class NSArray;
-    QRV_HIDDEN explicit Iterator(
-        QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::ArrayContents> contents);
-    QRVPlatform::ValueObjects::Reference<QRVPlatform::ValueObjects::ArrayContents> contents_;
-    std::size_t position_ = 0;
-    std::size_t count_ = 0;
+    /// Throws NSInvalidArgumentException when `value` is null.
+    void addObject(PropertyListValue value) const;
+    void addObjectsFromArray(const NSArray& values) const;
+    /// Removes every element equal to `value`.
+    void removeObject(const PropertyListValue& value) const;
+    void removeAllObjects() const;
+    /// Replaces all elements by those of `values` (none when it is null) in one step.
+    void setArray(const NSArray& values) const;
+};
+
+/// Values by string key, or no dictionary at all (`nullptr`). Never holds null.
+class QRV_EXPORT NSDictionary {
+  public:
+    /// One entry during a walk; valid as long as an iterator of the walk lives.
+    struct Entry {
+        std::string_view key;
+        const PropertyListValue& value;
+    };
+    struct InitialEntry {
+        std::string_view key;
+        PropertyListValue value;
+    };
+    using Iterator = QRVPlatform::ValueObjects::ContainerIterator<Entry>;
+
+    /// The empty dictionary.
+    NSDictionary();
+    NSDictionary(std::nullptr_t) noexcept {}
+    /// Of two entries with one key the later wins. Throws NSInvalidArgumentException when a value
+    /// is null.
+    NSDictionary(std::initializer_list<InitialEntry> entries);
+
+    [[nodiscard]] bool isNull() const noexcept { return object_.get() == nullptr; }
+    [[nodiscard]] bool isMutable() const noexcept;
+    /// 0 when null.
+    [[nodiscard]] std::size_t count() const;
+    /// The value itself, not a copy; null when the key is missing.
+    [[nodiscard]] PropertyListValue objectForKey(std::string_view key) const;
+    /// An immutable shallow copy (the object itself when it is immutable); null stays null.
+    [[nodiscard]] NSDictionary copy() const;
+    [[nodiscard]] NSMutableDictionary mutableCopy() const;
+    /// The same object; null when it is not mutable.
+    [[nodiscard]] NSMutableDictionary asMutable() const;
+    [[nodiscard]] bool isIdenticalTo(const NSDictionary& other) const noexcept {
+        return object_.get() == other.object_.get();
+    }
+    /// Walks over the entries as they are at this moment, in no promised order; later changes do
+    /// not reach the walk.
+    [[nodiscard]] Iterator begin() const;
+    [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+    /// Equal values under the same keys, mutable or not. A null dictionary equals only a null one.
+    QRV_EXPORT friend bool operator==(const NSDictionary& left, const NSDictionary& right);
+
+  protected:
+    friend struct QRVPlatform::ValueObjects::Access;
+    explicit NSDictionary(QRVPlatform::ValueObjects::ObjectReference object) noexcept
+        : object_(std::move(object)) {}
+    QRVPlatform::ValueObjects::ObjectReference object_;
+};
+
+/// A dictionary that can be changed, or no dictionary (`nullptr`): then every change is skipped.
+class QRV_EXPORT NSMutableDictionary : public NSDictionary {
+  public:
+    /// A new empty dictionary.
+    NSMutableDictionary();
+    NSMutableDictionary(std::nullptr_t) noexcept : NSDictionary(nullptr) {}
+    NSMutableDictionary(std::initializer_list<InitialEntry> entries);
+
+    /// A null value removes the key.
+    void setObjectForKey(PropertyListValue value, std::string_view key) const;
+    void removeObjectForKey(std::string_view key) const;
+    void removeAllObjects() const;
+    void addEntriesFromDictionary(const NSDictionary& other) const;
+    /// Makes room for `count` entries, so that adding them allocates no further room.
+    void reserve(std::size_t count) const;
+};
+
+namespace QRVPlatform::ValueObjects {
+
+template <>
+QRV_EXPORT const PropertyListValue& NSArray::Iterator::operator*() const noexcept;
+template <>
+QRV_EXPORT NSDictionary::Entry NSDictionary::Iterator::operator*() const noexcept;
+
+}  // namespace QRVPlatform::ValueObjects
+
+/// Iterators share the ownership of what they walk over, so they may outlive the container.
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<NSArray> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<NSMutableArray> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<NSDictionary> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<NSMutableDictionary> = true;
+
+/// An operation does not apply to its argument: a null where a value is needed, or a write into
+/// something that is not a mutable dictionary.
+class QRV_EXPORT NSInvalidArgumentException : public std::invalid_argument {
+  public:
+    explicit NSInvalidArgumentException(const std::string& reason);
+    NSInvalidArgumentException(const NSInvalidArgumentException&) noexcept;
+    NSInvalidArgumentException& operator=(const NSInvalidArgumentException&) noexcept;
+    ~NSInvalidArgumentException() override;
 };
 
 namespace QRVPlatform {
 
 /// One line of text for people and logs, keys sorted: `{CPU = {Enabled = true}, Items =
-/// ["a", 1.5]}`. A string at the top stands bare, null is `(null)`. Levels past 64 are shown as
+/// ["a", 1.5]}`. A string at the top has no quotes, null is `(null)`. Levels past 64 are shown as
 /// `...`.
 QRV_EXPORT std::string description(const PropertyListValue& value);
 
@@ -517,4 +395,3 @@ QRV_EXPORT std::string description(const PropertyListValue& value);
 QRV_EXPORT std::ostream& operator<<(std::ostream& stream, const PropertyListValue& value);
 QRV_EXPORT std::ostream& operator<<(std::ostream& stream, const NSDictionary& value);
 QRV_EXPORT std::ostream& operator<<(std::ostream& stream, const NSArray& value);
-QRV_EXPORT std::ostream& operator<<(std::ostream& stream, const NSDate& value);

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
-
 #include <string>
 
 #include "Platform/Values/PropertyListValue.h"
 
 namespace QRVPlatform::PropertyLists {
 
-/// Thrown inside this folder only; never leaves it.
+/// Why a value cannot be written; thrown inside this folder only.
 struct WriteFailure {
     std::string message;
     std::string keyPath;

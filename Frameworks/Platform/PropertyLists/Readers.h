@@ -1,42 +1,35 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the readers of the three formats share; the limits are the writer's too. Inner header of
-// this folder.
+// The readers of the three formats, and what they share.
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/Limits.h"
 
 namespace QRVPlatform::PropertyLists {
 
-/// Thrown inside this folder only; never leaves it.
-struct Failure {
+/// Why a file cannot be read; thrown inside this folder only.
+struct ReadFailure {
     std::string message;
     std::size_t offset = 0;
 };
 
 [[noreturn]] inline void fail(std::string message, std::size_t offset) {
-    throw Failure{std::move(message), offset};
+    throw ReadFailure{std::move(message), offset};
 }
 
-inline constexpr std::string_view tooManyValues = "there are more than 1000000 values";
-inline constexpr std::string_view tooManyLevels = "there are more than 512 levels";
-
-/// Counts the values and levels of a text as they are read.
+/// Counts the values and levels of a text while it is read.
 class Extent {
   public:
     void addValue(std::size_t offset) {
-        if (++values_ > NSPropertyListSerialization::maximumValues) {
-            fail(std::string(tooManyValues), offset);
-        }
+        if (++values_ > maximumValues) fail(tooManyValues(), offset);
     }
     void enterContainer(std::size_t offset) {
-        if (++levels_ > NSPropertyListSerialization::maximumLevels) {
-            fail(std::string(tooManyLevels), offset);
-        }
+        if (++levels_ > maximumLevels) fail(tooManyLevels(), offset);
     }
     void leaveContainer() noexcept { --levels_; }
 
