@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 #include "Platform/Values/PropertyListValue.h"
 
 using namespace QRVPlatform;
@@ -163,7 +163,7 @@ TEST(FilePresenter, IsToldAfterEventsWereLost) {
     fs::create_directory("busy");
     const Reader busy("busy/file");
     // The watching thread is held up meanwhile.
-    FilePresenters::replaceFor(&reader, "unused", [&] {
+    PresenterRegistry::replaceFor(&reader, "unused", [&] {
         for (int count = 0; count <= limit; ++count) {
             std::ofstream("busy/" + std::to_string(count % 2), std::ios::app);
         }

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Presenters/FilePresentation.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/ChangeDetector.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 using namespace QRVPlatform;
 
@@ -37,7 +37,7 @@ TEST(OwnWrites, OfTheSameBytesAsBeforeOrKeepingTheOldFileAsideAreNotTold) {
     const Reader reader("file");
     NSFileCoordinator(&reader).coordinateWritingItemAtURL(
         "file", NSFileCoordinator::WritingOptions::ForReplacing, [](const std::string& url) {
-            EXPECT_EQ(keepAside(url).error.value(), 0);
+            EXPECT_EQ(backUpFile(url).error.value(), 0);
             EXPECT_FALSE(replaceFile(url, "good"));
             EXPECT_FALSE(replaceFile(url, "good"));
         });
@@ -112,7 +112,7 @@ TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsTold) {
         std::make_shared<PresenterNotifications>(presenter, std::make_shared<NSOperationQueue>());
     FolderWatch folders;
     const auto now = std::chrono::steady_clock::now();
-    FilePresentation presentation(fs::current_path() / "file", notifications);
+    ChangeDetector presentation(fs::current_path() / "file", notifications);
     presentation.begin(folders, now);
     const auto replaceAsPresenter = [&] {
         writePlainly("own", "own");
@@ -170,7 +170,7 @@ TEST(OwnWrites, AnInodeNumberThatComesBackIsNotMistakenForAnOwnFile) {
         const timespec dates[2] = {date, date};
         // The watching thread is held up meanwhile, so that it sees the second one only. On many
         // file systems that would get the number of the own file.
-        FilePresenters::replaceFor(&reader, "unused", [&] {
+        PresenterRegistry::replaceFor(&reader, "unused", [&] {
             for (int times = 0; times < 2; ++times) {
                 writePlainly("new", "xyz");
                 EXPECT_EQ(utimensat(AT_FDCWD, "new", dates, 0), 0);

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "Files/PresenterSupport.h"
-#include "Platform/Presenters/PathSteps.h"
+#include "Platform/Presenters/RouteSteps.h"
 
 using namespace QRVPlatform;
 
@@ -27,7 +27,7 @@ void switchLink(const std::string& link, const std::string& target) {
 
 std::vector<std::string> namesOnTheWayTo(const std::string& path) {
     std::vector<std::string> names;
-    for (const PathStep& step : stepsToFile(path))
+    for (const RouteStep& step : stepsToFile(path))
         names.push_back(step.folder + ":" + step.name + (step.isFile ? "*" : ""));
     return names;
 }

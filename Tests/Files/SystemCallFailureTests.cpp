@@ -60,7 +60,7 @@ bool keepsAsideUnder(SystemCall call, int error, const std::string& expectedPath
     ChildProcess child([&] {
         failCall(SystemCall::Link, EPERM);
         failCall(call, error);
-        return keepAside("file").path == expectedPath;
+        return backUpFile("file").path == expectedPath;
     });
     return child.succeeded();
 }
@@ -194,7 +194,7 @@ TEST(FailingSystemCalls, WhereLinksAreNotPossibleACopyIsKept) {
     for (const int error : {EPERM, EOPNOTSUPP, EMLINK, EXDEV, ENOSYS}) {
         ChildProcess child([&] {
             failCall(SystemCall::Link, error);
-            return keepAside("file").path == "file.damaged-2";
+            return backUpFile("file").path == "file.damaged-2";
         });
         EXPECT_TRUE(child.succeeded()) << error;
         EXPECT_EQ(readPlainly("file.damaged-2"), std::string(200'000, 'd'));
@@ -246,7 +246,7 @@ TEST(FailingSystemCalls, EveryFileIsOpenedCloseOnExec) {
             coordinator.coordinateReadingItemAtURL("new/file",
                                                    NSFileCoordinator::ReadingOptions::None, read);
         }
-        return keepAside("new/file").path == "new/file.damaged-1";
+        return backUpFile("new/file").path == "new/file.damaged-1";
     });
     EXPECT_TRUE(child.succeeded());
 }

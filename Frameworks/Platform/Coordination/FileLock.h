@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "Platform/Coordination/OpenLockFile.h"
+#include "Platform/Descriptors/CloseOnFork.h"
 
 namespace QRVPlatform {
 
@@ -29,8 +29,8 @@ class FileLock {
     static std::error_code acquireExclusive(const std::string& path, FileLock& lock);
 
   private:
-    explicit FileLock(OpenLockFile::Handle file) : file_(std::move(file)) {}
-    OpenLockFile::Handle file_;
+    explicit FileLock(CloseOnFork::Handle file) : file_(std::move(file)) {}
+    CloseOnFork::Handle file_;
 };
 
 }  // namespace QRVPlatform

@@ -21,14 +21,14 @@ using Clock = std::chrono::steady_clock;
 // Never waits for a pipe that lies in the lock file's place.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-OpenLockFile::Handle opened(const std::string& path, int flags) {
-    return OpenLockFile::open(path, flags | safely);
+CloseOnFork::Handle opened(const std::string& path, int flags) {
+    return CloseOnFork::open(path, flags | safely);
 }
 
 /// The umask has had its say at the creation: only now the mode is what it is meant to be.
-OpenLockFile::Handle created(const std::string& path) {
+CloseOnFork::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
-    auto file = OpenLockFile::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
+    auto file = CloseOnFork::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
     if (file) fchmod(file->number(), mode);
     return file;
 }
@@ -39,7 +39,7 @@ bool isRegular(const FileDescriptor& file) {
 }
 
 /// Opened for writing, because some file systems lock exclusively only then.
-std::error_code openOrCreate(const std::string& path, OpenLockFile::Handle& file) {
+std::error_code openOrCreate(const std::string& path, CloseOnFork::Handle& file) {
     for (;;) {
         file = opened(path, O_RDWR);
         if (!file && errno == ENOENT) file = created(path);
@@ -93,7 +93,7 @@ FileLock FileLock::shared(const std::string& path) {
     constexpr std::chrono::seconds patience(2);
     const Clock::time_point deadline = Clock::now() + patience;
     do {
-        OpenLockFile::Handle file = opened(path, O_RDONLY);
+        CloseOnFork::Handle file = opened(path, O_RDONLY);
         if (!file || !isRegular(*file) || !waitForSharedLock(*file, deadline)) return {};
         if (isNamedBy(*file, path)) return FileLock(std::move(file));
     } while (Clock::now() < deadline);
@@ -102,7 +102,7 @@ FileLock FileLock::shared(const std::string& path) {
 
 std::error_code FileLock::acquireExclusive(const std::string& path, FileLock& lock) {
     for (;;) {
-        OpenLockFile::Handle file;
+        CloseOnFork::Handle file;
         if (const auto error = openOrCreate(path, file)) return error;
         if (const auto error = waitForExclusiveLock(*file)) return error;
         if (isNamedBy(*file, path)) {

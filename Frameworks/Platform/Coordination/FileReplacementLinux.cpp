@@ -14,7 +14,7 @@
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/NewFile.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 namespace QRVPlatform {
 
@@ -38,7 +38,7 @@ std::error_code writeNewFile(NewFile& file, const std::string& path, const struc
 
 std::error_code putInPlace(const std::string& newFile, const std::string& path) {
     const WriteAccess* const access = WriteAccess::to(path);
-    return FilePresenters::replaceFor(
+    return PresenterRegistry::replaceFor(
         access != nullptr ? access->performer() : nullptr, newFile, [&] {
             return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
                                                               : FileFailures::lastError();

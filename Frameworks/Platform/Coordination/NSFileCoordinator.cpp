@@ -6,7 +6,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 using namespace QRVPlatform;
 
@@ -48,11 +48,11 @@ std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string&
 }
 
 void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {
-    FilePresenters::add(presenter);
+    PresenterRegistry::add(presenter);
 }
 
 void NSFileCoordinator::removeFilePresenter(NSFilePresenter& presenter) {
-    FilePresenters::remove(presenter);
+    PresenterRegistry::remove(presenter);
 }
 
 NSFilePresenter::~NSFilePresenter() = default;

@@ -29,6 +29,9 @@ struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueu
     bool isEnding QRV_GUARDED_BY(mutex) = false;
 };
 
+// A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
+// locked only waits again, for the mutex.
+
 void DispatchQueue::Implementation::add(std::function<void()> item) {
     {
         const LockGuard lock(mutex);
@@ -36,7 +39,6 @@ void DispatchQueue::Implementation::add(std::function<void()> item) {
             thread = std::thread([self = shared_from_this()] { self->runItems(); });
         items.push_back(std::move(item));
     }
-    // Without the mutex, which the thread would wake only to wait for.
     itemsChanged.notify_one();
 }
 
@@ -66,8 +68,8 @@ void DispatchQueue::Implementation::endThread() {
     {
         const LockGuard lock(mutex);
         isEnding = true;
-        itemsChanged.notify_one();
     }
+    itemsChanged.notify_one();
     if (isOwnThread())
         thread.detach();
     else if (thread.joinable())

@@ -26,7 +26,7 @@ class QRV_SCOPED_LOCK MutexLock {
     explicit MutexLock(Mutex& mutex) QRV_ACQUIRES(mutex) : lock_(mutex.mutex_) {}
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
-    ~MutexLock() QRV_RELEASES() {}  // NOLINT(modernize-use-equals-default): takes the annotation
+    ~MutexLock() QRV_RELEASES() {}
 
     void lock() QRV_ACQUIRES() { lock_.lock(); }
     void unlock() QRV_RELEASES() { lock_.unlock(); }

@@ -97,6 +97,5 @@ class QRV_EXPORT DispatchMainQueue {
     struct QRV_HIDDEN State;
     QRV_HIDDEN DispatchMainQueue();
     ~DispatchMainQueue() = default;
-    QRV_HIDDEN static void startAnewInChild();
-    State* state_;
+    QRV_HIDDEN static State& state();
 };

@@ -110,14 +110,14 @@ QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maxi
 /// crash of the system may bring back the old file, whole; that is no error.
 QRV_EXPORT std::error_code replaceFile(const std::string& path, std::string_view bytes);
 
-struct KeptFile {
+struct FileBackup {
     std::string path;  ///< empty on error
     std::error_code error;
 };
 /// Gives the bytes of a regular file a second name, `<file name>.damaged-<n>` beside it, with the
 /// first n from 1 that is free: nothing is overwritten. The file itself stays, and may be replaced
 /// afterwards. A hard link where the file system has them, else a copy.
-QRV_EXPORT KeptFile keepAside(const std::string& path);
+QRV_EXPORT FileBackup backUpFile(const std::string& path);
 
 /// Something that could not be done to a file.
 struct FileFailure {

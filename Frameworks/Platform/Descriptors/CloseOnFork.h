@@ -8,18 +8,18 @@
 
 namespace QRVPlatform {
 
-/// A lock file that is open in this process only. A forked child would share its lock and keep it
-/// after the parent's end: there the descriptor is closed, and the lock not held.
-namespace OpenLockFile {
+/// Files that are open in the process that opened them only: a forked child has their descriptors
+/// closed. Otherwise it would share a lock on such a file and keep it after the parent's end.
+namespace CloseOnFork {
 
 struct Forget {
     void operator()(FileDescriptor* file) const;
 };
 using Handle = std::unique_ptr<FileDescriptor, Forget>;
 
-/// Null with `errno` set when it cannot be opened.
+/// Null with `errno` set when it cannot be opened. For any threads.
 Handle open(const std::string& path, int flags, unsigned mode = 0);
 
-}  // namespace OpenLockFile
+}  // namespace CloseOnFork
 
 }  // namespace QRVPlatform

@@ -10,7 +10,7 @@
 namespace QRVPlatform {
 
 /// The presenters of this process, and the one thread that watches for all of them.
-namespace FilePresenters {
+namespace PresenterRegistry {
 
 /// As NSFileCoordinator promises it.
 void add(NSFilePresenter& presenter);
@@ -21,6 +21,6 @@ void remove(NSFilePresenter& presenter);
 std::error_code replaceFor(const NSFilePresenter* performer, const std::string& newFile,
                            const std::function<std::error_code()>& putInPlace);
 
-}  // namespace FilePresenters
+}  // namespace PresenterRegistry
 
 }  // namespace QRVPlatform

@@ -9,9 +9,9 @@
 namespace QRVPlatform {
 
 /// Watches all folders that decide which file a path names and what is in it.
-class PathWatch {
+class RouteWatch {
   public:
-    explicit PathWatch(std::string absolutePath);
+    explicit RouteWatch(std::string absolutePath);
 
     /// Watches the folders that are on the way now. Whatever changes the way or the file from the
     /// return on makes an event. False when a folder that counts cannot be watched; those that can

@@ -9,19 +9,18 @@
 
 #include "Platform/Files/Files.h"
 #include "Platform/Presenters/OwnFile.h"
-#include "Platform/Presenters/PathWatch.h"
 #include "Platform/Presenters/PresenterNotifications.h"
+#include "Platform/Presenters/RouteWatch.h"
 
 namespace QRVPlatform {
 
 /// One presenter and the file that it presents: makes notifications of events. All calls happen
 /// under one lock.
-class FilePresentation {
+class ChangeDetector {
   public:
     using Time = FolderWatch::Time;
 
-    FilePresentation(std::string absolutePath,
-                     std::shared_ptr<PresenterNotifications> notifications);
+    ChangeDetector(std::string absolutePath, std::shared_ptr<PresenterNotifications> notifications);
 
     /// Changes are noticed from here on.
     void begin(FolderWatch& folders, Time now);
@@ -57,7 +56,7 @@ class FilePresentation {
     [[nodiscard]] bool differsFromLastSeen(const FileIdentity& state) const;
 
     std::shared_ptr<PresenterNotifications> notifications_;
-    PathWatch watch_;
+    RouteWatch watch_;
     Noted noted_;
     /// The state that the presenter was notified of, or has made.
     FileIdentity lastSeen_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Presenters/PathWatch.h"
+#include "Platform/Presenters/RouteWatch.h"
 
 #include <algorithm>
 #include <string_view>
@@ -7,13 +7,13 @@
 
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
-#include "Platform/Presenters/PathSteps.h"
+#include "Platform/Presenters/RouteSteps.h"
 
 namespace QRVPlatform {
 
 namespace {
 
-using Route = std::vector<PathWatch::Step>;
+using Route = std::vector<RouteWatch::Step>;
 
 struct Attempt {
     Route route;
@@ -35,8 +35,8 @@ bool isTolerable(std::error_code error, bool isLast) {
 Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
     using Interest = FolderWatch::Interest;
     Attempt attempt;
-    const std::vector<PathStep> steps = stepsToFile(path);
-    for (const PathStep& step : steps) {
+    const std::vector<RouteStep> steps = stepsToFile(path);
+    for (const RouteStep& step : steps) {
         const auto [number, error] =
             folders.add(step.folder, step.isFile ? Interest::NamesAndContents : Interest::Names);
         if (isGone(error)) attempt.isFleeting = true;
@@ -59,11 +59,11 @@ void releaseRoute(const Route& route, FolderWatch& folders) {
 
 }  // namespace
 
-PathWatch::PathWatch(std::string absolutePath) : path_(std::move(absolutePath)) {}
+RouteWatch::RouteWatch(std::string absolutePath) : path_(std::move(absolutePath)) {}
 
 // A folder may be exchanged between finding and watching it. But a route that is found a second
 // time was watched all the while it was found, so that a change since then has made an event.
-bool PathWatch::arm(FolderWatch& folders) {
+bool RouteWatch::arm(FolderWatch& folders) {
     constexpr int mostAttempts = 100;
     for (int attempts = 0; attempts < mostAttempts; ++attempts) {
         Attempt attempt = watchedRoute(path_, folders);
@@ -75,11 +75,11 @@ bool PathWatch::arm(FolderWatch& folders) {
     return false;
 }
 
-void PathWatch::release(FolderWatch& folders) {
+void RouteWatch::release(FolderWatch& folders) {
     releaseRoute(std::exchange(route_, {}), folders);
 }
 
-PathWatch::Meaning PathWatch::meaningTo(const Step& step, const FolderWatch::Event& event) const {
+RouteWatch::Meaning RouteWatch::meaningTo(const Step& step, const FolderWatch::Event& event) const {
     if (step.watch != event.watch) return Meaning::Nothing;
     if (event.kind == FolderWatch::Kind::FolderLost) return Meaning::Route;
     if (step.name == event.name) return step.isFile ? Meaning::File : Meaning::Route;
@@ -87,13 +87,13 @@ PathWatch::Meaning PathWatch::meaningTo(const Step& step, const FolderWatch::Eve
     return isNeighbour ? Meaning::Neighbour : Meaning::Nothing;
 }
 
-PathWatch::Meaning PathWatch::meaningOf(const FolderWatch::Event& event) const {
+RouteWatch::Meaning RouteWatch::meaningOf(const FolderWatch::Event& event) const {
     Meaning meaning = Meaning::Nothing;
     for (const Step& step : route_) meaning = std::max(meaning, meaningTo(step, event));
     return meaning;
 }
 
-bool PathWatch::fileHasBecomeALink() const {
+bool RouteWatch::fileHasBecomeALink() const {
     return !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
 }
 

@@ -48,7 +48,7 @@ std::error_code linkOrCopy(const std::string& path, const std::string& newPath) 
     return copyFile(path, newPath);
 }
 
-KeptFile keepTarget(const std::string& path) {
+FileBackup keepTarget(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return {{}, FileFailures::lastError()};
     if (const auto error = FileStatus::errorUnlessRegular(status)) return {{}, error};
@@ -65,10 +65,10 @@ KeptFile keepTarget(const std::string& path) {
 
 }  // namespace
 
-KeptFile keepAside(const std::string& path) {
+FileBackup backUpFile(const std::string& path) {
     const auto [target, error] = resolvedPath(path);
-    KeptFile kept = error ? KeptFile{{}, error} : keepTarget(target);
-    FileFailures::reported("keep damaged file", path, kept.error);
+    FileBackup kept = error ? FileBackup{{}, error} : keepTarget(target);
+    FileFailures::reported("back up file", path, kept.error);
     return kept;
 }
 

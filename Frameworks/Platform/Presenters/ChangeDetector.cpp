@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Presenters/FilePresentation.h"
+#include "Platform/Presenters/ChangeDetector.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,42 +13,42 @@ constexpr std::chrono::seconds patience(2);
 
 }  // namespace
 
-FilePresentation::FilePresentation(std::string absolutePath,
-                                   std::shared_ptr<PresenterNotifications> notifications)
+ChangeDetector::ChangeDetector(std::string absolutePath,
+                               std::shared_ptr<PresenterNotifications> notifications)
     : notifications_(std::move(notifications)), watch_(std::move(absolutePath)) {}
 
-void FilePresentation::begin(FolderWatch& folders, Time now) {
+void ChangeDetector::begin(FolderWatch& folders, Time now) {
     arm(folders, now);
     lastSeen_ = identityOfFileAtPath(watch_.path());
 }
 
-void FilePresentation::end(FolderWatch& folders) {
+void ChangeDetector::end(FolderWatch& folders) {
     watch_.release(folders);
 }
 
 /// True when the route is another one than before.
-bool FilePresentation::arm(FolderWatch& folders, Time now) {
+bool ChangeDetector::arm(FolderWatch& folders, Time now) {
     const auto before = watch_.route();
     const bool isWatched = watch_.arm(folders);
     nextLook_ = isWatched ? std::nullopt : std::optional(now + patience);
     return watch_.route() != before;
 }
 
-void FilePresentation::note(const FolderWatch::Event& event, Time now) {
+void ChangeDetector::note(const FolderWatch::Event& event, Time now) {
     if (event.kind == FolderWatch::Kind::EventsLost) {
         noted_.isRouteDoubtful = noted_.isChanged = true;
         return;
     }
     switch (watch_.meaningOf(event)) {
-        case PathWatch::Meaning::Nothing:
+        case RouteWatch::Meaning::Nothing:
             break;
-        case PathWatch::Meaning::Neighbour:
+        case RouteWatch::Meaning::Neighbour:
             noted_.isLookWanted = true;
             break;
-        case PathWatch::Meaning::File:
+        case RouteWatch::Meaning::File:
             noteFileEvent(event.kind, now);
             break;
-        case PathWatch::Meaning::Route:
+        case RouteWatch::Meaning::Route:
             noted_.isRouteDoubtful = true;
             break;
     }
@@ -57,7 +57,7 @@ void FilePresentation::note(const FolderWatch::Event& event, Time now) {
 // The presenter's own replacement is a MovedIn, nothing else; a WritingEnded without writing can
 // belong to it, when a forked child had the new file open too. All other events are somebody
 // else's.
-void FilePresentation::noteFileEvent(FolderWatch::Kind kind, Time now) {
+void ChangeDetector::noteFileEvent(FolderWatch::Kind kind, Time now) {
     using Kind = FolderWatch::Kind;
     switch (kind) {
         case Kind::Created:
@@ -86,18 +86,18 @@ void FilePresentation::noteFileEvent(FolderWatch::Kind kind, Time now) {
     }
 }
 
-void FilePresentation::writingHasEnded() {
+void ChangeDetector::writingHasEnded() {
     if (writingEnd_) noted_.isChanged = true;
     writingEnd_.reset();
 }
 
-void FilePresentation::noteTime(Time now) {
+void ChangeDetector::noteTime(Time now) {
     if (writingEnd_ && *writingEnd_ <= now) writingHasEnded();
     // Perhaps it can be watched again.
     if (nextLook_ && *nextLook_ <= now) noted_.isRouteDoubtful = true;
 }
 
-void FilePresentation::settle(FolderWatch& folders, Time now) {
+void ChangeDetector::settle(FolderWatch& folders, Time now) {
     noteTime(now);
     if (noted_.isPerhapsALink && watch_.fileHasBecomeALink()) noted_.isRouteDoubtful = true;
     if (!noted_.isChanged && !noted_.isPerhapsOurs && !noted_.isRouteDoubtful &&
@@ -115,7 +115,7 @@ void FilePresentation::settle(FolderWatch& folders, Time now) {
     noted_ = {};
 }
 
-bool FilePresentation::isNews(const FileIdentity& state, bool isRouteNew) const {
+bool ChangeDetector::isNews(const FileIdentity& state, bool isRouteNew) const {
     if (noted_.isChanged) return true;
     if (ownFile_.is(state)) return false;
     if (noted_.isPerhapsOurs) return true;
@@ -124,19 +124,19 @@ bool FilePresentation::isNews(const FileIdentity& state, bool isRouteNew) const 
 }
 
 // A neighbour's event can be another name given to the file, which changes its change time.
-bool FilePresentation::differsFromLastSeen(const FileIdentity& state) const {
+bool ChangeDetector::differsFromLastSeen(const FileIdentity& state) const {
     return nextLook_ ? state != lastSeen_ : !isSameFile(state, lastSeen_);
 }
 
-std::optional<FilePresentation::Time> FilePresentation::dueTime() const {
+std::optional<ChangeDetector::Time> ChangeDetector::dueTime() const {
     if (writingEnd_ && nextLook_) return std::min(*writingEnd_, *nextLook_);
     return writingEnd_ ? writingEnd_ : nextLook_;
 }
 
 // What somebody else has put there, and this replaces before its event is looked at, would be taken
 // for the presenter's own then: so it is told now.
-std::error_code FilePresentation::replace(OwnFile newFile,
-                                          const std::function<std::error_code()>& putInPlace) {
+std::error_code ChangeDetector::replace(OwnFile newFile,
+                                        const std::function<std::error_code()>& putInPlace) {
     const bool isOthersUntold = !isSameFile(identityOfFileAtPath(watch_.path()), lastSeen_);
     const std::error_code error = putInPlace();
     const FileIdentity state = identityOfFileAtPath(watch_.path());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Presenters/PathWatch.h"
+#include "Platform/Presenters/RouteWatch.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ using namespace QRVPlatform;
 namespace {
 
 using Kind = FolderWatch::Kind;
-using Meaning = PathWatch::Meaning;
+using Meaning = RouteWatch::Meaning;
 
 /// Watches `file` in the working folder, where it has been made.
 class WatchedFile {
@@ -37,20 +37,20 @@ class WatchedFile {
 
   private:
     FolderWatch folders_;
-    PathWatch watch_;
+    RouteWatch watch_;
     bool isArmed_ = false;
 };
 
 }  // namespace
 
-TEST(PathWatch, TheNamesThatSavingUsesMeanNothing) {
+TEST(RouteWatch, TheNamesThatSavingUsesMeanNothing) {
     const WatchedFile file;
     ASSERT_TRUE(file.isArmed());
     EXPECT_EQ(file.meaningOf(".file.tmp"), Meaning::Nothing);
     EXPECT_EQ(file.meaningOf(".file.lock"), Meaning::Nothing);
 }
 
-TEST(PathWatch, AnyOtherNameBesideTheFileIsANeighbour) {
+TEST(RouteWatch, AnyOtherNameBesideTheFileIsANeighbour) {
     const WatchedFile file;
     ASSERT_TRUE(file.isArmed());
     for (const char* name : {"alias", "file.tmp", ".file.tmp2", ".file", ".fil.tmp", ".other.tmp",
@@ -58,7 +58,7 @@ TEST(PathWatch, AnyOtherNameBesideTheFileIsANeighbour) {
         EXPECT_EQ(file.meaningOf(name), Meaning::Neighbour) << name;
 }
 
-TEST(PathWatch, ATemporaryFileMattersWhenItIsRenamedToTheFile) {
+TEST(RouteWatch, ATemporaryFileMattersWhenItIsRenamedToTheFile) {
     WatchedFile file;
     ASSERT_TRUE(file.isArmed());
     writePlainly(".file.tmp", "new");

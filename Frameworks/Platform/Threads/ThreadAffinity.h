@@ -6,10 +6,14 @@
 
 namespace QRVPlatform {
 
-/// What belongs to one thread: the one that asks first. Inner header of the library.
+/// What belongs to one thread: the one that asks first.
 class ThreadAffinity {
   public:
-    /// Ends the process, with a line in the system log, when this is another thread.
+    /// Receives the name of the function that was called on another thread.
+    using Report = void (*)(const char* function);
+    explicit ThreadAffinity(Report report) : report_(report) {}
+
+    /// On another thread: reports, and then ends the process by an abort.
     void require(const char* function) {
         std::thread::id owner;
         const std::thread::id self = std::this_thread::get_id();
@@ -17,7 +21,8 @@ class ThreadAffinity {
     }
 
   private:
-    [[noreturn]] static void fail(const char* function);
+    [[noreturn]] void fail(const char* function) const;
+    Report report_;
     std::atomic<std::thread::id> owner_{};
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/Presenters/PathSteps.h"
+#include "Platform/Presenters/RouteSteps.h"
 
 #include <utility>
 
@@ -29,9 +29,9 @@ std::string joined(const std::string& folder, const std::string& name) {
 
 }  // namespace
 
-std::vector<PathStep> stepsToFile(const std::string& path) {
+std::vector<RouteStep> stepsToFile(const std::string& path) {
     constexpr int mostLinks = 40;
-    std::vector<PathStep> steps;
+    std::vector<RouteStep> steps;
     std::vector<std::string> names;
     pushNames(names, path);
     const std::string root = "/";
