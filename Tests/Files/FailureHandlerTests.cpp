@@ -44,7 +44,7 @@ TEST(FailureHandler, HearsOfAFailedReplacement) {
                      std::errc::no_such_file_or_directory);
 }
 
-TEST(FailureHandler, HearsOfAFileThatCouldNotBeKept) {
+TEST(FailureHandler, HearsOfAFileThatCouldNotBeBackedUp) {
     const FailureCollector collector;
     EXPECT_TRUE(backUpFile("missing").error);
     expectOneFailure(collector, "back up file", "missing", std::errc::no_such_file_or_directory);

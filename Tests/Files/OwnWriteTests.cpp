@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Files/PresenterSupport.h"
 #include "Platform/Presenters/ChangeDetector.h"
@@ -30,6 +32,24 @@ TEST(OwnWrites, ThroughALinkAreNotTold) {
         ASSERT_TRUE(save(&reader, "file", std::to_string(round)));
     EXPECT_EQ(finalCount(reader), 0);
     EXPECT_TRUE(fs::is_symlink("file"));
+}
+
+TEST(OwnWrites, UnderAnySpellingOfThePathAreNotTold) {
+    fs::create_directories("a/b");
+    fs::create_directory_symlink("a", "folder-link");
+    fs::create_symlink("a/file", "file-link");
+    const Reader reader("a/file");
+    const std::vector<std::string> spellings = {
+        "a/file",      "a/./file",  "./a/file",         "a//file",
+        "a/b/../file", "file-link", "folder-link/file", fs::absolute("a/file").string()};
+    NSFileCoordinator coordinator(&reader);
+    for (const std::string& coordinated : spellings)
+        for (const std::string& replaced : spellings) {
+            coordinator.coordinateWritingItemAtURL(
+                coordinated, NSFileCoordinator::WritingOptions::ForReplacing,
+                [&](const std::string&) { EXPECT_FALSE(replaceFile(replaced, "new")); });
+            ASSERT_EQ(finalCount(reader), 0) << coordinated << ", " << replaced;
+        }
 }
 
 TEST(OwnWrites, OfTheSameBytesAsBeforeOrKeepingTheOldFileAsideAreNotTold) {

@@ -42,10 +42,11 @@ bool diesReplacing(SystemCall call) {
     return child.diedOf(SIGSYS);
 }
 
-/// In a coordinated write.
-void replaceCoordinated(const std::function<void()>& afterwards = [] {}) {
+/// In a coordinated write, by a path that leads to the same file.
+void replaceCoordinated(
+    const std::string& path = "file", const std::function<void()>& afterwards = [] {}) {
     NSFileCoordinator().coordinateWritingItemAtURL(
-        "file", NSFileCoordinator::WritingOptions::ForReplacing, [&](const std::string& path) {
+        "file", NSFileCoordinator::WritingOptions::ForReplacing, [&](const std::string&) {
             replaceFile(path, newContents);
             afterwards();
         });
@@ -92,17 +93,20 @@ TEST(FailingSystemCalls, AFileIsReplacedWhereOwnersCannotBeKeptOrFoldersNotSynce
 }
 
 TEST(FailingSystemCalls, ReadersMayReadBeforeTheFolderIsSynced) {
-    writePlainly("file", "old");
-    ChildProcess child([] {
-        const auto look = [](int) {
-            _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2);
-        };
-        if (signal(SIGSYS, look) == SIG_ERR) return false;
-        answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);
-        replaceCoordinated();
-        return false;
-    });
-    EXPECT_TRUE(child.succeeded());
+    for (const std::string& path :
+         {std::string("file"), std::string("./file"), std::filesystem::absolute("file").string()}) {
+        writePlainly("file", "old");
+        ChildProcess child([&] {
+            const auto look = [](int) {
+                _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2);
+            };
+            if (signal(SIGSYS, look) == SIG_ERR) return false;
+            answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);
+            replaceCoordinated(path);
+            return false;
+        });
+        EXPECT_TRUE(child.succeeded()) << path;
+    }
 }
 
 TEST(FailingSystemCalls, ACoordinatedWriteReturnsOnlyAfterTheFolderIsSynced) {
@@ -115,7 +119,7 @@ TEST(FailingSystemCalls, ACoordinatedWriteReturnsOnlyAfterTheFolderIsSynced) {
     ChildProcess throwing([] {
         dieAtCall(SystemCall::Sync);
         try {
-            replaceCoordinated([] { throw std::runtime_error("after the replacement"); });
+            replaceCoordinated("file", [] { throw std::runtime_error("after the replacement"); });
         } catch (const std::runtime_error&) {
             return false;
         }

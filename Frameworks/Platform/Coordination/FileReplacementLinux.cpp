@@ -36,13 +36,12 @@ std::error_code writeNewFile(NewFile& file, const std::string& path, const struc
     return file.finish();
 }
 
-std::error_code putInPlace(const std::string& newFile, const std::string& path) {
-    const WriteAccess* const access = WriteAccess::to(path);
-    return PresenterRegistry::replaceFor(
-        access != nullptr ? access->performer() : nullptr, newFile, [&] {
-            return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
-                                                              : FileFailures::lastError();
-        });
+std::error_code putInPlace(const std::string& newFile, const std::string& path,
+                           const NSFilePresenter* performer) {
+    return PresenterRegistry::replaceFor(performer, newFile, [&] {
+        return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
+                                                          : FileFailures::lastError();
+    });
 }
 
 /// These rename a file away first that is open when it is replaced, so that for a moment there
@@ -63,14 +62,7 @@ FileDescriptor openedToBeReplaced(const std::string& path) {
     return file;
 }
 
-void finish(const std::string& path, FileDescriptor oldFile) {
-    if (WriteAccess* const access = WriteAccess::to(path))
-        access->noteReplacement(std::move(oldFile));
-    else
-        FilePaths::syncFolder(FilePaths::folderOf(path));
-}
-
-std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
+std::error_code replaceUnder(WriteAccess& access, const std::string& path, std::string_view bytes) {
     struct stat old {};
     const bool exists = lstat(path.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) return FileFailures::lastError();
@@ -82,14 +74,23 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
         return error;
     FileDescriptor oldFile = openedToBeReplaced(path);
-    if (const auto error = putInPlace(temporary, path)) return error;
+    if (const auto error = putInPlace(temporary, path, access.performer())) return error;
     file.keep();
-    finish(path, std::move(oldFile));
+    access.noteReplacement(std::move(oldFile));
     return {};
+}
+
+std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
+    if (WriteAccess* const access = WriteAccess::onThisThreadTo(path))
+        return replaceUnder(*access, path, bytes);
+    WriteAccess ownAccess(nullptr, path);
+    return replaceUnder(ownAccess, path, bytes);
 }
 
 }  // namespace
 
+// The accessor of a coordinated write gets a path and no access, so this finds the access of its
+// thread.
 std::error_code replaceFile(const std::string& path, std::string_view bytes) {
     auto [target, error] = resolvedPath(path);
     if (!error) error = replaceTarget(target, bytes);

@@ -39,10 +39,11 @@ std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string&
                                                               WritingOptions,
                                                               const Accessor& accessor) {
     auto [path, error] = resolvedPath(url);
-    const WriteAccess access(performer_, path);
+    WriteAccess access(performer_, path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
+    const WriteAccess::OnThisThread current(access);
     accessor(path);
     return {};
 }

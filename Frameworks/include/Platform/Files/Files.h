@@ -105,9 +105,9 @@ QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maxi
 /// name>.tmp` beside the file; what an earlier process has left there is removed, and nothing stays
 /// behind.
 ///
-/// The bytes have reached the disk on return; called by the accessor of a coordinated write of this
-/// path, their name in the folder has when that write returns. Where the folder cannot be synced, a
-/// crash of the system may bring back the old file, whole; that is no error.
+/// The bytes and their name in the folder have reached the disk on return; in the accessor of a
+/// coordinated write of the file, the name has when that write returns. Where the folder cannot be
+/// synced, a crash of the system may bring back the old file, whole; that is no error.
 QRV_EXPORT std::error_code replaceFile(const std::string& path, std::string_view bytes);
 
 struct FileBackup {

@@ -37,8 +37,9 @@ class QRV_EXPORT NSFileCoordinator {
     using Accessor = std::function<void(const std::string& url)>;
 
     /// With a presenter, the accesses are the presenter's own: it is not notified when the accessor
-    /// replaces the file by `replaceFile`, on the thread that it runs on and under the path that it
-    /// got. All other presenters are. It is notified of what it does to the file by other means.
+    /// replaces the file by `replaceFile` on the thread that it runs on, under whatever path leads
+    /// to the file. All other presenters are notified. The presenter itself is notified of what the
+    /// accessor does to the file by other means.
     explicit NSFileCoordinator(const NSFilePresenter* performer = nullptr)
         : performer_(performer) {}
 
