@@ -21,7 +21,7 @@ class FileLock {
     [[nodiscard]] bool isHeld() const { return file_ != nullptr && file_->isOpen(); }
 
     /// Shared; creates nothing. Not held when there is no lock file, when it cannot be used, or
-    /// when an exclusive holder keeps it for more than two seconds.
+    /// when an exclusive holder keeps it for longer than `readerLockTimeout`.
     static FileLock shared(const std::string& path);
 
     /// Makes `lock` exclusive, however long that takes; creates the lock file and the folders

@@ -11,6 +11,7 @@
 #include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/NSFileCoordinator.h"
 
 namespace QRVPlatform {
 
@@ -90,8 +91,7 @@ FileLock::~FileLock() {
 }
 
 FileLock FileLock::shared(const std::string& path) {
-    constexpr std::chrono::seconds patience(2);
-    const Clock::time_point deadline = Clock::now() + patience;
+    const Clock::time_point deadline = Clock::now() + readerLockTimeout;
     do {
         CloseOnFork::Handle file = opened(path, O_RDONLY);
         if (!file || !isRegular(*file) || !waitForSharedLock(*file, deadline)) return {};

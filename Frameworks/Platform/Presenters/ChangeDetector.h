@@ -7,15 +7,15 @@
 #include <string>
 #include <system_error>
 
-#include "Platform/Files/Files.h"
+#include "Platform/Presenters/ChangeEvidence.h"
 #include "Platform/Presenters/OwnFile.h"
 #include "Platform/Presenters/PresenterNotifications.h"
 #include "Platform/Presenters/RouteWatch.h"
 
 namespace QRVPlatform {
 
-/// One presenter and the file that it presents: makes notifications of events. All calls happen
-/// under one lock.
+/// Notifies one presenter when something has happened to its file that is news to it. All calls
+/// happen under one lock.
 class ChangeDetector {
   public:
     using Time = FolderWatch::Time;
@@ -25,11 +25,11 @@ class ChangeDetector {
     /// Changes are noticed from here on.
     void begin(FolderWatch& folders, Time now);
     void end(FolderWatch& folders);
-    /// In a forked child: lets go of what is open.
+    /// In a forked child: closes what is open.
     void closeInChild() { ownFile_ = {}; }
 
     void note(const FolderWatch::Event& event, Time now);
-    /// Draws the conclusions from what was noted, and from the time.
+    /// Decides on what was noted, and on what is due by now.
     void settle(FolderWatch& folders, Time now);
     /// When to settle at the latest, events or none.
     [[nodiscard]] std::optional<Time> dueTime() const;
@@ -40,31 +40,20 @@ class ChangeDetector {
     [[nodiscard]] PresenterNotifications& notifications() const { return *notifications_; }
 
   private:
-    /// What was noted since the presentation was last settled.
-    struct Noted {
-        bool isChanged = false;        ///< certainly, and not by the presenter
-        bool isPerhapsOurs = false;    ///< there is a file that is new, or was closed
-        bool isPerhapsALink = false;   ///< something new is there
-        bool isRouteDoubtful = false;  ///< the path may lead elsewhere
-        bool isLookWanted = false;     ///< something happened nearby
-    };
     void noteFileEvent(FolderWatch::Kind kind, Time now);
-    void writingHasEnded();
     void noteTime(Time now);
     bool arm(FolderWatch& folders, Time now);
-    [[nodiscard]] bool isNews(const FileIdentity& state, bool isRouteNew) const;
-    [[nodiscard]] bool differsFromLastSeen(const FileIdentity& state) const;
 
     std::shared_ptr<PresenterNotifications> notifications_;
     RouteWatch watch_;
-    Noted noted_;
-    /// The state that the presenter was notified of, or has made.
+    ChangeEvidence evidence_;
+    /// What the presenter was last notified of, or has put in place.
     FileIdentity lastSeen_;
     OwnFile ownFile_;
-    /// Somebody is writing to the file: when to tell at the latest.
+    /// Set while somebody writes: when that counts as ended at the latest.
     std::optional<Time> writingEnd_;
-    /// The path cannot be watched: when to look again.
-    std::optional<Time> nextLook_;
+    /// Set while the path cannot be watched: when to poll it next.
+    std::optional<Time> nextPoll_;
 };
 
 }  // namespace QRVPlatform

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "Platform/Files/FileFailures.h"
+#include "Platform/Files/NSFilePresenter.h"
 #include "Platform/Presenters/FolderWatch.h"
 
 namespace QRVPlatform {
@@ -100,9 +101,8 @@ FolderWatch::Descriptors FolderWatch::descriptors() const {
 }
 
 void FolderWatch::wait(Descriptors descriptors, std::optional<Time> until) {
-    // Without a descriptor for wake-ups, looking every now and then has to do.
-    constexpr std::chrono::seconds longest(2);
-    const Time latest = std::chrono::steady_clock::now() + longest;
+    // Without a descriptor for wake-ups, this has to poll.
+    const Time latest = std::chrono::steady_clock::now() + filePollingInterval;
     if (descriptors.wakeUps < 0) until = std::min(until.value_or(latest), latest);
     std::array<pollfd, 2> entries{
         {{descriptors.events, POLLIN, 0}, {descriptors.wakeUps, POLLIN, 0}}};

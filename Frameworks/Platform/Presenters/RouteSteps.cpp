@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/Files.h"
 
 namespace QRVPlatform {
 
@@ -30,13 +31,12 @@ std::string joined(const std::string& folder, const std::string& name) {
 }  // namespace
 
 std::vector<RouteStep> stepsToFile(const std::string& path) {
-    constexpr int mostLinks = 40;
     std::vector<RouteStep> steps;
     std::vector<std::string> names;
     pushNames(names, path);
     const std::string root = "/";
     std::string folder = root;
-    for (int links = 0; !names.empty() && links <= mostLinks;) {
+    for (int links = 0; !names.empty() && links <= maximumSymbolicLinks;) {
         const std::string name = std::move(names.back());
         names.pop_back();
         if (name == "..") {
