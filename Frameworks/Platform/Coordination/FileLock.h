@@ -9,8 +9,8 @@
 
 namespace QRVPlatform {
 
-/// An advisory lock on a lock file, held as long as this lives; not by a forked child. Different
-/// locks exclude each other also within one process.
+/// An advisory lock on a lock file, held as long as this lives, and never by a forked child.
+/// Different locks exclude each other also within one process.
 class FileLock {
   public:
     FileLock() = default;
@@ -24,8 +24,8 @@ class FileLock {
     /// when an exclusive holder keeps it for longer than `readerLockTimeout`.
     static FileLock shared(const std::string& path);
 
-    /// Makes `lock` exclusive, however long that takes; creates the lock file and the folders
-    /// above.
+    /// Makes `lock` an exclusive one. Waits as long as it takes; creates the lock file and the
+    /// folders above.
     static std::error_code acquireExclusive(const std::string& path, FileLock& lock);
 
   private:

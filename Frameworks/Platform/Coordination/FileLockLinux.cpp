@@ -19,14 +19,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Never waits for a pipe that lies in the lock file's place.
+// Never waits for a pipe in the place of the lock file.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 CloseOnFork::Handle opened(const std::string& path, int flags) {
     return CloseOnFork::open(path, flags | safely);
 }
 
-/// The umask has had its say at the creation: only now the mode is what it is meant to be.
+/// Sets the mode after the creation, which the umask limits.
 CloseOnFork::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
     auto file = CloseOnFork::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
@@ -47,13 +47,13 @@ std::error_code openOrCreate(const std::string& path, CloseOnFork::Handle& file)
         if (file)
             return isRegular(*file) ? std::error_code()
                                     : make_error_code(std::errc::invalid_argument);
-        if (errno == EEXIST) continue;  // Another process was quicker.
+        if (errno == EEXIST) continue;  // Another process has created it.
         if (errno != ENOENT) return FileFailures::lastError();
         if (const auto error = FilePaths::createFolder(FilePaths::folderOf(path))) return error;
     }
 }
 
-/// Someone may have deleted or replaced the lock file between opening and locking; then others lock
+/// Otherwise the lock file was deleted or replaced between opening and locking, and others lock
 /// another one.
 bool isNamedBy(const FileDescriptor& file, const std::string& path) {
     struct stat locked {};
@@ -68,8 +68,8 @@ std::error_code waitForExclusiveLock(const FileDescriptor& file) {
     return {};
 }
 
-// A reader that has just seen a replacement may meet a writer that is through with the rest of it
-// in some microseconds.
+// The first pauses are short: a reader often comes just when a writer has replaced the file, and
+// the writer then releases the lock within microseconds.
 bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
     constexpr std::chrono::microseconds longestPause(20'000);
     std::chrono::microseconds pause(10);
@@ -84,8 +84,8 @@ bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
 
 }  // namespace
 
-/// Closing alone would not do where a process that was made without the notice of a fork has the
-/// descriptor too.
+// Closing alone would keep the lock while another process has the descriptor: one that was made
+// without the fork handlers (vfork, clone).
 FileLock::~FileLock() {
     if (isHeld()) flock(file_->number(), LOCK_UN);
 }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Replacing a file as a whole, under a coordinated write or without (`replaceFile` of Files.h).
+
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
@@ -20,8 +22,8 @@ namespace QRVPlatform {
 
 namespace {
 
-/// What an earlier process has left there is removed.
-std::error_code createAnew(NewFile& file, const std::string& path, const struct stat* model) {
+/// Removes what an earlier process has left there.
+std::error_code createTemporary(NewFile& file, const std::string& path, const struct stat* model) {
     const std::error_code error = file.create(path, model);
     if (error != std::errc::file_exists) return error;
     unlink(path.c_str());
@@ -30,7 +32,7 @@ std::error_code createAnew(NewFile& file, const std::string& path, const struct 
 
 std::error_code writeNewFile(NewFile& file, const std::string& path, const struct stat* model,
                              std::string_view bytes) {
-    if (const auto error = createAnew(file, path, model)) return error;
+    if (const auto error = createTemporary(file, path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
     if (const auto error = file.date(model)) return error;
     return file.finish();
@@ -44,8 +46,8 @@ std::error_code putInPlace(const std::string& newFile, const std::string& path,
     });
 }
 
-/// These rename a file away first that is open when it is replaced, so that for a moment there
-/// would be none.
+/// These file systems rename an open file away before it is replaced: for a moment there would be
+/// no file.
 bool movesOpenFilesAway(const FileDescriptor& file) {
     struct statfs system {};
     if (fstatfs(file.number(), &system) != 0) return true;
@@ -53,8 +55,8 @@ bool movesOpenFilesAway(const FileDescriptor& file) {
            system.f_type == AFS_FS_MAGIC;
 }
 
-/// The rename would wait until the old file's space is free, which can take as long as all the
-/// rest, and readers with it: while the file is open its space stays. O_PATH needs no right to
+/// Keeps the old file open across the rename. Otherwise the rename would free the space of the old
+/// file, which can take as long as all the rest, while readers wait. O_PATH needs no permission to
 /// read, and closing it is no event.
 FileDescriptor openedToBeReplaced(const std::string& path) {
     FileDescriptor file(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));

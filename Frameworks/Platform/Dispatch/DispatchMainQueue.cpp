@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The main queue of Dispatch.h.
+
 #include <algorithm>
 #include <cstdint>
 #include <deque>
@@ -17,7 +19,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The far end of the clock when there is nothing nearer.
+/// The end of the clock when that is nearer.
 Clock::time_point timeAfter(std::chrono::nanoseconds delay) {
     const Clock::time_point now = Clock::now();
     return delay < Clock::time_point::max() - now ? now + delay : Clock::time_point::max();
@@ -132,7 +134,7 @@ bool DispatchMainQueue::State::waitForWork(Clock::time_point deadline) {
     }
 }
 
-/// False when it was a stop, which then counts as done.
+/// False when it was a stop, which is thereby handled.
 bool DispatchMainQueue::State::waitForWorkOrStop() {
     MutexLock lock(mutex);
     while (!isStopRequested) {
@@ -152,10 +154,10 @@ void DispatchMainQueue::State::sleepUntil(MutexLock& lock, Clock::time_point dea
         lock.waitFor(changed, wakeTime);
 }
 
-// Numbers go on, so that a drain that is under way across the fork keeps its end.
+// The numbers go on, so that a drain that is under way at the fork keeps its end.
 DispatchMainQueue::State::State(State& parent)
     : nextNumber(parent.nextNumber), signal(std::move(parent.signal)) {
-    signal.startAnewInChild();
+    signal.startInChild();
 }
 
 DispatchMainQueue::State& DispatchMainQueue::state() {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The serial queue of Dispatch.h.
+
 #include <deque>
 #include <exception>
 #include <stdexcept>
@@ -63,7 +65,7 @@ bool DispatchQueue::Implementation::isOwnThread() {
     return thread.get_id() == std::this_thread::get_id();
 }
 
-// The end of the thread is awaited without the mutex; nobody starts another one by then.
+// Not checked: joins without the mutex, when nobody can start another thread any more.
 void DispatchQueue::Implementation::endThread() {
     {
         const LockGuard lock(mutex);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Backups of a file beside it (`backUpFile` of Files.h).
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -40,15 +42,15 @@ std::error_code copyFile(const std::string& path, const std::string& copyPath) {
     return {};
 }
 
-/// There are many ways in which a file system says that it has no links; if the reason is another
-/// one, the copy fails of it as well.
+/// File systems without links report that by different errors. Any other reason makes the copy fail
+/// too.
 std::error_code linkOrCopy(const std::string& path, const std::string& newPath) {
     if (link(path.c_str(), newPath.c_str()) == 0) return {};
     if (errno == EEXIST) return FileFailures::lastError();
     return copyFile(path, newPath);
 }
 
-FileBackup keepTarget(const std::string& path) {
+FileBackup backUpTarget(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return {{}, FileFailures::lastError()};
     if (const auto error = FileStatus::errorUnlessRegular(status)) return {{}, error};
@@ -67,9 +69,9 @@ FileBackup keepTarget(const std::string& path) {
 
 FileBackup backUpFile(const std::string& path) {
     const auto [target, error] = resolvedPath(path);
-    FileBackup kept = error ? FileBackup{{}, error} : keepTarget(target);
-    FileFailures::reported("back up file", path, kept.error);
-    return kept;
+    FileBackup backup = error ? FileBackup{{}, error} : backUpTarget(target);
+    FileFailures::reported("back up file", path, backup.error);
+    return backup;
 }
 
 }  // namespace QRVPlatform

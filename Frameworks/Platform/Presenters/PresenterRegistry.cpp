@@ -137,7 +137,7 @@ void WatchedFiles::watch() {
     }
 }
 
-/// When to do so again at the latest.
+/// Returns when to do so again at the latest.
 std::optional<Clock::time_point> WatchedFiles::settleAll() {
     const Clock::time_point now = Clock::now();
     const std::vector<FolderWatch::Event> events = folders_.takeEvents();

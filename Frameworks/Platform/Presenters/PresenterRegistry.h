@@ -16,8 +16,8 @@ namespace PresenterRegistry {
 void add(NSFilePresenter& presenter);
 void remove(NSFilePresenter& presenter);
 
-/// Has the file at `newFile` put in place of the presented one, on behalf of the performer, which
-/// is not notified of it. A performer that is not among the presenters, or none: just does it.
+/// Calls `putInPlace`, which puts the file at `newFile` in place of the presented one. The
+/// performer is not notified of that; it may be null or no registered presenter.
 std::error_code replaceFor(const NSFilePresenter* performer, const std::string& newFile,
                            const std::function<std::error_code()>& putInPlace);
 

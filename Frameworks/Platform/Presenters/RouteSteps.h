@@ -15,9 +15,9 @@ struct RouteStep {
     bool operator==(const RouteStep&) const = default;
 };
 
-/// The look-ups that decide what `path`, an absolute one, names: every folder and symbolic link on
-/// the way, those of the links' targets, and the file itself. They end early at what is missing:
-/// the last one is always in a folder that was there, under the name that would have led on.
+/// The look-ups by which `path`, an absolute one, leads to a file: every folder and symbolic link
+/// on the way, those of the links' targets, and the file itself. They end early where something is
+/// missing: the last one is always in a folder that exists, and has the name that is missing there.
 std::vector<RouteStep> stepsToFile(const std::string& path);
 
 }  // namespace QRVPlatform

@@ -18,16 +18,16 @@ using Route = std::vector<RouteWatch::Step>;
 struct Attempt {
     Route route;
     std::string filePath;
-    bool isComplete = true;   ///< every folder that counts is watched
-    bool isFleeting = false;  ///< a folder went away between finding and watching it
+    bool isComplete = true;  ///< every folder that counts is watched
+    bool isStale = false;    ///< a folder was gone before it could be watched
 };
 
 bool isGone(std::error_code error) {
     return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
 }
 
-/// Who may pass through a folder but not read it may not watch it either. That is usual for folders
-/// far up and no reason to poll; for the last one it is.
+/// A folder that may be searched but not read may not be watched. That is usual for folders far up,
+/// and no reason to poll; for the last one it is.
 bool isTolerable(std::error_code error, bool isLast) {
     return !isLast && error == std::errc::permission_denied;
 }
@@ -39,7 +39,7 @@ Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
     for (const RouteStep& step : steps) {
         const auto [number, error] =
             folders.add(step.folder, step.isFile ? Interest::NamesAndContents : Interest::Names);
-        if (isGone(error)) attempt.isFleeting = true;
+        if (isGone(error)) attempt.isStale = true;
         if (error && !isTolerable(error, &step == &steps.back())) attempt.isComplete = false;
         attempt.route.push_back({number, step.name, step.isFile});
         if (step.isFile) attempt.filePath = step.folder + "/" + step.name;
@@ -61,13 +61,13 @@ void releaseRoute(const Route& route, FolderWatch& folders) {
 
 RouteWatch::RouteWatch(std::string absolutePath) : path_(std::move(absolutePath)) {}
 
-// A folder may be exchanged between finding and watching it. But a route that is found a second
-// time was watched all the while it was found, so that a change since then has made an event.
+// A folder may be replaced between finding and watching it. But when the same route is found a
+// second time, it was watched during all of that time, so that every change has made an event.
 bool RouteWatch::arm(FolderWatch& folders) {
     constexpr int mostAttempts = 100;
     for (int attempts = 0; attempts < mostAttempts; ++attempts) {
         Attempt attempt = watchedRoute(path_, folders);
-        const bool isStable = !attempt.isFleeting && attempt.route == route_;
+        const bool isStable = !attempt.isStale && attempt.route == route_;
         releaseRoute(std::exchange(route_, std::move(attempt.route)), folders);
         filePath_ = std::move(attempt.filePath);
         if (isStable) return attempt.isComplete;

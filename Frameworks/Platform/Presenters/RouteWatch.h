@@ -8,21 +8,19 @@
 
 namespace QRVPlatform {
 
-/// Watches all folders that decide which file a path names and what is in it.
+/// Watches all folders whose changes can make a path name another file, or other contents.
 class RouteWatch {
   public:
     explicit RouteWatch(std::string absolutePath);
 
-    /// Watches the folders that are on the way now. Whatever changes the way or the file from the
-    /// return on makes an event. False when a folder that counts cannot be watched; those that can
-    /// be are.
+    /// Watches the folders that are on the way now. Every later change of the way or the file makes
+    /// an event. False when a folder that matters cannot be watched; the others are watched.
     bool arm(FolderWatch& folders);
     void release(FolderWatch& folders);
 
-    /// What an event means to the path, in rising order of weight. Neighbour: it is about something
-    /// else in the file's folder, but not about the names that coordinated saving uses there. File:
-    /// about the file's own name. Route: the name may lead to another file now; `arm` has to be
-    /// called.
+    /// What an event concerns, in rising order of weight. Neighbour: something else in the file's
+    /// folder, except the lock and temporary files of saving. File: the file's own name. Route: the
+    /// path may lead to another file now, and `arm` has to be called.
     enum class Meaning { Nothing, Neighbour, File, Route };
     [[nodiscard]] Meaning meaningOf(const FolderWatch::Event& event) const;
 
@@ -45,7 +43,7 @@ class RouteWatch {
     [[nodiscard]] Meaning meaningTo(const Step& step, const FolderWatch::Event& event) const;
 
     std::string path_;
-    std::string filePath_;  ///< without links; empty when the way ends before
+    std::string filePath_;  ///< without links; empty when a folder on the way is missing
     std::vector<Step> route_;
 };
 

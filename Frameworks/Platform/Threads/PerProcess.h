@@ -34,7 +34,7 @@ class PerProcess {
     }
 
   private:
-    /// Each keeps its parent's, for ever.
+    /// Refers to its parent's, which is never destroyed.
     struct Generation {
         T object;
         Generation* parent = nullptr;
@@ -43,13 +43,13 @@ class PerProcess {
     static bool make() {
         auto first = std::make_unique<Generation>();
         current_ = first.get();
-        Threads::observeForks(lock, unlock, startAnew);
+        Threads::observeForks(lock, unlock, startInChild);
         first.release();
         return true;
     }
     static void lock() QRV_NOT_CHECKED { current_->object.lock(); }
     static void unlock() QRV_NOT_CHECKED { current_->object.unlock(); }
-    static void startAnew() QRV_NOT_CHECKED {
+    static void startInChild() QRV_NOT_CHECKED {
         current_ = new Generation{T(current_->object), current_};
     }
 

@@ -26,10 +26,10 @@ namespace QRVPlatform {
 
 // UserFolders
 
-/// The folder for a user's settings, without a slash of ours at the end: `$XDG_CONFIG_HOME` when
-/// that is an absolute path, else `.config` in the home folder: `$HOME` when that is an absolute
-/// path, else what the password database says. Empty when there is no home folder. It need not
-/// exist.
+/// The folder for a user's settings: `$XDG_CONFIG_HOME` when that is an absolute path, else
+/// `.config` in the home folder, which is `$HOME` when that is an absolute path, else the one in
+/// the password database. Empty when there is no home folder. No slash is added at the end. The
+/// folder need not exist.
 QRV_EXPORT std::string userLibraryFolder();
 
 // FilePaths
@@ -105,7 +105,7 @@ struct FileContents {
 };
 /// All of a regular file; never waits for a pipe or device, which gives an error. A file of more
 /// than `maximumSize` bytes gives std::errc::file_too_large. One that is changed in place meanwhile
-/// gives what was there when each piece was read.
+/// gives a mix of old and new bytes.
 QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maximumSize);
 
 // FileReplacement
