@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "Log/SystemLogRecorder.h"
 #include "Platform/System/System.h"
-#include "System/SystemLogRecorder.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "Files/PresenterSupport.h"
+#include "Presenters/PresenterSupport.h"
 
 using namespace PresenterSupport;
 namespace fs = std::filesystem;

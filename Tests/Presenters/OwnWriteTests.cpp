@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
-#include "Files/PresenterSupport.h"
 #include "Platform/Presenters/ChangeDetector.h"
 #include "Platform/Presenters/PresenterRegistry.h"
+#include "Presenters/PresenterSupport.h"
 
 using namespace QRVPlatform;
 

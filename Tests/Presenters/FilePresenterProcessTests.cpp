@@ -7,8 +7,8 @@
 #include <initializer_list>
 #include <sstream>
 
-#include "Files/PresenterSupport.h"
 #include "Files/SystemCallFilter.h"
+#include "Presenters/PresenterSupport.h"
 
 using namespace QRVPlatform;
 

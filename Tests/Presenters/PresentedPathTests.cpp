@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "Files/PresenterSupport.h"
 #include "Platform/Presenters/RouteSteps.h"
+#include "Presenters/PresenterSupport.h"
 
 using namespace QRVPlatform;
 

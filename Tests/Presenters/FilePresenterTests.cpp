@@ -5,9 +5,9 @@
 
 #include <filesystem>
 
-#include "Files/PresenterSupport.h"
 #include "Platform/Presenters/PresenterRegistry.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "Presenters/PresenterSupport.h"
 
 using namespace QRVPlatform;
 

@@ -7,7 +7,7 @@
 
 #include <cstdlib>
 
-#include "Files/KernelLocks.h"
+#include "Coordination/KernelLocks.h"
 #include "Files/TestFiles.h"
 #include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/Files.h"
