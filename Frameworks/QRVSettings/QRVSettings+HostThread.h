@@ -3,7 +3,8 @@
 
 // Inner header of this folder.
 
-#include "Platform/Dispatch/ThreadAffinity.h"
+#include "Platform/System/System.h"
+#include "Platform/Threads/ThreadAffinity.h"
 
 /// Asked by every function that belongs to the host's thread; in a build with assertions the
 /// process ends when it is another one. There, what was read from a layer could enter the cache
@@ -12,7 +13,9 @@
 inline void requireHostThread() noexcept {}
 #else
 inline void requireHostThread(const char* function = __builtin_FUNCTION()) {
-    static QRVPlatform::ThreadAffinity host;
+    static QRVPlatform::ThreadAffinity host([](const char* name) {
+        NSLog("%@ was called on a thread other than the one that it belongs to", {name});
+    });
     host.require(function);
 }
 #endif

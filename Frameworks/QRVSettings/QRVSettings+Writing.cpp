@@ -74,7 +74,7 @@ QRVPlatform::FileIdentity& lastSavedFile() {
 }
 
 bool isKept(const std::string& url, const char* reason) {
-    const QRVPlatform::KeptFile kept = QRVPlatform::keepAside(url);
+    const QRVPlatform::FileBackup kept = QRVPlatform::backUpFile(url);
     if (kept.error) {
         NSLog("Prefs file not saved, the one that %@ cannot be kept aside: %@, %@",
               {reason, kept.error.message(), url});

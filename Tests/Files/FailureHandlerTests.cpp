@@ -44,11 +44,10 @@ TEST(FailureHandler, HearsOfAFailedReplacement) {
                      std::errc::no_such_file_or_directory);
 }
 
-TEST(FailureHandler, HearsOfAFileThatCouldNotBeKept) {
+TEST(FailureHandler, HearsOfAFileThatCouldNotBeBackedUp) {
     const FailureCollector collector;
-    EXPECT_TRUE(keepAside("missing").error);
-    expectOneFailure(collector, "keep damaged file", "missing",
-                     std::errc::no_such_file_or_directory);
+    EXPECT_TRUE(backUpFile("missing").error);
+    expectOneFailure(collector, "back up file", "missing", std::errc::no_such_file_or_directory);
 }
 
 TEST(FailureHandler, HearsOfFailedCoordinationOfAWriter) {
@@ -72,7 +71,7 @@ TEST(FailureHandler, HearsOfFailedCoordinationOfAReader) {
 TEST(FailureHandler, HearsNothingOfWhatSucceeds) {
     const FailureCollector collector;
     EXPECT_FALSE(replaceFile("file", "x"));
-    EXPECT_FALSE(keepAside("file").error);
+    EXPECT_FALSE(backUpFile("file").error);
     NSFileCoordinator().coordinateReadingItemAtURL(
         "missing/file", NSFileCoordinator::ReadingOptions::None, [](const std::string&) {});
     EXPECT_TRUE(contentsOfFile("missing", 1).isMissing());

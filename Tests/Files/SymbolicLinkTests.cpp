@@ -107,7 +107,7 @@ TEST(SymbolicLinks, ALoopIsAnErrorAndRunsNothing) {
     EXPECT_EQ(replaceCoordinated("first").error, std::errc::too_many_symbolic_link_levels);
     EXPECT_EQ(urlForReading("first"), "none");
     EXPECT_EQ(replaceFile("first", "x"), std::errc::too_many_symbolic_link_levels);
-    EXPECT_EQ(keepAside("first").error, std::errc::too_many_symbolic_link_levels);
+    EXPECT_EQ(backUpFile("first").error, std::errc::too_many_symbolic_link_levels);
     EXPECT_EQ(everythingIn("."), (std::set<std::string>{"first", "second"}));
 }
 
@@ -136,7 +136,7 @@ TEST(SymbolicLinks, ALinkAndItsTargetExcludeEachOther) {
 TEST(SymbolicLinks, ReplacingAndKeepingFollowThemWithoutCoordinationToo) {
     makeTarget();
     fs::create_symlink("place/target", "link");
-    EXPECT_EQ(keepAside("link").path, "place/target.damaged-1");
+    EXPECT_EQ(backUpFile("link").path, "place/target.damaged-1");
     EXPECT_FALSE(replaceFile("link", "new"));
     EXPECT_TRUE(fs::is_symlink("link"));
     EXPECT_EQ(readPlainly("place/target"), "new");

@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "Log/SystemLogRecorder.h"
 #include "QRVLogger/DDLog.h"
-#include "System/SystemLogRecorder.h"
 
 namespace {
 

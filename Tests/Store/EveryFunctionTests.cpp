@@ -284,10 +284,10 @@ Actions ofAnyThreadForThePlatform() {
              use(attributesOfItemAtPath(path), settledAttributesOfItemAtPath(path),
                  identityOfFileAtPath(path), fileExistsAtPath(path), userLibraryFolder());
          }},
-        {{"QRVPlatform::keepAside"},
+        {{"QRVPlatform::backUpFile"},
          [] {
              replaceFile("kept", "bytes");
-             fs::remove(keepAside("kept").path);
+             fs::remove(backUpFile("kept").path);
          }},
         {{"QRVPlatform::setFileFailureHandler"},
          [] { setFileFailureHandler([](const FileFailure&) {}); }},

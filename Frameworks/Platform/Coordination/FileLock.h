@@ -5,12 +5,12 @@
 #include <system_error>
 #include <utility>
 
-#include "Platform/Coordination/OpenLockFile.h"
+#include "Platform/Descriptors/CloseOnFork.h"
 
 namespace QRVPlatform {
 
-/// An advisory lock on a lock file, held as long as this lives; not by a forked child. Different
-/// locks exclude each other also within one process.
+/// An advisory lock on a lock file, held as long as this lives, and never by a forked child.
+/// Different locks exclude each other also within one process.
 class FileLock {
   public:
     FileLock() = default;
@@ -21,16 +21,16 @@ class FileLock {
     [[nodiscard]] bool isHeld() const { return file_ != nullptr && file_->isOpen(); }
 
     /// Shared; creates nothing. Not held when there is no lock file, when it cannot be used, or
-    /// when an exclusive holder keeps it for more than two seconds.
+    /// when an exclusive holder keeps it for longer than `readerLockTimeout`.
     static FileLock shared(const std::string& path);
 
-    /// Makes `lock` exclusive, however long that takes; creates the lock file and the folders
-    /// above.
+    /// Makes `lock` an exclusive one. Waits as long as it takes; creates the lock file and the
+    /// folders above.
     static std::error_code acquireExclusive(const std::string& path, FileLock& lock);
 
   private:
-    explicit FileLock(OpenLockFile::Handle file) : file_(std::move(file)) {}
-    OpenLockFile::Handle file_;
+    explicit FileLock(CloseOnFork::Handle file) : file_(std::move(file)) {}
+    CloseOnFork::Handle file_;
 };
 
 }  // namespace QRVPlatform

@@ -11,6 +11,7 @@
 #include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/NSFileCoordinator.h"
 
 namespace QRVPlatform {
 
@@ -18,17 +19,17 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Never waits for a pipe that lies in the lock file's place.
+// Never waits for a pipe in the place of the lock file.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-OpenLockFile::Handle opened(const std::string& path, int flags) {
-    return OpenLockFile::open(path, flags | safely);
+CloseOnFork::Handle opened(const std::string& path, int flags) {
+    return CloseOnFork::open(path, flags | safely);
 }
 
-/// The umask has had its say at the creation: only now the mode is what it is meant to be.
-OpenLockFile::Handle created(const std::string& path) {
+/// Sets the mode after the creation, which the umask limits.
+CloseOnFork::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
-    auto file = OpenLockFile::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
+    auto file = CloseOnFork::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
     if (file) fchmod(file->number(), mode);
     return file;
 }
@@ -39,20 +40,20 @@ bool isRegular(const FileDescriptor& file) {
 }
 
 /// Opened for writing, because some file systems lock exclusively only then.
-std::error_code openOrCreate(const std::string& path, OpenLockFile::Handle& file) {
+std::error_code openOrCreate(const std::string& path, CloseOnFork::Handle& file) {
     for (;;) {
         file = opened(path, O_RDWR);
         if (!file && errno == ENOENT) file = created(path);
         if (file)
             return isRegular(*file) ? std::error_code()
                                     : make_error_code(std::errc::invalid_argument);
-        if (errno == EEXIST) continue;  // Another process was quicker.
+        if (errno == EEXIST) continue;  // Another process has created it.
         if (errno != ENOENT) return FileFailures::lastError();
         if (const auto error = FilePaths::createFolder(FilePaths::folderOf(path))) return error;
     }
 }
 
-/// Someone may have deleted or replaced the lock file between opening and locking; then others lock
+/// Otherwise the lock file was deleted or replaced between opening and locking, and others lock
 /// another one.
 bool isNamedBy(const FileDescriptor& file, const std::string& path) {
     struct stat locked {};
@@ -67,8 +68,8 @@ std::error_code waitForExclusiveLock(const FileDescriptor& file) {
     return {};
 }
 
-// A reader that has just seen a replacement may meet a writer that is through with the rest of it
-// in some microseconds.
+// The first pauses are short: a reader often comes just when a writer has replaced the file, and
+// the writer then releases the lock within microseconds.
 bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
     constexpr std::chrono::microseconds longestPause(20'000);
     std::chrono::microseconds pause(10);
@@ -83,17 +84,16 @@ bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
 
 }  // namespace
 
-/// Closing alone would not do where a process that was made without the notice of a fork has the
-/// descriptor too.
+// Closing alone would keep the lock while another process has the descriptor: one that was made
+// without the fork handlers (vfork, clone).
 FileLock::~FileLock() {
     if (isHeld()) flock(file_->number(), LOCK_UN);
 }
 
 FileLock FileLock::shared(const std::string& path) {
-    constexpr std::chrono::seconds patience(2);
-    const Clock::time_point deadline = Clock::now() + patience;
+    const Clock::time_point deadline = Clock::now() + readerLockTimeout;
     do {
-        OpenLockFile::Handle file = opened(path, O_RDONLY);
+        CloseOnFork::Handle file = opened(path, O_RDONLY);
         if (!file || !isRegular(*file) || !waitForSharedLock(*file, deadline)) return {};
         if (isNamedBy(*file, path)) return FileLock(std::move(file));
     } while (Clock::now() < deadline);
@@ -102,7 +102,7 @@ FileLock FileLock::shared(const std::string& path) {
 
 std::error_code FileLock::acquireExclusive(const std::string& path, FileLock& lock) {
     for (;;) {
-        OpenLockFile::Handle file;
+        CloseOnFork::Handle file;
         if (const auto error = openOrCreate(path, file)) return error;
         if (const auto error = waitForExclusiveLock(*file)) return error;
         if (isNamedBy(*file, path)) {

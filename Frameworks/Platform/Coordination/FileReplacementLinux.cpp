@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Replacing a file as a whole, under a coordinated write or without (`replaceFile` of Files.h).
+
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
@@ -14,14 +16,14 @@
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/NewFile.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 namespace QRVPlatform {
 
 namespace {
 
-/// What an earlier process has left there is removed.
-std::error_code createAnew(NewFile& file, const std::string& path, const struct stat* model) {
+/// Removes what an earlier process has left there.
+std::error_code createTemporary(NewFile& file, const std::string& path, const struct stat* model) {
     const std::error_code error = file.create(path, model);
     if (error != std::errc::file_exists) return error;
     unlink(path.c_str());
@@ -30,23 +32,22 @@ std::error_code createAnew(NewFile& file, const std::string& path, const struct 
 
 std::error_code writeNewFile(NewFile& file, const std::string& path, const struct stat* model,
                              std::string_view bytes) {
-    if (const auto error = createAnew(file, path, model)) return error;
+    if (const auto error = createTemporary(file, path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
     if (const auto error = file.date(model)) return error;
     return file.finish();
 }
 
-std::error_code putInPlace(const std::string& newFile, const std::string& path) {
-    const WriteAccess* const access = WriteAccess::to(path);
-    return FilePresenters::replaceFor(
-        access != nullptr ? access->performer() : nullptr, newFile, [&] {
-            return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
-                                                              : FileFailures::lastError();
-        });
+std::error_code putInPlace(const std::string& newFile, const std::string& path,
+                           const NSFilePresenter* performer) {
+    return PresenterRegistry::replaceFor(performer, newFile, [&] {
+        return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
+                                                          : FileFailures::lastError();
+    });
 }
 
-/// These rename a file away first that is open when it is replaced, so that for a moment there
-/// would be none.
+/// These file systems rename an open file away before it is replaced: for a moment there would be
+/// no file.
 bool movesOpenFilesAway(const FileDescriptor& file) {
     struct statfs system {};
     if (fstatfs(file.number(), &system) != 0) return true;
@@ -54,8 +55,8 @@ bool movesOpenFilesAway(const FileDescriptor& file) {
            system.f_type == AFS_FS_MAGIC;
 }
 
-/// The rename would wait until the old file's space is free, which can take as long as all the
-/// rest, and readers with it: while the file is open its space stays. O_PATH needs no right to
+/// Keeps the old file open across the rename. Otherwise the rename would free the space of the old
+/// file, which can take as long as all the rest, while readers wait. O_PATH needs no permission to
 /// read, and closing it is no event.
 FileDescriptor openedToBeReplaced(const std::string& path) {
     FileDescriptor file(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -63,14 +64,7 @@ FileDescriptor openedToBeReplaced(const std::string& path) {
     return file;
 }
 
-void finish(const std::string& path, FileDescriptor oldFile) {
-    if (WriteAccess* const access = WriteAccess::to(path))
-        access->noteReplacement(std::move(oldFile));
-    else
-        FilePaths::syncFolder(FilePaths::folderOf(path));
-}
-
-std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
+std::error_code replaceUnder(WriteAccess& access, const std::string& path, std::string_view bytes) {
     struct stat old {};
     const bool exists = lstat(path.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) return FileFailures::lastError();
@@ -82,14 +76,23 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
         return error;
     FileDescriptor oldFile = openedToBeReplaced(path);
-    if (const auto error = putInPlace(temporary, path)) return error;
+    if (const auto error = putInPlace(temporary, path, access.performer())) return error;
     file.keep();
-    finish(path, std::move(oldFile));
+    access.noteReplacement(std::move(oldFile));
     return {};
+}
+
+std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
+    if (WriteAccess* const access = WriteAccess::onThisThreadTo(path))
+        return replaceUnder(*access, path, bytes);
+    WriteAccess ownAccess(nullptr, path);
+    return replaceUnder(ownAccess, path, bytes);
 }
 
 }  // namespace
 
+// The accessor of a coordinated write gets a path and no access, so this finds the access of its
+// thread.
 std::error_code replaceFile(const std::string& path, std::string_view bytes) {
     auto [target, error] = resolvedPath(path);
     if (!error) error = replaceTarget(target, bytes);

@@ -6,7 +6,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
-#include "Platform/Presenters/FilePresenters.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 using namespace QRVPlatform;
 
@@ -20,8 +20,8 @@ std::error_code lockForWriting(const std::string& path, FileLock& lock) {
 
 }  // namespace
 
-// Without a lock file no writer is at work, and one that starts now replaces the file as a whole:
-// so reading without a lock is as good, there and wherever the lock cannot be had.
+// Without a lock file no writer is at work, and one that starts now replaces the file as a whole.
+// So reading without the lock is safe, there and wherever the lock cannot be had.
 std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string& url,
                                                               ReadingOptions,
                                                               const Accessor& accessor) {
@@ -32,27 +32,28 @@ std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string&
     return {};
 }
 
-// The access outlives the lock: the folder is synced when readers may read already. Whoever writes
-// then syncs the folder too, and a folder holds the latest name whoever syncs it, so the order of
-// the syncs does not matter.
+// The access outlives the lock, so that readers need not wait for the sync of the folder. Another
+// writer may come before that sync. It syncs the folder too, and each sync writes the latest name,
+// so their order does not matter.
 std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
                                                               WritingOptions,
                                                               const Accessor& accessor) {
     auto [path, error] = resolvedPath(url);
-    const WriteAccess access(performer_, path);
+    WriteAccess access(performer_, path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
+    const WriteAccess::OnThisThread current(access);
     accessor(path);
     return {};
 }
 
 void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {
-    FilePresenters::add(presenter);
+    PresenterRegistry::add(presenter);
 }
 
 void NSFileCoordinator::removeFilePresenter(NSFilePresenter& presenter) {
-    FilePresenters::remove(presenter);
+    PresenterRegistry::remove(presenter);
 }
 
 NSFilePresenter::~NSFilePresenter() = default;

@@ -22,8 +22,8 @@ class FileDescriptor {
 
     [[nodiscard]] bool isOpen() const noexcept { return number_ >= 0; }
     [[nodiscard]] int number() const noexcept { return number_; }
-    /// False with `errno` set when the system reports that something written before was lost.
-    /// Closed it is in any case.
+    /// Closes the file in any case. False with `errno` set when the system reports that something
+    /// written before was lost.
     bool close() noexcept;
 
   private:

@@ -9,7 +9,7 @@ namespace QRVPlatform {
 
 bool FileDescriptor::close() noexcept {
     if (!isOpen()) return true;
-    // An interrupted close has closed: to try again could hit another thread's new descriptor.
+    // An interrupted close has closed: a retry could close another thread's new descriptor.
     return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR;
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The main queue of Dispatch.h.
+
 #include <algorithm>
 #include <cstdint>
 #include <deque>
@@ -9,7 +11,7 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/MainQueueSignal.h"
 #include "Platform/Threads/Mutex.h"
-#include "Platform/Threads/Threads.h"
+#include "Platform/Threads/PerProcess.h"
 
 using namespace QRVPlatform;
 
@@ -17,7 +19,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The far end of the clock when there is nothing nearer.
+/// The end of the clock when that is nearer.
 Clock::time_point timeAfter(std::chrono::nanoseconds delay) {
     const Clock::time_point now = Clock::now();
     return delay < Clock::time_point::max() - now ? now + delay : Clock::time_point::max();
@@ -32,8 +34,10 @@ struct DispatchMainQueue::State {
     };
 
     State() = default;
-    /// The state of a forked child.
+    /// A forked child has nothing of what the parent had pending.
     explicit State(State& parent) QRV_REQUIRES(parent.mutex);
+    void lock() QRV_ACQUIRES(mutex) { mutex.lock(); }
+    void unlock() QRV_RELEASES(mutex) { mutex.unlock(); }
 
     void add(std::function<void()> work);
     void addTimer(Clock::time_point time, std::function<void()> work);
@@ -54,17 +58,16 @@ struct DispatchMainQueue::State {
     std::uint64_t nextNumber QRV_GUARDED_BY(mutex) = 0;
     bool isStopRequested QRV_GUARDED_BY(mutex) = false;
     MainQueueSignal signal;
-    /// In a child: what the parent had pending. Kept, not destroyed: destroying it could act on
-    /// what belongs to the parent.
-    State* inherited = nullptr;
 };
+
+// A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
+// locked only waits again, for the mutex.
 
 void DispatchMainQueue::State::add(std::function<void()> work) {
     {
         const LockGuard lock(mutex);
         admit(std::move(work));
     }
-    // Without the mutex, which the main thread would wake only to wait for.
     changed.notify_all();
 }
 
@@ -75,9 +78,11 @@ void DispatchMainQueue::State::admit(std::function<void()> work) {
 }
 
 void DispatchMainQueue::State::addTimer(Clock::time_point time, std::function<void()> work) {
-    const LockGuard lock(mutex);
-    timers.emplace(time, std::move(work));
-    signal.setTime(nextTime());
+    {
+        const LockGuard lock(mutex);
+        timers.emplace(time, std::move(work));
+        signal.setTime(nextTime());
+    }
     changed.notify_all();
 }
 
@@ -112,8 +117,10 @@ bool DispatchMainQueue::State::hasWorkAt(Clock::time_point time) const {
 }
 
 void DispatchMainQueue::State::requestStop() {
-    const LockGuard lock(mutex);
-    isStopRequested = true;
+    {
+        const LockGuard lock(mutex);
+        isStopRequested = true;
+    }
     changed.notify_all();
 }
 
@@ -127,7 +134,7 @@ bool DispatchMainQueue::State::waitForWork(Clock::time_point deadline) {
     }
 }
 
-/// False when it was a stop, which then counts as done.
+/// False when it was a stop, which is thereby handled.
 bool DispatchMainQueue::State::waitForWorkOrStop() {
     MutexLock lock(mutex);
     while (!isStopRequested) {
@@ -147,16 +154,18 @@ void DispatchMainQueue::State::sleepUntil(MutexLock& lock, Clock::time_point dea
         lock.waitFor(changed, wakeTime);
 }
 
-// Numbers go on, so that a drain that is under way across the fork keeps its end.
+// The numbers go on, so that a drain that is under way at the fork keeps its end.
 DispatchMainQueue::State::State(State& parent)
-    : nextNumber(parent.nextNumber), signal(std::move(parent.signal)), inherited(&parent) {
-    signal.startAnewInChild();
+    : nextNumber(parent.nextNumber), signal(std::move(parent.signal)) {
+    signal.startInChild();
 }
 
-DispatchMainQueue::DispatchMainQueue() : state_(new State) {
-    Threads::observeForks([]() QRV_NOT_CHECKED { shared().state_->mutex.lock(); },
-                          []() QRV_NOT_CHECKED { shared().state_->mutex.unlock(); },
-                          startAnewInChild);
+DispatchMainQueue::State& DispatchMainQueue::state() {
+    return PerProcess<State>::current();
+}
+
+DispatchMainQueue::DispatchMainQueue() {
+    state();
 }
 
 DispatchMainQueue& DispatchMainQueue::shared() {
@@ -164,27 +173,23 @@ DispatchMainQueue& DispatchMainQueue::shared() {
     return queue;
 }
 
-void DispatchMainQueue::startAnewInChild() QRV_NOT_CHECKED {
-    shared().state_ = new State(*shared().state_);
-}
-
 void DispatchMainQueue::async(std::function<void()> work) {
-    state_->add(std::move(work));
+    state().add(std::move(work));
 }
 
 void DispatchMainQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> work) {
-    state_->addTimer(timeAfter(delay), std::move(work));
+    state().addTimer(timeAfter(delay), std::move(work));
 }
 
 int DispatchMainQueue::fd() const {
-    return state_->signal.fd();
+    return state().signal.fd();
 }
 
-// The state is asked for anew at every step: an item may fork and return in the child too.
+// Every step asks for the state again: an item may fork, and the child has another one.
 std::size_t DispatchMainQueue::drain() {
-    const std::uint64_t end = state_->admitDueTimers();
+    const std::uint64_t end = state().admitDueTimers();
     std::size_t count = 0;
-    while (const auto work = state_->takeItemBefore(end)) {
+    while (const auto work = state().takeItemBefore(end)) {
         ++count;
         (*work)();
     }
@@ -192,13 +197,13 @@ std::size_t DispatchMainQueue::drain() {
 }
 
 void DispatchMainQueue::run() {
-    while (state_->waitForWorkOrStop()) drain();
+    while (state().waitForWorkOrStop()) drain();
 }
 
 void DispatchMainQueue::stop() {
-    state_->requestStop();
+    state().requestStop();
 }
 
 bool DispatchMainQueue::wait(std::chrono::nanoseconds timeout) {
-    return state_->waitForWork(timeAfter(timeout));
+    return state().waitForWork(timeAfter(timeout));
 }

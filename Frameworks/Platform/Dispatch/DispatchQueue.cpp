@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The serial queue of Dispatch.h.
+
 #include <deque>
 #include <exception>
 #include <stdexcept>
@@ -29,6 +31,9 @@ struct DispatchQueue::Implementation : std::enable_shared_from_this<DispatchQueu
     bool isEnding QRV_GUARDED_BY(mutex) = false;
 };
 
+// A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
+// locked only waits again, for the mutex.
+
 void DispatchQueue::Implementation::add(std::function<void()> item) {
     {
         const LockGuard lock(mutex);
@@ -36,7 +41,6 @@ void DispatchQueue::Implementation::add(std::function<void()> item) {
             thread = std::thread([self = shared_from_this()] { self->runItems(); });
         items.push_back(std::move(item));
     }
-    // Without the mutex, which the thread would wake only to wait for.
     itemsChanged.notify_one();
 }
 
@@ -61,13 +65,13 @@ bool DispatchQueue::Implementation::isOwnThread() {
     return thread.get_id() == std::this_thread::get_id();
 }
 
-// The end of the thread is awaited without the mutex; nobody starts another one by then.
+// Not checked: joins without the mutex, when nobody can start another thread any more.
 void DispatchQueue::Implementation::endThread() {
     {
         const LockGuard lock(mutex);
         isEnding = true;
-        itemsChanged.notify_one();
     }
+    itemsChanged.notify_one();
     if (isOwnThread())
         thread.detach();
     else if (thread.joinable())

@@ -8,7 +8,7 @@
 
 namespace QRVPlatform {
 
-/// The descriptor by which a host's loop sees the main queue: readable while it is set ready, and
+/// The descriptor that a host's loop polls for the main queue: readable while it is set ready, and
 /// from the time set on.
 class MainQueueSignal {
   public:
@@ -20,7 +20,7 @@ class MainQueueSignal {
     void setTime(std::optional<std::chrono::steady_clock::time_point> time) noexcept;
     /// Replaces the descriptors shared with the parent by new ones, not ready and without a time;
     /// `fd()` keeps its number, or is -1 if the system has none left.
-    void startAnewInChild() noexcept;
+    void startInChild() noexcept;
 
   private:
     FileDescriptor ready_;

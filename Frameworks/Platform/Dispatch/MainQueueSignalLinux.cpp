@@ -14,8 +14,8 @@
 
 namespace QRVPlatform {
 
-// An epoll descriptor over the two others, because it cannot be read: a child that inherits it by a
-// way that observes no fork still cannot take the parent's wake-up away.
+// An epoll descriptor over the two others, because it cannot be read: a child that was made without
+// the fork handlers (vfork, clone) still cannot consume the parent's wake-up.
 
 namespace {
 
@@ -63,7 +63,7 @@ void MainQueueSignal::setReady(bool isReady) noexcept {
     std::uint64_t counter = 1;
     const ssize_t result = isReady ? write(ready_.number(), &counter, sizeof counter)
                                    : read(ready_.number(), &counter, sizeof counter);
-    // Fails when it is so already; then nothing has to be done.
+    // Fails when it is in that state already.
     static_cast<void>(result);
 }
 
@@ -80,7 +80,7 @@ void MainQueueSignal::setTime(std::optional<std::chrono::steady_clock::time_poin
     timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &wanted, nullptr);
 }
 
-void MainQueueSignal::startAnewInChild() noexcept {
+void MainQueueSignal::startInChild() noexcept {
     try {
         poll_ = replacement(std::move(poll_));
         ready_.close();

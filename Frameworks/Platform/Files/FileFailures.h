@@ -6,10 +6,10 @@
 
 namespace QRVPlatform::FileFailures {
 
-/// What `errno` says.
+/// The error of `errno`.
 std::error_code lastError();
 
-/// Tells the failure handler, unless there is no error; returns the error.
+/// Calls the failure handler if there is an error; returns the error.
 std::error_code reported(const std::string& operation, const std::string& path,
                          std::error_code error);
 

@@ -23,7 +23,8 @@ bool isFolder(const std::string& path);
 /// Makes the folder and those above that are missing, each of mode 0700. Empty when it is there.
 std::error_code createFolder(const std::string& path);
 
-/// Makes the names in a folder outlast a crash of the system, where the file system can do that.
+/// After it, the names in the folder survive a crash of the system, where the file system can sync
+/// folders.
 void syncFolder(const std::string& path);
 
 }  // namespace QRVPlatform::FilePaths

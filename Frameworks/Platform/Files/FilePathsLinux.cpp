@@ -39,11 +39,10 @@ bool FilePaths::isFolder(const std::string& path) {
 }
 
 ResolvedPath resolvedPath(std::string path) {
-    constexpr int mostLinks = 40;
     for (int links = 0;; ++links) {
         const std::optional<std::string> target = FilePaths::linkTarget(path);
         if (!target) return {std::move(path), {}};
-        if (links == mostLinks)
+        if (links == maximumSymbolicLinks)
             return {{}, make_error_code(std::errc::too_many_symbolic_link_levels)};
         path = target->starts_with('/') ? *target : FilePaths::siblingOf(path, *target);
     }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reading a file as a whole (`contentsOfFile` of Files.h).
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +16,7 @@ namespace QRVPlatform {
 
 namespace {
 
-/// The count read, less only at the end of the file.
+/// `count` is less than `size` only at the end of the file.
 std::error_code readFully(const FileDescriptor& file, char* buffer, std::size_t size,
                           std::size_t& count) {
     count = 0;
@@ -27,7 +29,7 @@ std::error_code readFully(const FileDescriptor& file, char* buffer, std::size_t 
     return {};
 }
 
-/// The size is a hint only: the file may grow and shrink meanwhile.
+/// The file may grow and shrink meanwhile, so its size is only a hint.
 std::error_code readToEnd(const FileDescriptor& file, std::size_t sizeHint, std::size_t maximumSize,
                           std::string& bytes) {
     std::size_t room = std::min(sizeHint, maximumSize) + 1;
@@ -45,7 +47,7 @@ std::error_code readToEnd(const FileDescriptor& file, std::size_t sizeHint, std:
 }
 
 std::error_code readInto(FileContents& contents, const std::string& path, std::size_t maximumSize) {
-    // A pipe must not make us wait for its writer, and a terminal not become ours.
+    // Neither waits for the writer of a pipe nor makes a terminal the process's own.
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
     if (!file.isOpen() || fstat(file.number(), &status) != 0) return FileFailures::lastError();

@@ -39,7 +39,8 @@ FileAttributes attributesOf(const struct stat& status) {
             .isRegularFile = S_ISREG(status.st_mode)};
 }
 
-/// The clock that the system takes the dates of files from still shows this time.
+/// The system takes file dates from a coarse clock. While that shows the same time, a later change
+/// would get the same date.
 bool isOfThisTick(const timespec& time) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME_COARSE, &now);

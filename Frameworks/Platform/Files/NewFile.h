@@ -11,7 +11,7 @@ struct stat;
 
 namespace QRVPlatform {
 
-/// A file in the making: removed again unless it is kept.
+/// A file that is being written. The end of this removes it, unless it is kept.
 class NewFile {
   public:
     NewFile() = default;
@@ -20,16 +20,16 @@ class NewFile {
     ~NewFile();
 
     /// Fails when there is anything at `path`. The file gets the permission bits of `model` and,
-    /// where allowed, its owner and group; mode 0600 without a model. At no moment it has more.
+    /// where allowed, its owner and group; mode 0600 without a model. It never has more.
     std::error_code create(const std::string& path, const struct stat* model);
     std::error_code write(std::string_view bytes);
-    /// Gives the file the exact time as its modification date, and a later one than that of `model`
-    /// (or null), by a microsecond at least: who goes by the date sees the change. The system's own
-    /// dates repeat themselves for some milliseconds.
+    /// Sets the modification date to the exact time, and to at least a microsecond after that of
+    /// `model` (or null), so that whoever compares dates notices the change. The system's own
+    /// timestamps have a granularity of some milliseconds.
     std::error_code date(const struct stat* model);
-    /// Brings the bytes to the disk and ends writing.
+    /// Syncs the bytes to the disk and closes the file.
     std::error_code finish();
-    /// The file stays, or has gone to another name.
+    /// The file stays, or has been renamed.
     void keep() { path_.clear(); }
 
   private:

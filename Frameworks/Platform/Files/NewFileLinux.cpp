@@ -18,8 +18,8 @@ namespace {
 
 constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
 
-/// The group alone when the owner cannot be had, and neither when neither can. Returns the mode
-/// that the file may have: what the old group was allowed is not for another one.
+/// Sets owner and group, or the group alone, or neither, as far as the system allows it. Returns
+/// the mode that the file may have: another group does not get the permissions of the old one.
 mode_t keepOwner(const FileDescriptor& file, const struct stat& model, mode_t mode) {
     if (fchown(file.number(), model.st_uid, model.st_gid) == 0) return mode;
     if (fchown(file.number(), static_cast<uid_t>(-1), model.st_gid) == 0) return mode;
@@ -39,7 +39,7 @@ NewFile::~NewFile() {
     if (!path_.empty()) unlink(path_.c_str());
 }
 
-// The owner first, then the mode: a mode for one group is never in force for another on the way.
+// The owner first, then the mode: no group ever has the permissions that are meant for another.
 std::error_code NewFile::create(const std::string& path, const struct stat* model) {
     constexpr mode_t permissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
     mode_t mode = model != nullptr ? model->st_mode & permissionBits : privateMode;
@@ -66,7 +66,7 @@ std::error_code NewFile::date(const struct stat* model) {
     std::int64_t date = nanoseconds(now);
     if (model != nullptr) {
         const std::int64_t next = nanoseconds(model->st_mtim) + aMicrosecond;
-        // A date that lies further ahead comes from another clock: no need to follow it.
+        // A date further in the future comes from another clock, and is not followed.
         if (next - date <= aSecond) date = std::max(date, next);
     }
     const std::array<timespec, 2> times = {timespec{0, UTIME_OMIT},

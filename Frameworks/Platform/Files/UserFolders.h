@@ -5,8 +5,8 @@
 
 namespace QRVPlatform::UserFolders {
 
-/// The library folder that follows from these three; null and relative ones do not count. The third
-/// is asked only when it is needed: the answer may come over the network.
+/// The library folder; null and relative paths do not count. The third is called only when the
+/// others do not count: its answer may come over the network.
 std::string libraryFolder(const char* configurationHome, const char* home,
                           std::string (*databaseHome)());
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// `formattedText` of System.h.
+
 #include "Platform/System/System.h"
 
 namespace QRVPlatform {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The log of System.h, and the sink that replaces it.
+
 #include <utility>
 
 #include "Platform/Log/SystemLog.h"

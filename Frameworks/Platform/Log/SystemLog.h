@@ -5,14 +5,14 @@
 
 namespace QRVPlatform {
 
-/// Where log texts end up. Nothing here fails: what cannot be written is lost.
+/// The destinations of log texts. No function fails: what cannot be written is lost.
 namespace SystemLog {
 
 enum class Level { Notice, Debug };
 
 void write(Level level, const std::string& text);
 
-/// One line on standard error, after local time, program and process.
+/// One line on standard error: local time, program, process and text.
 void writeToStandardError(const std::string& text);
 
 }  // namespace SystemLog

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What tells this machine and its model from others. Any thread; nothing is remembered between
-// calls.
+// The identity of this machine and its model. For any threads; nothing is cached between calls.
 
 #include <array>
 #include <cstdint>
@@ -17,26 +16,26 @@ namespace QRVPlatform {
 /// the system has none.
 std::optional<std::string> platformSerialNumber();
 
-/// The model of this machine, 127 bytes of ASCII at most (a byte that is none becomes `?`). Empty
-/// when the text is longer, or nothing tells the model.
+/// The model of this machine, 127 bytes of ASCII at most (any other byte becomes `?`). Empty when
+/// the text is longer, or when no source has one.
 std::optional<std::string> hardwareModel();
 
 using SHA1Digest = std::array<std::uint8_t, 20>;
 SHA1Digest CC_SHA1(std::string_view bytes);
 
-/// Where the two texts come from: the first file that holds text. White space around it, and what
-/// follows a zero byte, do not count.
+/// The sources of the two texts: of each list, the first file that holds text. White space around
+/// it, and what follows a zero byte, do not count.
 struct MachineIdentitySources {
-    // The serial number of the board is for root only, and a program that root runs once must not
-    // make another machine of this one.
+    // Not the serial number of the board, which only root may read: when root runs a program once,
+    // the machine must not look like another one.
     std::vector<std::string> serialNumberFiles = {"/etc/machine-id", "/var/lib/dbus/machine-id"};
     std::vector<std::string> modelFiles = {"/sys/class/dmi/id/product_name",
                                            "/sys/firmware/devicetree/base/model"};
-    /// Where no file tells the model, as in containers and on small boards, the kernel's name of
-    /// the hardware does: without a model the settings of fans and sensors are reset at each start.
+    /// The kernel's name of the hardware is the model where no file has one, as in containers and
+    /// on small boards: without a model the settings of fans and sensors are reset at each start.
     bool usesKernelMachineName = true;
 };
-/// For tests; returns the sources before.
+/// For tests; returns the previous sources.
 MachineIdentitySources setMachineIdentitySources(MachineIdentitySources sources);
 
 }  // namespace QRVPlatform

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// `CC_SHA1` of MachineIdentity.h, by libmd.
+
 #include <sha1.h>
 
 #include "Platform/Machine/MachineIdentity.h"

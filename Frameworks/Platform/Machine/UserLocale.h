@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The user's way of writing times, as the environment names it. What the program has chosen with
-// setlocale() is no concern here: a host of any locale finds the user's.
+// How the user writes times, according to the environment. What the program has set by setlocale()
+// does not matter: a host in any locale gets the user's.
 
 #include <string>
 
 namespace QRVPlatform {
 
 /// The locale of times: the first of LC_ALL, LC_TIME and LANG that is set and not empty, else `C`.
-/// Read afresh; not while another thread changes the environment.
+/// Reads the environment at each call; not while another thread changes it.
 std::string userTimeLocale();
 
 /// The pattern of the short time style, in the pattern language of Unicode (`HH:mm`, `h:mm a`). A

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Its inline C++ would call functions by name, which only a library that is linked has.
+// ICU's inline C++ would call its functions directly, and the library is not linked.
 #define U_SHOW_CPLUSPLUS_API 0
 
 #include <dlfcn.h>
@@ -26,7 +26,7 @@ namespace {
 constexpr const char* ofNoLanguage = "root";
 
 /// The functions of ICU. Loading it takes as long as the rest of a process's start, and not every
-/// process asks for a pattern: so the first question loads it. It is never unloaded.
+/// process needs a pattern: so the first use loads it. It is never unloaded.
 struct ICU {
     decltype(&uloc_canonicalize) canonicalize = nullptr;
     decltype(&ures_open) openBundle = nullptr;
@@ -60,7 +60,7 @@ std::optional<ICU> loadICU() {
     return std::nullopt;
 }
 
-/// Empty where it cannot be loaded; then it is not tried again.
+/// Empty where it cannot be loaded; there is no retry.
 const std::optional<ICU>& loadedICU() {
     static const std::optional<ICU> icu = loadICU();
     return icu;
@@ -68,7 +68,7 @@ const std::optional<ICU>& loadedICU() {
 
 /// The name in the library's own form, `de_DE`; empty when it has none.
 std::string canonicalName(const std::string& locale, const ICU& icu) {
-    // Not names of languages, but what a system without a chosen locale speaks.
+    // No names of languages: they stand for a system without a chosen locale.
     const std::string name = locale.substr(0, locale.find_first_of(".@"));
     if (name == "C" || name == "POSIX") return "en_US_POSIX";
     std::array<char, ULOC_FULLNAME_CAPACITY> canonical{};

@@ -12,14 +12,13 @@
 
 namespace QRVPlatform {
 
-/// What happens in folders, as the system tells it. Not to be used by two threads at a time, but
-/// for `wait` and `wake`.
+/// Watches folders, and reports the system's events there. Not for two threads at a time, except
+/// `wait` and `wake`.
 class FolderWatch {
   public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// Names: what comes, goes or changes its attributes in the folder. NamesAndContents: also
-    /// what is written there.
+    /// Names: events of names and attributes in the folder. NamesAndContents: also of writing.
     enum class Interest { Names, NamesAndContents };
     enum class Kind {
         Created,
@@ -49,22 +48,22 @@ class FolderWatch {
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
-    /// A watch of a folder, no link to one. The number stands for the folder itself, whatever its
-    /// path: the same folder has the same one, and a number never comes back for another. To be
-    /// released as often as it was added.
+    /// Watches a folder, no link to one. The number stands for the folder itself, whatever its
+    /// path: the same folder has the same number, and a number is never used again for another one.
+    /// To be released as often as it was added.
     Watch add(const std::string& folder, Interest interest);
     void release(int number);
 
-    /// What has happened since the last time, in order.
+    /// The events since the last call, in order.
     std::vector<Event> takeEvents();
 
-    /// What `wait` needs; good for ever, but there may be more after `add`.
+    /// What `wait` needs. Valid forever, but `add` may open another one.
     [[nodiscard]] Descriptors descriptors() const;
     /// Returns when there are events, after `wake`, at the time given, or earlier.
     static void wait(Descriptors descriptors, std::optional<Time> until);
     void wake();
 
-    /// In a forked child: leaves the parent's events to the parent.
+    /// In a forked child: closes the descriptors, so that the parent keeps its events.
     void closeInChild();
 
   private:

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "Platform/Files/FileFailures.h"
+#include "Platform/Files/NSFilePresenter.h"
 #include "Platform/Presenters/FolderWatch.h"
 
 namespace QRVPlatform {
@@ -49,7 +50,7 @@ void appendEvents(std::vector<FolderWatch::Event>& events, const char* bytes, st
     }
 }
 
-/// Rounded up, so that the time has come when the wait is over.
+/// Rounded up, so that the wait does not end before the time.
 int millisecondsUntil(std::optional<FolderWatch::Time> time) {
     using namespace std::chrono;
     if (!time) return -1;
@@ -83,7 +84,7 @@ void FolderWatch::release(int number) {
 
 std::vector<FolderWatch::Event> FolderWatch::takeEvents() {
     std::uint64_t wakeUps = 0;
-    // Fails when there was none.
+    // Fails when there was no wake-up.
     static_cast<void>(read(wakeUps_.number(), &wakeUps, sizeof wakeUps) < 0);
     std::vector<Event> events;
     std::array<char, 16384> buffer{};
@@ -100,9 +101,8 @@ FolderWatch::Descriptors FolderWatch::descriptors() const {
 }
 
 void FolderWatch::wait(Descriptors descriptors, std::optional<Time> until) {
-    // Without a descriptor for wake-ups, looking every now and then has to do.
-    constexpr std::chrono::seconds longest(2);
-    const Time latest = std::chrono::steady_clock::now() + longest;
+    // Without a descriptor for wake-ups, this has to poll.
+    const Time latest = std::chrono::steady_clock::now() + filePollingInterval;
     if (descriptors.wakeUps < 0) until = std::min(until.value_or(latest), latest);
     std::array<pollfd, 2> entries{
         {{descriptors.events, POLLIN, 0}, {descriptors.wakeUps, POLLIN, 0}}};
@@ -111,7 +111,7 @@ void FolderWatch::wait(Descriptors descriptors, std::optional<Time> until) {
 
 void FolderWatch::wake() {
     constexpr std::uint64_t one = 1;
-    // Fails when there are wake-ups enough.
+    // Fails when the counter of wake-ups is full, which wakes as well.
     static_cast<void>(write(wakeUps_.number(), &one, sizeof one) < 0);
 }
 

@@ -8,15 +8,16 @@
 
 namespace QRVPlatform {
 
-/// Equal but for the change time: the same file with, as far as can be told, the same bytes.
+/// Equal apart from the change time: the same file, which has not been written to as far as can be
+/// told.
 bool isSameFile(const FileIdentity& first, const FileIdentity& second);
 
-/// A file that a presenter has written. It is kept open, because its inode number would come back
-/// for somebody else's file otherwise; nothing is read or written through it.
+/// A file that a presenter has written. It is kept open, so that no other file can get its inode
+/// number; nothing is read or written through it.
 class OwnFile {
   public:
     OwnFile() = default;
-    /// The file at `path`, as it is now; nothing when there is none.
+    /// The file at `path`, as it is now, or no file.
     explicit OwnFile(const std::string& path);
 
     /// Whether a file found now is this one, unchanged.

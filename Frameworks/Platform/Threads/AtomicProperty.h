@@ -19,13 +19,13 @@ class AtomicProperty {
         const LockGuard guard(lock_);
         return value_;
     }
-    /// What `look(value)` returns; a replacement waits for it.
-    template <typename Look>
-    auto read(Look&& look) const {
+    /// Returns what `reader(value)` returns; a replacement waits for it.
+    template <typename Reader>
+    auto read(Reader&& reader) const {
         const LockGuard guard(lock_);
-        return look(value_);
+        return reader(value_);
     }
-    /// The old value is destroyed after the lock is let go.
+    /// The old value is destroyed after the lock is released.
     void store(Value value) {
         const LockGuard guard(lock_);
         std::swap(value_, value);

@@ -20,17 +20,17 @@ class QRV_LOCK Mutex {
     std::mutex mutex_;
 };
 
-/// Holds a mutex, lets it go and takes it again, and waits for conditions.
+/// Holds a mutex; can unlock it, lock it again, and wait for a condition.
 class QRV_SCOPED_LOCK MutexLock {
   public:
     explicit MutexLock(Mutex& mutex) QRV_ACQUIRES(mutex) : lock_(mutex.mutex_) {}
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
-    ~MutexLock() QRV_RELEASES() {}  // NOLINT(modernize-use-equals-default): takes the annotation
+    ~MutexLock() QRV_RELEASES() {}
 
     void lock() QRV_ACQUIRES() { lock_.lock(); }
     void unlock() QRV_RELEASES() { lock_.unlock(); }
-    /// May return early, as may the other: the condition is the caller's to look at.
+    /// Both may return early: the caller checks the condition again.
     void waitFor(std::condition_variable& changed) { changed.wait(lock_); }
     void waitFor(std::condition_variable& changed, std::chrono::steady_clock::time_point deadline) {
         changed.wait_until(lock_, deadline);

@@ -9,14 +9,13 @@
 
 namespace QRVPlatform {
 
-/// A function of which one is in force at a time, or none; for any threads. It may be replaced
-/// while it is being called.
+/// Holds one function, or none; for any threads. It may be replaced while it is being called.
 template <typename... Arguments>
 class ReplaceableHandler {
   public:
     using Function = std::function<void(Arguments...)>;
 
-    /// Returns the one before; a null function stands for none.
+    /// Returns the previous one; a null function stands for none.
     Function replace(Function function) {
         auto replaced = std::make_shared<const Function>(std::move(function));
         {

@@ -6,8 +6,8 @@
 
 namespace QRVPlatform {
 
-// Whoever holds the lock is through within a moment when it runs at all; on a single processor it
-// may need ours.
+// The holder releases the lock within a moment if it is running at all. On a single processor it
+// runs only when this thread yields.
 void ShortLock::waitUntilFree() const noexcept {
     constexpr int patience = 100;
     for (int round = 0; isTaken_.load(std::memory_order_relaxed); ++round) {

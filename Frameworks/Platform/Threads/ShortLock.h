@@ -7,9 +7,9 @@
 
 namespace QRVPlatform {
 
-/// A lock for the few instructions of a look-up or a change. One byte, because there is one for
-/// every dictionary of a tree, and one locked instruction, because there is one for every read. A
-/// thread that has to wait lets others run, and sleeps when that does not help.
+/// A lock for the few instructions of a look-up or a change. It takes one byte, because every
+/// dictionary of a tree has one, and one atomic instruction, because every read locks one. A thread
+/// that has to wait yields at first, and then sleeps.
 class QRV_LOCK ShortLock {
   public:
     void lock() noexcept QRV_ACQUIRES() {

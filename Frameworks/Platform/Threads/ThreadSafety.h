@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What clang checks of locks while it compiles (-Wthread-safety): which lock guards a variable, and
-// which functions want it held. Other compilers see none of it.
+// Annotations of locks, which clang checks while it compiles (-Wthread-safety): which lock guards a
+// variable, and which functions need it held. Other compilers ignore them.
 
 #if defined(__clang__)
 #define QRV_THREAD_SAFETY(attribute) __attribute__((attribute))

@@ -8,7 +8,7 @@ namespace QRVPlatform::Threads {
 /// Names the current thread after the last dotted component of `label`, as much of it as fits.
 void nameCurrentThread(const std::string& label);
 
-/// Has the functions called at every fork of this process from now on. Throws std::system_error.
+/// From now on, calls the functions at every fork of this process. Throws std::system_error.
 void observeForks(void (*before)(), void (*inParent)(), void (*inChild)());
 
 }  // namespace QRVPlatform::Threads

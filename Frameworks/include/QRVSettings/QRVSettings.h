@@ -246,7 +246,7 @@ QRV_EXPORT void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, Q
 /// runs.
 ///
 /// The save never merges with what is on disk. A file that exists and is no settings file is kept
-/// beside the new one (`keepAside`); where that fails, or the old file cannot be opened, the save
+/// beside the new one (`backUpFile`); where that fails, or the old file cannot be opened, the save
 /// leaves it alone and says so in the system log.
 QRV_EXPORT void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log);
 

@@ -4,10 +4,10 @@
 /// Serial queues and the main queue.
 ///
 /// Work is any `std::function<void()>`; an empty one throws std::bad_function_call where it is run.
-/// Queues do not swallow exceptions: what a work item throws passes on, see each function.
+/// Queues do not swallow exceptions: each function says what happens to one from a work item.
 ///
-/// The memory of queues that live as long as the process belongs to nobody: make them with `new`
-/// and never destroy them, then a process may exit while they are at work.
+/// Make queues that live as long as the process with `new`, and never destroy them: then a process
+/// may exit while they are at work.
 
 #include <chrono>
 #include <cstddef>
@@ -34,8 +34,8 @@ class QRV_EXPORT DispatchQueue {
     /// An exception from `work` ends the program (std::terminate).
     void async(std::function<void()> work);
     /// Runs `work` on the queue's thread and returns when it is done: everything queued before has
-    /// run by then. An exception from `work` is thrown here. On the queue's own thread, where it
-    /// could only wait for itself, it throws std::logic_error and runs nothing.
+    /// run by then. An exception from `work` is thrown here. On the queue's own thread, which
+    /// would be a deadlock, it throws std::logic_error and runs nothing.
     void sync(const std::function<void()>& work);
 
     [[nodiscard]] const std::string& label() const noexcept;
@@ -51,8 +51,8 @@ class QRV_EXPORT DispatchQueue {
 /// In a host with a loop of its own: watch `fd()` for reading and call `drain()` when it is
 /// readable. In a program without one: `run()`, or `wait()` and `drain()` in turn.
 ///
-/// In a forked child the queue is empty, what the parent had pending is forgotten there, and `fd()`
-/// is the same number but another descriptor: neither process can disturb the other.
+/// In a forked child the queue is empty: the parent's pending work runs in the parent only. `fd()`
+/// is the same number there but another descriptor, so that neither process can disturb the other.
 class QRV_EXPORT DispatchMainQueue {
   public:
     /// The one main queue; it is never destroyed. The first call throws std::system_error when the
@@ -79,24 +79,23 @@ class QRV_EXPORT DispatchMainQueue {
     ///
     /// An item may call `drain()` again: the inner call runs what is queued at that moment, the
     /// outer one goes on with what is left. Order is kept and nothing runs twice. An exception from
-    /// an item passes out; the items behind it stay queued.
+    /// an item is thrown here; the items behind it stay queued.
     std::size_t drain();
 
     /// Drains whenever there is work, until `stop()`; returns after the drain that is under way. An
-    /// exception from an item passes out.
+    /// exception from an item is thrown here.
     void run();
     /// Ends one `run()`, from an item or from any thread: the one under way (the inner one when
-    /// they are nested), else the next, which then returns at once. Several calls before that are
+    /// they are nested), else the next, which then returns at once. Several calls before that count
     /// as one. Not for signal handlers.
     void stop();
     /// Waits until there is work or a timer is due, at most `timeout`; true when there is, to be
-    /// followed by `drain()`. Does not run anything. A timeout of 0 or less only looks.
+    /// followed by `drain()`. Does not run anything. A timeout of 0 or less returns at once.
     [[nodiscard]] bool wait(std::chrono::nanoseconds timeout);
 
   private:
     struct QRV_HIDDEN State;
     QRV_HIDDEN DispatchMainQueue();
     ~DispatchMainQueue() = default;
-    QRV_HIDDEN static void startAnewInChild();
-    State* state_;
+    QRV_HIDDEN static State& state();
 };

@@ -9,8 +9,8 @@
 #include "Platform/Export.h"
 
 /// Runs operations one at a time, in the order in which they were added, on a thread of its own,
-/// never on the adder's. The thread starts with the first operation. Made with std::make_shared and
-/// shared by those who add.
+/// never on the adding thread. The thread starts with the first operation. Made with
+/// std::make_shared and shared by all that add operations.
 ///
 /// Operations may be added on any thread, also from within an operation. An empty one throws
 /// std::bad_function_call where it is run; an exception from an operation ends the program. A

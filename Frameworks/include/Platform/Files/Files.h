@@ -3,10 +3,13 @@
 
 /// Whole-file operations. A path is bytes, absolute or relative to the working folder. Every
 /// function may be called on any thread; none throws but std::bad_alloc. Symbolic links are
-/// followed: the target is looked at, read, replaced or kept, a link is never changed.
+/// followed: the functions work on the target, and never change a link.
 ///
-/// These functions take no lock. Of two processes that replace or keep one file at a time, one may
-/// fail; NSFileCoordinator keeps them apart.
+/// These functions take no lock. Of two processes that replace or back up one file at a time, one
+/// may fail; NSFileCoordinator keeps them apart.
+///
+/// Sources: `Platform/Files/`, named as the sections below; `replaceFile` is implemented in
+/// `Platform/Coordination/FileReplacementLinux.cpp`, because it works with the coordinator.
 
 #include <cstddef>
 #include <cstdint>
@@ -21,20 +24,23 @@
 
 namespace QRVPlatform {
 
-/// The folder for a user's settings, without a slash of ours at the end: `$XDG_CONFIG_HOME` when
-/// that is an absolute path, else `.config` in the home folder: `$HOME` when that is an absolute
-/// path, else what the password database says. Empty when there is no home folder. It need not
-/// exist.
+// UserFolders
+
+/// The folder for a user's settings: `$XDG_CONFIG_HOME` when that is an absolute path, else
+/// `.config` in the home folder, which is `$HOME` when that is an absolute path, else the one in
+/// the password database. Empty when there is no home folder. No slash is added at the end. The
+/// folder need not exist.
 QRV_EXPORT std::string userLibraryFolder();
 
-/// There is something at `path`: a file of any content, a folder. False for a link that leads
-/// nowhere and where the folders above may not be searched.
-QRV_EXPORT bool fileExistsAtPath(const std::string& path);
+// FilePaths
+
+/// How many symbolic links in a row are followed; one more is taken for a loop.
+inline constexpr int maximumSymbolicLinks = 40;
 
 /// A path with the symbolic links of its last component followed.
 struct ResolvedPath {
     std::string path;       ///< empty on error
-    std::error_code error;  ///< std::errc::too_many_symbolic_link_levels after 40 links
+    std::error_code error;  ///< std::errc::too_many_symbolic_link_levels
 };
 /// The target need not exist. A link that cannot be read counts as a file.
 QRV_EXPORT ResolvedPath resolvedPath(std::string path);
@@ -49,23 +55,28 @@ struct FilesBeside {
 /// empty when it ends in no file name.
 QRV_EXPORT FilesBeside filesBeside(const std::string& resolvedPath);
 
+// FileStatus
+
+/// There is something at `path`: a file of any content, or a folder. False for a link to nothing,
+/// and where a folder above may not be searched.
+QRV_EXPORT bool fileExistsAtPath(const std::string& path);
+
 struct FileAttributes {
     std::uint64_t size;  ///< bytes
     NSDate modificationDate;
     unsigned mode;  ///< permission bits, at most 07777
     bool isRegularFile;
 };
-/// Empty when there is nothing there, or nothing that may be looked at.
+/// Empty when there is nothing there, or where a folder above may not be searched.
 QRV_EXPORT std::optional<FileAttributes> attributesOfItemAtPath(const std::string& path);
-/// The same, with a modification date that no later change of the file has again, unless somebody
-/// sets it: all changes within a tick of the system's clock, some milliseconds, have the same date,
-/// and this returns when that tick is over. After a second of changes it gives up.
+/// The same, with a modification date that no later change of the file repeats, unless somebody
+/// sets it. All changes within the timestamp granularity (some milliseconds) have the same date, so
+/// this waits until a later change would get another one. After a second of changes it gives up.
 QRV_EXPORT std::optional<FileAttributes> settledAttributesOfItemAtPath(const std::string& path);
 
-/// Tells one state of a file from another: two equal identities mean the same file, unchanged as
-/// far as the file system can tell (a change within its time stamps' grain, some milliseconds, that
-/// keeps the size does not show; a replaced file does, unless its inode number comes back within
-/// that grain).
+/// Tells one state of a file from another: two equal identities mean the same file, unchanged. Not
+/// noticed are changes within the timestamp granularity of the file system (some milliseconds) that
+/// keep the size: a write in place always, a replacement in the case of inode reuse.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -77,8 +88,10 @@ struct FileIdentity {
     /// No file at all.
     [[nodiscard]] bool isMissing() const { return *this == FileIdentity{}; }
 };
-/// Missing also when the file may not be looked at.
+/// Missing also where a folder above may not be searched.
 QRV_EXPORT FileIdentity identityOfFileAtPath(const std::string& path);
+
+// FileReading
 
 struct FileContents {
     std::string bytes;        ///< empty on error
@@ -92,8 +105,10 @@ struct FileContents {
 };
 /// All of a regular file; never waits for a pipe or device, which gives an error. A file of more
 /// than `maximumSize` bytes gives std::errc::file_too_large. One that is changed in place meanwhile
-/// gives what was there when each piece was read.
+/// gives a mix of old and new bytes.
 QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maximumSize);
+
+// FileReplacement
 
 /// Makes `bytes` the contents of the file. Whoever opens it, at any moment and after a crash of
 /// this process, gets the old contents or the new ones, whole. Any error leaves the old file as it
@@ -101,23 +116,27 @@ QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maxi
 ///
 /// The permission bits of the old file are kept and, where the system allows it, its owner and
 /// group (where it does not allow the group, the group's permissions are dropped); other attributes
-/// are not. A new file is of mode 0600. The bytes pass through `.<file
-/// name>.tmp` beside the file; what an earlier process has left there is removed, and nothing stays
-/// behind.
+/// are not. A new file is of mode 0600. The bytes are written to
+/// `filesBeside(...).temporary`; what an earlier process has left there is removed, and nothing
+/// stays behind.
 ///
-/// The bytes have reached the disk on return; called by the accessor of a coordinated write of this
-/// path, their name in the folder has when that write returns. Where the folder cannot be synced, a
-/// crash of the system may bring back the old file, whole; that is no error.
+/// The bytes and their name in the folder have reached the disk on return; in the accessor of a
+/// coordinated write of the file, the name has when that write returns. Where the folder cannot be
+/// synced, a crash of the system may bring back the old file, whole; that is no error.
 QRV_EXPORT std::error_code replaceFile(const std::string& path, std::string_view bytes);
 
-struct KeptFile {
-    std::string path;  ///< empty on error
+// FileBackup
+
+struct FileBackup {
+    std::string path;  ///< of the backup; empty on error
     std::error_code error;
 };
-/// Gives the bytes of a regular file a second name, `<file name>.damaged-<n>` beside it, with the
-/// first n from 1 that is free: nothing is overwritten. The file itself stays, and may be replaced
-/// afterwards. A hard link where the file system has them, else a copy.
-QRV_EXPORT KeptFile keepAside(const std::string& path);
+/// Backs up a regular file under the first free name that begins with
+/// `filesBeside(...).backupStart`: nothing is overwritten. The file itself stays, and may be
+/// replaced afterwards. The backup is a hard link where the file system has them, else a copy.
+QRV_EXPORT FileBackup backUpFile(const std::string& path);
+
+// FileFailures
 
 /// Something that could not be done to a file.
 struct FileFailure {
@@ -125,7 +144,7 @@ struct FileFailure {
     std::string path;
     std::error_code error;
 };
-/// Called on the thread at work whenever coordinating, replacing or keeping a file fails, before
+/// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
 /// the function concerned returns the same error. Null, as at the start, for none. A call under way
 /// on another thread may still use the previous handler after this returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);

@@ -3,13 +3,15 @@
 
 /// Coordinated access to one file among threads and processes that all go through a coordinator.
 ///
-/// An access is guarded by an advisory lock on a file of our own, `.<file name>.lock`, beside the
-/// file meant (mode 0600, never deleted). Readers share it, a writer excludes everyone else. The
-/// lock is held while the accessor runs, and ends with the process however that ends.
+/// An access is guarded by an advisory lock on a lock file beside the file meant
+/// (`QRVPlatform::filesBeside`; mode 0600, never deleted). Readers share it, a writer excludes
+/// everyone else. The lock is held while the accessor runs, and ends with the process however that
+/// ends.
 ///
 /// What is not promised: nothing keeps out a program that does not coordinate, nor one that reaches
 /// the file through another hard link. Waiting writers are served in no particular order.
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <system_error>
@@ -18,27 +20,34 @@
 
 class NSFilePresenter;
 
+namespace QRVPlatform {
+
+/// How long a coordinated reader waits for a writer before it reads without the lock.
+inline constexpr std::chrono::seconds readerLockTimeout(2);
+
+}  // namespace QRVPlatform
+
 /// Holds no state between accesses; any number may be used on any threads.
 ///
-/// `url` is a path. When it names a symbolic link, the link is followed (up to 40 of them, also to
-/// a target that does not exist yet) and the access is to the target; the accessor gets the path to
-/// use. A loop is an error.
+/// `url` is a path. When it names a symbolic link, the link is followed as by
+/// `QRVPlatform::resolvedPath`, also to a target that does not exist yet, and the access is to the
+/// target; the accessor gets the path to use. A loop is an error.
 ///
 /// The accessor runs exactly once, on the calling thread, before the call returns, or not at all;
 /// the answer is empty when it ran, and says why when it did not. An exception from it passes on
 /// with the lock released. It must not coordinate writing of the same file again, which would wait
-/// for itself for ever.
+/// for itself forever.
 class QRV_EXPORT NSFileCoordinator {
   public:
     enum class ReadingOptions : unsigned { None = 0 };
-    /// ForReplacing tells that the whole file is going to be replaced; the coordination is the
-    /// same.
+    /// ForReplacing: the whole file is going to be replaced. The coordination is the same.
     enum class WritingOptions : unsigned { None = 0, ForReplacing = 8 };
     using Accessor = std::function<void(const std::string& url)>;
 
     /// With a presenter, the accesses are the presenter's own: it is not notified when the accessor
-    /// replaces the file by `replaceFile`, on the thread that it runs on and under the path that it
-    /// got. All other presenters are. It is notified of what it does to the file by other means.
+    /// replaces the file by `replaceFile` on the thread that it runs on, under whatever path leads
+    /// to the file. All other presenters are notified. The presenter itself is notified of what the
+    /// accessor does to the file by other means.
     explicit NSFileCoordinator(const NSFilePresenter* performer = nullptr)
         : performer_(performer) {}
 
@@ -53,12 +62,12 @@ class QRV_EXPORT NSFileCoordinator {
     /// After it has returned no notification of the presenter is under way or will come, and the
     /// presenter may be destroyed. It waits for the one under way, except from within that one. So
     /// it must not be called where a notification could be waiting for the caller: inside an access
-    /// to the file, for one. Nothing happens when the presenter is not there.
+    /// to the file, for one. A presenter that is not registered is ignored.
     static void removeFilePresenter(NSFilePresenter& presenter);
 
-    /// Creates nothing on disk, and never waits longer than about two seconds for a writer: then,
-    /// and where the lock cannot be had at all, the accessor runs without it. What it reads is
-    /// whole all the same as long as writers replace the file (`replaceFile`).
+    /// Creates nothing on disk. After `readerLockTimeout`, and where the lock cannot be had at all,
+    /// the accessor runs without it. What it reads is whole all the same, as long as writers
+    /// replace the file (`replaceFile`).
     std::error_code coordinateReadingItemAtURL(const std::string& url, ReadingOptions options,
                                                const Accessor& accessor);
 

@@ -1,33 +1,45 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
 #include "Platform/Dispatch/NSOperationQueue.h"
 #include "Platform/Export.h"
 
-/// Wants to know when the file that it presents has changed. Registered with
-/// NSFileCoordinator::addFilePresenter, until NSFileCoordinator::removeFilePresenter.
+namespace QRVPlatform {
+
+/// How often a presented file is checked for changes where it cannot be watched.
+inline constexpr std::chrono::seconds filePollingInterval(2);
+
+/// How long after a write in place the presenter is notified if the writer keeps the file open.
+inline constexpr std::chrono::seconds openWriterTimeout(2);
+
+}  // namespace QRVPlatform
+
+/// Observer of one file. Registered by NSFileCoordinator::addFilePresenter, until
+/// NSFileCoordinator::removeFilePresenter.
 ///
-/// Every change leads to at least one notification that begins after the change: who reads the file
-/// at every notification has its final contents in the end. A change is whatever lets the path name
-/// another file or other contents, or none: a file replaced, written in place, deleted, created,
-/// touched; a symbolic link on the way that leads elsewhere; a folder on the way that comes, goes
-/// or is another one. The path need not exist. It may be told more often than there were changes.
+/// Every change leads to at least one notification that begins after the change: a presenter that
+/// reads the file at every notification has read its final contents in the end. A change is
+/// whatever makes the path name another file, other contents, or nothing: a file replaced, written
+/// in place, deleted, created or touched; a symbolic link on the way that leads elsewhere; a folder
+/// on the way that is created, deleted or replaced. The path need not exist. There may be more
+/// notifications than changes.
 ///
 /// At most one notification of a presenter is under way at a time. Changes meanwhile lead to
 /// exactly one more.
 ///
-/// A file written in place is told when the writer closes it, or two seconds after a write if the
-/// writer keeps it open. All else is told at once; but where the system has no means left to watch
-/// (its limits for that are per user), or does not allow it, the file is looked at every two
-/// seconds instead.
+/// A write in place is notified when the writer closes the file, or after `openWriterTimeout` if
+/// the writer keeps it open. All other changes are notified at once. Where the system has no means
+/// left to watch the file (its limits for that are per user), or does not allow it, the file is
+/// polled every `filePollingInterval` instead.
 ///
 /// What is not promised: to notice a write through a memory mapping, through another hard link in
 /// another folder or one that bears the name of a temporary or lock file of this library, a file
-/// system mounted over a folder on the way, or what another machine does to a shared folder. Where
-/// a folder on the way may not be read, it may be replaced unnoticed.
+/// system mounted over a folder on the way, or what another machine does to a shared folder. A
+/// folder on the way that may not be read may be replaced unnoticed.
 class QRV_EXPORT NSFilePresenter {
   public:
     NSFilePresenter() = default;
@@ -35,13 +47,13 @@ class QRV_EXPORT NSFilePresenter {
     NSFilePresenter& operator=(const NSFilePresenter&) = delete;
     virtual ~NSFilePresenter();
 
-    /// The path of the file. Asked once, when the presenter is added, on the adding thread; a
+    /// The path of the file. Called once, when the presenter is added, on the adding thread; a
     /// relative path is meant from the working folder of that moment.
     [[nodiscard]] virtual std::string presentedItemURL() const = 0;
-    /// The queue on which the presenter is notified. Asked once, when the presenter is added, on
+    /// The queue on which the presenter is notified. Called once, when the presenter is added, on
     /// the adding thread.
     [[nodiscard]] virtual std::shared_ptr<NSOperationQueue> presentedItemOperationQueue() const = 0;
-    /// The file has changed. May coordinate reading and writing, also of this file, and add and
-    /// remove presenters. An exception ends the program.
+    /// The notification: the file has changed. It may coordinate reading and writing, also of this
+    /// file, and add and remove presenters. An exception from it ends the program.
     virtual void presentedItemDidChange() = 0;
 };

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Presenters/ChangeDetector.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace QRVPlatform {
+
+ChangeDetector::ChangeDetector(std::string absolutePath,
+                               std::shared_ptr<PresenterNotifications> notifications)
+    : notifications_(std::move(notifications)), watch_(std::move(absolutePath)) {}
+
+void ChangeDetector::begin(FolderWatch& folders, Time now) {
+    arm(folders, now);
+    lastSeen_ = identityOfFileAtPath(watch_.path());
+}
+
+void ChangeDetector::end(FolderWatch& folders) {
+    watch_.release(folders);
+}
+
+/// True when the route is another one than before.
+bool ChangeDetector::arm(FolderWatch& folders, Time now) {
+    const auto before = watch_.route();
+    const bool isWatched = watch_.arm(folders);
+    nextPoll_ = isWatched ? std::nullopt : std::optional(now + filePollingInterval);
+    return watch_.route() != before;
+}
+
+void ChangeDetector::note(const FolderWatch::Event& event, Time now) {
+    if (event.kind == FolderWatch::Kind::EventsLost) {
+        evidence_.isRouteDoubtful = evidence_.mustNotify = true;
+        return;
+    }
+    switch (watch_.meaningOf(event)) {
+        case RouteWatch::Meaning::Nothing:
+            break;
+        case RouteWatch::Meaning::Neighbour:
+            evidence_.isNeighbourTouched = true;
+            break;
+        case RouteWatch::Meaning::File:
+            noteFileEvent(event.kind, now);
+            break;
+        case RouteWatch::Meaning::Route:
+            evidence_.isRouteDoubtful = true;
+            break;
+    }
+}
+
+void ChangeDetector::noteFileEvent(FolderWatch::Kind kind, Time now) {
+    const bool isWriting = evidence_.note(kind, writingEnd_.has_value());
+    if (!isWriting)
+        writingEnd_.reset();
+    else if (!writingEnd_)
+        writingEnd_ = now + openWriterTimeout;
+}
+
+void ChangeDetector::noteTime(Time now) {
+    if (writingEnd_ && *writingEnd_ <= now) {
+        evidence_.mustNotify = true;
+        writingEnd_.reset();
+    }
+    // Perhaps it can be watched again.
+    if (nextPoll_ && *nextPoll_ <= now) evidence_.isRouteDoubtful = true;
+}
+
+void ChangeDetector::settle(FolderWatch& folders, Time now) {
+    noteTime(now);
+    if (evidence_.hasNewEntry && watch_.fileHasBecomeALink()) evidence_.isRouteDoubtful = true;
+    if (!evidence_.wantsDecision()) return;
+    const bool isRouteNew = evidence_.isRouteDoubtful && arm(folders, now);
+    if (isRouteNew) writingEnd_.reset();
+    // After the watch is armed and before the notification: a later change makes another event.
+    const FileIdentity state = identityOfFileAtPath(watch_.path());
+    if (!ownFile_.is(state)) ownFile_ = {};
+    if (isNews(evidence_, {.now = state,
+                           .lastTime = lastSeen_,
+                           .isOwn = ownFile_.is(state),
+                           .isRouteNew = isRouteNew,
+                           .isWriting = writingEnd_.has_value(),
+                           .isPolled = nextPoll_.has_value()})) {
+        lastSeen_ = state;
+        notifications_->notify();
+    }
+    evidence_ = {};
+}
+
+std::optional<ChangeDetector::Time> ChangeDetector::dueTime() const {
+    if (writingEnd_ && nextPoll_) return std::min(*writingEnd_, *nextPoll_);
+    return writingEnd_ ? writingEnd_ : nextPoll_;
+}
+
+// If this replaces what somebody else has put there, before the event of that is handled, that
+// event would be taken for the presenter's own: so the presenter is notified of it now.
+std::error_code ChangeDetector::replace(OwnFile newFile,
+                                        const std::function<std::error_code()>& putInPlace) {
+    const bool isOthersPending = !isSameFile(identityOfFileAtPath(watch_.path()), lastSeen_);
+    const std::error_code error = putInPlace();
+    const FileIdentity state = identityOfFileAtPath(watch_.path());
+    if (!error && newFile.is(state)) {
+        ownFile_ = std::move(newFile);
+        lastSeen_ = state;
+    }
+    if (isOthersPending) notifications_->notify();
+    return error;
+}
+
+}  // namespace QRVPlatform

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "Platform/Presenters/ChangeEvidence.h"
+#include "Platform/Presenters/OwnFile.h"
+#include "Platform/Presenters/PresenterNotifications.h"
+#include "Platform/Presenters/RouteWatch.h"
+
+namespace QRVPlatform {
+
+/// Notifies one presenter when something has happened to its file that is news to it. All calls
+/// happen under one lock.
+class ChangeDetector {
+  public:
+    using Time = FolderWatch::Time;
+
+    ChangeDetector(std::string absolutePath, std::shared_ptr<PresenterNotifications> notifications);
+
+    /// Changes are noticed from here on.
+    void begin(FolderWatch& folders, Time now);
+    void end(FolderWatch& folders);
+    /// In a forked child: closes what is open.
+    void closeInChild() { ownFile_ = {}; }
+
+    void note(const FolderWatch::Event& event, Time now);
+    /// Decides on what was noted, and on what is due by now.
+    void settle(FolderWatch& folders, Time now);
+    /// When to settle at the latest, events or none.
+    [[nodiscard]] std::optional<Time> dueTime() const;
+
+    /// Puts a file that the presenter has written in place; the event of that is its own.
+    std::error_code replace(OwnFile newFile, const std::function<std::error_code()>& putInPlace);
+
+    [[nodiscard]] PresenterNotifications& notifications() const { return *notifications_; }
+
+  private:
+    void noteFileEvent(FolderWatch::Kind kind, Time now);
+    void noteTime(Time now);
+    bool arm(FolderWatch& folders, Time now);
+
+    std::shared_ptr<PresenterNotifications> notifications_;
+    RouteWatch watch_;
+    ChangeEvidence evidence_;
+    /// What the presenter was last notified of, or has put in place.
+    FileIdentity lastSeen_;
+    OwnFile ownFile_;
+    /// Set while somebody writes: when that counts as ended at the latest.
+    std::optional<Time> writingEnd_;
+    /// Set while the path cannot be watched: when to poll it next.
+    std::optional<Time> nextPoll_;
+};
+
+}  // namespace QRVPlatform

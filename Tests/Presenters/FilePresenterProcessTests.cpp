@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+// Presenters of several processes, and of processes that lack something.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <initializer_list>
+#include <sstream>
+
+#include "Files/SystemCallFilter.h"
+#include "Presenters/PresenterSupport.h"
+
+using namespace QRVPlatform;
+
+using namespace PresenterSupport;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The file holds two numbers, each of which one process counts up: "12 34".
+struct Counts {
+    int first = 0;
+    int second = 0;
+};
+
+Counts countsIn(const std::string& path) {
+    Counts counts;
+    std::ifstream(path) >> counts.first >> counts.second;
+    return counts;
+}
+
+bool countUp(const NSFilePresenter* performer, int Counts::*which) {
+    bool isReplaced = false;
+    NSFileCoordinator(performer).coordinateWritingItemAtURL(
+        "file", NSFileCoordinator::WritingOptions::ForReplacing, [&](const std::string& url) {
+            Counts counts = countsIn(url);
+            ++(counts.*which);
+            isReplaced = !replaceFile(
+                url, std::to_string(counts.first) + " " + std::to_string(counts.second));
+        });
+    return isReplaced;
+}
+
+constexpr int rounds = 300;
+
+/// Counts its own number up, and has seen the end of the other's when this returns true.
+bool countsUpAndSeesTheOther(int Counts::*own, int Counts::*other) {
+    std::atomic<int> seen = 0;
+    bool isSaved = true;
+    const Reader reader("file",
+                        [&](Reader&) { seen = std::max(seen.load(), countsIn("file").*other); });
+    for (int round = 0; round < rounds; ++round) isSaved = countUp(&reader, own) && isSaved;
+    return isSaved && waitUntil([&] { return seen == rounds; });
+}
+
+/// A child in which system calls fail sees all changes of a file and of what is on its way.
+bool childSeesChangesWithout(std::initializer_list<SystemCall> calls, int error) {
+    const Gate isReady;
+    const Gate hasSeenTheFirst;
+    ChildProcess child([&] {
+        for (const SystemCall call : calls) failCall(call, error);
+        const Reader reader("a/file");
+        isReady.open();
+        if (!reader.sees("first")) return false;
+        const int count = reader.count();
+        if (!save(&reader, "a/file", "own") || !save(&reader, "a/file", "own too")) return false;
+        hasSeenTheFirst.open();
+        return reader.sees("second") && reader.count() > count;
+    });
+    if (!isReady.wait()) return false;
+    fs::create_directories("a");
+    writePlainly("a/file", "first");
+    if (!hasSeenTheFirst.wait()) return false;
+    fs::rename("a", "away");
+    fs::create_directory("elsewhere");
+    writePlainly("elsewhere/file", "second");
+    fs::create_symlink("elsewhere", "a");
+    return child.succeeded();
+}
+
+/// This process has an inotify watch of the folder: the kernel lists their inode numbers.
+bool isWatching(const std::string& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0) return false;
+    std::ostringstream inode;
+    inode << " ino:" << std::hex << status.st_ino << " ";
+    for (const auto& entry : fs::directory_iterator("/proc/self/fdinfo"))
+        if (readPlainly(entry.path()).find(inode.str()) != std::string::npos) return true;
+    return false;
+}
+
+}  // namespace
+
+TEST(PresentersAmongProcesses, AreToldOfWhatAnotherProcessSaves) {
+    const Gate isReady;
+    ChildProcess child([&] { return isReady.wait() && save(nullptr, "a/file", "theirs"); });
+    const Reader reader("a/file");
+    isReady.open();
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_TRUE(reader.sees("theirs"));
+}
+
+TEST(PresentersAmongProcesses, EachSeesTheOthersSavesAmongItsOwn) {
+    ChildProcess child([] { return countsUpAndSeesTheOther(&Counts::second, &Counts::first); });
+    EXPECT_TRUE(countsUpAndSeesTheOther(&Counts::first, &Counts::second));
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_EQ(readPlainly("file"), std::to_string(rounds) + " " + std::to_string(rounds));
+}
+
+TEST(PresentersAmongProcesses, NothingMoreIsToldWhenAllIsQuiet) {
+    ChildProcess child([] {
+        for (int round = 0; round < rounds; ++round)
+            if (!countUp(nullptr, &Counts::second)) return false;
+        return true;
+    });
+    const Reader reader("file");
+    while (!child.hasEnded()) ASSERT_TRUE(countUp(&reader, &Counts::first));
+    EXPECT_TRUE(child.succeeded());
+    const int count = finalCount(reader);
+    for (int round = 0; round < rounds; ++round) ASSERT_TRUE(countUp(&reader, &Counts::first));
+    EXPECT_EQ(finalCount(reader), count);
+}
+
+TEST(PresentersAmongProcesses, AForkedChildHasNoneAndMayAddItsOwn) {
+    const Reader parents("file");
+    ASSERT_TRUE(save(&parents, "file", "own"));
+    ASSERT_TRUE(finishEvents());
+    const Gate isReady;
+    ChildProcess child([&] {
+        const int before = parents.count();
+        Reader own("file");
+        if (!finishEvents()) return false;
+        isReady.open();
+        return own.sees("theirs") && save(&own, "file", "the child's") &&
+               finalCount(own) == own.count() && parents.count() == before;
+    });
+    ASSERT_TRUE(isReady.wait());
+    // Its events go to both.
+    replaceByRename("file", "theirs");
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_TRUE(parents.sees("the child's"));
+}
+
+TEST(PresentersAmongProcesses, AForkedChildTakesNoEventsAway) {
+    const Reader parents("file");
+    for (int round = 0; round < 20; ++round) {
+        ChildProcess child([] { return finishEvents(); });
+        const std::string bytes = std::to_string(round);
+        replaceByRename("file", bytes);
+        ASSERT_TRUE(child.succeeded());
+        ASSERT_TRUE(parents.sees(bytes));
+    }
+}
+
+TEST(PresentersAmongProcesses, AProcessMayExitAmongItsNotifications) {
+    for (int round = 0; round < 10; ++round) {
+        const Gate isReady;
+        ChildProcess child([&]() -> bool {
+            const auto& reader = *new Reader("file");
+            isReady.open();
+            if (!reader.isNotifiedMoreThan(5)) return false;
+            std::exit(0);
+        });
+        ASSERT_TRUE(isReady.wait());
+        while (!child.hasEnded()) replaceByRename("file", "x");
+        EXPECT_TRUE(child.succeeded());
+    }
+}
+
+TEST(PresentersWithoutMeans, WithoutAnInotifyInstanceTheFileIsPolled) {
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyStart}, EMFILE));
+}
+
+TEST(PresentersWithoutMeans, WithoutMoreInotifyWatchesTheFileIsPolled) {
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyAdd}, ENOSPC));
+}
+
+TEST(PresentersWithoutMeans, WithoutMemoryForAWatchTheFileIsPolled) {
+    EXPECT_TRUE(childSeesChangesWithout({SystemCall::InotifyAdd}, ENOMEM));
+}
+
+TEST(PresentersWithoutMeans, WithoutAnyDescriptorLeftTheFileIsPolled) {
+    EXPECT_TRUE(
+        childSeesChangesWithout({SystemCall::InotifyStart, SystemCall::EventDescriptor}, EMFILE));
+}
+
+TEST(PresentersWithoutMeans, AFileIsPolledAlsoWhenOthersAreWatched) {
+    // Nothing that is watched takes part in the change.
+    fs::create_directories("a/b");
+    const Gate isReady;
+    ChildProcess child([&] {
+        const Reader watched("watched");
+        if (!finishEvents()) return false;
+        failCall(SystemCall::InotifyAdd, ENOSPC);
+        const Reader polled("a/b/polled");
+        isReady.open();
+        return polled.sees("there");
+    });
+    ASSERT_TRUE(isReady.wait());
+    writePlainly("a/b/polled", "there");
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(PresentersWithoutMeans, AFolderFarUpThatMayNotBeReadDoesNotMatter) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to become someone else";
+    const std::string above = fs::current_path() / "above";
+    fs::create_directories("above/open");
+    chmod(".", 0711);
+    chmod("above", 0711);
+    chmod("above/open", 0777);
+    ChildProcess child([&] {
+        constexpr uid_t nobody = 65534;
+        if (setuid(nobody) != 0 || ::open(above.c_str(), O_RDONLY) >= 0) return false;
+        const Reader reader(above + "/open/file");
+        writePlainly(above + "/open/file", "x");
+        return isWatching(above + "/open") && reader.sees("x");
+    });
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(PresentersWithoutMeans, AFileInAFolderThatMayNotBeReadIsPolledUntilItMay) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to become someone else";
+    const std::string folder = fs::current_path() / "secret";
+    const std::string path = folder + "/file";
+    fs::create_directory(folder);
+    writePlainly(path, "old");
+    chmod(".", 0711);
+    chmod("secret", 0711);
+    const Gate isReady;
+    const Gate hasSeenIt;
+    ChildProcess child([&] {
+        constexpr uid_t nobody = 65534;
+        if (setuid(nobody) != 0) return false;
+        const Reader reader(path);
+        const bool isPolled = !isWatching(folder);
+        isReady.open();
+        if (!isPolled || !reader.sees("new")) return false;
+        hasSeenIt.open();
+        return waitUntil([&] { return isWatching(folder); });
+    });
+    ASSERT_TRUE(isReady.wait());
+    replaceByRename(path, "new");
+    ASSERT_TRUE(hasSeenIt.wait());
+    chmod("secret", 0755);
+    EXPECT_TRUE(child.succeeded());
+}
