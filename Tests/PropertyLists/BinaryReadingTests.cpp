@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reading the binary format, whole and damaged.
+
 #include <gtest/gtest.h>
 
 #include <bit>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Files that were cut off at any byte.
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -18,8 +20,8 @@ PropertyListValue sample() {
                         {"Array", NSArray{"one", 2, NSArray{}, NSDictionary{{"k", "v"}}}}};
 }
 
-/// Every proper beginning of the file is refused or gives the tree of the whole; answers how many
-/// were refused.
+/// Requires that the file, cut off at any byte, is refused or gives the whole tree. Returns how
+/// many of these files were refused.
 std::size_t refusedCuts(const std::string& file) {
     const auto whole = NSPropertyListSerialization::propertyListWithData(file);
     EXPECT_FALSE(whole.error) << whole.error->description();

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Text formats in UTF-8, UTF-16 and UTF-32.
+
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Files exchanged with the property-list module of Python.
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -11,7 +13,7 @@
 
 namespace {
 
-// Files lie in the working folder, which is the test's own.
+// Files are in the working folder, which each test has to itself.
 void writeFile(const std::string& name, const std::string& bytes) {
     std::ofstream file(name, std::ios::binary);
     file << bytes;
@@ -41,7 +43,7 @@ void convert(const std::string& from, const std::string& to, const std::string& 
     ASSERT_TRUE(runs("plistutil -i " + from + " -o " + to + " -f " + format));
 }
 
-/// Values that every reader and writer of property lists knows.
+/// Values that every reader and writer of property lists supports.
 PropertyListValue commonTree() {
     return NSDictionary{
         {"true", true},
@@ -68,7 +70,7 @@ PropertyListValue commonTree() {
         {"dictionary", NSDictionary{{"a", NSDictionary{{"b", NSDictionary{{"c", 1}}}}}}}};
 }
 
-/// Values at the edge of what plistlib knows.
+/// Values at the limits of what plistlib supports.
 PropertyListValue extremeTree() {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     return NSDictionary{{"nan", std::numeric_limits<double>::quiet_NaN()},

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The limits on size, levels and values.
+
 #include <gtest/gtest.h>
 
 #include <string>

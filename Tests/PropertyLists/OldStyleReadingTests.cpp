@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reading the old-style text format.
+
 #include <gtest/gtest.h>
 
 #include <string>

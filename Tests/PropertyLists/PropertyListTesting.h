@@ -14,7 +14,7 @@
 /// Equal and of the same kinds throughout: 1 and 1.0 differ, 0.0 and -0.0 differ, NaN is NaN.
 bool isSameTree(const PropertyListValue& left, const PropertyListValue& right);
 
-/// Passes when both are the same tree; tells both when not.
+/// Passes when both are the same tree; otherwise shows both.
 testing::AssertionResult sameTree(const PropertyListValue& actual,
                                   const PropertyListValue& expected);
 
@@ -30,7 +30,7 @@ std::string refusal(std::string_view bytes);
 /// Writes a value that must be writable.
 std::string written(const PropertyListValue& value);
 
-/// What stands between `<plist>` and `</plist>` of a written value, without the line end.
+/// The text between `<plist>` and `</plist>` of a written value, without the line end.
 std::string writtenElement(const PropertyListValue& value);
 
 /// The description of why the value cannot be written; empty, and a failure, when it can.
@@ -48,7 +48,7 @@ PropertyListValue nestedArrays(std::size_t levels);
 /// ASCII text as UTF-16 or UTF-32 without byte-order mark.
 std::string widened(std::string_view ascii, std::size_t unitSize, bool isBigEndian);
 
-/// A file in the binary format out of its parts, right or wrong.
+/// Builds a file in the binary format from its parts, correct or not.
 struct BinaryFile {
     std::vector<std::string> objects;
     std::uint64_t topObject = 0;

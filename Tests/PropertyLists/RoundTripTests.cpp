@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Trees that are written and read again.
+
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
@@ -42,7 +44,7 @@ std::vector<std::string> wellFormedFiles() {
         binary.bytes()};
 }
 
-// Dates of the binary format are the only values that can be read and not be written.
+// Dates of the binary format are the only values that can be read but not written.
 void requireOneOutcome(std::string_view file) {
     const auto read = NSPropertyListSerialization::propertyListWithData(file);
     RC_ASSERT(read.value.isNull() == read.error.has_value());

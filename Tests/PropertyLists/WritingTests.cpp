@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The bytes of written files, and values that cannot be written.
+
 #include <gtest/gtest.h>
 
 #include <limits>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// One tree in all the ways that XML can express it.
+
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
@@ -18,7 +20,7 @@ using namespace QRVPlatform;
 
 namespace {
 
-/// Writes trees in all the ways that XML allows, as a row of choices says.
+/// Writes trees in any of the ways that XML allows; a list of choices selects one.
 class Notation {
   public:
     explicit Notation(std::vector<unsigned> choices) : choices_(std::move(choices)) {}
@@ -64,7 +66,7 @@ class Notation {
         if (choice(2) == 0) return "&#0" + std::to_string(static_cast<unsigned>(character)) + ";";
         return {hexadecimal.data(), static_cast<std::size_t>(length)};
     }
-    // A carriage return and U+0000 are not kept as they stand.
+    // A carriage return and U+0000 would not be read back.
     std::string character(std::string_view bytes) {
         const auto first = static_cast<unsigned char>(bytes.front());
         const bool isPlain = first != '\r' && first != '\0';

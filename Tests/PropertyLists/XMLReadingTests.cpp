@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reading the XML format, whole and malformed.
+
 #include <gtest/gtest.h>
 
 #include <cmath>

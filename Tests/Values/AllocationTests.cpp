@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What must not take memory from the heap. A program of its own, because it counts every
-// allocation.
+// Operations that must not allocate. A program of its own, because it counts every allocation.
 
 #include <gtest/gtest.h>
 

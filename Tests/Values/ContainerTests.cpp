@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Arrays and dictionaries: identity, copies, changes.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

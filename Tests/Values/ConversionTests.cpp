@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Values made from C++ types, and the lenient conversions back.
+
 #include <gtest/gtest.h>
 
 #include <clocale>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Equality of values, which is exact for numbers.
+
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -34,7 +34,7 @@ static_assert(std::same_as<std::ranges::range_value_t<NSArray>, PropertyListValu
 static_assert(std::same_as<std::ranges::range_reference_t<NSDictionary>, NSDictionary::Entry>);
 static_assert(std::same_as<std::ranges::range_value_t<NSDictionary>, NSDictionary::Entry>);
 
-// What algorithms from before C++20 ask an iterator for.
+// Algorithms from before C++20 use these.
 static_assert(std::same_as<std::iterator_traits<NSArray::Iterator>::iterator_category,
                            std::forward_iterator_tag>);
 static_assert(std::same_as<std::iterator_traits<NSDictionary::Iterator>::iterator_category,

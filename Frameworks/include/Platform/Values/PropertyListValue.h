@@ -77,7 +77,7 @@ class QRV_EXPORT PropertyListValue {
         Real,
         Date,
         NullMarker,
-        String,
+        String,  ///< this kind and those below are shared objects
         Data,
         Color,
         Array,
@@ -354,6 +354,7 @@ class QRV_EXPORT NSMutableDictionary : public NSDictionary {
     void reserve(std::size_t count) const;
 };
 
+/// @cond
 namespace QRVPlatform::ValueObjects {
 
 template <>
@@ -363,7 +364,7 @@ QRV_EXPORT NSDictionary::Entry NSDictionary::Iterator::operator*() const noexcep
 
 }  // namespace QRVPlatform::ValueObjects
 
-/// Iterators share the ownership of what they walk over, so they may outlive the container.
+// Iterators share the ownership of what they walk over, so they may outlive the container.
 template <>
 inline constexpr bool std::ranges::enable_borrowed_range<NSArray> = true;
 template <>
@@ -372,6 +373,7 @@ template <>
 inline constexpr bool std::ranges::enable_borrowed_range<NSDictionary> = true;
 template <>
 inline constexpr bool std::ranges::enable_borrowed_range<NSMutableDictionary> = true;
+/// @endcond
 
 /// An operation does not apply to its argument: a null where a value is needed, or a write into
 /// something that is not a mutable dictionary.
