@@ -30,11 +30,11 @@ constexpr unsigned mostSeconds = 300;  // as CMakePresets.json allows a test
 
 /// Most tests wait more than they compute.
 std::size_t mostAtATime() {
-    return 2 * std::max(std::thread::hardware_concurrency(), 1U);
+    return std::size_t{2} * std::max(std::thread::hardware_concurrency(), 1U);
 }
 
 struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 
 struct Process {
@@ -70,10 +70,10 @@ Process start(std::vector<std::string> arguments, const std::vector<std::string>
     _exit(EXIT_FAILURE);
 }
 
-enum class Outcome { passed, skipped, failed };
+enum class Outcome { Passed, Skipped, Failed };
 
 struct Ending {
-    Outcome outcome = Outcome::failed;
+    Outcome outcome = Outcome::Failed;
     std::string text;
 };
 
@@ -85,13 +85,13 @@ Ending endingOf(const std::string& test, const std::string& output, int status) 
         return told.find(std::string(result) + test) != std::string::npos;
     };
     const bool succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    if (succeeded && says("[       OK ] ")) return {Outcome::passed, told};
-    if (succeeded && says("[  SKIPPED ] ")) return {Outcome::skipped, told};
-    if (WIFEXITED(status) && !succeeded && says("[  FAILED  ] ")) return {Outcome::failed, told};
+    if (succeeded && says("[       OK ] ")) return {Outcome::Passed, told};
+    if (succeeded && says("[  SKIPPED ] ")) return {Outcome::Skipped, told};
+    if (WIFEXITED(status) && !succeeded && says("[  FAILED  ] ")) return {Outcome::Failed, told};
     const std::string end = WIFSIGNALED(status)
                                 ? std::string("died of ") + strsignal(WTERMSIG(status))
                                 : "ended with status " + std::to_string(WEXITSTATUS(status));
-    return {Outcome::failed, all + "\n[  FAILED  ] " + test + " (its process " + end + ")\n"};
+    return {Outcome::Failed, all + "\n[  FAILED  ] " + test + " (its process " + end + ")\n"};
 }
 
 class Run {
@@ -109,15 +109,15 @@ class Run {
     void finish() {
         while (!running_.empty()) finishOne();
     }
-    [[nodiscard]] bool hasFailed() { return !names_[Outcome::failed].empty(); }
+    [[nodiscard]] bool hasFailed() { return !names_[Outcome::Failed].empty(); }
     void printSummary() {
         const auto took =
             std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - began_);
         std::cout << "[==========] " << counted(ended_) << " ran, each in a process of its own. ("
                   << took.count() << " ms total)\n[  PASSED  ] "
-                  << counted(names_[Outcome::passed].size()) << ".\n";
-        printNames("[  SKIPPED ] ", names_[Outcome::skipped]);
-        printNames("[  FAILED  ] ", names_[Outcome::failed]);
+                  << counted(names_[Outcome::Passed].size()) << ".\n";
+        printNames("[  SKIPPED ] ", names_[Outcome::Skipped]);
+        printNames("[  FAILED  ] ", names_[Outcome::Failed]);
         std::cout << std::flush;
     }
 
