@@ -13,12 +13,12 @@ endif()
 set(QRV_USES_CCACHE OFF)
 if(QRV_DEVELOPER AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
   find_program(QRV_CCACHE ccache)
-endif()
-if(QRV_CCACHE)
-  set(QRV_USES_CCACHE ON)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
-    CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${QRV_CCACHE}")
-  set(CMAKE_C_COMPILER_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
+  if(QRV_CCACHE)
+    set(QRV_USES_CCACHE ON)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+      CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${QRV_CCACHE}")
+    set(CMAKE_C_COMPILER_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
+  endif()
 endif()
 
 if(QRV_FUZZERS AND NOT (CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND QRV_SANITIZER STREQUAL "address"))

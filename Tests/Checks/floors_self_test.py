@@ -53,7 +53,7 @@ def write(path, text):
 
 def make_tree(root):
     for room in floors.ROOMS:
-        (root / room).mkdir(parents=True)
+        (root / room).mkdir(parents=True, exist_ok=True)
     for header in {*floors.ROOM_OF_HEADER, *floors.INCLUDABLE_ANYWHERE}:
         write(root / floors.PUBLIC_FOLDER / header, "")
     for path, text in RIGHT_INCLUDES.items():
