@@ -16,6 +16,8 @@ GIVEN_CLASS = re.compile(r"(NS|DD|Dispatch|PropertyList|QRVSettings|qrv_)")
 # An encoded name begins with what the symbol is of its entity (a table of virtual functions, a guard, a
 # member of another function), then tells scopes from the outside in, each with its length.
 ENTITY = re.compile(r"_Z(?:T[VTIS]|GV|GR|Th\w*?_|Z)*(?P<nested>N?)[VKRO]*(?P<rest>.*)")
+# Placement new and delete, inline functions of <new>, which a build without optimisation emits.
+PLACEMENT = {"_ZnwmPv", "_ZnamPv", "_ZdlPvS_", "_ZdaPvS_"}
 FUNCTION_OF_A_TYPE = re.compile(r"_ZT[IS][PKRF]")  # type information of a pointer or a function type
 
 
@@ -43,7 +45,7 @@ def outermost(encoded):
 
 
 def is_plain(encoded, shown, exported):
-    if shown in exported or encoded.startswith("DW.ref.") or FUNCTION_OF_A_TYPE.match(encoded):
+    if shown in exported or encoded in PLACEMENT or encoded.startswith("DW.ref.") or FUNCTION_OF_A_TYPE.match(encoded):
         return False
     name, has_members = outermost(encoded)
     return not (has_members and (name == "std" or name in NAMESPACES or GIVEN_CLASS.match(name)))
@@ -52,7 +54,7 @@ def is_plain(encoded, shown, exported):
 def main():
     archive, exported = sys.argv[1], set(Path(sys.argv[2]).read_text().splitlines())
     symbols = dict(zip(names(archive), names(archive, "--demangle")))
-    plain = sorted(shown for encoded, shown in symbols.items() if is_plain(encoded, shown, exported))
+    plain = sorted({shown for encoded, shown in symbols.items() if is_plain(encoded, shown, exported)})
     if not symbols:
         plain.append("(no names found)")
     print("\n".join(f"a host may have this name too: {name}" for name in plain)
