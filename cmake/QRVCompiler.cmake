@@ -8,6 +8,19 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYP
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
 endif()
 
+# Developers compile again what they compiled before, in another branch or after a clean-up: ccache knows the
+# result. It has to be told that what is precompiled may stand for its headers.
+set(QRV_USES_CCACHE OFF)
+if(QRV_DEVELOPER AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+  find_program(QRV_CCACHE ccache)
+  if(QRV_CCACHE)
+    set(QRV_USES_CCACHE ON)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+      CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${QRV_CCACHE}")
+    set(CMAKE_C_COMPILER_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
+  endif()
+endif()
+
 if(QRV_FUZZERS AND NOT (CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND QRV_SANITIZER STREQUAL "address"))
   message(FATAL_ERROR "QRV_FUZZERS needs clang and QRV_SANITIZER=address")
 endif()
@@ -23,6 +36,11 @@ function(qrv_compile target)
     target_compile_options(${target} PRIVATE
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -UNDEBUG -D_GLIBCXX_ASSERTIONS
       "$<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier;-Wthread-safety>")
+  endif()
+  if(QRV_USES_CCACHE)
+    target_compile_options(${target} PRIVATE
+      "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess>"
+      "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
   endif()
   set(flags "")
   if(QRV_SANITIZER STREQUAL "address")

@@ -51,25 +51,20 @@ def short_name(room):
     return room.split("/")[-1]
 
 
-def room_of_include(name, includer):
+def room_of_include(name):
     """The short name of the room that an include line leads to; None for a file beside the includer."""
     if name in ROOM_OF_HEADER:
         return ROOM_OF_HEADER[name]
-    first, *rest = name.split("/")
-    if first == "Platform" and len(rest) > 1:
-        return rest[0]
-    if first in ("QRVLogger", "QRVSettings"):
-        return first
-    for room in ROOMS:
-        parent = Path(room).parent
-        if (parent / name).exists() and parent in includer.parents and len(Path(name).parts) > 1:
-            return first
+    for folder in list(Path(name).parents)[:-1]:
+        for room in ROOMS:
+            if f"/{room}".endswith(f"/{folder}"):
+                return short_name(room)
     return None
 
 
 def room_of_file(path):
     if path.is_relative_to(PUBLIC_FOLDER):
-        short = room_of_include(path.relative_to(PUBLIC_FOLDER).as_posix(), path)
+        short = room_of_include(path.relative_to(PUBLIC_FOLDER).as_posix())
         return next((room for room in ROOMS if short_name(room) == short), None)
     rooms = [room for room in ROOMS if path.is_relative_to(room)]
     return max(rooms, key=len, default=None)
@@ -91,8 +86,10 @@ def problems_of(path):
         return
     allowed = {short_name(room), *ROOMS[room]}
     for bracket, name in INCLUDE.findall(path.read_text()):
+        if ".." in Path(name).parts:
+            yield f"includes {name}, and includes go by the names of rooms"
         if bracket == '"' and name not in INCLUDABLE_ANYWHERE:
-            target = room_of_include(name, path)
+            target = room_of_include(name)
             if target is not None and target not in allowed:
                 yield f"includes {name}, and {short_name(room)} may not include {target}"
         if bracket == "<" and is_system_header(name) and not may_include_system_headers(path):
@@ -128,4 +125,5 @@ def main():
     return 1 if problems else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

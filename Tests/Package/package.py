@@ -6,11 +6,15 @@
 FOLDER is of the tests' own: it is made by the step `install`, and the other steps work in it.
 """
 
+import json
 import os
 import shutil
 import subprocess
 import sys
 from pathlib import Path
+
+sys.path.append(str(Path(__file__).resolve().parents[1] / "Checks"))
+import border  # noqa: E402: found there
 
 WANTED = "HistoryGraph = {Width = 60}"
 
@@ -64,6 +68,11 @@ class Steps:
         self.use_cmake("find-static-c", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}",
                        source="main.c")
 
+    def own_names(self):
+        """A host may name its functions and classes like the inside of the library that it links."""
+        self.use_cmake("own-names", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                       source="own_names.cpp")
+
     def subdirectory(self):
         self.use_cmake("subdirectory", "QRVSettings", f"-DQRV_SOURCE={self.source}")
 
@@ -90,13 +99,24 @@ class Steps:
     def use_cmake(self, name, library, *arguments, source="main.cpp"):
         build = self.folder / name / "build"
         run("cmake", "-G", "Ninja", "-S", self.source / "Tests/Package/consumer", "-B", build,
-            "-DCMAKE_BUILD_TYPE=Debug", f"-DQRV_LIBRARY={library}", f"-DQRV_SOURCE_FILE={source}", *arguments)
+            "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
+            f"-DQRV_LIBRARY={library}", f"-DQRV_SOURCE_FILE={source}", *arguments)
         run("cmake", "--build", build, "--target", "consumer")
         self.expect_consumer(name, build / "consumer")
+        commands = json.loads((build / "compile_commands.json").read_text())
+        for folder, path in border.include_paths(commands, "CMakeFiles/consumer.dir"):
+            self.expect_border(path, folder)
+
+    @staticmethod
+    def expect_border(path, folder="."):
+        problems = list(border.problems_of(path, folder))
+        if problems:
+            raise Failure("\n".join(f"the include path {' '.join(path)} {problem}" for problem in problems))
 
     def use_pkgconfig(self, name, *options):
         path = {"PKG_CONFIG_PATH": str(self.library_folder() / "pkgconfig")}
         flags = run("pkg-config", "--cflags", "--libs", *options, "qrvsettings", environment=path).split()
+        self.expect_border(border.include_path(flags))
         if options:  # the linker is to take the archive although the shared library is there too
             flags = ["-l:libQRVSettings.a" if flag == "-lQRVSettings" else flag for flag in flags]
         program = self.folder / name / "consumer"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The main function of every test program: each run gets an empty folder of its own as home and as
-// configuration home, so that tests run in parallel and never meet a person's settings.
+// The main function of every test program: each test is a process of its own, with an empty folder
+// of its own as home and as configuration home, so that tests run in parallel and never meet a
+// person's settings. One chosen test runs right here, where a debugger sees it.
 
 #include <gtest/gtest.h>
 
@@ -8,11 +9,13 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <vector>
 
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
+#include "TestProcesses.h"
 
+namespace {
+
+int runHere() {
     std::string folder =
         (std::filesystem::temp_directory_path() / "qrvsettings-test-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) {
@@ -27,4 +30,19 @@ int main(int argc, char** argv) {
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
     return result;
+}
+
+bool choosesAtMostOne(const std::string& filter) {
+    return filter.find_first_of("*?:-") == std::string::npos && !filter.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> arguments(argv, argv + argc);
+    testing::InitGoogleTest(&argc, argv);
+    if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
+    if (choosesAtMostOne(testing::GTEST_FLAG(filter))) return runHere();
+    const std::vector<std::string> tests = TestProcesses::chosenTests(arguments);
+    return tests.size() > 1 ? TestProcesses::run(tests, arguments) : runHere();
 }
