@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Replacing files: contents, permissions, dates, what stays behind.
+
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

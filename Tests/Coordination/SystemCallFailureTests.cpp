@@ -57,7 +57,7 @@ bool isLockFree() {
     return file >= 0 && flock(file, LOCK_SH | LOCK_NB) == 0;
 }
 
-bool keepsAsideUnder(SystemCall call, int error, const std::string& expectedPath) {
+bool backsUpUnder(SystemCall call, int error, const std::string& expectedPath) {
     ChildProcess child([&] {
         failCall(SystemCall::Link, EPERM);
         failCall(call, error);
@@ -191,7 +191,7 @@ TEST(FailingSystemCalls, TheLockFileIsNeverWiderThanPrivate) {
     EXPECT_EQ(modeOf(".file.lock"), 0600U);
 }
 
-TEST(FailingSystemCalls, WhereLinksAreNotPossibleACopyIsKept) {
+TEST(FailingSystemCalls, WhereLinksAreNotPossibleTheBackupIsACopy) {
     writePlainly("file", std::string(200'000, 'd'));
     chmod("file", 0640);
     writePlainly("file.damaged-1", "earlier");
@@ -213,9 +213,9 @@ TEST(FailingSystemCalls, ACopyThatFailsIsRemoved) {
     writePlainly("file", std::string(much, 'd'));
     for (const SystemCall call :
          {SystemCall::Open, SystemCall::ChangeMode, SystemCall::WriteMuch, SystemCall::SyncData})
-        EXPECT_TRUE(keepsAsideUnder(call, EIO, ""));
+        EXPECT_TRUE(backsUpUnder(call, EIO, ""));
     EXPECT_EQ(everythingIn("."), Paths{"file"});
-    EXPECT_TRUE(keepsAsideUnder(SystemCall::Sync, EIO, "file.damaged-1"));
+    EXPECT_TRUE(backsUpUnder(SystemCall::Sync, EIO, "file.damaged-1"));
 }
 
 TEST(FailingSystemCalls, WhereLocksAreNotPossibleReadersReadAndWritersFail) {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Serial queues and the end of the process.
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

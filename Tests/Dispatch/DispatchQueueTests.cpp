@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Serial queues: order, barriers, exceptions, their end.
+
 #include <gtest/gtest.h>
 
 #include <atomic>

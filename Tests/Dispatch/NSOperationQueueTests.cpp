@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Operation queues.
+
 #include <gtest/gtest.h>
 
 #include <atomic>

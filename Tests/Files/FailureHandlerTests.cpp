@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// What the failure handler receives.
+
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Backups of a file beside it.
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reading files as a whole, and what cannot be read.
+
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>

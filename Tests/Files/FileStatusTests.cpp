@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Existence, attributes and identity of files.
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Symbolic links, which reading, replacement, backups and coordination follow.
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -111,15 +113,15 @@ TEST(SymbolicLinks, ALoopIsAnErrorAndRunsNothing) {
     EXPECT_EQ(everythingIn("."), (std::set<std::string>{"first", "second"}));
 }
 
-TEST(SymbolicLinks, FortyLinksAreFollowed) {
+TEST(SymbolicLinks, AsManyAsTheLimitAreFollowed) {
     makeTarget();
-    makeChain(40);
+    makeChain(maximumSymbolicLinks);
     EXPECT_EQ(replaceCoordinated("link-1").url, "place/target");
 }
 
-TEST(SymbolicLinks, FortyOneLinksAreTooMany) {
+TEST(SymbolicLinks, OneMoreThanTheLimitIsTooMany) {
     makeTarget();
-    makeChain(41);
+    makeChain(maximumSymbolicLinks + 1);
     EXPECT_EQ(replaceCoordinated("link-1").error, std::errc::too_many_symbolic_link_levels);
     EXPECT_EQ(readPlainly("place/target"), "old");
 }
@@ -133,7 +135,7 @@ TEST(SymbolicLinks, ALinkAndItsTargetExcludeEachOther) {
     EXPECT_EQ(everythingIn("place"), (std::set<std::string>{".target.lock", "target"}));
 }
 
-TEST(SymbolicLinks, ReplacingAndKeepingFollowThemWithoutCoordinationToo) {
+TEST(SymbolicLinks, ReplacingAndBackingUpFollowThemWithoutCoordinationToo) {
     makeTarget();
     fs::create_symlink("place/target", "link");
     EXPECT_EQ(backUpFile("link").path, "place/target.damaged-1");

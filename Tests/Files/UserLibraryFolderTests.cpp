@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Where the user's library folder is.
+
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Formats of log texts.
+
 #include <gtest/gtest.h>
 
 #include <vector>

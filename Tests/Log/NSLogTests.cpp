@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Where log texts go.
+
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>

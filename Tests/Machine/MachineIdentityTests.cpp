@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Serial number, model and SHA-1.
+
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The user's locale of times, and its short time pattern.
+
 #include <gtest/gtest.h>
 
 #include <clocale>

@@ -91,7 +91,7 @@ bool isWatching(const std::string& folder) {
 
 }  // namespace
 
-TEST(PresentersAmongProcesses, AreToldOfWhatAnotherProcessSaves) {
+TEST(PresentersAmongProcesses, AreNotifiedOfWhatAnotherProcessSaves) {
     const Gate isReady;
     ChildProcess child([&] { return isReady.wait() && save(nullptr, "a/file", "theirs"); });
     const Reader reader("a/file");
@@ -107,7 +107,7 @@ TEST(PresentersAmongProcesses, EachSeesTheOthersSavesAmongItsOwn) {
     EXPECT_EQ(readPlainly("file"), std::to_string(rounds) + " " + std::to_string(rounds));
 }
 
-TEST(PresentersAmongProcesses, NothingMoreIsToldWhenAllIsQuiet) {
+TEST(PresentersAmongProcesses, NoNotificationComesWhenAllIsQuiet) {
     ChildProcess child([] {
         for (int round = 0; round < rounds; ++round)
             if (!countUp(nullptr, &Counts::second)) return false;

@@ -14,7 +14,7 @@ using namespace QRVPlatform;
 using namespace PresenterSupport;
 namespace fs = std::filesystem;
 
-TEST(FilePresenter, IsToldOfAReplacement) {
+TEST(FilePresenter, IsNotifiedOfAReplacement) {
     const Reader reader("file");
     ASSERT_TRUE(save(nullptr, "file", "new"));
     EXPECT_TRUE(reader.sees("new"));
@@ -22,7 +22,7 @@ TEST(FilePresenter, IsToldOfAReplacement) {
     EXPECT_TRUE(reader.sees("newer"));
 }
 
-TEST(FilePresenter, IsToldOfAFileWrittenInPlaceInSeveralPieces) {
+TEST(FilePresenter, IsNotifiedOfAFileWrittenInPlaceInSeveralPieces) {
     writePlainly("file", "old");
     const Reader reader("file");
     {
@@ -32,7 +32,7 @@ TEST(FilePresenter, IsToldOfAFileWrittenInPlaceInSeveralPieces) {
     EXPECT_TRUE(reader.sees("01234"));
 }
 
-TEST(FilePresenter, IsToldOfAWriterThatKeepsTheFileOpen) {
+TEST(FilePresenter, IsNotifiedOfAWriterThatKeepsTheFileOpen) {
     writePlainly("file", "old");
     const Reader reader("file");
     std::ofstream file("file", std::ios::binary | std::ios::app);
@@ -42,14 +42,14 @@ TEST(FilePresenter, IsToldOfAWriterThatKeepsTheFileOpen) {
     }
 }
 
-TEST(FilePresenter, IsToldOfAFileCutShort) {
+TEST(FilePresenter, IsNotifiedOfAFileCutShort) {
     writePlainly("file", "long");
     const Reader reader("file");
     ASSERT_EQ(truncate("file", 1), 0);
     EXPECT_TRUE(reader.sees("l"));
 }
 
-TEST(FilePresenter, IsToldOfADeletionAndOfTheNewFile) {
+TEST(FilePresenter, IsNotifiedOfADeletionAndOfTheNewFile) {
     writePlainly("file", "old");
     const Reader reader("file");
     fs::remove("file");
@@ -65,7 +65,7 @@ TEST(FilePresenter, IsToldOfADeletionAndOfTheNewFile) {
     EXPECT_TRUE(reader.sees("newer"));
 }
 
-TEST(FilePresenter, IsToldOfAnOlderFilePutBackWithItsDate) {
+TEST(FilePresenter, IsNotifiedOfAnOlderFilePutBackWithItsDate) {
     writePlainly("file", "new");
     const Reader reader("file");
     writePlainly("backup", "old");
@@ -77,7 +77,7 @@ TEST(FilePresenter, IsToldOfAnOlderFilePutBackWithItsDate) {
     EXPECT_TRUE(reader.sees("odd")) << "the same size and date";
 }
 
-TEST(FilePresenter, IsToldOfANewDateAndOfNewPermissions) {
+TEST(FilePresenter, IsNotifiedOfANewDateAndOfNewPermissions) {
     writePlainly("file", "same");
     const Reader reader("file");
     ASSERT_TRUE(setModificationTime("file", 1'000'000'000));
@@ -91,7 +91,7 @@ TEST(FilePresenter, IsToldOfANewDateAndOfNewPermissions) {
     EXPECT_TRUE(reader.isNotifiedMoreThan(nextCount)) << "to the system this is a write";
 }
 
-TEST(FilePresenter, IsToldOfBytesThatChangeWithoutATrace) {
+TEST(FilePresenter, IsNotifiedOfBytesThatChangeWithoutATrace) {
     writePlainly("file", "before");
     ASSERT_TRUE(setModificationTime("file", 1'000'000'000));
     const Reader reader("file");
@@ -103,7 +103,7 @@ TEST(FilePresenter, IsToldOfBytesThatChangeWithoutATrace) {
     EXPECT_TRUE(reader.sees("behind"));
 }
 
-TEST(FilePresenter, NoChangeOfManyIsTheLastToldButTheLast) {
+TEST(FilePresenter, OfManyChangesTheLastOneIsNotifiedLast) {
     const Reader reader("file");
     for (int round = 0; round < 300; ++round) {
         const std::string bytes = std::to_string(round);
@@ -127,7 +127,7 @@ TEST(FilePresenter, NoChangeOfManyIsTheLastToldButTheLast) {
     }
 }
 
-TEST(FilePresenter, IsNotToldOfOtherFilesInTheFolder) {
+TEST(FilePresenter, IsNotNotifiedOfOtherFilesInTheFolder) {
     writePlainly("file", "same");
     const Reader reader("file");
     for (const char* name : {".file.lock", ".file.tmp", "file~", "fil", "other"}) {
@@ -146,7 +146,7 @@ TEST(FilePresenter, IsNotToldOfOtherFilesInTheFolder) {
     EXPECT_EQ(finalCount(reader), 0);
 }
 
-TEST(FilePresenter, IsToldOfAWriteThroughAnotherNameInTheFolder) {
+TEST(FilePresenter, IsNotifiedOfAWriteThroughAnotherNameInTheFolder) {
     writePlainly("file", "old");
     fs::create_hard_link("file", "alias");
     const Reader reader("file");
@@ -154,7 +154,7 @@ TEST(FilePresenter, IsToldOfAWriteThroughAnotherNameInTheFolder) {
     EXPECT_TRUE(reader.sees("longer"));
 }
 
-TEST(FilePresenter, IsToldAfterEventsWereLost) {
+TEST(FilePresenter, IsNotifiedAfterEventsWereLost) {
     int limit = 0;
     ASSERT_TRUE(std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit);
     if (limit > 200'000) GTEST_SKIP() << "takes too many events";

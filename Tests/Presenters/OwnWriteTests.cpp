@@ -17,14 +17,14 @@ using namespace QRVPlatform;
 using namespace PresenterSupport;
 namespace fs = std::filesystem;
 
-TEST(OwnWrites, AreNotTold) {
+TEST(OwnWrites, AreNoNews) {
     const Reader reader("a/file");
     for (int round = 0; round < 500; ++round)
         ASSERT_TRUE(save(&reader, "a/file", std::to_string(round)));
     EXPECT_EQ(finalCount(reader), 0);
 }
 
-TEST(OwnWrites, ThroughALinkAreNotTold) {
+TEST(OwnWrites, ThroughALinkAreNoNews) {
     fs::create_directory("elsewhere");
     fs::create_symlink("elsewhere/target", "file");
     const Reader reader("file");
@@ -34,7 +34,7 @@ TEST(OwnWrites, ThroughALinkAreNotTold) {
     EXPECT_TRUE(fs::is_symlink("file"));
 }
 
-TEST(OwnWrites, UnderAnySpellingOfThePathAreNotTold) {
+TEST(OwnWrites, UnderAnySpellingOfThePathAreNoNews) {
     fs::create_directories("a/b");
     fs::create_directory_symlink("a", "folder-link");
     fs::create_symlink("a/file", "file-link");
@@ -52,7 +52,7 @@ TEST(OwnWrites, UnderAnySpellingOfThePathAreNotTold) {
         }
 }
 
-TEST(OwnWrites, OfTheSameBytesAsBeforeOrKeepingTheOldFileAsideAreNotTold) {
+TEST(OwnWrites, OfTheSameBytesAsBeforeOrBackingUpTheOldFileAreNoNews) {
     writePlainly("file", "damaged");
     const Reader reader("file");
     NSFileCoordinator(&reader).coordinateWritingItemAtURL(
@@ -64,7 +64,7 @@ TEST(OwnWrites, OfTheSameBytesAsBeforeOrKeepingTheOldFileAsideAreNotTold) {
     EXPECT_EQ(finalCount(reader), 0);
 }
 
-TEST(OwnWrites, ThatFailAreNotToldAndHideNothing) {
+TEST(OwnWrites, ThatFailAreNoNewsAndHideNothing) {
     const Reader reader("file");
     ASSERT_TRUE(save(&reader, "file", "own"));
     fs::create_directory(".file.tmp");
@@ -83,7 +83,7 @@ TEST(OwnWrites, OfAnotherFileHideNothing) {
     EXPECT_TRUE(reader.sees("own"));
 }
 
-TEST(OwnWrites, WithoutAPerformerOrByAnotherPresenterAreTold) {
+TEST(OwnWrites, WithoutAPerformerOrByAnotherPresenterAreNews) {
     const Reader first("file");
     const Reader second("file");
     ASSERT_TRUE(save(&first, "file", "first"));
@@ -116,8 +116,8 @@ TEST(OwnWrites, OfTwoPresentersOfOneProcessAtOnce) {
     EXPECT_TRUE(first.sees("last of the second"));
 }
 
-TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsTold) {
-    // Not registered: events are looked at when the test says so.
+TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsNews) {
+    // Not registered: events are handled when the test says so.
     struct Unregistered : NSFilePresenter {
         [[nodiscard]] std::string presentedItemURL() const override { return {}; }
         [[nodiscard]] std::shared_ptr<NSOperationQueue> presentedItemOperationQueue()
@@ -141,23 +141,23 @@ TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsTold) {
             return std::error_code();
         });
     };
-    const auto lookAtEvents = [&] {
+    const auto handleEvents = [&] {
         for (const auto& event : folders.takeEvents()) presentation.note(event, now);
         presentation.settle(folders, now);
     };
     replaceAsPresenter();
     replaceAsPresenter();
-    lookAtEvents();
+    handleEvents();
     replaceAsPresenter();
     replaceByRename("file", "theirs");
     replaceAsPresenter();
-    lookAtEvents();
+    handleEvents();
     EXPECT_TRUE(waitUntil([&] { return presenter.count > 0; }));
     notifications->end();
     EXPECT_EQ(presenter.count, 1);
 }
 
-TEST(OwnWrites, OfAFileThatSomebodyStillHasOpenAreNotToldLater) {
+TEST(OwnWrites, OfAFileThatSomebodyStillHasOpenAreNoNewsLater) {
     writePlainly("file", "old");
     const Reader reader("file");
     {
@@ -168,7 +168,7 @@ TEST(OwnWrites, OfAFileThatSomebodyStillHasOpenAreNotToldLater) {
     EXPECT_EQ(finalCount(reader), 0);
 }
 
-TEST(OwnWrites, ChangedInPlaceByAnotherAreTold) {
+TEST(OwnWrites, ChangedInPlaceByAnotherAreNews) {
     const Reader reader("file");
     ASSERT_TRUE(save(&reader, "file", "before"));
     writePlainly("file", "behind");

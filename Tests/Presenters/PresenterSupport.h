@@ -79,7 +79,7 @@ class Reader : public NSFilePresenter {
     std::string contents_ = "(never read)";
 };
 
-/// Returns when everything that has happened up to now was noticed: events are looked at in order,
+/// Returns when everything that has happened up to now was noticed: events are handled in order,
 /// and this makes a last one. False after a deadline.
 inline bool finishEvents() {
     static int number = 0;
