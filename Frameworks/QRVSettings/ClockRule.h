@@ -5,6 +5,8 @@
 
 #include <string_view>
 
+namespace QRVInside {
+
 enum class ClockRule {
     TwentyFourHoursTwoDigits,  ///< 09:05
     TwentyFourHours,           ///< 9:05
@@ -22,3 +24,5 @@ constexpr ClockRule clockRuleForPattern(std::string_view pattern) {
     if (contains("hh")) return ClockRule::TwelveHoursTwoDigits;
     return ClockRule::TwelveHours;
 }
+
+}  // namespace QRVInside

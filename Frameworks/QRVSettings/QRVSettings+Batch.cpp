@@ -9,6 +9,8 @@
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
+using QRVInside::requireHostThread;
+
 void QRVSettingsPrepareBatchSave() {
     requireHostThread();
     QRVSettings::sharedSettings().setInBatchSave(true);

@@ -16,6 +16,8 @@
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
+using QRVInside::requireHostThread;
+
 namespace {
 
 using Pieces = std::array<std::string_view, 4>;

@@ -11,10 +11,13 @@
 #include "Platform/Machine/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
-#include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
+
+using QRVInside::ClockRule;
+using QRVInside::requireHostThread;
 
 namespace {
 
@@ -236,14 +239,14 @@ void store(const Table& table, const NSMutableDictionary& defaults) {
 
 void QRVSettings::loadDefaults() {
     requireHostThread();
-    restoreAppearance();
-    checkMachineIdentity();
+    QRVInside::restoreAppearance();
+    QRVInside::checkMachineIdentity();
     // Installed while it is empty: from here on no read finds the table of the call before.
     const NSMutableDictionary defaults;
     setDefaults(defaults);
     store(fixedDefaults(), defaults);
-    store(clockDefaultsFor(
-              clockRuleForPattern(QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
+    store(clockDefaultsFor(QRVInside::clockRuleForPattern(
+              QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
           defaults);
     store(cityDefaults(), defaults);
 }

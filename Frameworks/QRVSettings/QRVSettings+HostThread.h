@@ -5,7 +5,9 @@
 
 #include "Platform/Dispatch/ThreadAffinity.h"
 
-/// Asked by every function that belongs to the host's thread; in a build with assertions the
+namespace QRVInside {
+
+/// Called by every function that belongs to the host's thread; in a build with assertions the
 /// process ends when it is another one. There, what was read from a layer could enter the cache
 /// after it has changed.
 #ifdef NDEBUG
@@ -16,3 +18,5 @@ inline void requireHostThread(const char* function = __builtin_FUNCTION()) {
     host.require(function);
 }
 #endif
+
+}  // namespace QRVInside

@@ -8,6 +8,8 @@
 
 #include "QRVLogger/DDLog.h"
 
+namespace QRVInside {
+
 /// A message's function and line are its own for good, so that a log can be searched for them
 /// across versions.
 inline void logMessage(const char* function, int line, const char* format,
@@ -20,3 +22,5 @@ inline void logMessage(const char* function, int line, const char* format,
     message.arguments = std::move(arguments);
     DDLog::log(std::move(message));
 }
+
+}  // namespace QRVInside

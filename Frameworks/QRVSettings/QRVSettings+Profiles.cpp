@@ -15,6 +15,9 @@
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+
+using QRVInside::requireHostThread;
 
 namespace {
 
@@ -24,7 +27,8 @@ constexpr std::string_view nullText = "(null)";
 
 std::string QRVSettingsProfileKeyForKey(QRVKeyPath keyPath) {
     requireHostThread();
-    std::string profileKeyPath = "Profiles.Settings.";
+    std::string profileKeyPath(QRVStoreKeyPaths::profiles);
+    profileKeyPath += '.';
     profileKeyPath += QRVSettings::sharedSettings().activeProfile().value_or(std::string(nullText));
     profileKeyPath += '.';
     profileKeyPath += keyPath.isNull() ? nullText : keyPath.text();
@@ -49,7 +53,7 @@ PropertyListValue QRVSettingsProfileObjectForKeyPath(QRVKeyPath keyPath) {
 
 void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value,
                                                     QRVKeyPath keyPath, bool /*withCache*/) {
-    writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
+    QRVInside::writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
 }
 
 void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {

@@ -1,18 +1,32 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The properties of the store object. Inner header of this folder.
+// All state of the store. Inner header of this folder.
 
 #include <atomic>
+#include <string>
+#include <string_view>
 
+#include "Platform/Files/Files.h"
 #include "Platform/Threads/AtomicProperty.h"
+#include "QRVSettings/QRVSettings+LocalChanges.h"
+#include "QRVSettings/QRVSettings+SaveProgress.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
+
+namespace QRVInside {
+
+/// The application identifier and `ending`.
+std::string queueLabel(std::string_view ending);
+
+}  // namespace QRVInside
 
 struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
-    QRVPlatform::AtomicProperty<NSMutableDictionary> cache;
-    QRVPlatform::AtomicProperty<NSDictionary> storageCache;
+    QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
+    QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
+    QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
 
@@ -25,10 +39,24 @@ struct QRVSettings::State {
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
 
+    // Used on `queue`.
+    /// The file that the last save left behind; missing when it failed.
+    QRVPlatform::FileIdentity lastSaved;
+
     // Set at creation and never replaced.
-    std::string location;
-    NSMutableArray localChanges;
-    NSMutableArray batchLogChanges;
-    std::unique_ptr<DispatchQueue> queue;
-    std::unique_ptr<DispatchQueue> readQueue;
+    const std::string location = QRVSettingsLocation();
+    const QRVInside::LocalChanges localChanges;
+    const NSMutableArray batchLogChanges;
+    DispatchQueue queue{QRVInside::queueLabel(".settings")};
+    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read")};
 };
+
+namespace QRVInside {
+
+/// The one door to the state for the sources of this folder.
+struct StoreInside {
+    using State = QRVSettings::State;
+    static State& state() { return *QRVSettings::sharedSettings().state_; }
+};
+
+}  // namespace QRVInside

@@ -6,6 +6,10 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"
 
+namespace QRVInside {
+
 /// Writes at `keyPath`; whether the value is stored at all is decided by the default at
 /// `keyPathOfDefault`. Throws as QRVSettingsSetObjectForKeyPath does.
 void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault);
+
+}  // namespace QRVInside

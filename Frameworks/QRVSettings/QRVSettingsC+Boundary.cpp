@@ -7,7 +7,7 @@
 
 #include "Platform/PropertyLists/Unicode.h"
 
-namespace CInterface {
+namespace QRVInside::CInterface {
 namespace {
 
 std::string& lastError() {
@@ -55,11 +55,14 @@ const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind
                   "the value is of another kind: " + QRVPlatform::description(found));
 }
 
-const char* textOf(const char* text) {
-    if (text == nullptr) return text;
+void requireUTF8(std::string_view text) {
     if (const auto position = QRVPlatform::PropertyLists::positionOfBrokenUTF8(text))
         throw Refusal(QRV_ERROR_NOT_UTF8,
                       "the text is not UTF-8 from byte " + std::to_string(*position));
+}
+
+const char* textOf(const char* text) {
+    if (text != nullptr) requireUTF8(text);
     return text;
 }
 
@@ -73,8 +76,8 @@ Context contextOf(void* context, qrv_destroy destroy) {
             }};
 }
 
-}  // namespace CInterface
+}  // namespace QRVInside::CInterface
 
 const char* qrv_last_error(void) {
-    return CInterface::lastError().c_str();
+    return QRVInside::CInterface::lastError().c_str();
 }

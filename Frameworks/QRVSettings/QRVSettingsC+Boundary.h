@@ -9,6 +9,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -22,7 +23,7 @@ struct qrv_value {
     const std::string text;  ///< of a string: its characters have no zero byte behind them
 };
 
-namespace CInterface {
+namespace QRVInside::CInterface {
 
 /// An argument that never reaches C++.
 class Refusal : public std::runtime_error {
@@ -48,6 +49,7 @@ const PropertyListValue& valueOf(const qrv_value* value);
 /// Refuses what is of another kind.
 const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind kind);
 
+void requireUTF8(std::string_view text);
 /// Both refuse what is not UTF-8, but not NULL.
 const char* textOf(const char* text);
 QRVKeyPath keyPathOf(const char* text);
@@ -90,4 +92,4 @@ qrv_result giveValue(qrv_value** place, const Answer& answer) {
 using Context = std::shared_ptr<void>;
 Context contextOf(void* context, qrv_destroy destroy);
 
-}  // namespace CInterface
+}  // namespace QRVInside::CInterface

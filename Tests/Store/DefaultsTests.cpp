@@ -13,6 +13,8 @@
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
+using QRVInside::ClockRule;
+using QRVInside::clockRuleForPattern;
 using StoreSupport::writeSettings;
 
 namespace {

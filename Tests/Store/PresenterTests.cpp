@@ -209,6 +209,40 @@ TEST(Reload, LeavesOutOwnRecentChangesAndReportsTheOthers) {
     EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1) << "the whole tree is taken over";
 }
 
+TEST(Reload, OfAnOwnRecentKeyPathKeepsTheOwnValueUntilSomethingElseChanges) {
+    Monitoring monitoring;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    StoreSupport::finishSaves();
+    DispatchMainQueue::shared().drain();
+    rewriteSettings({{"A", 2}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    ASSERT_TRUE(StoreSupport::drainUntil([&] { return store.localChanges().count() == 0; }));
+    store.cache().removeAllObjects();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1) << "nothing is read again by itself";
+    rewriteSettings({{"A", 2}, {"B", 1}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("A", "B"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+}
+
+TEST(Reload, OfAnOwnRecentKeyPathAmongOthersIsTakenOverAndNeverReported) {
+    Monitoring monitoring;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    StoreSupport::finishSaves();
+    DispatchMainQueue::shared().drain();
+    rewriteSettings({{"A", 2}, {"B", 1}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("B"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    ASSERT_TRUE(StoreSupport::drainUntil([&] { return store.localChanges().count() == 0; }));
+    rewriteSettings({{"A", 2}, {"B", 2}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("B"));
+}
+
 TEST(Reload, OfADeletedFileReportsEveryLeaf) {
     Monitoring monitoring;
     rewriteSettings({{"A", NSDictionary{{"B", 1}}}, {"C", NSArray{}}, {"D", NSDictionary{}}});

@@ -39,6 +39,10 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"
 
+namespace QRVInside {
+struct StoreInside;
+}
+
 /// The one store object of a process.
 ///
 /// `localChanges` and `batchLogChanges` hold change records: dictionaries of exactly "key" (the key
@@ -189,7 +193,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// @}
 
   private:
-    friend struct LayeredReading;
+    friend struct QRVInside::StoreInside;
     QRV_HIDDEN QRVSettings();
     QRV_HIDDEN ~QRVSettings() override;
 
