@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The menu bar's appearance: the platform's many names for it as one of two words.
+// The menu bar's appearance: the platform's names for it become one of two words.
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 
 namespace QRVInside {
 
-/// Makes the stored appearance, if there is one, the current one.
+/// The stored appearance, if there is one, becomes the current one.
 void restoreAppearance();
 
 /// Compares the machine with the one that last used the settings, and records it: on another

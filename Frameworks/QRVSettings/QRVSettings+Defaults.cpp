@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The built-in defaults.
 //
-// Whether a setting is a boolean or the integer 0 or 1 is part of its default: that kind is what
-// settings files hold, and a write is compared with it. Arrays and dictionaries are immutable, made
-// once and shared by all readers.
+// Whether a setting is a boolean or the integer 0 or 1 is part of its default: settings files hold
+// values of that kind, and a write is compared with it. Arrays and dictionaries are immutable,
+// created once and shared by all readers.
 
 #include <string_view>
 #include <vector>
@@ -69,7 +69,7 @@ constexpr const char* pingAddress = "9.9.9.9";
 
 Table makeFixedDefaults() {
     return {
-        // The keys "THeme" and "FlashSeperators" are spelt so in every settings file there is.
+        // The keys "THeme" and "FlashSeperators" are misspelt in every settings file there is.
         {"Menu.Theme.Dark", "indigo"},
         {"Menu.Theme.Light", "indigo"},
         {"Menu.THeme.Vibrancy", true},
@@ -241,7 +241,7 @@ void QRVSettings::loadDefaults() {
     requireHostThread();
     QRVInside::restoreAppearance();
     QRVInside::checkMachineIdentity();
-    // Installed while it is empty: from here on no read finds the table of the call before.
+    // Installed while it is empty, so that no read finds the table of an earlier call.
     const NSMutableDictionary defaults;
     setDefaults(defaults);
     store(fixedDefaults(), defaults);

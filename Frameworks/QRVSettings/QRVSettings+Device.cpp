@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The machine's identity, and what happens to settings that name hardware when it changes.
+// The machine's identity, and the reset of settings that name hardware when it changes.
 //
 // checkMachineIdentity:
-// 1. Where no device is recorded, this one is; likewise the model.
+// 1. The device is recorded when none is, and so is the model.
 // 2. When the device is not the recorded one, the primary network interface is reset, and the
-//    device recorded.
+//    device is recorded.
 // 3. When the model is not the recorded one, the fans and each profile's menu-bar sensors are
-//    reset, and the model recorded.
+//    reset, and the model is recorded.
 //
-// A machine that has no identifier never matches: there the settings are reset each time.
+// A machine without an identifier never matches: its settings are reset each time.
 
 #include <string>
 #include <string_view>

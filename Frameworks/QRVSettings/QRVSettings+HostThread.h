@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
+// The rule that most functions belong to one thread. Inner header of this folder.
 
 #include "Platform/Dispatch/ThreadAffinity.h"
 
 namespace QRVInside {
 
-/// Called by every function that belongs to the host's thread; in a build with assertions the
-/// process ends when it is another one. There, what was read from a layer could enter the cache
-/// after it has changed.
+/// Called by every function that belongs to the host's thread. In a build with assertions, a call
+/// on another thread ends the process: there, a value read from a layer could enter the cache after
+/// that layer has changed.
 #ifdef NDEBUG
 inline void requireHostThread() noexcept {}
 #else

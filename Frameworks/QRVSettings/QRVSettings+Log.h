@@ -10,8 +10,8 @@
 
 namespace QRVInside {
 
-/// A message's function and line are its own for good, so that a log can be searched for them
-/// across versions.
+/// `function` and `line` are constants of a message, so that a log of any version can be searched
+/// for them.
 inline void logMessage(const char* function, int line, const char* format,
                        std::vector<PropertyListValue> arguments) {
     DDLogMessage message;

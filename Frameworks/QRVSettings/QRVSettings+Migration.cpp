@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Brings settings written by earlier versions into the present shape. Each of the two migrations
-// runs once for a settings file, as its flag there tells; any value of the flag counts, false too.
+// Migrates settings that earlier versions wrote. Each of the two migrations runs once for a
+// settings file: it is skipped when the file has its flag, with any value, even false.
 
 #include <array>
 #include <utility>
@@ -19,7 +19,7 @@ constexpr std::array modules = {"CPU",     "Network",  "Battery", "Weather", "Di
 constexpr std::array menubarKeys = {"Enabled", "Items",     "Clocks",       "Disks",
                                     "Sensors", "Batteries", "DetailedState"};
 
-/// All items of the kind that is no more become one of the kind that replaces it.
+/// All items of the obsolete kind become one item of the kind that replaces it.
 NSArray withMergedPowerItems(const NSArray& items) {
     constexpr int mergedSource = 8;
     static const auto& replacement = *new NSDictionary{{"source", 21}};
@@ -34,8 +34,8 @@ NSArray withMergedPowerItems(const NSArray& items) {
     return merged.copy();
 }
 
-// The items are read from the active profile and written to the plain key path. So a file that
-// holds none in its profile gets an empty list there, whatever it held.
+// The items are read from the active profile and written to the plain key path. So when the profile
+// has no items, an empty list replaces whatever the plain key path held.
 void mergeCombinedPowerItems() {
     if (!QRVSettingsObjectForKeyPath(KeyPaths::combinedItemsMigrated).isNull()) return;
     const NSArray items = QRVSettingsProfileObjectForKeyPath(KeyPaths::combinedItems).array();
@@ -51,8 +51,7 @@ NSDictionary menubarOfProfile(const NSDictionary& module) {
     return copied;
 }
 
-// The flag of this one is looked for in the file alone: a default would not tell what the file
-// holds.
+// This flag is read from the stored values alone: a default would say nothing about the file.
 void moveMenubarSettingsIntoDefaultProfile() {
     if (!QRVSettingsStoredObjectForKeyPath(KeyPaths::profilesMigrated).isNull()) return;
     static const auto& available = *new NSDictionary{{"identifier", "default"}};

@@ -53,7 +53,7 @@ struct Reload {
 
 void queueReload();
 
-/// False when the reload is out of date, and another one is on its way.
+/// False when the reload is stale; then another one is queued.
 bool isUpToDate(const Reload& reload) {
     const QRVInside::SaveProgress& saves = StoreInside::state().saves;
     if (saves.isPending()) {
@@ -66,7 +66,7 @@ bool isUpToDate(const Reload& reload) {
     return isCurrent;
 }
 
-/// The stored tree stays; the file is known now, also when it could not be read before.
+/// The stored tree stays. A file that could not be read before is known now.
 void keepTree(const QRVInside::FileReading& reading) {
     StoreInside::state().storedFile.update([&reading](StoredFile& file) {
         file.publishedUpTo = reading.identity;
@@ -101,7 +101,7 @@ void queueReload() {
     store().readQueue().async(runReload);
 }
 
-/// For the store's queue.
+/// To be called on the store's queue.
 bool isLastSave(const QRVPlatform::FileIdentity& file) {
     return !file.isMissing() && file == StoreInside::state().lastSaved;
 }
@@ -114,7 +114,7 @@ void QRVInside::beginToWatchTheFile() {
     const auto published = StoreInside::state().storedFile.read(
         [](const StoredFile& file) { return file.publishedUpTo; });
     if (!published || QRVPlatform::identityOfFileAtPath(store().location()) == *published) return;
-    // It may have been this process itself: its saves have run before this does.
+    // This process itself may have changed it: its saves run before this does.
     store().queue().async([] {
         if (!isLastSave(QRVPlatform::identityOfFileAtPath(store().location()))) queueReload();
     });
@@ -129,7 +129,7 @@ std::shared_ptr<NSOperationQueue> QRVSettings::presentedItemOperationQueue() con
 }
 
 bool QRVSettings::fileContentsDidChange() {
-    // Of two changes that had the same date, the second would never be seen.
+    // Not before the date is settled: of two changes with one date, the second would be missed.
     const auto attributes = QRVPlatform::settledAttributesOfItemAtPath(location());
     const std::optional<NSDate> known = modificationDate();
     if (attributes && known && *known == attributes->modificationDate) return false;

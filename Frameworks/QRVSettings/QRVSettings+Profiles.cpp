@@ -4,10 +4,11 @@
 //
 // A read, QRVSettingsProfileObjectForKeyPath, P being the profile key path:
 // 1. A null key path is null.
-// 2. An entry of the cache under P answers, the null marker with null.
+// 2. A cache entry under P answers; the null marker gives null.
 // 3. A value stored at P answers; a value stored at the plain key path never does.
 // 4. The default of the plain key path answers, else null.
-// What 3 and 4 find, the null marker included, is cached under P even when the cache is disabled.
+// The result of 3 and 4 is cached under P, null as the null marker, even when the cache is
+// disabled.
 
 #include <string>
 #include <string_view>

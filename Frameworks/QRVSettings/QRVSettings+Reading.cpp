@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Reading: the settings file and the layers above it.
+// Reading the settings file, and the layers above it.
 //
 // A layered read, QRVSettingsObjectForKeyPath:
 // 1. A null key path is null.
-// 2. An entry of the cache answers, the null marker with null, whatever has changed below since.
+// 2. A cache entry answers, whatever has changed in the layers below; the null marker gives null.
 // 3. A stored value answers, and is cached unless the cache is disabled.
-// 4. The default answers, and is cached likewise; where there is none, the null marker is.
+// 4. The default answers, and is cached likewise, a missing one as the null marker.
 
 #include <utility>
 
@@ -93,7 +93,7 @@ PropertyListValue cachedObject(QRVKeyPath keyPath) {
         [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
 }
 
-// Apart from the look-up in the cache, so that a read that is answered there is short.
+// Not inlined, so that a read that the cache answers is short.
 [[gnu::noinline]] PropertyListValue objectBelowTheCache(QRVKeyPath keyPath) {
     PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
     if (!stored.isNull()) {  // 3

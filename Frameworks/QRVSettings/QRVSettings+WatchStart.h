@@ -5,8 +5,8 @@
 
 namespace QRVInside {
 
-/// Makes the store the presenter of its file, for good. What others have changed since this process
-/// first read the file is published like a later change.
+/// Makes the store the presenter of its file, for good, and queues a reload when others have
+/// changed the file since this process first read it.
 void beginToWatchTheFile();
 
 }  // namespace QRVInside

@@ -8,8 +8,8 @@
 
 namespace QRVInside {
 
-/// Writes at `keyPath`; whether the value is stored at all is decided by the default at
-/// `keyPathOfDefault`. Throws as QRVSettingsSetObjectForKeyPath does.
+/// Writes at `keyPath`. A value that equals the default at `keyPathOfDefault` is not stored. Throws
+/// as QRVSettingsSetObjectForKeyPath does.
 void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault);
 
 }  // namespace QRVInside

@@ -2,21 +2,24 @@
 // Writing a setting, and saving the settings file.
 //
 // A write, plain or into a profile, on the caller's thread:
-// 1. The working tree is a copy of the stored tree, read from the file first when this process has
-// not.
+// 1. The working tree is a copy of the stored tree, which is read from the file when there is none.
 // 2. The default of the key path is looked up.
 // 3. A value that is of the default's kind and equal to it is not stored.
-// 4. The change record is made.
-// 5. The value goes into the working tree.
+// 4. The change record is created.
+// 5. The value is stored in the working tree.
 // 6. The working tree becomes the stored tree; nobody else has it.
-// 7. The cache gets the value as it was passed.
+// 7. The value is cached as it was passed, also when it is not stored.
 // 8. The save is queued with the tree and the record.
 //
-// A save, on the store's queue, posts its records to the main queue before it replaces the file, so
-// that no notification of the new file can overtake them. They stay in localChanges for 3 seconds.
+// A save, on the store's queue:
+// 1. The tree is serialised.
+// 2. The old file is backed up when its bytes would be lost.
+// 3. The records are posted to the main queue, so that no notification of the new file overtakes
+// them.
+// 4. The file is replaced.
 //
 // All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
-// several queued saves, and a save that runs after a later write may hold that write's change.
+// several queued saves, and a save that runs after a later write may contain that write's change.
 
 #include <array>
 #include <string>
@@ -70,7 +73,7 @@ bool backUp(const std::string& url, const char* reason) {
     return true;
 }
 
-// Why the file must be backed up before it is replaced; null when its bytes may be lost.
+// Null when the file need not be backed up before it is replaced.
 const char* reasonToBackUp(const QRVPlatform::FileContents& file) {
     if (!file.error && file.bytes.empty()) return nullptr;
     const bool isSettings =
@@ -82,9 +85,9 @@ const char* reasonToBackUp(const QRVPlatform::FileContents& file) {
     return isUnknown ? "could not be read before" : nullptr;
 }
 
-// Backs up the old file where its bytes would be lost. False when it must not be replaced.
+// Backs up the old file when its bytes would be lost. False when it must not be replaced.
 bool secureOldFile(const std::string& url) {
-    // What this process left behind need not be read again to know that it is not damaged.
+    // The file of this process's last save is not damaged, and need not be read to know that.
     if (QRVPlatform::identityOfFileAtPath(url) == StoreInside::state().lastSaved) return true;
     const QRVPlatform::FileContents file =
         QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
@@ -99,11 +102,11 @@ bool secureOldFile(const std::string& url) {
 }
 
 void replaceSettingsFile(const std::string& url, const std::string& bytes, const NSArray& log) {
-    if (!secureOldFile(url)) return;
+    if (!secureOldFile(url)) return;  // 2
     StoreInside::State& state = StoreInside::state();
-    if (!log.isNull())
+    if (!log.isNull())  // 3
         DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
-    if (QRVPlatform::replaceFile(url, bytes)) {
+    if (QRVPlatform::replaceFile(url, bytes)) {  // 4
         state.lastSaved = {};
         return;
     }
@@ -118,13 +121,13 @@ void save(const NSDictionary& object, const NSArray& log) {
         return;
     }
     try {
-        const auto serialised = NSPropertyListSerialization::dataWithPropertyList(object);
+        const auto serialised = NSPropertyListSerialization::dataWithPropertyList(object);  // 1
         if (serialised.error) {
             logSaveMessage(SaveMessageLine::SerialisationError, "%@",
                            {serialised.error->description()});
             return;
         }
-        // In the store's name, so that it is not notified of its own write.
+        // With the store as presenter, so that it is not notified of its own write.
         NSFileCoordinator coordinator(&QRVSettings::sharedSettings());
         coordinator.coordinateWritingItemAtURL(
             QRVSettings::sharedSettings().location(),

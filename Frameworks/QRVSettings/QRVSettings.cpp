@@ -38,7 +38,7 @@ bool QRVSettings::exists() const {
     return QRVPlatform::fileExistsAtPath(state_->location);
 }
 
-// Never called, but the destructor of a presenter is virtual.
+// Never called; the destructor of a presenter is virtual and has to exist.
 QRVSettings::~QRVSettings() = default;
 
 void QRVSettings::prepare() {

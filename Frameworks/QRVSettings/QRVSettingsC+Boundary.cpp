@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The way over the boundary: arguments that are checked, and exceptions that become results.
+// The boundary between C and C++: checks arguments, and turns exceptions into results.
 
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
@@ -40,7 +40,7 @@ qrv_result keepAsLastError() noexcept {
     } catch (const std::exception& error) {
         return keep(QRV_ERROR_FAILED, error.what());
     } catch (...) {
-        return keep(QRV_ERROR_FAILED, "an exception that says nothing");
+        return keep(QRV_ERROR_FAILED, "an exception of an unknown type");
     }
 }
 

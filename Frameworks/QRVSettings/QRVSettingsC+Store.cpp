@@ -18,7 +18,7 @@ QRVSettings& store() {
     return QRVSettings::sharedSettings();
 }
 
-/// The handle lives during the call; a handler that retains it keeps it.
+/// The handler borrows the handle for the call, and may retain it.
 void tell(qrv_change_handler handler, const NSArray& keyPaths, void* context) {
     const std::unique_ptr<qrv_value, decltype(&qrv_value_release)> handle(newHandle(keyPaths),
                                                                           qrv_value_release);

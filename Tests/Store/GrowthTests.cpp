@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Memory over many writes and reloads. QRV_GROWTH_ROUNDS says how many; without it a short run is
-// made.
+// Memory over many writes and reloads. QRV_GROWTH_ROUNDS is their number; without it the run is
+// short.
 
 #include <gtest/gtest.h>
 

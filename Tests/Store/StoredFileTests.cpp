@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the store knows of its file: whether it must be backed up before a save, and what others
-// changed before the watch began.
+// When a save backs up the file first, and the changes by others that the start of the watch
+// publishes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -64,11 +64,10 @@ void save(const PropertyListValue& value, QRVKeyPath keyPath) {
     finishSaves();
 }
 
-/// The key paths that the change handler was given. Nothing of this process's own is saved, so that
-/// the file stays what the others made of it.
-class Told {
+/// The key paths that the change handler received.
+class Received {
   public:
-    Told() {
+    Received() {
         QRVSettings& store = QRVSettings::sharedSettings();
         store.setMonitorFileChanges(true);
         store.setOnChange([this](const NSArray& changes) {
@@ -76,11 +75,11 @@ class Told {
                 keyPaths_.insert(keyPath.stringValue());
         });
     }
-    Told(const Told&) = delete;
-    Told& operator=(const Told&) = delete;
-    ~Told() { QRVSettings::sharedSettings().setOnChange(nullptr); }
+    Received(const Received&) = delete;
+    Received& operator=(const Received&) = delete;
+    ~Received() { QRVSettings::sharedSettings().setOnChange(nullptr); }
 
-    [[nodiscard]] bool hears(const std::string& keyPath) const {
+    [[nodiscard]] bool includes(const std::string& keyPath) const {
         return drainUntil([&] { return keyPaths_.contains(keyPath); });
     }
     [[nodiscard]] const std::set<std::string>& keyPaths() const { return keyPaths_; }
@@ -89,6 +88,7 @@ class Told {
     std::set<std::string> keyPaths_;
 };
 
+/// Saves nothing, so that the file stays as the others wrote it.
 void prepareInABatch() {
     QRVSettings::sharedSettings().setInBatchSave(true);
     QRVSettings::sharedSettings().prepare();
@@ -111,12 +111,12 @@ TEST(Backup, AFileThatAReloadHasTakenOverNeedsNone) {
     putPipeInPlace();
     EXPECT_TRUE(QRVSettingsObjectForKeyPath("A").isNull());
     {
-        const Told told;
+        const Received received;
         QRVSettings::sharedSettings().prepare();
         finishSaves();
         const SystemLogLines log;
         renameIntoPlace({{"A", 1}});
-        ASSERT_TRUE(told.hears("A"));
+        ASSERT_TRUE(received.includes("A"));
         save(2, "B");
         EXPECT_THAT(log.lines(), ElementsAre("Prefs file changed"));
     }
@@ -124,21 +124,21 @@ TEST(Backup, AFileThatAReloadHasTakenOverNeedsNone) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"B", 2}}));
 }
 
-TEST(Backup, NorOneThatAReloadHasFoundEqual) {
+TEST(Backup, AFileThatAReloadHasFoundEqualNeedsNone) {
     putPipeInPlace();
-    const Told told;
+    const Received received;
     save(1, "A");
     renameIntoPlace({{"A", 1}});
     QRVSettings::sharedSettings().presentedItemDidChange();
     settle();
     const SystemLogLines log;
     save(2, "B");
-    EXPECT_THAT(told.keyPaths(), testing::IsEmpty());
+    EXPECT_THAT(received.keyPaths(), testing::IsEmpty());
     EXPECT_THAT(log.lines(), testing::IsEmpty());
     EXPECT_EQ(filesInTheFolder(), fileAndLock());
 }
 
-TEST(Backup, NorOneThatCameAfterASaveOfThisProcess) {
+TEST(Backup, AFileThatCameAfterASaveOfThisProcessNeedsNone) {
     putPipeInPlace();
     save(1, "A");
     fs::remove(settingsFile());
@@ -151,7 +151,7 @@ TEST(Backup, NorOneThatCameAfterASaveOfThisProcess) {
     EXPECT_EQ(filesInTheFolder(), fileAndLock());
 }
 
-TEST(Backup, OfAFileThatCouldNotBeReadAndThatNoReloadHasSeen) {
+TEST(Backup, AFileThatCouldNotBeReadAndWasNotReloadedNeedsOne) {
     putPipeInPlace();
     save(1, "A");
     renameIntoPlace({{"Unknown", 1}});
@@ -164,9 +164,9 @@ TEST(Backup, OfAFileThatCouldNotBeReadAndThatNoReloadHasSeen) {
     EXPECT_EQ(filesInTheFolder(), fileLockAndBackup()) << "one backup is enough";
 }
 
-TEST(Backup, OfAFileThatAReloadCouldNotReadEither) {
+TEST(Backup, AFileThatAReloadCouldNotReadEitherNeedsOne) {
     putPipeInPlace();
-    const Told told;
+    const Received received;
     save(nullptr, "A");  // a tree without a value, so that the reload finds no change
     QRVSettings::sharedSettings().presentedItemDidChange();
     settle();
@@ -178,79 +178,79 @@ TEST(Backup, OfAFileThatAReloadCouldNotReadEither) {
 }
 
 TEST(StartOfTheWatch, PublishesWhatChangedSinceTheStoreReadTheTree) {
-    const Told told;
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("First"), 1);
     renameIntoPlace({{"First", 1}, {"Missed", 1}});
     prepareInABatch();
-    EXPECT_TRUE(told.hears("Missed"));
+    EXPECT_TRUE(received.includes("Missed"));
 }
 
 TEST(StartOfTheWatch, PublishesWhatChangedSinceTheHostReadTheTree) {
-    const Told told;
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setStorageCache(QRVSettingsStorage().mutableCopy());
     renameIntoPlace({{"First", 1}, {"Missed", 1}});
     prepareInABatch();
-    EXPECT_TRUE(told.hears("Missed"));
+    EXPECT_TRUE(received.includes("Missed"));
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Missed"), 1);
 }
 
 TEST(StartOfTheWatch, PublishesAFileThatWasNotThereWhenTheHostRead) {
-    const Told told;
+    const Received received;
     EXPECT_TRUE(QRVSettingsStorage().isNull());
     renameIntoPlace({{"Missed", 1}});
     EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Missed"), 1);
     QRVSettings::sharedSettings().setStorageCache(NSMutableDictionary());
     prepareInABatch();
-    EXPECT_TRUE(told.hears("Missed"));
+    EXPECT_TRUE(received.includes("Missed"));
 }
 
 TEST(StartOfTheWatch, PublishesWhatChangedSinceAReload) {
-    const Told told;
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     QRVSettings::sharedSettings().presentedItemDidChange();
-    ASSERT_TRUE(told.hears("First"));
+    ASSERT_TRUE(received.includes("First"));
     renameIntoPlace({{"First", 1}, {"Missed", 1}});
     prepareInABatch();
-    EXPECT_TRUE(told.hears("Missed"));
+    EXPECT_TRUE(received.includes("Missed"));
 }
 
-TEST(StartOfTheWatch, PublishesNothingOfWhatAReloadHasPublished) {
-    const Told told;
+TEST(StartOfTheWatch, PublishesNothingTwice) {
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("First"), 1);
     renameIntoPlace({{"First", 2}});
     QRVSettings::sharedSettings().presentedItemDidChange();
-    ASSERT_TRUE(told.hears("First"));
+    ASSERT_TRUE(received.includes("First"));
     prepareInABatch();
     const NSDictionary tree = QRVSettings::sharedSettings().storageCache();
     settle();
-    EXPECT_EQ(told.keyPaths(), std::set<std::string>{"First"});
+    EXPECT_EQ(received.keyPaths(), std::set<std::string>{"First"});
     EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isIdenticalTo(tree))
         << "the unsaved writes of the batch are still there";
 }
 
-TEST(StartOfTheWatch, PublishesNothingOfThisProcesssOwn) {
-    const Told told;
+TEST(StartOfTheWatch, PublishesNoOwnWrites) {
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     EXPECT_EQ(QRVSettingsStorage(), NSDictionary({{"First", 1}}));
     QRVSettingsImport({{"Imported", 1}});
     QRVSettings::sharedSettings().prepare();
     save(1, "Own");
     settle();
-    EXPECT_THAT(told.keyPaths(), testing::IsEmpty());
+    EXPECT_THAT(received.keyPaths(), testing::IsEmpty());
     EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
 }
 
-TEST(StartOfTheWatch, AfterNoReadingChangesArriveFromThenOn) {
-    const Told told;
+TEST(StartOfTheWatch, WithoutAReadingPublishesLaterChangesOnly) {
+    const Received received;
     writeSettings(NSDictionary{{"First", 1}});
     QRVSettings::sharedSettings().setStorageCache(NSMutableDictionary{{"Own", 1}});
     prepareInABatch();
     settle();
-    EXPECT_THAT(told.keyPaths(), testing::IsEmpty());
+    EXPECT_THAT(received.keyPaths(), testing::IsEmpty());
     renameIntoPlace({{"Second", 1}});
-    EXPECT_TRUE(told.hears("Second"));
+    EXPECT_TRUE(received.includes("Second"));
 }
