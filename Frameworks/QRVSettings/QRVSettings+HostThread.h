@@ -3,7 +3,7 @@
 
 // The rule that most functions belong to one thread. Inner header of this folder.
 
-#include "Platform/Dispatch/ThreadAffinity.h"
+#include "QRVSettings/QRVSettings+State.h"
 
 namespace QRVInside {
 
@@ -14,8 +14,7 @@ namespace QRVInside {
 inline void requireHostThread() noexcept {}
 #else
 inline void requireHostThread(const char* function = __builtin_FUNCTION()) {
-    static QRVPlatform::ThreadAffinity host;
-    host.require(function);
+    StoreInside::state().hostThread.require(function);
 }
 #endif
 

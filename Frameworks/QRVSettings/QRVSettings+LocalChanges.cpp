@@ -7,10 +7,20 @@
 
 namespace QRVInside {
 
-void LocalChanges::add(const NSArray& log) const {
+void LocalChanges::add(const NSArray& log) {
     records_.addObjectsFromArray(log);
-    DispatchMainQueue::shared().asyncAfter(lifetime,
-                                           [changes = *this, log] { changes.expire(log); });
+    expiring_.push_back({Clock::now() + lifetime, log});
+    DispatchMainQueue::shared().asyncAfter(lifetime, [this] { expireDueLogs(); });
+}
+
+// All that are due, because many saves in a row are due in one drain: a pass for each of them would
+// take time with the square of their number.
+void LocalChanges::expireDueLogs() {
+    const NSMutableArray due;
+    for (const auto now = Clock::now(); !expiring_.empty() && expiring_.front().time <= now;
+         expiring_.pop_front())
+        due.addObjectsFromArray(expiring_.front().log);
+    if (due.count() != 0) expire(due);
 }
 
 void LocalChanges::expire(const NSArray& log) const {

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <string_view>
 #include <unordered_set>
@@ -37,17 +38,22 @@ NSArray recordsWithout(const NSArray& records, const NSArray& log, const Equal& 
     return others;
 }
 
-/// Lets a reload tell this process's own changes of the file from those of others.
+/// Lets a reload tell this process's own changes of the file from those of others. Lives as long as
+/// the process.
 class LocalChanges {
   public:
     /// How long a record stays.
     static constexpr std::chrono::seconds lifetime{3};
 
+    LocalChanges() = default;
+    LocalChanges(const LocalChanges&) = delete;
+    LocalChanges& operator=(const LocalChanges&) = delete;
+
     /// The records in the order added: always this array. Any thread.
     [[nodiscard]] const NSMutableArray& records() const { return records_; }
 
     /// Adds the records of a log, and expires them after `lifetime`. On the main queue.
-    void add(const NSArray& log) const;
+    void add(const NSArray& log);
     /// Removes every record that is equal to one of the log's; readers see none or all of them
     /// removed. On the main queue.
     void expire(const NSArray& log) const;
@@ -56,7 +62,16 @@ class LocalChanges {
     [[nodiscard]] NSArray withoutLocal(const NSArray& keyPaths) const;
 
   private:
-    NSMutableArray records_;
+    using Clock = std::chrono::steady_clock;
+    struct ExpiringLog {
+        Clock::time_point time;
+        NSArray log;
+    };
+
+    void expireDueLogs();
+
+    const NSMutableArray records_;
+    std::deque<ExpiringLog> expiring_;  // in the order of their times; used on the main queue
 };
 
 }  // namespace QRVInside

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Dispatch/ThreadAffinity.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "QRVSettings/QRVSettings+LocalChanges.h"
@@ -30,6 +31,9 @@ struct QRVSettings::State {
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
 
+    /// The thread that called the store first; used in builds with assertions.
+    QRVPlatform::ThreadAffinity hostThread;
+
     // Used on the main thread.
     bool disableCache = false;
     bool prepared = false;
@@ -38,6 +42,8 @@ struct QRVSettings::State {
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
+    /// Its records any thread may read.
+    QRVInside::LocalChanges localChanges;
 
     // Used on `queue`.
     /// The file that the last save left behind; missing when it failed.
@@ -45,7 +51,6 @@ struct QRVSettings::State {
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();
-    const QRVInside::LocalChanges localChanges;
     const NSMutableArray batchLogChanges;
     DispatchQueue queue{QRVInside::queueLabel(".settings")};
     DispatchQueue readQueue{QRVInside::queueLabel(".settings.read")};

@@ -44,6 +44,23 @@ std::size_t comparisonsToRemoveAll(const NSArray& records) {
     return count;
 }
 
+/// The counts that another thread sees from the start of `work` to its end.
+std::set<std::size_t> countsDuring(const NSArray& records, const std::function<void()>& work) {
+    std::set<std::size_t> counts{records.count()};
+    std::atomic<bool> isDone = false;
+    std::thread reader([&] {
+        while (!isDone) {
+            counts.insert(records.count());
+            std::this_thread::yield();
+        }
+    });
+    work();
+    isDone = true;
+    reader.join();
+    counts.insert(records.count());
+    return counts;
+}
+
 std::vector<std::string> textsOf(const NSArray& keyPaths) {
     std::vector<std::string> texts;
     for (const PropertyListValue& keyPath : keyPaths) texts.push_back(keyPath.stringValue());
@@ -139,6 +156,19 @@ TEST(LocalChanges, AReaderNeverSeesThemHalfRemoved) {
     reader.join();
 }
 
+TEST(LocalChanges, TheRecordsOfManySavesThatAreDueInOneDrainLeaveTogether) {
+    constexpr std::size_t saves = 500;
+    for (std::size_t number = 0; number < saves; ++number)
+        QRVSettingsSaveObjectWithLog(NSDictionary(), {record("Key" + std::to_string(number), 1)});
+    StoreSupport::finishSaves();
+    DispatchMainQueue::shared().drain();
+    const NSMutableArray records = QRVSettings::sharedSettings().localChanges();
+    ASSERT_EQ(records.count(), saves);
+    std::this_thread::sleep_for(LocalChanges::lifetime);  // all timers are due then
+    EXPECT_EQ(countsDuring(records, [] { DispatchMainQueue::shared().drain(); }),
+              (std::set<std::size_t>{0, saves}));
+}
+
 TEST(LocalChanges, TheRecordsOfALargeBatchLeaveTogether) {
     constexpr std::size_t writes = 10'000;
     QRVSettingsPrepareBatchSave();
@@ -149,17 +179,9 @@ TEST(LocalChanges, TheRecordsOfALargeBatchLeaveTogether) {
     DispatchMainQueue::shared().drain();
     const NSMutableArray records = QRVSettings::sharedSettings().localChanges();
     ASSERT_EQ(records.count(), writes);
-    std::set<std::size_t> counts;
-    std::atomic<bool> isDone = false;
-    std::thread reader([&] {
-        while (!isDone) {
-            counts.insert(records.count());
-            std::this_thread::yield();
-        }
-    });
-    EXPECT_TRUE(StoreSupport::drainUntil([&] { return records.count() == 0; }));
-    isDone = true;
-    reader.join();
-    counts.insert(0);
-    EXPECT_EQ(counts, (std::set<std::size_t>{0, writes})) << "the array was seen half empty";
+    const auto drain = [&] {
+        EXPECT_TRUE(StoreSupport::drainUntil([&] { return records.count() == 0; }));
+    };
+    EXPECT_EQ(countsDuring(records, drain), (std::set<std::size_t>{0, writes}))
+        << "the array was seen half empty";
 }
