@@ -25,13 +25,16 @@ int roundsWanted() {
     return text == nullptr ? aFew : std::stoi(text);
 }
 
-/// What the process keeps when it has nothing to do: saves have run, and no change record is left.
+/// What the process keeps when it has nothing to do: saves have run, and neither a change record
+/// nor a timer of one is left.
 std::size_t bytesAtRest() {
     QRVSettings& store = QRVSettings::sharedSettings();
     finishSaves();
     store.readQueue().sync([] {});
     DispatchMainQueue::shared().drain();
     EXPECT_TRUE(drainUntil([&] { return store.localChanges().count() == 0; }));
+    while (DispatchMainQueue::shared().wait(std::chrono::milliseconds(100)))
+        DispatchMainQueue::shared().drain();
     return allocatedBytes();
 }
 
