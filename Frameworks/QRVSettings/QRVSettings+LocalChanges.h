@@ -32,7 +32,7 @@ NSArray recordsWithout(const NSArray& records, const NSArray& log, const Equal& 
     std::unordered_set<PropertyListValue, RecordHash, Equal> gone(log.count(), RecordHash(),
                                                                   isEqual);
     for (const PropertyListValue& record : log) gone.insert(record);
-    const NSMutableArray others;
+    NSMutableArray others;
     for (const PropertyListValue& record : records)
         if (!gone.contains(record)) others.addObject(record);
     return others;

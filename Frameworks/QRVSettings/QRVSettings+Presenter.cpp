@@ -51,19 +51,20 @@ struct Reload {
     std::uint64_t endedSaves;  ///< when the reload began
 };
 
+bool isStale(const Reload& reload) {
+    const QRVInside::SaveProgress& saves = StoreInside::state().saves;
+    return saves.isPending() || reload.endedSaves != saves.ended() ||
+           !reload.before.isIdenticalTo(store().storageCache());
+}
+
 void queueReload();
 
-/// False when the reload is stale; then another one is queued.
-bool isUpToDate(const Reload& reload) {
-    const QRVInside::SaveProgress& saves = StoreInside::state().saves;
-    if (saves.isPending()) {
+void retryAfterPendingSaves() {
+    if (StoreInside::state().saves.isPending()) {
         store().queue().async(queueReload);
-        return false;
+    } else {
+        queueReload();
     }
-    const bool isCurrent =
-        reload.endedSaves == saves.ended() && reload.before.isIdenticalTo(store().storageCache());
-    if (!isCurrent) queueReload();
-    return isCurrent;
 }
 
 /// The stored tree stays. A file that could not be read before is known now.
@@ -75,9 +76,15 @@ void keepTree(const QRVInside::FileReading& reading) {
 }
 
 void publish(const Reload& reload) {
-    if (!isUpToDate(reload)) return;  // 4
+    if (isStale(reload)) {  // 4
+        retryAfterPendingSaves();
+        return;
+    }
     const QRVInside::FileReading& reading = reload.reading;
-    if (reload.changes.count() == 0) return keepTree(reading);  // 5
+    if (reload.changes.count() == 0) {  // 5
+        keepTree(reading);
+        return;
+    }
     NSLog("Prefs file changed");
     StoreInside::state().storedFile.store(  // 6
         {reading.root.mutableCopy(), reading.identity, reading.failed});
