@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The store said again with plain maps: what is in the cache, in the stored tree, among the
-// defaults and in the file after each operation. Levels have an identity, because a level that is
-// mutable is changed in place, and whoever has read it sees that.
+// A model of the store with plain maps: the cache, the stored tree, the defaults and the file after
+// each operation. Levels have an identity, because a mutable level is changed in place, and whoever
+// has read it sees the change.
 
 #include <map>
 #include <memory>

@@ -5,14 +5,16 @@
 
 #include <string_view>
 
+namespace QRVInside {
+
 enum class ClockRule {
     TwentyFourHoursTwoDigits,  ///< 09:05
     TwentyFourHours,           ///< 9:05
     TwelveHoursTwoDigits,      ///< 09:05 pm
-    TwelveHours,               ///< 9:05 pm; also what tells no hour, or hours counted from K or k
+    TwelveHours,               ///< 9:05 pm; also every pattern without an H or h
 };
 
-/// `pattern` is one of the short time style, as `shortTimePattern` gives it.
+/// `pattern` is a pattern of `shortTimePattern`.
 constexpr ClockRule clockRuleForPattern(std::string_view pattern) {
     const auto contains = [pattern](std::string_view field) {
         return pattern.find(field) != std::string_view::npos;
@@ -22,3 +24,5 @@ constexpr ClockRule clockRuleForPattern(std::string_view pattern) {
     if (contains("hh")) return ClockRule::TwelveHoursTwoDigits;
     return ClockRule::TwelveHours;
 }
+
+}  // namespace QRVInside

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char separator = '.';
 
-// Takes the first key off a key path; empty when what is left is the leaf key.
+// Takes the first key off a key path; empty when only the leaf key is left.
 std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
     std::size_t end = 0;  // a key is so short that a call of a search costs more
     while (end < rest.size() && rest[end] != separator) ++end;
@@ -28,7 +28,7 @@ std::optional<std::string_view> takeIntermediateKey(std::string_view& rest) {
     throw NSInvalidArgumentException(reason + (", key path " + std::string(keyPath.text())));
 }
 
-// The level itself when it is mutable; only the root may be another one.
+// The level itself. Only a root can be immutable here: every other level was made mutable.
 NSMutableDictionary mutableOrThrow(const NSDictionary& level, QRVKeyPath keyPath) {
     if (!level.isMutable()) fail("the root dictionary is immutable", keyPath);
     return level.asMutable();
@@ -84,8 +84,8 @@ void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value
     mutableOrThrow(current, keyPath).setObjectForKey(value, rest);
 }
 
-// A list of what remains to be looked at instead of recursion: a key path of many components makes
-// a tree as deep as it likes.
+// A list of the levels still to visit instead of recursion: a key path of many components can make
+// a tree of any depth.
 bool hasValues(const NSDictionary& dictionary) {
     std::vector<NSDictionary> remaining{dictionary};
     while (!remaining.empty()) {
@@ -103,7 +103,7 @@ void flatten(const NSDictionary& tree, const NSMutableDictionary& results) {
     flatten(tree, results, std::nullopt);
 }
 
-// A dictionary without leaves enters nothing by itself, so that it need not be looked for first.
+// A dictionary without leaves adds no entry, so that no test for one is needed.
 void flatten(const PropertyListValue& value, const NSMutableDictionary& results,
              std::optional<std::string_view> prefix) {
     struct Level {
@@ -128,7 +128,7 @@ void flatten(const PropertyListValue& value, const NSMutableDictionary& results,
 
 namespace {
 
-// By their flat maps: any two key paths that look alike are one.
+// Compares their flat maps, where two ways through a tree with one key path are one entry.
 NSMutableArray changedKeysOfFlattened(const NSDictionary& dict1, const NSDictionary& dict2) {
     const NSMutableDictionary before;
     const NSMutableDictionary after;
@@ -144,8 +144,8 @@ NSMutableArray changedKeysOfFlattened(const NSDictionary& dict1, const NSDiction
 
 struct KeyWithSeparator {};
 
-/// Walks over two trees at once and collects where they differ. Throws KeyWithSeparator where a key
-/// holds a ".": then two ways through a tree may have one key path.
+/// Walks over two trees at once and collects the key paths of their differences. Throws
+/// KeyWithSeparator for a key that holds a ".": then two ways through a tree may have one key path.
 class Comparison {
   public:
     NSMutableArray changedKeys(const NSDictionary& dict1, const NSDictionary& dict2) {

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-// The menu bar's appearance: the platform's many names for it as one of two words.
+// The menu bar's appearance: the platform's names for it become one of two words.
 
 #include <algorithm>
 #include <array>
 
 #include "Platform/System/NSAppearance.h"
+#include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
-#include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+
+using QRVInside::requireHostThread;
 
 namespace {
-
-// The key is spelt so in every settings file there is.
-constexpr const char* appearanceKey = "MenubarCurrentApperance";
 
 constexpr std::array darkAppearances = {
     NSAppearanceNameDarkAqua,
@@ -33,7 +33,7 @@ void QRVSettingsSetCurrentAppearance(const PropertyListValue& appearanceName) {
     requireHostThread();
     const PropertyListValue word = isDark(appearanceName) ? "Dark" : "Light";
     QRVSettings::sharedSettings().setCurrentAppearance(word);
-    QRVSettingsSetObjectForKeyPathWithCache(word, appearanceKey, false);
+    QRVSettingsSetObjectForKeyPathWithCache(word, QRVStoreKeyPaths::currentAppearance, false);
 }
 
 PropertyListValue QRVSettingsCurrentAppearance() {
@@ -45,7 +45,7 @@ std::string QRVSettingsMenuThemeForAppearance(const PropertyListValue& appearanc
     return isDark(appearanceName) ? "dark" : "light";
 }
 
-void restoreAppearance() {
-    PropertyListValue stored = QRVSettingsObjectForKeyPath(appearanceKey);
+void QRVInside::restoreAppearance() {
+    PropertyListValue stored = QRVSettingsObjectForKeyPath(QRVStoreKeyPaths::currentAppearance);
     if (!stored.isNull()) QRVSettings::sharedSettings().setCurrentAppearance(std::move(stored));
 }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Many writes as one save: batches, and the import of a whole tree.
 //
-// The flag inBatchSave is all there is of a batch. While it is set, writes gather their records in
-// batchLogChanges, and only a commit takes them out. An import therefore ends an open batch and
-// leaves its records, and those of its own migration, to the next commit. It leaves the cache as it
-// is, too.
+// A batch is the flag inBatchSave and nothing else. While it is set, writes add their records to
+// batchLogChanges, and only a commit removes them. So an import, which clears the flag, leaves the
+// records of an open batch and of its own migration to the next commit. It does not change the
+// cache.
 
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
+
+using QRVInside::requireHostThread;
 
 void QRVSettingsPrepareBatchSave() {
     requireHostThread();

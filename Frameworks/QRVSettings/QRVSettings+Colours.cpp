@@ -3,10 +3,10 @@
 //
 // A read, QRVSettingsColorForKeyPath:
 // 1. A null key path is null.
-// 2. An entry of the cache answers, whatever it is; the null marker with null.
+// 2. A cache entry answers, whatever it is; the null marker gives null.
 // 3. A stored colour answers, and is cached unless the cache is disabled.
-// 4. The default colour answers, and is cached whether the cache is disabled or not.
-// 5. Where there is none, the null marker is cached likewise.
+// 4. The default colour answers, and is cached even when the cache is disabled.
+// 5. Without a default colour the null marker is cached likewise.
 
 #include <array>
 #include <optional>
@@ -16,11 +16,13 @@
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
 
+using QRVInside::requireHostThread;
+
 namespace {
 
 using Pieces = std::array<std::string_view, 4>;
 
-/// What stands between the spaces, when that is four pieces.
+/// The texts between the spaces when there are four; else empty.
 std::optional<Pieces> splitAtSpaces(std::string_view text) {
     Pieces pieces;
     for (std::size_t index = 0; index < pieces.size(); ++index) {
@@ -37,7 +39,7 @@ double component(std::string_view piece) {
     return PropertyListValue(piece).floatValue();
 }
 
-/// Null for what is not the text of a colour.
+/// Null when `text` is not the text of a colour.
 PropertyListValue colorFromText(const PropertyListValue& text) {
     if (!text.isString()) return nullptr;
     const std::optional<Pieces> pieces = splitAtSpaces(text.stringView());
@@ -49,7 +51,7 @@ PropertyListValue colorFromText(const PropertyListValue& text) {
 
 PropertyListValue textOfColor(const PropertyListValue& value) {
     if (value.isNull()) return nullptr;
-    if (!value.isColor()) throw NSInvalidArgumentException("the value to write is no colour");
+    if (!value.isColor()) throw NSInvalidArgumentException("the value to write is not a colour");
     const NSColor color = value.color();
     const auto number = [](double component) { return PropertyListValue(component).stringValue(); };
     return number(color.redComponent) + " " + number(color.greenComponent) + " " +
@@ -82,11 +84,11 @@ PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
 void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, QRVKeyPath keyPath) {
     requireHostThread();
     const PropertyListValue text = textOfColor(color);
-    // The whole key path as one key of the top level. A key path with a dot is none, so of those it
-    // is the write below that leaves out what is equal to the default.
+    // The whole key path as one key of the top level. No key there holds a dot; for key paths with
+    // a dot the write below compares with the default.
     const QRVSettings& store = QRVSettings::sharedSettings();
     const bool isDefault = !text.isNull() && store.defaults().objectForKey(keyPath.text()) == text;
     QRVSettingsSetObjectForKeyPathWithCache(isDefault ? nullptr : text, keyPath, false);
-    // The write has cached the text, and a cached value is returned as it is.
+    // The write has cached the text; the next read must give a colour.
     store.cache().removeObjectForKey(keyPath.text());
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The built-in defaults.
 //
-// Whether a setting is a boolean or the integer 0 or 1 is part of its default: that kind is what
-// settings files hold, and a write is compared with it. Arrays and dictionaries are immutable, made
-// once and shared by all readers.
+// Whether a setting is a boolean or the integer 0 or 1 is part of its default: settings files hold
+// values of that kind, and a write is compared with it. Arrays and dictionaries are immutable,
+// created once and shared by all readers.
 
 #include <string_view>
 #include <vector>
@@ -11,10 +11,13 @@
 #include "Platform/Machine/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
-#include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
+
+using QRVInside::ClockRule;
+using QRVInside::requireHostThread;
 
 namespace {
 
@@ -66,7 +69,7 @@ constexpr const char* pingAddress = "9.9.9.9";
 
 Table makeFixedDefaults() {
     return {
-        // The keys "THeme" and "FlashSeperators" are spelt so in every settings file there is.
+        // The keys "THeme" and "FlashSeperators" are misspelt in every settings file there is.
         {"Menu.Theme.Dark", "indigo"},
         {"Menu.Theme.Light", "indigo"},
         {"Menu.THeme.Vibrancy", true},
@@ -236,14 +239,14 @@ void store(const Table& table, const NSMutableDictionary& defaults) {
 
 void QRVSettings::loadDefaults() {
     requireHostThread();
-    restoreAppearance();
-    checkMachineIdentity();
-    // Installed while it is empty: from here on no read finds the table of the call before.
+    QRVInside::restoreAppearance();
+    QRVInside::checkMachineIdentity();
+    // Installed while it is empty, so that no read finds the table of an earlier call.
     const NSMutableDictionary defaults;
     setDefaults(defaults);
     store(fixedDefaults(), defaults);
-    store(clockDefaultsFor(
-              clockRuleForPattern(QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
+    store(clockDefaultsFor(QRVInside::clockRuleForPattern(
+              QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
           defaults);
     store(cityDefaults(), defaults);
 }

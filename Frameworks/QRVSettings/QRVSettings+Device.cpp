@@ -1,38 +1,29 @@
 // SPDX-License-Identifier: MIT
-// The machine's identity, and what happens to settings that name hardware when it changes.
+// The machine's identity, and the reset of settings that name hardware when it changes.
 //
 // checkMachineIdentity:
-// 1. Where no device is recorded, this one is; likewise the model.
+// 1. The device is recorded when none is, and so is the model.
 // 2. When the device is not the recorded one, the primary network interface is reset, and the
-//    device recorded.
+//    device is recorded.
 // 3. When the model is not the recorded one, the fans and each profile's menu-bar sensors are
-//    reset, and the model recorded.
+//    reset, and the model is recorded.
 //
-// A machine that has no identifier never matches: there the settings are reset each time.
+// A machine without an identifier never matches: its settings are reset each time.
 
 #include <string>
 #include <string_view>
 
 #include "Platform/Machine/MachineIdentity.h"
+#include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+Log.h"
-#include "QRVSettings/QRVSettings+StartUp.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+
+namespace KeyPaths = QRVStoreKeyPaths;
 
 namespace {
 
-constexpr const char* deviceKeyPath = "Device.Device";
-constexpr const char* modelKeyPath = "Device.Model";
-
 enum class ChangeMessageLine : int { Device = 186, Model = 196 };
-
-void write(const PropertyListValue& value, QRVKeyPath keyPath) {
-    QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
-}
-
-void recordWhereAbsent(QRVKeyPath keyPath, PropertyListValue (QRVSettings::*identifier)() const) {
-    if (QRVSettingsObjectForKeyPath(keyPath).isNull())
-        write((QRVSettings::sharedSettings().*identifier)(), keyPath);
-}
 
 bool isOther(const PropertyListValue& recorded, const PropertyListValue& current) {
     return !current.isString() || current != recorded;
@@ -42,28 +33,34 @@ void logChange(ChangeMessageLine firstLine, const char* what, const PropertyList
                const PropertyListValue& current) {
     constexpr const char* function = "-[QRVSettings loadDefaults]";
     const int line = static_cast<int>(firstLine);
-    logMessage(function, line, what, {});
-    logMessage(function, line + 1, "Old - %@", {recorded});
-    logMessage(function, line + 2, "New - %@", {current});
+    QRVInside::logMessage(function, line, what, {});
+    QRVInside::logMessage(function, line + 1, "Old - %@", {recorded});
+    QRVInside::logMessage(function, line + 2, "New - %@", {current});
 }
 
 void checkDevice(const PropertyListValue& current) {
-    const PropertyListValue recorded = QRVSettingsObjectForKeyPath(deviceKeyPath);
+    const PropertyListValue recorded = QRVSettingsObjectForKeyPath(KeyPaths::device);
     if (!isOther(recorded, current)) return;
     logChange(ChangeMessageLine::Device, "Device id changed", recorded, current);
-    write(nullptr, "Network.Menubar.Global.PrimaryInterface");
-    write(current, deviceKeyPath);
+    QRVSettingsSetObjectForKeyPath(nullptr, KeyPaths::primaryInterface);
+    QRVSettingsSetObjectForKeyPath(current, KeyPaths::device);
+}
+
+std::string sensorsOfProfile(std::string_view profile) {
+    std::string keyPath(KeyPaths::profiles);
+    keyPath.append(".").append(profile).append(".").append(KeyPaths::profileSensors);
+    return keyPath;
 }
 
 void checkModel(const PropertyListValue& current) {
-    const PropertyListValue recorded = QRVSettingsObjectForKeyPath(modelKeyPath);
+    const PropertyListValue recorded = QRVSettingsObjectForKeyPath(KeyPaths::model);
     if (!isOther(recorded, current)) return;
     logChange(ChangeMessageLine::Model, "Model id changed", recorded, current);
-    write(nullptr, "Sensors.Global.Fans");
-    const NSDictionary profiles = QRVSettingsObjectForKeyPath("Profiles.Settings").dictionary();
+    QRVSettingsSetObjectForKeyPath(nullptr, KeyPaths::fans);
+    const NSDictionary profiles = QRVSettingsObjectForKeyPath(KeyPaths::profiles).dictionary();
     for (const auto& [profile, settings] : profiles)
-        write(nullptr, "Profiles.Settings." + std::string(profile) + ".Sensors.Menubar.Sensors");
-    write(current, modelKeyPath);
+        QRVSettingsSetObjectForKeyPath(nullptr, sensorsOfProfile(profile));
+    QRVSettingsSetObjectForKeyPath(current, KeyPaths::model);
 }
 
 std::string hexadecimal(const QRVPlatform::SHA1Digest& digest) {
@@ -89,11 +86,14 @@ PropertyListValue QRVSettings::modelIdentifier() const {
     return model ? PropertyListValue(*model) : nullptr;
 }
 
-void checkMachineIdentity() {
-    recordWhereAbsent(deviceKeyPath, &QRVSettings::deviceID);
-    recordWhereAbsent(modelKeyPath, &QRVSettings::modelIdentifier);
-    const PropertyListValue device = QRVSettings::sharedSettings().deviceID();
-    const PropertyListValue model = QRVSettings::sharedSettings().modelIdentifier();
-    checkDevice(device);
-    checkModel(model);
+void QRVInside::checkMachineIdentity() {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    if (QRVSettingsObjectForKeyPath(KeyPaths::device).isNull())  // 1
+        QRVSettingsSetObjectForKeyPath(store.deviceID(), KeyPaths::device);
+    if (QRVSettingsObjectForKeyPath(KeyPaths::model).isNull())
+        QRVSettingsSetObjectForKeyPath(store.modelIdentifier(), KeyPaths::model);
+    const PropertyListValue device = store.deviceID();
+    const PropertyListValue model = store.modelIdentifier();
+    checkDevice(device);  // 2
+    checkModel(model);    // 3
 }

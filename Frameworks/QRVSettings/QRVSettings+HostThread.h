@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
+// The rule that most functions belong to one thread. Inner header of this folder.
 
-#include "Platform/System/System.h"
-#include "Platform/Threads/ThreadAffinity.h"
+#include "QRVSettings/QRVSettings+State.h"
 
-/// Asked by every function that belongs to the host's thread; in a build with assertions the
-/// process ends when it is another one. There, what was read from a layer could enter the cache
-/// after it has changed.
+namespace QRVInside {
+
+/// Called by every function that belongs to the host's thread. In a build with assertions, a call
+/// on another thread ends the process: there, a value read from a layer could enter the cache after
+/// that layer has changed.
 #ifdef NDEBUG
 inline void requireHostThread() noexcept {}
 #else
 inline void requireHostThread(const char* function = __builtin_FUNCTION()) {
-    static QRVPlatform::ThreadAffinity host([](const char* name) {
-        NSLog("%@ was called on a thread other than the one that it belongs to", {name});
-    });
-    host.require(function);
+    StoreInside::state().hostThread.require(function);
 }
 #endif
+
+}  // namespace QRVInside

@@ -8,8 +8,10 @@
 
 #include "QRVLogger/DDLog.h"
 
-/// A message's function and line are its own for good, so that a log can be searched for them
-/// across versions.
+namespace QRVInside {
+
+/// `function` and `line` are constants of a message, so that a log of any version can be searched
+/// for them.
 inline void logMessage(const char* function, int line, const char* format,
                        std::vector<PropertyListValue> arguments) {
     DDLogMessage message;
@@ -20,3 +22,5 @@ inline void logMessage(const char* function, int line, const char* format,
     message.arguments = std::move(arguments);
     DDLog::log(std::move(message));
 }
+
+}  // namespace QRVInside

@@ -1,29 +1,25 @@
 // SPDX-License-Identifier: MIT
-// Brings settings written by earlier versions into the present shape. Each of the two migrations
-// runs once for a settings file, as its flag there tells; any value of the flag counts, false too.
+// Migrates settings that earlier versions wrote. Each of the two migrations runs once for a
+// settings file: it is skipped when the file has its flag, with any value, even false.
 
 #include <array>
 #include <utility>
 
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+
+namespace KeyPaths = QRVStoreKeyPaths;
+using QRVInside::requireHostThread;
 
 namespace {
-
-constexpr const char* combinedItemsFlag = "Migration.CombinedPowerItems";
-constexpr const char* profilesFlag = "Migration.Profiles";
-constexpr const char* combinedItemsKeyPath = "Combined.Menubar.Items";
 
 constexpr std::array modules = {"CPU",     "Network",  "Battery", "Weather", "Disks",
                                 "Sensors", "Combined", "Memory",  "Time"};
 constexpr std::array menubarKeys = {"Enabled", "Items",     "Clocks",       "Disks",
                                     "Sensors", "Batteries", "DetailedState"};
 
-void write(const PropertyListValue& value, QRVKeyPath keyPath) {
-    QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
-}
-
-/// All items of the kind that is no more become one of the kind that replaces it.
+/// All items of the obsolete kind become one item of the kind that replaces it.
 NSArray withMergedPowerItems(const NSArray& items) {
     constexpr int mergedSource = 8;
     static const auto& replacement = *new NSDictionary{{"source", 21}};
@@ -38,14 +34,14 @@ NSArray withMergedPowerItems(const NSArray& items) {
     return merged.copy();
 }
 
-// The items are read from the active profile and written to the plain key path. So a file that
-// holds none in its profile gets an empty list there, whatever it held.
+// The items are read from the active profile and written to the plain key path. So when the profile
+// has no items, an empty list replaces whatever the plain key path held.
 void mergeCombinedPowerItems() {
-    if (!QRVSettingsObjectForKeyPath(combinedItemsFlag).isNull()) return;
-    const NSArray items = QRVSettingsProfileObjectForKeyPath(combinedItemsKeyPath).array();
+    if (!QRVSettingsObjectForKeyPath(KeyPaths::combinedItemsMigrated).isNull()) return;
+    const NSArray items = QRVSettingsProfileObjectForKeyPath(KeyPaths::combinedItems).array();
     const NSArray merged = withMergedPowerItems(items);
-    if (merged != items) write(merged, combinedItemsKeyPath);
-    write(true, combinedItemsFlag);
+    if (merged != items) QRVSettingsSetObjectForKeyPath(merged, KeyPaths::combinedItems);
+    QRVSettingsSetObjectForKeyPath(true, KeyPaths::combinedItemsMigrated);
 }
 
 NSDictionary menubarOfProfile(const NSDictionary& module) {
@@ -55,10 +51,9 @@ NSDictionary menubarOfProfile(const NSDictionary& module) {
     return copied;
 }
 
-// The flag of this one is looked for in the file alone: a default would not tell what the file
-// holds.
+// This flag is read from the stored values alone: a default would say nothing about the file.
 void moveMenubarSettingsIntoDefaultProfile() {
-    if (!QRVSettingsStoredObjectForKeyPath(profilesFlag).isNull()) return;
+    if (!QRVSettingsStoredObjectForKeyPath(KeyPaths::profilesMigrated).isNull()) return;
     static const auto& available = *new NSDictionary{{"identifier", "default"}};
     const NSMutableDictionary profile;
     for (const char* module : modules) {
@@ -67,8 +62,8 @@ void moveMenubarSettingsIntoDefaultProfile() {
     }
     const NSMutableDictionary profiles{{"Available", available},
                                        {"Settings", NSMutableDictionary{{"default", profile}}}};
-    write(profiles, "Profiles");
-    write(true, profilesFlag);
+    QRVSettingsSetObjectForKeyPath(profiles, "Profiles");
+    QRVSettingsSetObjectForKeyPath(true, KeyPaths::profilesMigrated);
 }
 
 }  // namespace

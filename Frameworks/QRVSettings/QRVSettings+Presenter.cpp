@@ -3,112 +3,132 @@
 // hand over to each other and never wait.
 //
 // presenterQueue:
-// 1. Without a wish to monitor, or with the modification date seen last, nothing happens.
+// 1. Nothing happens unless the file is monitored and its modification date has changed.
 // readQueue:
-// 2. The file is read afresh and compared with the stored tree.
-// 3. Key paths of this process's own recent saves are taken out of the changes.
+// 2. The file is read again and compared with the stored tree.
+// 3. Key paths of this process's own recent saves are removed from the changes.
 // Main queue:
-// 4. What was compared is out of date when this process is about to save, has saved meanwhile, or
-// has another stored tree by now: then 2 is done again, after the saves. Otherwise the stored tree
-// could end as one that the file no longer holds, with no further notification to mend it.
-// 5. Without changes nothing happens: the stored tree and the cache stay as they are.
+// 4. The reload is stale when a save is pending, has ended since it began, or the stored tree is
+// another one by now: then it is retried from 2, after the saves. Otherwise the store could end
+// with a tree that the file no longer holds, and no notification would correct it.
+// 5. Without changes the stored tree and the cache stay as they are.
 // 6. The new tree becomes the stored one, and the cache is emptied.
 // 7. The change handler is called.
 //
-// Nobody is notified of what happened before the watch began: a file that has changed between the
-// first reading and then goes the same way from 2 on.
+// The watch notices only what happens after its start. So when it starts and the file is not the
+// one that this process first read, or last reloaded, a reload runs from 2 on.
+//
+// There is one store, and these functions ask for it where they need it.
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
-#include "QRVSettings/QRVSettings+PendingSaves.h"
-#include "QRVSettings/QRVSettings+StoredTree.h"
-#include "QRVSettings/QRVSettings+Watching.h"
+#include "QRVSettings/QRVSettings+State.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
+#include "QRVSettings/QRVSettings+WatchStart.h"
 #include "QRVSettings/QRVSettings.h"
+
+using QRVInside::StoredFile;
+using QRVInside::StoreInside;
 
 namespace {
 
-NSArray withoutLocalChanges(const NSArray& changes, const NSArray& localChanges) {
-    std::unordered_set<std::string> saved;
-    for (const PropertyListValue& record : localChanges) {
-        const PropertyListValue key = record.dictionary().objectForKey("key");
-        if (key.isString()) saved.insert(key.stringValue());
-    }
-    NSMutableArray others;
-    for (const PropertyListValue& keyPath : changes)
-        if (!saved.contains(keyPath.stringValue())) others.addObject(keyPath);
-    return others.copy();
+QRVSettings& store() {
+    return QRVSettings::sharedSettings();
 }
 
-struct Reading {
+struct Reload {
     NSDictionary before;  ///< the stored tree itself
-    NSDictionary after;
+    QRVInside::FileReading reading;
     NSArray changes;
-    std::uint64_t endedSaves;  ///< when the reading began
+    std::uint64_t endedSaves;  ///< when the reload began
 };
 
-void queueReload(QRVSettings& store);
+bool isStale(const Reload& reload) {
+    const QRVInside::SaveProgress& saves = StoreInside::state().saves;
+    return saves.isPending() || reload.endedSaves != saves.ended() ||
+           !reload.before.isIdenticalTo(store().storageCache());
+}
 
-/// False when the reading is out of date, and another one is on its way.
-bool isUpToDate(const Reading& reading, QRVSettings& store) {
-    if (isSavePending()) {
-        store.queue().async([&store] { queueReload(store); });
-        return false;
+void queueReload();
+
+void retryAfterPendingSaves() {
+    if (StoreInside::state().saves.isPending()) {
+        store().queue().async(queueReload);
+    } else {
+        queueReload();
     }
-    const bool isCurrent = reading.endedSaves == countOfEndedSaves() &&
-                           reading.before.isIdenticalTo(store.storageCache());
-    if (!isCurrent) queueReload(store);
-    return isCurrent;
 }
 
-void publish(const Reading& reading, QRVSettings& store) {
-    if (!isUpToDate(reading, store)) return;   // 4
-    if (reading.changes.count() == 0) return;  // 5
+/// The stored tree stays. A file that could not be read before is known now.
+void keepTree(const QRVInside::FileReading& reading) {
+    StoreInside::state().storedFile.update([&reading](StoredFile& file) {
+        file.publishedUpTo = reading.identity;
+        if (!reading.failed) file.mustBeBackedUp = false;
+    });
+}
+
+void publish(const Reload& reload) {
+    if (isStale(reload)) {  // 4
+        retryAfterPendingSaves();
+        return;
+    }
+    const QRVInside::FileReading& reading = reload.reading;
+    if (reload.changes.count() == 0) {  // 5
+        keepTree(reading);
+        return;
+    }
     NSLog("Prefs file changed");
-    store.setStorageCache(reading.after.mutableCopy());  // 6
-    store.cache().removeAllObjects();
+    StoreInside::state().storedFile.store(  // 6
+        {reading.root.mutableCopy(), reading.identity, reading.failed});
+    store().cache().removeAllObjects();
     // A copy: the handler may install another one.
-    const QRVSettings::ChangeHandler onChange = store.onChange();
-    if (onChange) onChange(reading.changes);  // 7
+    const QRVSettings::ChangeHandler onChange = store().onChange();
+    if (onChange) onChange(reload.changes);  // 7
 }
 
-void reload(QRVSettings& store) {
-    const std::uint64_t endedSaves = countOfEndedSaves();
-    Reading reading{store.storageCache(), QRVSettingsStorage().copy(), nullptr, endedSaves};  // 2
-    reading.changes =
-        withoutLocalChanges(NSDictionaryQRV::changedKeys(reading.before.copy(), reading.after),
-                            store.localChanges());  // 3
-    DispatchMainQueue::shared().async([&store, reading] { publish(reading, store); });
+void runReload() {
+    const StoreInside::State& state = StoreInside::state();
+    const std::uint64_t endedSaves = state.saves.ended();
+    Reload reload{store().storageCache(), QRVInside::readSettingsFile(), nullptr, endedSaves};  // 2
+    const NSArray changes =
+        NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
+    reload.changes = state.localChanges.withoutLocal(changes);  // 3
+    DispatchMainQueue::shared().async([reload] { publish(reload); });
 }
 
-void queueReload(QRVSettings& store) {
-    QRVSettings::sharedSettings().readQueue().async([&store] { reload(store); });
+void queueReload() {
+    store().readQueue().async(runReload);
+}
+
+/// To be called on the store's queue.
+bool isLastSave(const QRVPlatform::FileIdentity& file) {
+    return !file.isMissing() && file == StoreInside::state().lastSaved;
 }
 
 }  // namespace
 
-void beginToWatchTheFile() {
-    QRVSettings& store = QRVSettings::sharedSettings();
-    store.setPresenterQueue(std::make_shared<NSOperationQueue>());
-    NSFileCoordinator::addFilePresenter(store);
-    const std::optional<QRVPlatform::FileIdentity> known = fileOfTheStoredTree();
-    if (!known || QRVPlatform::identityOfFileAtPath(store.location()) == *known) return;
-    // It may have been this process, whose saves are through when this comes to run.
-    store.queue().async([&store] {
-        if (!isLastSave(QRVPlatform::identityOfFileAtPath(store.location()))) queueReload(store);
+void QRVInside::beginToWatchTheFile() {
+    store().setPresenterQueue(std::make_shared<NSOperationQueue>());
+    NSFileCoordinator::addFilePresenter(store());
+    const auto published = StoreInside::state().storedFile.read(
+        [](const StoredFile& file) { return file.publishedUpTo; });
+    if (!published || QRVPlatform::identityOfFileAtPath(store().location()) == *published) return;
+    // This process itself may have changed it: its saves run before this does.
+    store().queue().async([] {
+        if (!isLastSave(QRVPlatform::identityOfFileAtPath(store().location()))) queueReload();
     });
 }
 
 std::string QRVSettings::presentedItemURL() const {
-    return sharedSettings().location();
+    return location();
 }
 
 std::shared_ptr<NSOperationQueue> QRVSettings::presentedItemOperationQueue() const {
@@ -116,7 +136,7 @@ std::shared_ptr<NSOperationQueue> QRVSettings::presentedItemOperationQueue() con
 }
 
 bool QRVSettings::fileContentsDidChange() {
-    // Of two changes that had the same date, the second would never be seen.
+    // Not before the date is settled: of two changes with one date, the second would be missed.
     const auto attributes = QRVPlatform::settledAttributesOfItemAtPath(location());
     const std::optional<NSDate> known = modificationDate();
     if (attributes && known && *known == attributes->modificationDate) return false;
@@ -126,5 +146,5 @@ bool QRVSettings::fileContentsDidChange() {
 
 void QRVSettings::presentedItemDidChange() {
     if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
-    queueReload(*this);
+    queueReload();
 }

@@ -4,10 +4,11 @@
 //
 // A read, QRVSettingsProfileObjectForKeyPath, P being the profile key path:
 // 1. A null key path is null.
-// 2. An entry of the cache under P answers, the null marker with null.
+// 2. A cache entry under P answers; the null marker gives null.
 // 3. A value stored at P answers; a value stored at the plain key path never does.
 // 4. The default of the plain key path answers, else null.
-// What 3 and 4 find, the null marker included, is cached under P even when the cache is disabled.
+// The result of 3 and 4 is cached under P, null as the null marker, even when the cache is
+// disabled.
 
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+
+using QRVInside::requireHostThread;
 
 namespace {
 
@@ -24,7 +28,8 @@ constexpr std::string_view nullText = "(null)";
 
 std::string QRVSettingsProfileKeyForKey(QRVKeyPath keyPath) {
     requireHostThread();
-    std::string profileKeyPath = "Profiles.Settings.";
+    std::string profileKeyPath(QRVStoreKeyPaths::profiles);
+    profileKeyPath += '.';
     profileKeyPath += QRVSettings::sharedSettings().activeProfile().value_or(std::string(nullText));
     profileKeyPath += '.';
     profileKeyPath += keyPath.isNull() ? nullText : keyPath.text();
@@ -49,7 +54,7 @@ PropertyListValue QRVSettingsProfileObjectForKeyPath(QRVKeyPath keyPath) {
 
 void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value,
                                                     QRVKeyPath keyPath, bool /*withCache*/) {
-    writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
+    QRVInside::writeSetting(value, QRVSettingsProfileKeyForKey(keyPath), keyPath);
 }
 
 void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {

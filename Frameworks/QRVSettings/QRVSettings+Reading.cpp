@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Reading: the settings file and the layers above it.
+// Reading the settings file, and the layers above it.
 //
 // A layered read, QRVSettingsObjectForKeyPath:
 // 1. A null key path is null.
-// 2. An entry of the cache answers, the null marker with null, whatever has changed below since.
+// 2. A cache entry answers, whatever has changed in the layers below; the null marker gives null.
 // 3. A stored value answers, and is cached unless the cache is disabled.
-// 4. The default answers, and is cached likewise; where there is none, the null marker is.
+// 4. The default answers, and is cached likewise, a missing one as the null marker.
 
-#include <atomic>
-#include <optional>
+#include <utility>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -16,33 +15,23 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
-#include "QRVSettings/QRVSettings+StoredTree.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
 
 using NSDictionaryQRV::objectAtKeyPath;
+using QRVInside::requireHostThread;
+using QRVInside::storedTree;
+using QRVInside::StoreInside;
 
-namespace {
+namespace QRVInside {
 
-void cacheUnlessDisabled(const PropertyListValue& value, QRVKeyPath keyPath) {
-    const QRVSettings& store = QRVSettings::sharedSettings();
-    if (!store.disableCache()) store.cache().setObjectForKey(value, keyPath.text());
-}
-
-}  // namespace
-
-namespace {
-
-struct StorageReading {
-    NSDictionary root = nullptr;
-    bool failed = false;  ///< there is a file, and what it holds is not known
-};
-
-StorageReading readStorage() {
-    StorageReading reading;
+FileReading readSettingsFile() {
+    const std::string& location = QRVSettings::sharedSettings().location();
+    FileReading reading;
+    reading.identity = QRVPlatform::identityOfFileAtPath(location);
     NSFileCoordinator coordinator;
     coordinator.coordinateReadingItemAtURL(
-        QRVSettings::sharedSettings().location(), NSFileCoordinator::ReadingOptions::None,
-        [&reading](const std::string& url) {
+        location, NSFileCoordinator::ReadingOptions::None, [&reading](const std::string& url) {
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
@@ -53,37 +42,26 @@ StorageReading readStorage() {
     return reading;
 }
 
-std::atomic<bool> hasBegunWithoutTheFile = false;
+NSDictionary storedTree() {
+    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
+    if (!loaded.isNull()) return loaded;
+    const FileReading reading = readSettingsFile();
+    NSDictionary tree = reading.root.mutableCopy();
+    StoreInside::state().storedFile.update([&](StoredFile& file) {
+        file.noteReading(reading.identity);
+        file.mustBeBackedUp = reading.failed;
+        return std::exchange(file.tree, std::move(tree));
+    });
+    return reading.root;
+}
 
-std::optional<QRVPlatform::FileIdentity> fileBeforeTheReading;  // used on the host's thread only
-
-}  // namespace
+}  // namespace QRVInside
 
 NSDictionary QRVSettingsStorage() {
-    return readStorage().root;
-}
-
-NSDictionary storedTree() {
-    QRVSettings& store = QRVSettings::sharedSettings();
-    NSDictionary loaded = store.storageCache();
-    if (!loaded.isNull()) return loaded;
-    fileBeforeTheReading = QRVPlatform::identityOfFileAtPath(store.location());
-    const StorageReading read = readStorage();
-    hasBegunWithoutTheFile = read.failed;
-    store.setStorageCache(read.root.mutableCopy());
-    return read.root;
-}
-
-std::optional<QRVPlatform::FileIdentity> fileOfTheStoredTree() {
-    return fileBeforeTheReading;
-}
-
-bool storedTreeLacksTheFile() {
-    return hasBegunWithoutTheFile;
-}
-
-void storedTreeNeedNotHaveTheFile() {
-    hasBegunWithoutTheFile = false;
+    const QRVInside::FileReading reading = QRVInside::readSettingsFile();
+    StoreInside::state().storedFile.update(
+        [&](QRVInside::StoredFile& file) { file.noteReading(reading.identity); });
+    return reading.root;
 }
 
 NSDictionary QRVSettingsStoredValues() {
@@ -104,7 +82,18 @@ PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
 
 namespace {
 
-// Apart from the look into the cache, so that a read that is answered there is short.
+void cacheUnlessDisabled(const PropertyListValue& value, QRVKeyPath keyPath) {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    if (!store.disableCache()) store.cache().setObjectForKey(value, keyPath.text());
+}
+
+// The entry of the cache; null when there is none.
+PropertyListValue cachedObject(QRVKeyPath keyPath) {
+    return StoreInside::state().cache.read(
+        [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
+}
+
+// Not inlined, so that a read that the cache answers is short.
 [[gnu::noinline]] PropertyListValue objectBelowTheCache(QRVKeyPath keyPath) {
     PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
     if (!stored.isNull()) {  // 3
@@ -119,19 +108,11 @@ namespace {
 
 }  // namespace
 
-struct LayeredReading {
-    /// The entry of the cache; null when there is none.
-    static PropertyListValue cachedObject(QRVKeyPath keyPath) {
-        return QRVSettings::sharedSettings().state_->cache.read(
-            [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
-    }
-};
-
 PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
 
-    PropertyListValue cached = LayeredReading::cachedObject(keyPath);
+    PropertyListValue cached = cachedObject(keyPath);
     if (cached.isNull()) return objectBelowTheCache(keyPath);
     if (cached.isNullMarker()) cached = nullptr;  // 2
     return cached;

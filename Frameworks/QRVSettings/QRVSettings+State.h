@@ -1,20 +1,41 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The properties of the store object. Inner header of this folder.
+// All state of the store. Inner header of this folder.
 
 #include <atomic>
+#include <string>
+#include <string_view>
 
+#include "Platform/Files/Files.h"
+#include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
+#include "Platform/Threads/ThreadAffinity.h"
+#include "QRVSettings/QRVSettings+LocalChanges.h"
+#include "QRVSettings/QRVSettings+SaveProgress.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
+
+namespace QRVInside {
+
+/// The application identifier and `ending`.
+std::string queueLabel(std::string_view ending);
+
+}  // namespace QRVInside
 
 struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
-    QRVPlatform::AtomicProperty<NSMutableDictionary> cache;
-    QRVPlatform::AtomicProperty<NSDictionary> storageCache;
+    QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
+    QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
+    QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
+
+    /// The thread that called the store first; used in builds with assertions.
+    QRVPlatform::ThreadAffinity hostThread{[](const char* function) {
+        NSLog("%@ was called on a thread other than the one that it belongs to", {function});
+    }};
 
     // Used on the main thread.
     bool disableCache = false;
@@ -24,11 +45,26 @@ struct QRVSettings::State {
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
+    /// Its records any thread may read.
+    QRVInside::LocalChanges localChanges;
+
+    // Used on `queue`.
+    /// The file that the last save left behind; missing when it failed.
+    QRVPlatform::FileIdentity lastSaved;
 
     // Set at creation and never replaced.
-    std::string location;
-    NSMutableArray localChanges;
-    NSMutableArray batchLogChanges;
-    std::unique_ptr<DispatchQueue> queue;
-    std::unique_ptr<DispatchQueue> readQueue;
+    const std::string location = QRVSettingsLocation();
+    const NSMutableArray batchLogChanges;
+    DispatchQueue queue{QRVInside::queueLabel(".settings")};
+    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read")};
 };
+
+namespace QRVInside {
+
+/// The one door to the state for the sources of this folder.
+struct StoreInside {
+    using State = QRVSettings::State;
+    static State& state() { return *QRVSettings::sharedSettings().state_; }
+};
+
+}  // namespace QRVInside

@@ -6,6 +6,10 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"
 
-/// Writes at `keyPath`; whether the value is stored at all is decided by the default at
-/// `keyPathOfDefault`. Throws as QRVSettingsSetObjectForKeyPath does.
+namespace QRVInside {
+
+/// Writes at `keyPath`. A value that equals the default at `keyPathOfDefault` is not stored. Throws
+/// as QRVSettingsSetObjectForKeyPath does.
 void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault);
+
+}  // namespace QRVInside

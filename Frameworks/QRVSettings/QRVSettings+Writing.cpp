@@ -2,26 +2,26 @@
 // Writing a setting, and saving the settings file.
 //
 // A write, plain or into a profile, on the caller's thread:
-// 1. The working tree is a copy of the stored tree, read from the file first when this process has
-// not.
+// 1. The working tree is a copy of the stored tree, which is read from the file when there is none.
 // 2. The default of the key path is looked up.
 // 3. A value that is of the default's kind and equal to it is not stored.
-// 4. The change record is made.
-// 5. The value goes into the working tree.
+// 4. The change record is created.
+// 5. The value is stored in the working tree.
 // 6. The working tree becomes the stored tree; nobody else has it.
-// 7. The cache gets the value as it was passed.
+// 7. The value is cached as it was passed, also when it is not stored.
 // 8. The save is queued with the tree and the record.
 //
-// A save, on the store's queue, posts its records to the main queue before it replaces the file, so
-// that no notification of the new file can overtake them. They stay in localChanges for 3 seconds.
+// A save, on the store's queue:
+// 1. The tree is serialised.
+// 2. The old file is backed up when its bytes would be lost.
+// 3. The records are posted to the main queue, so that no notification of the new file overtakes
+// them.
+// 4. The file is replaced.
 //
 // All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
-// several queued saves, and a save that runs after a later write may hold that write's change.
+// several queued saves, and a save that runs after a later write may contain that write's change.
 
 #include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdint>
 #include <string>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -33,14 +33,16 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Log.h"
-#include "QRVSettings/QRVSettings+PendingSaves.h"
-#include "QRVSettings/QRVSettings+StoredTree.h"
+#include "QRVSettings/QRVSettings+State.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
-namespace {
+using QRVInside::requireHostThread;
+using QRVInside::StoredFile;
+using QRVInside::StoreInside;
 
-constexpr auto localChangeLifetime = std::chrono::seconds(3);
+namespace {
 
 enum class SaveMessageLine : int {
     MissingValue = 88,
@@ -49,45 +51,44 @@ enum class SaveMessageLine : int {
     ObjectOfException = 120,
 };
 
-std::atomic<std::uint64_t> pendingSaves = 0;
-std::atomic<std::uint64_t> endedSaves = 0;
-
 void logSaveMessage(SaveMessageLine line, const char* format,
                     std::vector<PropertyListValue> arguments) {
-    logMessage("QRVSettingsSaveObjectWithLog_block_invoke", static_cast<int>(line), format,
-               std::move(arguments));
+    QRVInside::logMessage("QRVSettingsSaveObjectWithLog_block_invoke", static_cast<int>(line),
+                          format, std::move(arguments));
 }
 
-void keepAsLocalChanges(const NSArray& log) {
-    const NSMutableArray localChanges = QRVSettings::sharedSettings().localChanges();
-    localChanges.addObjectsFromArray(log);
-    DispatchMainQueue::shared().asyncAfter(localChangeLifetime, [localChanges, log] {
-        for (const PropertyListValue& record : log) localChanges.removeObject(record);
-    });
+void forgetThatTheFileMustBeBackedUp() {
+    StoreInside::state().storedFile.update([](StoredFile& file) { file.mustBeBackedUp = false; });
 }
 
-// What a save last left behind. While the file is still that, it need not be read again to know
-// that it is no damaged file. Used on the store's queue only.
-QRVPlatform::FileIdentity& lastSavedFile() {
-    static QRVPlatform::FileIdentity identity;
-    return identity;
-}
-
-bool isKept(const std::string& url, const char* reason) {
-    const QRVPlatform::FileBackup kept = QRVPlatform::backUpFile(url);
-    if (kept.error) {
-        NSLog("Prefs file not saved, the one that %@ cannot be kept aside: %@, %@",
-              {reason, kept.error.message(), url});
+bool backUp(const std::string& url, const char* reason) {
+    const QRVPlatform::FileBackup backup = QRVPlatform::backUpFile(url);
+    if (backup.error) {
+        NSLog("Prefs file not saved, the old one %@ and cannot be backed up: %@, %@",
+              {reason, backup.error.message(), url});
         return false;
     }
-    NSLog("Prefs file %@, its bytes are kept: %@", {reason, kept.path});
+    NSLog("Prefs file %@, it is backed up as %@", {reason, backup.path});
+    forgetThatTheFileMustBeBackedUp();
     return true;
 }
 
-// Whether the old file may be replaced: it is missing, empty or a settings file that this process
-// knows, or its bytes have been kept beside it.
-bool oldFileMayBeReplaced(const std::string& url) {
-    if (QRVPlatform::identityOfFileAtPath(url) == lastSavedFile()) return true;
+// Null when the file need not be backed up before it is replaced.
+const char* reasonToBackUp(const QRVPlatform::FileContents& file) {
+    if (!file.error && file.bytes.empty()) return nullptr;
+    const bool isSettings =
+        !file.error &&
+        NSPropertyListSerialization::propertyListWithData(file.bytes).value.isDictionary();
+    if (!isSettings) return "was damaged";
+    const bool isUnknown = StoreInside::state().storedFile.read(
+        [](const StoredFile& stored) { return stored.mustBeBackedUp; });
+    return isUnknown ? "could not be read before" : nullptr;
+}
+
+// Backs up the old file when its bytes would be lost. False when it must not be replaced.
+bool secureOldFile(const std::string& url) {
+    // The file of this process's last save is not damaged, and need not be read to know that.
+    if (QRVPlatform::identityOfFileAtPath(url) == StoreInside::state().lastSaved) return true;
     const QRVPlatform::FileContents file =
         QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
     if (file.isMissing()) return true;
@@ -96,22 +97,21 @@ bool oldFileMayBeReplaced(const std::string& url) {
               {file.error.message(), url});
         return false;
     }
-    if (!file.error && file.bytes.empty()) return true;
-    const bool isSettings =
-        !file.error &&
-        NSPropertyListSerialization::propertyListWithData(file.bytes).value.isDictionary();
-    if (!isSettings) return isKept(url, "was damaged");
-    if (!storedTreeLacksTheFile()) return true;
-    if (!isKept(url, "could not be read before")) return false;
-    storedTreeNeedNotHaveTheFile();
-    return true;
+    const char* const reason = reasonToBackUp(file);
+    return reason == nullptr || backUp(url, reason);
 }
 
 void replaceSettingsFile(const std::string& url, const std::string& bytes, const NSArray& log) {
-    if (!oldFileMayBeReplaced(url)) return;
-    if (!log.isNull()) DispatchMainQueue::shared().async([log] { keepAsLocalChanges(log); });
-    lastSavedFile() = QRVPlatform::replaceFile(url, bytes) ? QRVPlatform::FileIdentity()
-                                                           : QRVPlatform::identityOfFileAtPath(url);
+    if (!secureOldFile(url)) return;  // 2
+    StoreInside::State& state = StoreInside::state();
+    if (!log.isNull())  // 3
+        DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
+    if (QRVPlatform::replaceFile(url, bytes)) {  // 4
+        state.lastSaved = {};
+        return;
+    }
+    state.lastSaved = QRVPlatform::identityOfFileAtPath(url);
+    forgetThatTheFileMustBeBackedUp();
 }
 
 void save(const NSDictionary& object, const NSArray& log) {
@@ -121,13 +121,13 @@ void save(const NSDictionary& object, const NSArray& log) {
         return;
     }
     try {
-        const auto serialised = NSPropertyListSerialization::dataWithPropertyList(object);
+        const auto serialised = NSPropertyListSerialization::dataWithPropertyList(object);  // 1
         if (serialised.error) {
             logSaveMessage(SaveMessageLine::SerialisationError, "%@",
                            {serialised.error->description()});
             return;
         }
-        // In the store's name: its own presenter does not hear of this write.
+        // With the store as presenter, so that it is not notified of its own write.
         NSFileCoordinator coordinator(&QRVSettings::sharedSettings());
         coordinator.coordinateWritingItemAtURL(
             QRVSettings::sharedSettings().location(),
@@ -150,7 +150,8 @@ NSDictionary changeRecord(QRVKeyPath keyPath) {
 
 }  // namespace
 
-void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault) {
+void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
+                             QRVKeyPath keyPathOfDefault) {
     requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     NSMutableDictionary working = storedTree().mutableCopy();  // 1
@@ -167,7 +168,7 @@ void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,
                                              bool /*withCache*/) {
-    writeSetting(value, keyPath, keyPath);
+    QRVInside::writeSetting(value, keyPath, keyPath);
 }
 
 void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {
@@ -176,29 +177,16 @@ void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath k
 
 void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
     requireHostThread();
-    const QRVSettings& store = QRVSettings::sharedSettings();
-    if (store.inBatchSave()) {
-        store.batchLogChanges().addObjectsFromArray(log);
+    StoreInside::State& state = StoreInside::state();
+    if (state.inBatchSave) {
+        state.batchLogChanges.addObjectsFromArray(log);
         return;
     }
-    ++pendingSaves;
-    store.queue().async([object, log] {
+    state.saves.begin();
+    state.queue.async([&state, object, log] {
         save(object, log);
-        ++endedSaves;
-        --pendingSaves;
+        state.saves.end();
     });
-}
-
-std::uint64_t countOfEndedSaves() {
-    return endedSaves;
-}
-
-bool isLastSave(const QRVPlatform::FileIdentity& file) {
-    return !file.isMissing() && file == lastSavedFile();
-}
-
-bool isSavePending() {
-    return pendingSaves != 0;
 }
 
 void QRVSettingsSaveObject(const NSDictionary& object) {

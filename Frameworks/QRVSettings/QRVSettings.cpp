@@ -3,13 +3,21 @@
 
 #include "QRVSettings/QRVSettings.h"
 
+#include <utility>
+
 #include "Platform/Files/Files.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
-#include "QRVSettings/QRVSettings+Watching.h"
+#include "QRVSettings/QRVSettings+WatchStart.h"
+
+using QRVInside::requireHostThread;
 
 namespace {
 constexpr std::string_view applicationIdentifier = QRV_APPLICATION_IDENTIFIER;
+}
+
+std::string QRVInside::queueLabel(std::string_view ending) {
+    return std::string(applicationIdentifier) + std::string(ending);
 }
 
 QRVSettings& QRVSettings::sharedSettings() {
@@ -18,14 +26,7 @@ QRVSettings& QRVSettings::sharedSettings() {
     return *shared;
 }
 
-QRVSettings::QRVSettings() : state_(std::make_unique<State>()) {
-    const std::string identifier(applicationIdentifier);
-    state_->location = QRVSettingsLocation();
-    state_->cache.store(NSMutableDictionary());
-    state_->storageCache.store(nullptr);
-    state_->queue = std::make_unique<DispatchQueue>(identifier + ".settings");
-    state_->readQueue = std::make_unique<DispatchQueue>(identifier + ".settings.read");
-}
+QRVSettings::QRVSettings() : state_(std::make_unique<State>()) {}
 
 std::string QRVSettingsLocation() {
     const std::string library = QRVPlatform::userLibraryFolder();
@@ -37,7 +38,7 @@ bool QRVSettings::exists() const {
     return QRVPlatform::fileExistsAtPath(state_->location);
 }
 
-// Never destroyed, but the destructor of the presenter that it is has to be there.
+// Never called; the destructor of a presenter is virtual and has to exist.
 QRVSettings::~QRVSettings() = default;
 
 void QRVSettings::prepare() {
@@ -45,7 +46,7 @@ void QRVSettings::prepare() {
     setActiveProfile("default");
     migrate();
     if (!monitorFileChanges() || presenterQueue()) return;
-    beginToWatchTheFile();
+    QRVInside::beginToWatchTheFile();
 }
 
 bool QRVSettings::monitorFileChanges() const {
@@ -61,8 +62,8 @@ bool QRVSettings::disableCache() const {
 void QRVSettings::setDisableCache(bool disableCache) {
     requireHostThread();
     state_->disableCache = disableCache;
-    // Whatever the flag: nothing makes a cache again, so a host that once touched it reads the
-    // layers below for good.
+    // Whatever the flag is: nothing creates another cache, so that a host that once set it reads
+    // the layers below for good.
     state_->cache.store(nullptr);
 }
 
@@ -110,10 +111,12 @@ void QRVSettings::setCache(NSMutableDictionary cache) {
 }
 
 NSDictionary QRVSettings::storageCache() const {
-    return state_->storageCache.load();
+    return state_->storedFile.read([](const QRVInside::StoredFile& file) { return file.tree; });
 }
 void QRVSettings::setStorageCache(NSDictionary storageCache) {
-    state_->storageCache.store(std::move(storageCache));
+    state_->storedFile.update([&storageCache](QRVInside::StoredFile& file) {
+        return std::exchange(file.tree, std::move(storageCache));
+    });
 }
 
 const PropertyListValue& QRVSettings::currentAppearance() const {
@@ -133,7 +136,7 @@ void QRVSettings::setInBatchSave(bool inBatchSave) {
 }
 
 NSMutableArray QRVSettings::localChanges() const {
-    return state_->localChanges;
+    return state_->localChanges.records();
 }
 NSMutableArray QRVSettings::batchLogChanges() const {
     return state_->batchLogChanges;
@@ -147,10 +150,10 @@ void QRVSettings::setModificationDate(std::optional<NSDate> modificationDate) {
 }
 
 DispatchQueue& QRVSettings::queue() const {
-    return *state_->queue;
+    return state_->queue;
 }
 DispatchQueue& QRVSettings::readQueue() const {
-    return *state_->readQueue;
+    return state_->readQueue;
 }
 
 std::shared_ptr<NSOperationQueue> QRVSettings::presenterQueue() const {

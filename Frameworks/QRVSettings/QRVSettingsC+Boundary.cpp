@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The way over the boundary: arguments that are checked, and exceptions that become results.
+// The boundary between C and C++: checks arguments, and turns exceptions into results.
 
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
@@ -7,7 +7,7 @@
 
 #include "Platform/PropertyLists/Unicode.h"
 
-namespace CInterface {
+namespace QRVInside::CInterface {
 namespace {
 
 std::string& lastError() {
@@ -40,7 +40,7 @@ qrv_result keepAsLastError() noexcept {
     } catch (const std::exception& error) {
         return keep(QRV_ERROR_FAILED, error.what());
     } catch (...) {
-        return keep(QRV_ERROR_FAILED, "an exception that says nothing");
+        return keep(QRV_ERROR_FAILED, "an exception of an unknown type");
     }
 }
 
@@ -55,11 +55,14 @@ const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind
                   "the value is of another kind: " + QRVPlatform::description(found));
 }
 
-const char* textOf(const char* text) {
-    if (text == nullptr) return text;
+void requireUTF8(std::string_view text) {
     if (const auto position = QRVPlatform::PropertyLists::positionOfBrokenUTF8(text))
         throw Refusal(QRV_ERROR_NOT_UTF8,
                       "the text is not UTF-8 from byte " + std::to_string(*position));
+}
+
+const char* textOf(const char* text) {
+    if (text != nullptr) requireUTF8(text);
     return text;
 }
 
@@ -73,8 +76,8 @@ Context contextOf(void* context, qrv_destroy destroy) {
             }};
 }
 
-}  // namespace CInterface
+}  // namespace QRVInside::CInterface
 
 const char* qrv_last_error(void) {
-    return CInterface::lastError().c_str();
+    return QRVInside::CInterface::lastError().c_str();
 }

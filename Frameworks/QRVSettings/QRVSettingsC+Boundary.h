@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What every function of the C interface is made of. Inner header of this folder.
+// The parts of every function of the C interface. Inner header of this folder.
 
 #include <atomic>
 #include <cstddef>
@@ -9,6 +9,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -22,9 +23,9 @@ struct qrv_value {
     const std::string text;  ///< of a string: its characters have no zero byte behind them
 };
 
-namespace CInterface {
+namespace QRVInside::CInterface {
 
-/// An argument that never reaches C++.
+/// An argument that the C interface itself rejects.
 class Refusal : public std::runtime_error {
   public:
     Refusal(qrv_result result, const std::string& reason)
@@ -35,7 +36,7 @@ class Refusal : public std::runtime_error {
     qrv_result result_;
 };
 
-/// To be called where an exception has been caught.
+/// The result for the exception being handled. To be called in a catch clause.
 qrv_result keepAsLastError() noexcept;
 
 template <typename Pointer>
@@ -45,10 +46,12 @@ Pointer notNull(Pointer pointer, const char* name) {
 }
 
 const PropertyListValue& valueOf(const qrv_value* value);
-/// Refuses what is of another kind.
+/// Refuses a value of another kind.
 const PropertyListValue& valueOf(const qrv_value* value, PropertyListValue::Kind kind);
 
-/// Both refuse what is not UTF-8, but not NULL.
+/// Refuses text that is not UTF-8.
+void requireUTF8(std::string_view text);
+/// Both refuse text that is not UTF-8; NULL is accepted.
 const char* textOf(const char* text);
 QRVKeyPath keyPathOf(const char* text);
 
@@ -62,7 +65,7 @@ qrv_result perform(const Body& body) noexcept {
     }
 }
 
-/// The place of a result, emptied.
+/// Where a result goes, reset.
 template <typename Result>
 Result& emptied(Result* place) {
     return *notNull(place, "the place of the result") = Result();
@@ -86,8 +89,8 @@ qrv_result giveValue(qrv_value** place, const Answer& answer) {
     return give(place, [&] { return newHandle(answer()); });
 }
 
-/// Its last copy destroys it.
+/// A host's context; its last copy destroys it.
 using Context = std::shared_ptr<void>;
 Context contextOf(void* context, qrv_destroy destroy);
 
-}  // namespace CInterface
+}  // namespace QRVInside::CInterface

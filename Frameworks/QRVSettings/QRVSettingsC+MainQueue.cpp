@@ -7,9 +7,11 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
-using CInterface::give;
-using CInterface::notNull;
-using CInterface::perform;
+using QRVInside::CInterface::Context;
+using QRVInside::CInterface::contextOf;
+using QRVInside::CInterface::give;
+using QRVInside::CInterface::notNull;
+using QRVInside::CInterface::perform;
 
 namespace {
 
@@ -18,7 +20,7 @@ DispatchMainQueue& mainQueue() {
 }
 
 std::function<void()> workOf(qrv_work work, void* context, qrv_destroy destroy) {
-    CInterface::Context owned = CInterface::contextOf(context, destroy);
+    Context owned = contextOf(context, destroy);
     return [work = notNull(work, "the work"), owned = std::move(owned)] { work(owned.get()); };
 }
 

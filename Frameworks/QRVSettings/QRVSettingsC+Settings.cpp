@@ -4,12 +4,12 @@
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
-using CInterface::give;
-using CInterface::giveValue;
-using CInterface::keyPathOf;
-using CInterface::perform;
-using CInterface::textOf;
-using CInterface::valueOf;
+using QRVInside::CInterface::give;
+using QRVInside::CInterface::giveValue;
+using QRVInside::CInterface::keyPathOf;
+using QRVInside::CInterface::perform;
+using QRVInside::CInterface::textOf;
+using QRVInside::CInterface::valueOf;
 
 namespace {
 

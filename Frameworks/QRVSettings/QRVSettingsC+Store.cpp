@@ -4,9 +4,13 @@
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
-using CInterface::give;
-using CInterface::giveValue;
-using CInterface::perform;
+using QRVInside::CInterface::Context;
+using QRVInside::CInterface::contextOf;
+using QRVInside::CInterface::give;
+using QRVInside::CInterface::giveValue;
+using QRVInside::CInterface::newHandle;
+using QRVInside::CInterface::perform;
+using QRVInside::CInterface::textOf;
 
 namespace {
 
@@ -14,16 +18,16 @@ QRVSettings& store() {
     return QRVSettings::sharedSettings();
 }
 
-/// The handle lives during the call; a handler that retains it keeps it.
+/// The handler borrows the handle for the call, and may retain it.
 void tell(qrv_change_handler handler, const NSArray& keyPaths, void* context) {
-    const std::unique_ptr<qrv_value, decltype(&qrv_value_release)> handle(
-        CInterface::newHandle(keyPaths), qrv_value_release);
+    const std::unique_ptr<qrv_value, decltype(&qrv_value_release)> handle(newHandle(keyPaths),
+                                                                          qrv_value_release);
     handler(handle.get(), context);
 }
 
 QRVSettings::ChangeHandler changeHandler(qrv_change_handler handler, void* context,
                                          qrv_destroy destroy) {
-    CInterface::Context owned = CInterface::contextOf(context, destroy);
+    Context owned = contextOf(context, destroy);
     if (handler == nullptr) return nullptr;
     return [handler, owned = std::move(owned)](const NSArray& keyPaths) {
         tell(handler, keyPaths, owned.get());
@@ -94,7 +98,7 @@ qrv_result qrv_store_active_profile(qrv_value** profile) {
 
 qrv_result qrv_store_set_active_profile(const char* profile) {
     return perform([&] {
-        const char* const name = CInterface::textOf(profile);
+        const char* const name = textOf(profile);
         store().setActiveProfile(name == nullptr ? std::nullopt : std::optional<std::string>(name));
     });
 }

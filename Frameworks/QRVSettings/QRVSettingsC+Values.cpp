@@ -4,17 +4,19 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/PropertyLists/Unicode.h"
 #include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
-using CInterface::emptied;
-using CInterface::give;
-using CInterface::giveValue;
-using CInterface::notNull;
-using CInterface::perform;
-using CInterface::Refusal;
-using CInterface::valueOf;
+using QRVInside::CInterface::emptied;
+using QRVInside::CInterface::give;
+using QRVInside::CInterface::giveValue;
+using QRVInside::CInterface::newHandle;
+using QRVInside::CInterface::notNull;
+using QRVInside::CInterface::perform;
+using QRVInside::CInterface::Refusal;
+using QRVInside::CInterface::requireUTF8;
+using QRVInside::CInterface::textOf;
+using QRVInside::CInterface::valueOf;
 using Kind = PropertyListValue::Kind;
 
 namespace {
@@ -53,9 +55,7 @@ const char* bytesOf(const void* bytes, std::size_t length) {
 
 PropertyListValue stringOf(const char* text, std::size_t length) {
     const std::string_view characters(bytesOf(text, length), length);
-    if (const auto position = QRVPlatform::PropertyLists::positionOfBrokenUTF8(characters))
-        throw Refusal(QRV_ERROR_NOT_UTF8,
-                      "the text is not UTF-8 from byte " + std::to_string(*position));
+    requireUTF8(characters);
     return characters;
 }
 
@@ -73,7 +73,7 @@ PropertyListValue arrayOf(const qrv_value* const* elements, std::size_t count) {
 }
 
 PropertyListValue keyOf(const char* const* keys, std::size_t index) {
-    return CInterface::textOf(notNull(notNull(keys, "the list of keys")[index], "a key"));
+    return textOf(notNull(notNull(keys, "the list of keys")[index], "a key"));
 }
 
 PropertyListValue dictionaryOf(const char* const* keys, const qrv_value* const* elements,
@@ -240,7 +240,7 @@ qrv_result qrv_value_get_element(const qrv_value* array, size_t index, qrv_value
 
 qrv_result qrv_value_get_entry(const qrv_value* dictionary, const char* key, qrv_value** element) {
     return giveValue(element, [&] {
-        const char* const text = CInterface::textOf(notNull(key, "the key"));
+        const char* const text = textOf(notNull(key, "the key"));
         return valueOf(dictionary, Kind::Dictionary).dictionary().objectForKey(text);
     });
 }
@@ -257,7 +257,7 @@ qrv_result qrv_value_get_entries(const qrv_value* dictionary, qrv_value** keys,
             foundElements.addObject(element);
         }
         auto handleOfKeys = std::make_unique<qrv_value>(foundKeys.copy());
-        elementsPlace = CInterface::newHandle(foundElements.copy());
+        elementsPlace = newHandle(foundElements.copy());
         keysPlace = handleOfKeys.release();
     });
 }

@@ -93,11 +93,11 @@ def host(library, path):
     except RuntimeError as error:
         assert "NULL" in str(error), error
 
-    # Of another key path: what this process has just written itself is not told to it.
+    # Another key path: those that this process has just written are left out.
     subprocess.run([sys.executable, __file__, path, "--write"], check=True)
     library.drain_until(lambda: b"UpdateFrequency" in changed)
     assert library.integer(b"UpdateFrequency") == WRITTEN_BY_THE_OTHER, "what the other one wrote"
-    print("read, written, refused, and told of a change")
+    print("read, written, refused, and received a change")
 
 
 def main():

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Runs each test of the C interface in a process and a folder of its own.
 #define _XOPEN_SOURCE 700
 
 #include <ftw.h>

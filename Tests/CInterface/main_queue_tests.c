@@ -45,7 +45,7 @@ static void a_run_ends_by_stop(void) {
     CHECK(calls == 1);
 }
 
-static void a_wait_tells_whether_there_is_work(void) {
+static void a_wait_returns_whether_there_is_work(void) {
     bool has_work = true;
     int calls = 0;
     OK(qrv_main_queue_wait(0, &has_work));
@@ -71,7 +71,7 @@ const test main_queue_tests[] = {
     {"the descriptor is readable while there is work",
      the_descriptor_is_readable_while_there_is_work},
     {"a run ends by stop", a_run_ends_by_stop},
-    {"a wait tells whether there is work", a_wait_tells_whether_there_is_work},
+    {"a wait returns whether there is work", a_wait_returns_whether_there_is_work},
     {"no work is an error", no_work_is_an_error},
     {NULL, NULL},
 };

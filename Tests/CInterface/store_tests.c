@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The store object: its start, its properties, and what it tells of other processes.
+// The store object: its start, its properties, and changes by other processes.
 
 #include <string.h>
 
@@ -65,7 +65,7 @@ static void a_start_makes_defaults_and_a_profile(void) {
     check_kind(value, QRV_KIND_DICTIONARY);
 }
 
-static void the_machine_is_told_as_it_is_recorded(void) {
+static void the_machine_is_the_recorded_one(void) {
     qrv_value* device_id = NULL;
     qrv_value* model = NULL;
     qrv_value* recorded = NULL;
@@ -98,7 +98,7 @@ static bool has_a_local_change(void) {
     return number_of_local_changes() == 1;
 }
 
-static void a_save_is_kept_as_a_local_change(void) {
+static void a_save_becomes_a_local_change(void) {
     CHECK(number_of_local_changes() == 0);
     set_integer("a", 1);
     drain_until(has_a_local_change);
@@ -107,7 +107,7 @@ static void a_save_is_kept_as_a_local_change(void) {
 static qrv_value* kept_key_paths;
 static int ends_of_context;
 
-/// Tells no more afterwards; its context has to outlive that.
+/// Called once: it removes itself, and its context has to outlive that.
 static void keep_key_paths_once(qrv_value* key_paths, void* context) {
     CHECK(context == &ends_of_context);
     kept_key_paths = qrv_value_retain(key_paths);
@@ -115,7 +115,7 @@ static void keep_key_paths_once(qrv_value* key_paths, void* context) {
     CHECK(ends_of_context == 0);
 }
 
-static bool is_told(void) {
+static bool has_arrived(void) {
     return kept_key_paths != NULL;
 }
 
@@ -124,7 +124,7 @@ static void change_a_setting(void) {
     OK(qrv_store_wait_for_saves());
 }
 
-static void what_another_process_changes_is_told(void) {
+static void what_another_process_changes_has_arrived(void) {
     qrv_value* value = NULL;
     size_t count = 0;
     prepare_other_process(change_a_setting);
@@ -135,7 +135,7 @@ static void what_another_process_changes_is_told(void) {
     OK(qrv_store_prepare());
     OK(qrv_store_wait_for_saves());
     other_process_begins();
-    drain_until(is_told);
+    drain_until(has_arrived);
     CHECK(ends_of_context == 1);
     CHECK(integer_at("UpdateFrequency") == 5);
     bool is_among = false;
@@ -187,9 +187,9 @@ const test store_tests[] = {
     {"flags are kept", flags_are_kept},
     {"a disabled cache is gone", a_disabled_cache_is_gone},
     {"a start makes defaults and a profile", a_start_makes_defaults_and_a_profile},
-    {"the machine is told as it is recorded", the_machine_is_told_as_it_is_recorded},
-    {"a save is kept as a local change", a_save_is_kept_as_a_local_change},
-    {"what another process changes is told", what_another_process_changes_is_told},
+    {"the machine is the recorded one", the_machine_is_the_recorded_one},
+    {"a save becomes a local change", a_save_becomes_a_local_change},
+    {"what another process changes arrives", what_another_process_changes_has_arrived},
     {"the context of a handler ends with it", the_context_of_a_handler_ends_with_it},
     {"a profile that is not UTF-8 is an error", a_profile_that_is_not_utf8_is_an_error},
     {"a property without a place is an error", a_property_without_a_place_is_an_error},

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The log for developers: what reaches a sink, when, and on which thread.
 #include <gtest/gtest.h>
 
 #include <future>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The menu bar's appearance: names, the current one, and the stored one.
 #include <gtest/gtest.h>
 
 #include <array>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Batches and imports: many writes, one save.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The key paths of the differences of two trees.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Colours as text in the settings and as objects in the cache.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -65,7 +66,7 @@ TEST(ReadingAColour, TakesTheNumberThatAPieceBeginsWith) {
               NSColor::colorWithSRGBRed(0.5, 0.25, 1, static_cast<double>(0.1F)));
 }
 
-TEST(ReadingAColour, KnowsNoHexadecimalAndNoNamedNumbers) {
+TEST(ReadingAColour, AcceptsNeitherHexadecimalNorNamedNumbers) {
     EXPECT_EQ(colorOfText("0x10 inf nan -infinity"), NSColor::colorWithSRGBRed(0, 0, 0, 0));
 }
 

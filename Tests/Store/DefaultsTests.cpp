@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The built-in defaults, compared with a list, and how they follow the locale.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +14,8 @@
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
+using QRVInside::ClockRule;
+using QRVInside::clockRuleForPattern;
 using StoreSupport::writeSettings;
 
 namespace {
@@ -83,7 +86,7 @@ std::string kindOf(const PropertyListValue& value) {
     return name == names.end() ? "another" : name->second;
 }
 
-/// Text that tells the kinds inside of containers apart as well.
+/// Text in which values of different kinds differ, inside containers too.
 std::string exactly(const PropertyListValue& value) {
     return NSPropertyListSerialization::dataWithPropertyList(value).bytes;
 }

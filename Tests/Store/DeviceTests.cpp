@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The identity of the machine, and the settings that another machine resets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

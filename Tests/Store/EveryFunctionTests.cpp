@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Every function that hosts may call, each on the threads where it may be called, all at once:
-// made for ThreadSanitizer. A new exported function belongs into one of the tables.
+// for ThreadSanitizer. A new exported function belongs in one of the tables.
 
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ NSMutableArray& sharedArray() {
     return array;
 }
 
-/// Keeps what a call gives from being thought of no use.
+/// Keeps the compiler from removing a call whose result is not used.
 template <typename... Results>
 void use(const Results&...) {}
 

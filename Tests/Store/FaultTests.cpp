@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A save that is cut off at each of its system calls, and one of which each call fails; and the
-// order of the calls, on which it depends what a crash of the system leaves.
+// Saves that are killed at each of their system calls, and saves of which each call fails; and the
+// order of the calls, which decides what a crash of the system leaves.
 
 #include <gtest/gtest.h>
 
@@ -157,12 +157,12 @@ TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
         for (bool hasFailed = true; hasFailed; ++unlucky) {
             StoreSupport::writeSettings(before);
             const int calls = runWithFailureOf(unlucky, error, [] {
-                const bool isKept = write("A", "first");
+                const bool isWritten = write("A", "first");
                 endOfFailures();
                 const NSDictionary left = fileTree();
                 const bool isWhole =
                     left == before || left == first || left == NSDictionary{{"A", "first"}};
-                return isKept && isWhole && write("B", "second");
+                return isWritten && isWhole && write("B", "second");
             });
             hasFailed = calls > unlucky;
             const NSDictionary left = fileTree();
@@ -174,13 +174,13 @@ TEST(Faults, WhicheverCallOfASaveFailsNothingIsLost) {
                 continue;
             }
             // The file could not be read, and was not known when it was replaced.
-            const std::string kept = QRVSettingsLocation() + ".damaged-1";
+            const std::string backup = QRVSettingsLocation() + ".damaged-1";
             ASSERT_EQ(
-                NSPropertyListSerialization::propertyListWithData(StoreSupport::contentsOf(kept))
+                NSPropertyListSerialization::propertyListWithData(StoreSupport::contentsOf(backup))
                     .value.dictionary(),
                 before)
                 << unlucky << " " << std::strerror(error);
-            std::filesystem::remove(kept);
+            std::filesystem::remove(backup);
         }
         EXPECT_GT(unlucky, 15);
         failures += unlucky - 1;
@@ -195,10 +195,10 @@ TEST(Faults, WhicheverCallOfAFirstSaveFailsTheNextOneMakesTheFile) {
         for (bool hasFailed = true; hasFailed; ++unlucky) {
             std::filesystem::remove_all(folder().parent_path());
             const int calls = runWithFailureOf(unlucky, error, [] {
-                const bool isKept = write("A", "first");
+                const bool isWritten = write("A", "first");
                 endOfFailures();
                 const NSDictionary left = fileTree();
-                return isKept && (left.isNull() || left == NSDictionary{{"A", "first"}}) &&
+                return isWritten && (left.isNull() || left == NSDictionary{{"A", "first"}}) &&
                        write("B", "second");
             });
             hasFailed = calls > unlucky;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Trees as flat maps from key paths to leaves.
 #include <gtest/gtest.h>
 
 #include "QRVSettings/NSDictionary+QRV.h"

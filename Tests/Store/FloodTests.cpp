@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Eight processes that write and watch one settings file at once, while they are killed at random
-// moments. QRV_FLOOD_KILLS says how often; without it a short run is made.
+// moments. QRV_FLOOD_KILLS is the number of kills; without it the run is short.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Settings files of earlier shapes, and what becomes of each: Tests/Golden.
+// Settings files of earlier versions (Tests/Golden), and the result of migrating each.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Memory over many writes and reloads. QRV_GROWTH_ROUNDS says how many; without it a short run is
-// made.
+// Memory over many writes and reloads. QRV_GROWTH_ROUNDS is their number; without it the run is
+// short.
 
 #include <gtest/gtest.h>
 
@@ -25,13 +25,16 @@ int roundsWanted() {
     return text == nullptr ? aFew : std::stoi(text);
 }
 
-/// What the process keeps when it has nothing to do: saves have run, and no change record is left.
+/// What the process keeps when it has nothing to do: saves have run, and neither a change record
+/// nor a timer of one is left.
 std::size_t bytesAtRest() {
     QRVSettings& store = QRVSettings::sharedSettings();
     finishSaves();
     store.readQueue().sync([] {});
     DispatchMainQueue::shared().drain();
     EXPECT_TRUE(drainUntil([&] { return store.localChanges().count() == 0; }));
+    while (DispatchMainQueue::shared().wait(std::chrono::milliseconds(100)))
+        DispatchMainQueue::shared().drain();
     return allocatedBytes();
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Calls on a thread that is not the host's.
 #include <gtest/gtest.h>
 
 #include <thread>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reading and writing a tree by key path.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

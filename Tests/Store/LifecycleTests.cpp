@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The store object at its creation, and its properties.
 #include <gtest/gtest.h>
 
 #include <array>

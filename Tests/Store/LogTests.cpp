@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the logs of a store are told, and what they never hold: users send them along when they
-// report a fault.
+// What the store writes to its logs, and what it never writes there: users send them along when
+// they report a fault.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Settings of earlier versions, and what a migration leaves unchanged.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

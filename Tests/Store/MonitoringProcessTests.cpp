@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Two processes and one settings file: what one writes, the other's change handler is given.
+// Two processes and one settings file: what one writes reaches the other's change handler.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What somebody else makes of the settings: everything there is, and one more.
+/// The settings of the file with one more, as somebody else writes them.
 std::string bytesWith(const std::string& key) {
     const NSDictionary stored = fileTree();
     const NSMutableDictionary tree = stored.isNull() ? NSMutableDictionary() : stored.mutableCopy();
@@ -38,7 +38,8 @@ void replaceFileWith(const std::string& key) {
 
 enum class AtStart { Saves, LeavesTheFileAlone };
 
-/// This process as a host that has started and watches, with what it was told so far.
+/// This process as a host that has started and watches, with the key paths that its handler
+/// received.
 class Host {
   public:
     explicit Host(AtStart atStart = AtStart::Saves) {
@@ -47,7 +48,8 @@ class Host {
         store.setInBatchSave(atStart == AtStart::LeavesTheFileAlone);
         store.setMonitorFileChanges(true);
         store.setOnChange([this](const NSArray& changes) {
-            for (const PropertyListValue& keyPath : changes) told_.insert(keyPath.stringValue());
+            for (const PropertyListValue& keyPath : changes)
+                received_.insert(keyPath.stringValue());
         });
         store.loadDefaults();
         store.prepare();
@@ -57,16 +59,16 @@ class Host {
     Host& operator=(const Host&) = delete;
     ~Host() { QRVSettings::sharedSettings().setOnChange(nullptr); }
 
-    [[nodiscard]] const std::multiset<std::string>& told() const { return told_; }
-    /// False when it is not told of it until the deadline.
-    [[nodiscard]] bool hearsOf(const std::string& keyPath) const {
-        return drainUntil([&] { return told_.contains(keyPath); });
+    [[nodiscard]] const std::multiset<std::string>& received() const { return received_; }
+    /// False when the key path has not arrived by the deadline.
+    [[nodiscard]] bool receives(const std::string& keyPath) const {
+        return drainUntil([&] { return received_.contains(keyPath); });
     }
 
-    /// All that the watcher saw before has been handled then.
-    void hearOfAChangeBySomebodyElse() const {
+    /// When this returns, everything that the watcher noticed before is handled.
+    void receiveAChangeBySomebodyElse() const {
         replaceFileWith("Other");
-        EXPECT_TRUE(hearsOf("Other"));
+        EXPECT_TRUE(receives("Other"));
         settle();
     }
 
@@ -78,7 +80,7 @@ class Host {
         EXPECT_TRUE(drainUntil([&] { return localChanges.count() == 0; }));
     }
 
-    /// Everything that the watcher has been told of has been handled.
+    /// Returns when every change that the watcher has noticed is handled.
     static void settle() {
         QRVSettings& store = QRVSettings::sharedSettings();
         store.readQueue().sync([] {});
@@ -86,7 +88,7 @@ class Host {
     }
 
   private:
-    std::multiset<std::string> told_;
+    std::multiset<std::string> received_;
 };
 
 // Made before the host's threads are, so that the fork copies none of them.
@@ -129,8 +131,8 @@ TEST(Monitoring, AChangeByAnotherProcessReachesTheHandler) {
     const Host host;
     EXPECT_TRUE(QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled"));
     ASSERT_TRUE(writer.run());
-    EXPECT_TRUE(host.hearsOf("CPU.Menubar.Enabled"));
-    EXPECT_EQ(host.told().size(), 1U);
+    EXPECT_TRUE(host.receives("CPU.Menubar.Enabled"));
+    EXPECT_EQ(host.received().size(), 1U);
     EXPECT_FALSE(QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled"));
 }
 
@@ -143,8 +145,8 @@ TEST(Monitoring, ABatchOfAnotherProcessArrivesAsOneChange) {
     });
     const Host host;
     ASSERT_TRUE(writer.run());
-    EXPECT_TRUE(drainUntil([&] { return !host.told().empty(); }));
-    EXPECT_EQ(host.told(), (std::multiset<std::string>{"X.A", "X.B"}));
+    EXPECT_TRUE(drainUntil([&] { return !host.received().empty(); }));
+    EXPECT_EQ(host.received(), (std::multiset<std::string>{"X.A", "X.B"}));
 }
 
 TEST(Monitoring, TheFinalContentsArriveHoweverManySavesThereWere) {
@@ -160,27 +162,27 @@ TEST(Monitoring, TheFinalContentsArriveHoweverManySavesThereWere) {
     EXPECT_TRUE(drainUntil([] { return QRVSettingsObjectForKeyPath("Counter") == saves; }));
 }
 
-TEST(Monitoring, TheWriterIsNotToldOfItsOwnSaves) {
+TEST(Monitoring, TheWriterDoesNotReceiveItsOwnSaves) {
     const Host host;
     const SystemLogLines log;
     for (int number = 1; number <= 100; ++number) QRVSettingsSetObjectForKeyPath(number, "Own");
     finishSaves();
-    host.hearOfAChangeBySomebodyElse();
-    EXPECT_EQ(host.told(), (std::multiset<std::string>{"Other"}));
+    host.receiveAChangeBySomebodyElse();
+    EXPECT_EQ(host.received(), (std::multiset<std::string>{"Other"}));
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 100);
 }
 
 TEST(Monitoring, AnEditorsWriteInPiecesArrivesWhole) {
     const Host host;
-    host.hearOfAChangeBySomebodyElse();
+    host.receiveAChangeBySomebodyElse();
     const std::string bytes = bytesWith("Edited");
     {
         std::ofstream file(QRVSettingsLocation(), std::ios::binary);
         for (const char byte : bytes) file.put(byte).flush();
     }
-    EXPECT_TRUE(host.hearsOf("Edited"));
+    EXPECT_TRUE(host.receives("Edited"));
     Host::settle();
-    EXPECT_EQ(host.told(), (std::multiset<std::string>{"Edited", "Other"}));
+    EXPECT_EQ(host.received(), (std::multiset<std::string>{"Edited", "Other"}));
 }
 
 TEST(Monitoring, DeletingAndCreatingTheFileArrives) {
@@ -188,9 +190,9 @@ TEST(Monitoring, DeletingAndCreatingTheFileArrives) {
     Host::forgetOwnChanges();
     const NSDictionary tree = fileTree();
     std::filesystem::remove(QRVSettingsLocation());
-    EXPECT_TRUE(host.hearsOf("Device.Model"));
+    EXPECT_TRUE(host.receives("Device.Model"));
     StoreSupport::writeSettings(tree);
-    EXPECT_TRUE(drainUntil([&] { return host.told().count("Device.Model") == 2; }));
+    EXPECT_TRUE(drainUntil([&] { return host.received().count("Device.Model") == 2; }));
     EXPECT_EQ(QRVSettingsStoredValues(), tree);
 }
 
@@ -201,7 +203,7 @@ TEST(Monitoring, RestoringAnOlderFileArrives) {
     const auto date = std::filesystem::file_time_type::clock::now() - std::chrono::hours(48);
     std::filesystem::last_write_time(backup, date);
     std::filesystem::rename(backup, QRVSettingsLocation());
-    EXPECT_TRUE(host.hearsOf("Restored"));
+    EXPECT_TRUE(host.receives("Restored"));
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Restored"), "x");
 }
 
@@ -214,8 +216,8 @@ TEST(Monitoring, AFileThatIsTouchedOrReplacedByItselfCallsNothing) {
         EXPECT_FALSE(replaceFile(QRVSettingsLocation(), same));
         fs::last_write_time(QRVSettingsLocation(), fs::file_time_type::clock::now());
     }
-    host.hearOfAChangeBySomebodyElse();
-    EXPECT_EQ(host.told(), (std::multiset<std::string>{"Other"}));
+    host.receiveAChangeBySomebodyElse();
+    EXPECT_EQ(host.received(), (std::multiset<std::string>{"Other"}));
     EXPECT_EQ(log.lines(), (std::vector<std::string>{"Prefs file changed"}));
 }
 
@@ -226,9 +228,9 @@ TEST(Monitoring, AChangeThroughASymbolicLinkArrives) {
     fs::create_symlink(target, QRVSettingsLocation());
     const Host host;
     EXPECT_FALSE(replaceFile(target, bytesWith("AtTheTarget")));
-    EXPECT_TRUE(host.hearsOf("AtTheTarget"));
+    EXPECT_TRUE(host.receives("AtTheTarget"));
     replaceFileWith("ThroughTheLink");
-    EXPECT_TRUE(host.hearsOf("ThroughTheLink"));
+    EXPECT_TRUE(host.receives("ThroughTheLink"));
     EXPECT_TRUE(fs::is_symlink(QRVSettingsLocation()));
 }
 
@@ -236,26 +238,26 @@ TEST(Monitoring, AFolderThatComesAfterPrepareIsWatched) {
     const Host host(AtStart::LeavesTheFileAlone);
     ASSERT_FALSE(fs::exists(settingsFolder()));
     StoreSupport::writeSettings(bytesWith("First"));
-    EXPECT_TRUE(host.hearsOf("First"));
+    EXPECT_TRUE(host.receives("First"));
     replaceFileWith("Second");
-    EXPECT_TRUE(host.hearsOf("Second"));
+    EXPECT_TRUE(host.receives("Second"));
 }
 
-TEST(Monitoring, AFolderThatIsDeletedRenamedAndMadeAnewIsFollowed) {
+TEST(Monitoring, AFolderThatIsDeletedRenamedAndRecreatedIsFollowed) {
     const Host host;
     Host::forgetOwnChanges();
-    const std::string bytes = bytesWith("Anew");
+    const std::string bytes = bytesWith("Recreated");
     fs::remove_all(settingsFolder());
-    EXPECT_TRUE(host.hearsOf("Device.Model"));
+    EXPECT_TRUE(host.receives("Device.Model"));
     StoreSupport::writeSettings(bytes);
-    EXPECT_TRUE(host.hearsOf("Anew"));
+    EXPECT_TRUE(host.receives("Recreated"));
     fs::rename(settingsFolder(), "away");
-    EXPECT_TRUE(drainUntil([&] { return host.told().count("Anew") == 2; }));
+    EXPECT_TRUE(drainUntil([&] { return host.received().count("Recreated") == 2; }));
     EXPECT_EQ(QRVSettingsStoredValues(), nullptr);
     fs::rename("away", settingsFolder());
-    EXPECT_TRUE(drainUntil([&] { return host.told().count("Anew") == 3; }));
+    EXPECT_TRUE(drainUntil([&] { return host.received().count("Recreated") == 3; }));
     replaceFileWith("Last");
-    EXPECT_TRUE(host.hearsOf("Last"));
+    EXPECT_TRUE(host.receives("Last"));
 }
 
 TEST(Monitoring, WithoutInotifyChangesStillArrive) {
@@ -264,7 +266,7 @@ TEST(Monitoring, WithoutInotifyChangesStillArrive) {
         failCall(SystemCall::InotifyStart, EMFILE);
         const Host host;
         isReady.open();
-        return host.hearsOf("Polled");
+        return host.receives("Polled");
     });
     ASSERT_TRUE(isReady.wait());
     replaceFileWith("Polled");
@@ -305,16 +307,16 @@ TEST(Monitoring, WhatChangedBeforeTheWatchBeganReachesTheHandler) {
     MachineSupport::beMachine("1", "M");
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setInBatchSave(true);  // nothing of this process's own goes over the change
-    std::set<std::string> told;
-    store.setOnChange([&told](const NSArray& changes) {
-        for (const PropertyListValue& keyPath : changes) told.insert(keyPath.stringValue());
+    std::set<std::string> received;
+    store.setOnChange([&received](const NSArray& changes) {
+        for (const PropertyListValue& keyPath : changes) received.insert(keyPath.stringValue());
     });
     store.setMonitorFileChanges(true);
     store.loadDefaults();
     EXPECT_TRUE(QRVSettingsObjectForKeyPath("Missed").isNull());
     replaceFileWith("Missed");
     store.prepare();
-    EXPECT_TRUE(drainUntil([&told] { return told.contains("Missed"); }));
+    EXPECT_TRUE(drainUntil([&received] { return received.contains("Missed"); }));
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Missed"), "x");
     store.setOnChange(nullptr);
 }

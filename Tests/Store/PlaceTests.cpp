@@ -77,8 +77,8 @@ void save(const char* keyPath, const PropertyListValue& value) {
     finishSaves();
 }
 
-/// The save is refused with `code`, and neither the file, nor what lies beside it, nor what the
-/// process knows is lost.
+/// The save is refused with `code`; the file, its folder and the settings of this process stay as
+/// they were.
 void expectRefusedSave(int code) {
     const std::string bytes = readPlainly(settingsFile());
     const std::set<std::string> beside = everythingIn(folder());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Changes of the file by somebody else, as the store finds them once it is told.
+// Changes of the file by others: the reload that follows a notification.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-/// A store that monitors, and what its change handler was given.
+/// A store that monitors, and what its change handler received.
 class Monitoring {
   public:
     Monitoring() {
@@ -42,17 +42,17 @@ class Monitoring {
     Monitoring& operator=(const Monitoring&) = delete;
     ~Monitoring() { QRVSettings::sharedSettings().setOnChange(nullptr); }
 
-    /// The notification, and all that follows from it.
+    /// A notification, and everything that follows from it.
     static void notify() {
         QRVSettings::sharedSettings().presentedItemDidChange();
         settle();
     }
-    /// The notification up to the reading of the file.
+    /// A notification, up to the reading of the file.
     static void notifyAndRead() {
         QRVSettings::sharedSettings().presentedItemDidChange();
         QRVSettings::sharedSettings().readQueue().sync([] {});
     }
-    /// What has been read is published, and read again where that is needed.
+    /// Publishes what has been read, and retries stale reloads.
     static void settle() {
         constexpr int steps = 3;
         for (int step = 0; step < steps; ++step) {
@@ -83,8 +83,8 @@ void rewriteSettings(const NSDictionary& tree) {
     std::filesystem::last_write_time(QRVSettingsLocation(), date);
 }
 
-/// The file written again, with the date that a system gives it whose dates have the grain of its
-/// clock; others have a finer one.
+/// The file written again, with the date that it gets on a system whose timestamps have the
+/// granularity of its clock tick; others have a finer one.
 void rewriteSettingsWithCoarseDate(const NSDictionary& tree) {
     writeSettings(tree);
     std::array<timespec, 2> times = {timespec{0, UTIME_OMIT}, timespec{}};
@@ -144,7 +144,7 @@ TEST(Reload, CallsTheHandlerOnceOnTheMainThreadWithTheNewTree) {
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A.B"), 2);
 }
 
-TEST(Reload, WithoutMonitoringNothingIsLookedAt) {
+TEST(Reload, WithoutMonitoringNothingIsRead) {
     Monitoring monitoring;
     QRVSettings::sharedSettings().setMonitorFileChanges(false);
     rewriteSettings({{"A", 1}});
@@ -207,6 +207,40 @@ TEST(Reload, LeavesOutOwnRecentChangesAndReportsTheOthers) {
     EXPECT_EQ(monitoring.calls(), 1);
     EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("B", "1", "a.B"));
     EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1) << "the whole tree is taken over";
+}
+
+TEST(Reload, OfAnOwnRecentKeyPathKeepsTheOwnValueUntilSomethingElseChanges) {
+    Monitoring monitoring;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    StoreSupport::finishSaves();
+    DispatchMainQueue::shared().drain();
+    rewriteSettings({{"A", 2}});
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 0);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    ASSERT_TRUE(StoreSupport::drainUntil([&] { return store.localChanges().count() == 0; }));
+    store.cache().removeAllObjects();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1) << "nothing is read again by itself";
+    rewriteSettings({{"A", 2}, {"B", 1}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("A", "B"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+}
+
+TEST(Reload, OfAnOwnRecentKeyPathAmongOthersTakesItOverWithoutReportingIt) {
+    Monitoring monitoring;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    StoreSupport::finishSaves();
+    DispatchMainQueue::shared().drain();
+    rewriteSettings({{"A", 2}, {"B", 1}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("B"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    ASSERT_TRUE(StoreSupport::drainUntil([&] { return store.localChanges().count() == 0; }));
+    rewriteSettings({{"A", 2}, {"B", 2}});
+    Monitoring::notify();
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("B"));
 }
 
 TEST(Reload, OfADeletedFileReportsEveryLeaf) {
@@ -272,13 +306,13 @@ TEST(Reload, WaitsForTheSavesOfThisProcess) {
     gate.set_value();
     StoreSupport::finishSaves();
     Monitoring::settle();
-    // The save went over the other process's change, and the store knows what the file holds.
+    // The save replaced the other process's change, and the stored tree is that of the file.
     EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
     EXPECT_EQ(monitoring.calls(), 0);
 }
 
-TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsDoneAgain) {
+TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsRetried) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
     const Monitoring monitoring;
@@ -296,7 +330,7 @@ TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsDoneAgain) {
     EXPECT_EQ(monitoring.calls(), 0);
 }
 
-TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsDoneAgain) {
+TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsRetried) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
     const Monitoring monitoring;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Settings of the active profile.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

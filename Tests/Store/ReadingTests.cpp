@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads through the layers: cache, stored values, defaults.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@ using StoreSupport::SystemLogLines;
 using StoreSupport::writeSettings;
 using testing::IsEmpty;
 
-TEST(Reading, WhatNoLayerKnowsIsRememberedAsMissing) {
+TEST(Reading, AKeyPathThatNoLayerHoldsIsCachedAsMissing) {
     EXPECT_TRUE(QRVSettingsObjectForKeyPath("A.B").isNull());
     EXPECT_TRUE(cached("A.B").isNullMarker());
     setDefaults({{"A", NSDictionary{{"B", 5}}}});

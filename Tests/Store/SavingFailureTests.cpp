@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a save does when it cannot do its work.
+// Saves that fail, and files that a save backs up or leaves alone.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ void expectSaveMessage(const DDLogMessage& message, int line, const std::string&
     EXPECT_EQ(message.arguments.size(), argumentCount);
 }
 
-std::filesystem::path keptFile(int number) {
+std::filesystem::path backup(int number) {
     return QRVSettingsLocation() + ".damaged-" + std::to_string(number);
 }
 
@@ -66,7 +66,7 @@ TEST(SavingFailure, AValueThatNoPropertyListHoldsIsLoggedWithItsKeyPath) {
 }
 
 TEST(SavingFailure, AnInvalidArgumentDuringTheSaveIsLoggedTwiceAndTheQueueGoesOn) {
-    // Something of the host that is called during the save raises.
+    // A handler of the host, called during the save, throws.
     const std::filesystem::path file = QRVSettingsLocation();
     const auto obstacle = file.parent_path() / ("." + file.filename().string() + ".tmp");
     std::filesystem::create_directories(obstacle / "inside");
@@ -114,7 +114,7 @@ TEST(SavingFailure, WithoutAPlaceForTheFolderNothingHappensAndNothingCrashes) {
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
 }
 
-TEST(SavingFailure, ADamagedFileIsKeptAsideBeforeItIsReplaced) {
+TEST(SavingFailure, ADamagedFileIsBackedUpBeforeItIsReplaced) {
     const SystemLogLines log;
     for (const std::string bytes : {"<plist><dict><key>A</key>", "word", " \n\t", "bplist00",
                                     "<plist version=\"1.0\"><array/></plist>"}) {
@@ -122,42 +122,42 @@ TEST(SavingFailure, ADamagedFileIsKeptAsideBeforeItIsReplaced) {
         writeSettings(bytes);
         QRVSettingsSetObjectForKeyPath(true, "New");
         finishSaves();
-        EXPECT_EQ(contentsOf(keptFile(1)), bytes);
+        EXPECT_EQ(contentsOf(backup(1)), bytes);
         EXPECT_EQ(fileTree(), NSDictionary({{"New", true}})) << bytes;
     }
     EXPECT_EQ(log.lines().size(), 5U);
-    EXPECT_THAT(log.lines(), testing::Each(HasSubstr(keptFile(1).string())));
+    EXPECT_THAT(log.lines(), testing::Each(HasSubstr(backup(1).string())));
 }
 
-TEST(SavingFailure, EarlierKeptFilesAreNotOverwritten) {
+TEST(SavingFailure, EarlierBackupsAreNotOverwritten) {
     const SystemLogLines log;
-    StoreSupport::writeFile(keptFile(1), "first");
+    StoreSupport::writeFile(backup(1), "first");
     writeSettings("second");
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
-    EXPECT_EQ(contentsOf(keptFile(1)), "first");
-    EXPECT_EQ(contentsOf(keptFile(2)), "second");
+    EXPECT_EQ(contentsOf(backup(1)), "first");
+    EXPECT_EQ(contentsOf(backup(2)), "second");
 }
 
-TEST(SavingFailure, AFileDamagedBetweenTwoSavesIsKeptToo) {
+TEST(SavingFailure, AFileDamagedBetweenTwoSavesIsBackedUpToo) {
     const SystemLogLines log;
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
     writeSettings("damaged by an editor");
     QRVSettingsSetObjectForKeyPath(2, "B");
     finishSaves();
-    EXPECT_EQ(contentsOf(keptFile(1)), "damaged by an editor");
+    EXPECT_EQ(contentsOf(backup(1)), "damaged by an editor");
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"B", 2}}));
 }
 
-TEST(SavingFailure, NeitherAnEmptyNorAWholeFileIsKept) {
+TEST(SavingFailure, NeitherAnEmptyNorAWholeFileIsBackedUp) {
     writeSettings("");
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
     writeSettings("{ written = \"by hand\"; }");
     QRVSettingsSetObjectForKeyPath(2, "B");
     finishSaves();
-    EXPECT_FALSE(std::filesystem::exists(keptFile(1)));
+    EXPECT_FALSE(std::filesystem::exists(backup(1)));
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"B", 2}}));
 }
 
@@ -167,6 +167,6 @@ TEST(SavingFailure, AnOldFileThatCannotBeReadIsLeftAlone) {
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
     EXPECT_TRUE(std::filesystem::is_directory(QRVSettingsLocation()));
-    EXPECT_FALSE(std::filesystem::exists(keptFile(1)));
+    EXPECT_FALSE(std::filesystem::exists(backup(1)));
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr(QRVSettingsLocation())));
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Saves: their order, their contents and their change records.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +26,7 @@ NSArray oneRecord(std::string_view keyPath) {
     return NSArray({NSDictionary{{"key", keyPath}, {"time", 1.5}}});
 }
 
-// Keeps the store's queue busy until it is let go, so that saves wait behind it.
+// Keeps the store's queue busy during its life, so that saves wait behind it.
 class HeldQueue {
   public:
     HeldQueue() {
@@ -70,7 +71,7 @@ TEST(Saving, AWriteDoesNotWaitForTheFile) {
 }
 
 TEST(Saving, EachWriteQueuesASaveOfItsOwnWholeTreeInOrder) {
-    // Each save leaves its records behind, so their number tells the number of saves.
+    // Each save leaves its records behind, so that counting them counts the saves.
     {
         const HeldQueue held;
         for (int number = 0; number < 5; ++number) {
@@ -117,7 +118,7 @@ TEST(Saving, NothingIsMergedWithWhatIsOnDisk) {
 
 TEST(Saving, TheRecordsArePostedBeforeTheFileIsReplaced) {
     // A folder that cannot be removed stands where the new bytes would be written, so that the
-    // replacement fails and tells of it while the save is under way.
+    // replacement fails and calls the failure handler during the save.
     const std::filesystem::path file = QRVSettings::sharedSettings().location();
     std::filesystem::create_directories(file.parent_path() /
                                         ("." + file.filename().string() + ".tmp") / "inside");
@@ -179,7 +180,7 @@ TEST(Saving, AnObjectIsSavedAsItWasWhenItWasHandedOver) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
 }
 
-TEST(Saving, WithALogTheGivenRecordsAreKept) {
+TEST(Saving, WithALogTheGivenRecordsBecomeLocalChanges) {
     QRVSettingsSaveObjectWithLog(NSDictionary{{"A", 1}}, oneRecord("Given"));
     finishSaves();
     DispatchMainQueue::shared().drain();

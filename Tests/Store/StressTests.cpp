@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Everything at once: a host that reads, writes, commits batches and is told of changes, while two
+// Everything at once: a host that reads, writes, commits batches and receives changes, while two
 // other processes save into the same file.
 
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@ using StoreSupport::finishSaves;
 
 namespace {
 
-/// Made while this process has no other thread. Saves many times, and a last time when it is told
-/// that nobody else saves any more.
+/// Created while this process has no other thread. Saves many times, and a last time when nobody
+/// else saves any more.
 class Writer {
   public:
     explicit Writer(std::string keyPath)

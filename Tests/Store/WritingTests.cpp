@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Writes: what they store, cache and refuse.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

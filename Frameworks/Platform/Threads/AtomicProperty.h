@@ -25,6 +25,13 @@ class AtomicProperty {
         const LockGuard guard(lock_);
         return reader(value_);
     }
+    /// What `edit(value)` returns, after a change in place that readers see whole. An old part that
+    /// `edit` returns is destroyed after the lock is released.
+    template <typename Edit>
+    auto update(Edit&& edit) {
+        const LockGuard guard(lock_);
+        return edit(value_);
+    }
     /// The old value is destroyed after the lock is released.
     void store(Value value) {
         const LockGuard guard(lock_);

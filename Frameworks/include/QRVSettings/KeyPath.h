@@ -11,9 +11,9 @@
 /// A key path as an argument: the keys of the successive levels of a tree, joined by ".", or null
 /// (`nullptr`, `std::nullopt`), which is not the same as "" (one empty key).
 ///
-/// It is split at every "."; empty keys are kept, nothing is escaped or trimmed, case matters, and
-/// there is no index: an array is always a leaf. Refers to the text it was made from, and so lives
-/// as long as that.
+/// A key path is split at every "."; empty keys are kept, nothing is escaped or trimmed, and case
+/// matters. Keys are no indexes: an array is always a leaf. A QRVKeyPath refers to the text that it
+/// was made from, and is valid as long as that text.
 class QRVKeyPath {
   public:
     constexpr QRVKeyPath(std::nullptr_t) noexcept {}

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// The settings store for hosts that are not written in C++: C11, and whatever calls C.
+/// The settings store for hosts in C11, and in every language that can call C.
 ///
 ///     qrv_value* width = NULL;
 ///     if (qrv_store_load_defaults() != QRV_OK ||  // before the first read
@@ -9,30 +9,30 @@
 ///         fprintf(stderr, "%s\n", qrv_last_error());
 ///     qrv_value_release(width);
 ///
-/// Each function does what its namesake in C++ does, whose header says what that is:
-/// `qrv_settings_...` the functions of `QRVSettings/QRVSettings.h`, `qrv_store_...` the members of
-/// the one object there, `qrv_value_...` those of `Platform/Values/PropertyListValue.h`,
-/// `qrv_main_queue_...` those of `DispatchMainQueue` in `Platform/Dispatch/Dispatch.h`. What is
-/// said here holds for every function, unless it says something else itself.
+/// Each function does what its namesake in C++ does; the headers of C++ say what that is:
+/// `QRVSettings/QRVSettings.h` for `qrv_settings_...` and, as members of the one object there,
+/// `qrv_store_...`, `Platform/Values/PropertyListValue.h` for `qrv_value_...`, and
+/// `Platform/Dispatch/Dispatch.h` (`DispatchMainQueue`) for `qrv_main_queue_...`. The rules below
+/// hold for every function that does not name an exception.
 ///
-/// Errors: the result is QRV_OK or tells what was wrong, and then `qrv_last_error` says it in
-/// words. What a function gives goes to its last parameters, which must not be NULL; an error
-/// leaves NULL, 0 or false there. No C++ exception leaves a function.
+/// Errors: the result is QRV_OK or an error, which `qrv_last_error` describes. Outputs are the last
+/// parameters, which must not be NULL; after an error they are NULL, 0 or false. No C++ exception
+/// leaves a function.
 ///
-/// Ownership: a `qrv_value*` that a function gives belongs to the caller, who releases it. What a
-/// function takes stays the caller's: it keeps a reference or a copy when it needs one. A pointer
-/// into a value lives as long as the value.
+/// Ownership: a `qrv_value*` output belongs to the caller, who releases it. Arguments stay the
+/// caller's: a function keeps a reference or a copy when it needs one. A pointer into a value is
+/// valid as long as the value.
 ///
-/// NULL: no argument may be NULL (QRV_ERROR_NULL_POINTER) but a key path, which is then the null
-/// key path of C++. "No value" is a value too, of the kind QRV_KIND_NULL, and never NULL.
+/// NULL: no argument may be NULL (QRV_ERROR_NULL_POINTER) except a key path, which is then the null
+/// key path of C++. "No value" is a value of the kind QRV_KIND_NULL, and never NULL.
 ///
 /// Text is UTF-8 (else QRV_ERROR_NOT_UTF8) and ends with a zero byte where no length is given.
 ///
-/// Threads: a function belongs to the host's main thread or may be called on any, as its namesake;
-/// functions of values and `qrv_last_error` may be called on any thread.
+/// Threads: those of its namesake for each function. Functions of values and `qrv_last_error` may
+/// be called on any thread.
 ///
-/// Later versions add functions, results and kinds; what is here keeps its meaning and its numbers
-/// as long as the library's version keeps its first number.
+/// Later versions may add functions, results and kinds. Meanings and numbers do not change within a
+/// major version of the library.
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -60,14 +60,14 @@ enum {
     QRV_ERROR_FAILED = 8,  ///< anything else
 };
 
-/// What the last error of this thread was, in words; "" when there was none. Lives until the next
-/// error of this thread; success leaves it as it is.
+/// A description of this thread's last error; "" when there was none. Valid until the next error of
+/// this thread; success does not change it.
 QRV_EXPORT const char* qrv_last_error(void);
 /// @}
 
 /// @name Values
-/// A value never changes, but for dictionaries and arrays that the store gave: they are its own,
-/// and may show what is written later.
+/// A value never changes, except dictionaries and arrays that the store returned: they are its own
+/// objects, and later writes may change them.
 /// @{
 
 typedef struct qrv_value qrv_value;
@@ -79,7 +79,7 @@ enum {
     QRV_KIND_INTEGER = 2,  ///< from -2^63 to 2^64-1
     QRV_KIND_REAL = 3,
     QRV_KIND_DATE = 4,
-    QRV_KIND_NULL_MARKER = 5,  ///< "known to be absent", in the cache only
+    QRV_KIND_NULL_MARKER = 5,  ///< "no layer holds it", in the cache only
     QRV_KIND_STRING = 6,
     QRV_KIND_DATA = 7,
     QRV_KIND_COLOR = 8,
@@ -95,10 +95,9 @@ typedef struct qrv_color {
     double alpha;
 } qrv_color;
 
-/// One more reference to a value: returns the value itself, to be released once more. NULL stays
-/// NULL. Cannot fail.
+/// Adds a reference to a value, and returns the value. NULL gives NULL. Cannot fail.
 QRV_EXPORT qrv_value* qrv_value_retain(qrv_value* value);
-/// Gives one reference back; the last one ends the value. NULL is left alone. Cannot fail.
+/// Removes a reference; the last one destroys the value. Does nothing for NULL. Cannot fail.
 QRV_EXPORT void qrv_value_release(qrv_value* value);
 
 QRV_EXPORT qrv_result qrv_value_create_null(qrv_value** value);
@@ -109,16 +108,17 @@ QRV_EXPORT qrv_result qrv_value_create_unsigned(uint64_t integer, qrv_value** va
 QRV_EXPORT qrv_result qrv_value_create_real(double real, qrv_value** value);
 /// An instant in seconds since 1970-01-01 00:00:00 UTC.
 QRV_EXPORT qrv_result qrv_value_create_date(double seconds, qrv_value** value);
-/// `length` bytes of text, among which zero bytes may be. `text` may be NULL when there are none.
+/// `length` bytes of text, which may include zero bytes. `text` may be NULL when `length` is 0.
 QRV_EXPORT qrv_result qrv_value_create_string(const char* text, size_t length, qrv_value** value);
 /// `bytes` may be NULL when `length` is 0.
 QRV_EXPORT qrv_result qrv_value_create_data(const void* bytes, size_t length, qrv_value** value);
 QRV_EXPORT qrv_result qrv_value_create_color(qrv_color color, qrv_value** value);
-/// The `count` values at `elements`, none of which may be of the kind QRV_KIND_NULL
+/// An array of the `count` values at `elements`. None may be of the kind QRV_KIND_NULL
 /// (QRV_ERROR_INVALID_ARGUMENT). `elements` may be NULL when `count` is 0.
 QRV_EXPORT qrv_result qrv_value_create_array(const qrv_value* const* elements, size_t count,
                                              qrv_value** value);
-/// Likewise, `elements[i]` being the value of `keys[i]`. Of two equal keys the later one wins.
+/// Likewise a dictionary, in which `elements[i]` is the value of `keys[i]`. Of two equal keys the
+/// later one wins.
 QRV_EXPORT qrv_result qrv_value_create_dictionary(const char* const* keys,
                                                   const qrv_value* const* elements, size_t count,
                                                   qrv_value** value);
@@ -127,7 +127,7 @@ QRV_EXPORT qrv_result qrv_value_create_dictionary(const char* const* keys,
 /// fail.
 QRV_EXPORT qrv_kind qrv_value_kind(const qrv_value* value);
 
-/// @name What a value is; QRV_ERROR_WRONG_KIND when it is something else
+/// @name Exact contents; QRV_ERROR_WRONG_KIND for a value of another kind
 /// @{
 QRV_EXPORT qrv_result qrv_value_get_boolean(const qrv_value* value, bool* boolean);
 /// QRV_ERROR_OUT_OF_RANGE above 2^63-1.
@@ -137,8 +137,8 @@ QRV_EXPORT qrv_result qrv_value_get_unsigned(const qrv_value* value, uint64_t* i
 QRV_EXPORT qrv_result qrv_value_get_real(const qrv_value* value, double* real);
 /// Seconds since 1970-01-01 00:00:00 UTC.
 QRV_EXPORT qrv_result qrv_value_get_date(const qrv_value* value, double* seconds);
-/// The characters, inside the value and with a zero byte behind them, and their number of bytes.
-/// The text of a file is UTF-8; what a host in C++ has put into the store may be something else.
+/// The characters, inside the value and followed by a zero byte, and their number of bytes. Text
+/// from a file is UTF-8; text that a host in C++ wrote may be something else.
 QRV_EXPORT qrv_result qrv_value_get_string(const qrv_value* value, const char** text,
                                            size_t* length);
 /// The bytes, inside the value, and their number.
@@ -149,7 +149,7 @@ QRV_EXPORT qrv_result qrv_value_get_color(const qrv_value* value, qrv_color* col
 QRV_EXPORT qrv_result qrv_value_get_count(const qrv_value* value, size_t* count);
 QRV_EXPORT qrv_result qrv_value_get_element(const qrv_value* array, size_t index,
                                             qrv_value** element);
-/// Of the kind QRV_KIND_NULL where there is no such key.
+/// A value of the kind QRV_KIND_NULL when there is no such key.
 QRV_EXPORT qrv_result qrv_value_get_entry(const qrv_value* dictionary, const char* key,
                                           qrv_value** element);
 /// The keys and the values of a dictionary at one moment, two arrays in the same order, which is
@@ -173,13 +173,13 @@ QRV_EXPORT qrv_result qrv_value_description(const qrv_value* value, qrv_value** 
 /// @}
 
 /// @name Calling back
-/// `context` is handed on as it is, and may be NULL. `destroy`, which may be NULL too, is called
-/// with it exactly once, when it is no longer needed or when the function that took it fails. No
-/// C++ exception may leave these functions.
+/// `context` is passed on unchanged, and may be NULL. `destroy` may be NULL too; it is called with
+/// `context` exactly once, when that is no longer needed or when the function that took it fails.
+/// No C++ exception may leave these functions.
 /// @{
 
 typedef void (*qrv_destroy)(void* context);
-/// `key_paths` is an array of strings; it belongs to the caller: retain it to keep it.
+/// `key_paths` is an array of strings, valid during the call: retain it to keep it.
 typedef void (*qrv_change_handler)(qrv_value* key_paths, void* context);
 typedef void (*qrv_work)(void* context);
 /// @}
@@ -203,10 +203,10 @@ QRV_EXPORT qrv_result qrv_store_prepared(bool* prepared);
 QRV_EXPORT qrv_result qrv_store_set_prepared(bool prepared);
 /// A string, or null.
 QRV_EXPORT qrv_result qrv_store_active_profile(qrv_value** profile);
-/// NULL is no profile.
+/// NULL for no profile.
 QRV_EXPORT qrv_result qrv_store_set_active_profile(const char* profile);
-/// NULL is no handler. The old handler's context is destroyed on this thread, after the handler
-/// when that is under way.
+/// NULL removes the handler. The old handler's context is destroyed on this thread, after the old
+/// handler has returned when it is running.
 QRV_EXPORT qrv_result qrv_store_set_on_change(qrv_change_handler handler, void* context,
                                               qrv_destroy destroy);
 

@@ -24,7 +24,7 @@ inline constexpr std::string_view combinedItemsMigrated = "Migration.CombinedPow
 inline constexpr std::string_view profilesMigrated = "Migration.Profiles";
 /// The name of the profile that the migration made.
 inline constexpr std::string_view availableProfile = "Profiles.Available.identifier";
-/// The appearance of the menu bar. Misspelled in every settings file there is.
+/// The appearance of the menu bar. Misspelt in every settings file there is.
 inline constexpr std::string_view currentAppearance = "MenubarCurrentApperance";
 /// @}
 
