@@ -23,7 +23,18 @@ ROOMS = {
     "Frameworks/Platform/Coordination": ("Threads", "Descriptors", "Files", "Presenters"),
     "Frameworks/QRVLogger": PLATFORM,
     "Frameworks/QRVSettings": (*PLATFORM, "QRVLogger"),
-    "Tools/qrvsettings": (*PLATFORM, "QRVLogger", "QRVSettings"),
+    "Tools/settings-editing/Reporting": (),
+    "Tools/settings-editing/Text": ("Values", "PropertyLists", "QRVSettings", "Reporting"),
+    "Tools/settings-editing/Settings": ("Values", "PropertyLists", "Log", "Files", "Coordination",
+                                        "QRVLogger", "QRVSettings", "Reporting", "Text"),
+    "Tools/settings-editing/Doctor": ("Values", "Files", "QRVSettings", "Reporting", "Text", "Settings"),
+    "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
+    "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process"),
+    "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
+                                   "QRVSettings", "Reporting", "Text", "Settings", "Doctor",
+                                   "Process", "Options"),
+    "Tools/qrvsettings/Parser": ("Process", "Options", "Commands"),
+    "Tools/qrvsettings": ("Log", "Reporting", "Process", "Parser"),
     "Examples": (*PLATFORM, "QRVLogger", "QRVSettings"),
 }
 # Public headers keep the include lines of hosts: these do not lie in a folder named after their room.
@@ -51,7 +62,7 @@ def short_name(room):
     return room.split("/")[-1]
 
 
-def room_of_include(name, includer):
+def room_of_include(name):
     """The short name of the room that an include line leads to; None for a file beside the includer."""
     if name in ROOM_OF_HEADER:
         return ROOM_OF_HEADER[name]
@@ -61,15 +72,15 @@ def room_of_include(name, includer):
     if first in ("QRVLogger", "QRVSettings"):
         return first
     for room in ROOMS:
-        parent = Path(room).parent
-        if (parent / name).exists() and parent in includer.parents and len(Path(name).parts) > 1:
+        # The rooms of Tools lie below two folders, and each is on the include path of the next.
+        if short_name(room) == first and (Path(room).parent / name).exists():
             return first
     return None
 
 
 def room_of_file(path):
     if path.is_relative_to(PUBLIC_FOLDER):
-        short = room_of_include(path.relative_to(PUBLIC_FOLDER).as_posix(), path)
+        short = room_of_include(path.relative_to(PUBLIC_FOLDER).as_posix())
         return next((room for room in ROOMS if short_name(room) == short), None)
     rooms = [room for room in ROOMS if path.is_relative_to(room)]
     return max(rooms, key=len, default=None)
@@ -92,7 +103,7 @@ def problems_of(path):
     allowed = {short_name(room), *ROOMS[room]}
     for bracket, name in INCLUDE.findall(path.read_text()):
         if bracket == '"' and name not in INCLUDABLE_ANYWHERE:
-            target = room_of_include(name, path)
+            target = room_of_include(name)
             if target is not None and target not in allowed:
                 yield f"includes {name}, and {short_name(room)} may not include {target}"
         if bracket == "<" and is_system_header(name) and not may_include_system_headers(path):

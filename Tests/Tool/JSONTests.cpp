@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "JSON.h"
+#include "Text/JSON.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -7,8 +7,8 @@
 #include <cmath>
 #include <limits>
 
-#include "Failure.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Reporting/Failure.h"
 
 using Tool::jsonText;
 using Tool::valueFromJSON;
@@ -83,7 +83,7 @@ std::string refusal(std::string_view text) {
     try {
         valueFromJSON(text);
     } catch (const Tool::Failure& failure) {
-        EXPECT_EQ(failure.code(), Tool::ExitCode::WrongValue);
+        EXPECT_EQ(failure.fault(), Tool::Fault::WrongValue);
         return failure.what();
     }
     return {};
