@@ -22,7 +22,7 @@ Tool::ExitCode run(const std::vector<std::string>& arguments) {
         Tool::say(failure.what());
         return Tool::exitCodeOf(failure.fault());
     } catch (const std::exception& error) {
-        // Out of memory, or of something else that the system has to give.
+        // The system is out of memory or of another resource.
         Tool::say(error.what());
         return Tool::ExitCode::NotWritten;
     }

@@ -24,7 +24,7 @@ struct Options {
 };
 
 void make(const Edit& edit) {
-    // To remove what is not there would create what is above.
+    // To remove what is not set would create the levels above it.
     if (edit.value.isNull() && QRVSettingsStoredObjectForKeyPath(edit.keyPath).isNull()) return;
     QRVSettingsSetObjectForKeyPath(edit.value, edit.keyPath);
 }

@@ -53,7 +53,7 @@ bool isColorText(const PropertyListValue& value) {
     return value.isString() && std::count(text.begin(), text.end(), ' ') == 3;
 }
 
-NSColor colorOf(const Scope& scope, const std::string& keyPath) {
+NSColor colorOf(const ProfileScope& scope, const std::string& keyPath) {
     scope.extendDefault(keyPath);
     const PropertyListValue color = QRVSettingsColorForKeyPath(scope.storedKeyPath(keyPath));
     const PropertyListValue stored = scope.stored(keyPath);
@@ -70,7 +70,7 @@ NSColor colorOf(const Scope& scope, const std::string& keyPath) {
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
-    const Scope scope(options.profile);
+    const ProfileScope scope(options.profile);
     openToRead();
     prepareToRead();
     const NSColor color = colorOf(scope, options.keyPath);
@@ -86,7 +86,7 @@ bool isUsual(double component) {
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const NSColor color = colorFromTexts(options.color);
-    const Scope scope(options.profile);
+    const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.damagedFile);
     PendingChanges changes;
@@ -103,7 +103,7 @@ ExitCode set(const Options& options) {
 
 ExitCode unset(const Options& options) {
     requireUTF8(options.keyPath);
-    const Scope scope(options.profile);
+    const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.damagedFile);
     if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())

@@ -31,7 +31,7 @@ struct Comparison {
     NSDictionary newTree;
 };
 
-/// The defaults of these key paths. Discards what is stored: read that first.
+/// The defaults of these key paths. Reads of stored settings must come before.
 NSDictionary defaultsOf(const NSDictionary& leaves) {
     prepareWithoutStoredSettings();
     NSMutableDictionary defaults;
@@ -41,7 +41,7 @@ NSDictionary defaultsOf(const NSDictionary& leaves) {
 }
 
 Comparison comparisonWithDefaults(const std::string& profile) {
-    const NSDictionary stored = Scope(profile).storedTree().copy();
+    const NSDictionary stored = ProfileScope(profile).storedTree().copy();
     const NSDictionary leaves = leavesByKeyPath(stored);
     const NSDictionary defaults = defaultsOf(leaves);
     return {differencesBetween(defaults, leaves), QRVSettings::sharedSettings().defaults(), stored};

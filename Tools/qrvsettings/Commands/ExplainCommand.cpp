@@ -38,8 +38,8 @@ struct Explanation {
 
 /// Reads the stored value before the preparation, which may reset it in memory.
 Explanation explanationOf(const Options& options) {
-    const Scope scope(options.profile);
-    const Scope profile(options.profile.empty() ? "default" : options.profile);
+    const ProfileScope scope(options.profile);
+    const ProfileScope profile(options.profile.empty() ? "default" : options.profile);
     openToRead();
     const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(options.keyPath);
     prepareToRead();

@@ -25,7 +25,7 @@ struct Options {
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
-    const Layer layer(options.layer, Scope(options.profile));
+    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
     layer.open();
     const PropertyListValue value = layer.value(options.keyPath);
     if (value.isNull())

@@ -41,7 +41,7 @@ std::string textOf(const NSDictionary& leaves, const Options& options) {
 
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
-    const Layer layer(options.layer, Scope(options.profile));
+    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
     layer.open();
     const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
     if (leaves.count() == 0)

@@ -32,7 +32,7 @@ bool contains(std::string_view text, const std::string& lowercaseText) {
     return lowercase(std::string(text)).find(lowercaseText) != std::string::npos;
 }
 
-/// In one of the scalars as `get` prints them, or in a key of a dictionary within an array.
+/// Searches scalars as `get` prints them, and keys of dictionaries within arrays.
 bool holds(const PropertyListValue& value, const std::string& lowercaseText) {
     if (value.isArray()) {
         for (const PropertyListValue& element : value.array())
@@ -59,7 +59,7 @@ NSDictionary found(const NSDictionary& leaves, const Options& options) {
 
 ExitCode search(const Options& options) {
     requireUTF8(options.text);
-    const Layer layer(options.layer, Scope(options.profile));
+    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
     layer.open();
     const NSDictionary matches = found(layer.leaves(), options);
     if (matches.count() == 0) throw Failure(Fault::NotSet, "not found, " + options.text);

@@ -51,7 +51,7 @@ void remarkWhatIsUnusual(const PropertyListValue& value, const PropertyListValue
 ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
-    const Scope scope(options.profile);
+    const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.damagedFile);
     const PropertyListValue replaced = scope.stored(options.keyPath);

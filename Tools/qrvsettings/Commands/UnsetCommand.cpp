@@ -19,8 +19,9 @@ struct Options {
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
-/// Names the others on standard error.
-std::vector<std::string> storedOnes(const Scope& scope, const std::vector<std::string>& keyPaths) {
+/// The others are named on standard error.
+std::vector<std::string> storedOnes(const ProfileScope& scope,
+                                    const std::vector<std::string>& keyPaths) {
     std::vector<std::string> stored;
     for (const std::string& keyPath : keyPaths) {
         if (scope.stored(keyPath).isNull())
@@ -31,12 +32,12 @@ std::vector<std::string> storedOnes(const Scope& scope, const std::vector<std::s
     return stored;
 }
 
-void remove(const Scope& scope, const std::vector<std::string>& keyPaths) {
-    // What is removed may be what the store cannot be prepared with.
+void remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths) {
+    // A value that prevents the preparation can be removed this way.
     PendingChanges changes(PendingChanges::Preparation::MayFail);
     for (const std::string& keyPath : keyPaths)
         changes.write(scope.storedKeyPath(keyPath), [&] {
-            // It may be gone with one above it; to remove it again would create what is above.
+            // To remove what went with a level above it would create that level again.
             if (!scope.stored(keyPath).isNull()) scope.set(nullptr, keyPath);
         });
     changes.save();
@@ -45,7 +46,7 @@ void remove(const Scope& scope, const std::vector<std::string>& keyPaths) {
 ExitCode unset(const Options& options) {
     for (const std::string& keyPath : options.keyPaths) requireUTF8(keyPath);
     openToWrite(options.damagedFile);
-    const Scope scope(options.profile);
+    const ProfileScope scope(options.profile);
     const std::vector<std::string> stored = storedOnes(scope, options.keyPaths);
     if (!stored.empty()) remove(scope, stored);
     return stored.size() == options.keyPaths.size() ? ExitCode::Done : ExitCode::NotSet;

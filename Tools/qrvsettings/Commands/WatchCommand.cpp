@@ -49,7 +49,7 @@ class Watch {
 
     /// Begins to watch as a host of the store does.
     void begin();
-    /// Prints changes until there have been as many as wanted, or a signal comes.
+    /// Prints changes until there are as many as wanted, the time is over, or a signal comes.
     ExitCode run(const Interruption& interruption);
 
   private:
@@ -69,7 +69,7 @@ void Watch::begin() {
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMonitorFileChanges(true);
     store.setOnChange([this](const NSArray&) { printChanges(); });
-    // The first read of this process: what others change from here on is published.
+    // The first read of this process: changes by others from here on are published.
     file_ = QRVSettingsStoredValues();
     prepareToRead();
     // The store compares the file with its tree. What the preparation changed there is in no file.
@@ -79,7 +79,7 @@ void Watch::begin() {
 
 ExitCode Watch::run(const Interruption& interruption) {
     using Clock = std::chrono::steady_clock;
-    // Longer than anybody waits, and shorter than the clock can count.
+    // Practically no deadline, and within the range of the clock.
     constexpr double longest = 1e9;
     std::optional<Clock::time_point> deadline;
     if (const auto seconds = realFromText(options_.timeout))
@@ -117,7 +117,7 @@ std::set<std::string> Watch::keyPathsChangedSince(const NSDictionary& before) co
     std::set<std::string> keyPaths;
     for (const PropertyListValue& changed : NSDictionaryQRV::changedKeys(before, file_)) {
         const std::string keyPath = changed.stringValue();
-        // A key that holds a "." is changed under a key path that does not reach it.
+        // The key path of a key that holds a "." does not reach it.
         const bool isReached =
             !objectAtKeyPath(before, keyPath).isNull() || !objectAtKeyPath(file_, keyPath).isNull();
         if (isReached && isWanted(keyPath)) keyPaths.insert(keyPath);
@@ -143,7 +143,7 @@ std::string Watch::line(const std::string& keyPath) const {
         return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_);
     }
     const PropertyListValue stored = objectAtKeyPath(file_, keyPath);
-    // Not by a read of the store: where there is no file, that would look for one again.
+    // A read of the store would read the file again where it was missing.
     const PropertyListValue value =
         stored.isNull() ? QRVSettingsDefaultForKeyPath(keyPath) : stored;
     return options_.form == Form::JSON ? jsonLine(keyPath, value) : settingLine(keyPath, value);

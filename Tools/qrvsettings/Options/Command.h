@@ -8,7 +8,7 @@
 
 namespace Tool {
 
-/// A command as the table of commands tells it: whatever does not depend on its options.
+/// A row of the table of commands.
 struct Command {
     std::string_view name;
     std::string_view summary;

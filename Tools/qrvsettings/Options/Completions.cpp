@@ -19,7 +19,7 @@ Words wordsOf(const std::vector<std::string>& list) {
     return {list.begin(), list.end()};
 }
 
-/// Reads a command line as the parser would, and forgives what that would refuse.
+/// Reads a command line as the parser does, but accepts errors.
 class CommandLineSoFar {
   public:
     explicit CommandLineSoFar(const Command& program) : program_(program) { enter(program); }
@@ -108,7 +108,7 @@ std::optional<Words> CommandLineSoFar::completionsOf(const std::string& last) co
 }
 
 Words CommandLineSoFar::optionNames() const {
-    // Those that the parser has by itself, and then ours.
+    // The first ones are the parser's own.
     Words names = {"--help"};
     if (command_ == &program_) names.insert("--version");
     for (const Option& option : options_)
@@ -151,20 +151,20 @@ std::optional<Words> CommandLineSoFar::wordsFor(const Option& option) const {
 
 Words CommandLineSoFar::keyPathsOf(const std::string& layer) const {
     Words words;
-    for (const auto& [keyPath, value] : Layer(layer, Scope(profile_)).leaves())
+    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
         words.emplace(keyPath);
     return words;
 }
 
 void openLayers() {
     try {
-        Layer(layerNames().front(), Scope("")).open();
+        SettingsLayer(layerNames().front(), ProfileScope("")).open();
     } catch (const Failure&) {
         prepareWithoutStoredSettings();
     }
 }
 
-/// No shell's line can hold the others as they are.
+/// Other words hold characters that no command line can hold.
 bool canBeTyped(const std::string& word) {
     return keyPathText(word) == word;
 }

@@ -34,7 +34,7 @@ std::string withoutMarks(std::string text) {
     return text;
 }
 
-/// Marked, and the last one first, as the parser wants them.
+/// Marked, and in reverse order, as the parser requires.
 std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
     std::vector<std::string> reversed;
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
@@ -77,7 +77,7 @@ void addAll(CLI::App& command, const OptionList& options) {
 
 void addPart(CLI::App& parent, const Command& command, Action& action);
 
-/// All but its name, which only a part is given.
+/// Adds all but the name.
 void describe(CLI::App& described, const Command& command, Action& action) {
     described.footer(std::string(command.footer));
     for (const Command& part : command.parts) addPart(described, part, action);
@@ -111,8 +111,8 @@ const std::string* commandWord(const std::vector<std::string>& arguments) {
     return word == arguments.end() ? nullptr : &*word;
 }
 
-/// The command that is named, else all of them: to describe those that nobody asks for takes longer
-/// than to read a file of a hundred settings.
+/// Describes the command that is named, otherwise all: to describe all takes longer than to read a
+/// file of a hundred settings.
 void describeProgram(CLI::App& parser, Action& action, const std::vector<std::string>& arguments) {
     Command described = program();
     const std::string* const word = commandWord(arguments);

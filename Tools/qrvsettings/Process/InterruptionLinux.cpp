@@ -30,7 +30,7 @@ sigset_t blockedSignals() {
     return signals;
 }
 
-/// For poll, rounded up; at most an hour, after which one looks again.
+/// For poll, rounded up. At most an hour; the caller then polls again.
 int millisecondsUntil(std::optional<Clock::time_point> deadline) {
     if (!deadline) return -1;
     const auto left = std::clamp<Clock::duration>(*deadline - Clock::now(), Clock::duration(0),

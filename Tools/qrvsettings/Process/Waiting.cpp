@@ -10,7 +10,7 @@
 namespace Tool {
 
 Waiting::Waiting(std::function<std::string()> what) : what_(std::move(what)) {
-    if (!isQuiet() && standardErrorIsTerminal()) thread_ = std::thread([this] { tellLater(); });
+    if (!isQuiet() && standardErrorIsTerminal()) thread_ = std::thread([this] { remarkLater(); });
 }
 
 Waiting::~Waiting() {
@@ -23,7 +23,7 @@ Waiting::~Waiting() {
     thread_.join();
 }
 
-void Waiting::tellLater() {
+void Waiting::remarkLater() {
     std::unique_lock lock(mutex_);
     if (!ended_.wait_for(lock, std::chrono::seconds(1), [this] { return isOver_; }))
         remark("waiting for " + what_());

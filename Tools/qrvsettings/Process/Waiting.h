@@ -21,7 +21,7 @@ class Waiting {
     ~Waiting();
 
   private:
-    void tellLater();
+    void remarkLater();
     std::function<std::string()> what_;
     std::mutex mutex_;
     std::condition_variable ended_;

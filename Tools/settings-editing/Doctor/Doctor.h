@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What `doctor` looks at, and what it finds.
+// The examination of a settings file: facts, and findings with advice.
 
 #include <string>
 #include <vector>
@@ -12,17 +12,17 @@ namespace Tool {
 
 struct Finding {
     enum class Level {
-        Note,     ///< good to know; nobody needs to do anything
+        Note,     ///< for information; no action is needed
         Warning,  ///< a person should look at it
         Error     ///< the settings cannot be read, or not be saved
     };
     Level level;
     std::string message;
-    std::string advice;     ///< what to do about it, a command where one does it
+    std::string advice;     ///< what to do, with the command for it if there is one
     std::string keyPath{};  ///< of the setting concerned, if one is
 };
 
-/// `value` is for programs, and null where there is nothing to tell; `text` for people.
+/// `value` is for programs, `text` for people.
 struct ExaminedFact {
     std::string name;
     PropertyListValue value;
@@ -34,11 +34,11 @@ struct Diagnosis {
     std::vector<Finding> findings;
 };
 
-/// The settings file and what lies around it. What it holds becomes the stored tree. Returns that
-/// tree; null when it cannot be read.
+/// Examines the settings file and its surroundings. What the file holds becomes the stored tree.
+/// Returns that tree; null when it cannot be read.
 NSDictionary examineFile(Diagnosis& diagnosis);
 
-/// What the file holds, as the application is going to take it. Starts up.
+/// Examines the settings as the application will read them. Prepares the store.
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings);
 
 }  // namespace Tool

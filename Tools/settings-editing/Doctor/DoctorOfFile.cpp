@@ -88,7 +88,7 @@ std::string adviceForWatching(const std::error_code& error) {
            (isOutOfWatches ? "max_user_watches" : "max_user_instances");
 }
 
-/// The nearest folder above that is there, or what lies in its place.
+/// The nearest folder above that exists, or what lies in its place.
 std::string nearestAbove(const std::string& path) {
     std::filesystem::path folder = std::filesystem::path(path).parent_path();
     std::error_code ignored;
@@ -152,7 +152,7 @@ NSDictionary FileExamination::run() {
 void FileExamination::examineKind(const PathFacts& facts) {
     add(diagnosis_, "kind", kindText(facts.kind));
     if (facts.error)
-        report(Level::Error, "it cannot be told what is there: " + facts.error.message(),
+        report(Level::Error, "the path cannot be examined: " + facts.error.message(),
                "make the folders above it searchable for this user");
     if (facts.kind != Kind::Link) return;
     if (target_.empty())
@@ -166,13 +166,13 @@ void FileExamination::examineLink(const PathFacts& facts) {
     if (facts.kind == Kind::Missing)
         report(Level::Warning, "the link leads nowhere: " + target_ + " is not there",
                "put the file there, or remove the link: rm " + shellWord(location_) +
-                   "; the next save makes a new file where the link leads");
+                   "; the next save creates a file there");
 }
 
 void FileExamination::examinePlace(const PathFacts& facts) {
     if (facts.kind == Kind::Missing && !facts.error && target_ == location_)
         report(Level::Note, "there is no settings file: everything has its default",
-               "nothing; the first change makes it");
+               "nothing; the first change creates it");
     if (facts.kind == Kind::Folder)
         report(Level::Error, "a folder lies in the place of the settings file: " + target_,
                moveAway(target_, ".folder"));
@@ -192,10 +192,9 @@ void FileExamination::examineContents(const PathFacts& facts,
         report(Level::Error, condition.fault(),
                "make it readable: chmod u+r " + shellWord(target_));
     if (!condition.damage.empty())
-        report(
-            Level::Error, condition.fault(),
-            "mend it by hand, or replace it by a copy, which keeps its bytes beside the new file: "
-            "qrvsettings import --replace-damaged FILE");
+        report(Level::Error, condition.fault(),
+               "repair it by hand, or replace it, which leaves a backup beside the new file: "
+               "qrvsettings import --replace-damaged FILE");
 }
 
 void FileExamination::examineRights(const PathFacts& facts) {
@@ -206,7 +205,7 @@ void FileExamination::examineRights(const PathFacts& facts) {
         report(Level::Warning,
                std::string("other users may ") + (isWritableForOthers ? "change" : "read") +
                    " the settings: mode " + octal(facts.mode),
-               "keep them to yourself: chmod 600 " + shellWord(target_));
+               "make them private: chmod 600 " + shellWord(target_));
     if (!facts.isOwnedByUser)
         report(Level::Warning, "the file belongs to another user: " + facts.owner,
                "run this as that user, or take the file over with chown");
@@ -264,11 +263,11 @@ void FileExamination::examineHolders(const LockFacts& facts) {
         if (!holder.isStopped) continue;
         isSomeoneStopped = true;
         report(Level::Warning, "saves wait for a stopped process: " + holdersText({holder}),
-               "let it go on, or end it: kill -CONT " + std::to_string(holder.process));
+               "continue or end it: kill -CONT " + std::to_string(holder.process));
     }
     if (!isSomeoneStopped)
         report(Level::Note, "another process is reading or saving at this moment",
-               "nothing; look again when it is through");
+               "nothing; run doctor again when it has finished");
 }
 
 void FileExamination::examineLeftOver() {
@@ -299,9 +298,9 @@ void FileExamination::examineBackups() {
             copies.insert(entry->path().string());
     for (const std::string& copy : copies)
         report(Level::Warning,
-               "the settings file was damaged once; its bytes are kept in " + copy + " (" +
+               "the settings file could once not be read or parsed; its backup is " + copy + " (" +
                    std::to_string(factsOfPath(copy).size) + " bytes)",
-               "take from it what you need, then remove it: rm " + shellWord(copy));
+               "recover from it what you need, then remove it: rm " + shellWord(copy));
 }
 
 void FileExamination::examineWatching() {
@@ -316,14 +315,13 @@ void FileExamination::examineWatching() {
            adviceForWatching(facts.error));
 }
 
-/// A relative path counts for nothing, and the file lies where the user does not expect it.
+/// A relative path is ignored, and the file does not lie where the user expects it.
 void examineEnvironment(Diagnosis& diagnosis) {
     const char* const folder = std::getenv("XDG_CONFIG_HOME");
     if (folder != nullptr && *folder != '\0' && *folder != '/')
         diagnosis.findings.push_back(
             {Level::Warning,
-             std::string("XDG_CONFIG_HOME is no absolute path, so it counts for nothing: ") +
-                 folder,
+             std::string("XDG_CONFIG_HOME is no absolute path, and is ignored: ") + folder,
              "set it to an absolute path, or remove it: unset XDG_CONFIG_HOME"});
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the system knows of a file. Nothing here changes or creates one.
+// The state of a file, as the system reports it. Nothing here changes or creates one.
 
 #include <cstdint>
 #include <string>
@@ -13,13 +13,13 @@ namespace Tool {
 struct PathFacts {
     enum class Kind { Missing, File, Folder, Link, Other };
     Kind kind = Kind::Missing;
-    std::error_code error{};  ///< why nothing can be told, other than that nothing is there
+    std::error_code error{};  ///< why the path cannot be examined; not that it is missing
     std::uint64_t size = 0;   ///< bytes
     unsigned mode = 0;        ///< permission bits
     std::string owner{};      ///< the name, or the number of one without
     bool isOwnedByUser = false;
 };
-/// Of a link itself, not of what it leads to.
+/// Of a link itself, not of its target.
 PathFacts factsOfPath(const std::string& path);
 
 /// Whether this process may make and remove files there.
@@ -34,7 +34,7 @@ struct LockFacts {
         std::string name{};
         bool isStopped = false;
     };
-    std::vector<Holder> holders{};  ///< as far as the system tells
+    std::vector<Holder> holders{};  ///< those that the system lists
 };
 /// `path` is that of the lock file.
 LockFacts factsOfLock(const std::string& path);
@@ -44,8 +44,8 @@ std::string holdersText(const std::vector<LockFacts::Holder>& holders);
 
 struct WatchFacts {
     std::error_code error{};     ///< why changes in the folder cannot be watched
-    std::uint64_t watchers = 0;  ///< how many a user may have; 0 where it is not told
-    std::uint64_t folders = 0;   ///< how many they may watch; 0 where it is not told
+    std::uint64_t watchers = 0;  ///< how many a user may have; 0 when unknown
+    std::uint64_t folders = 0;   ///< how many they may watch; 0 when unknown
 };
 WatchFacts factsOfWatching(const std::string& folder);
 

@@ -40,7 +40,7 @@ std::string firstLine(const std::string& path) {
     return line;
 }
 
-/// The letter stands after the name, which may hold anything.
+/// The state is the letter after the name of the process. That name may hold anything.
 bool isStopped(std::int64_t process) {
     const std::string line = firstLine("/proc/" + std::to_string(process) + "/stat");
     const std::size_t end = line.rfind(") ");
@@ -55,9 +55,9 @@ std::string deviceText(dev_t device) {
     return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
 }
 
-/// Of the locked files that `isMeant` tells by their name, `device:inode`. Locks that are waited
-/// for have an arrow in front of their kind.
-/// The list may show a lock twice when others come and go while it is read.
+/// Holders of locks on the files whose name there, `device:inode`, `isMeant` accepts. Processes
+/// that wait for a lock have an arrow in front of its kind, and are left out. The list may show a
+/// lock twice when other locks change while it is read.
 template <typename Predicate>
 std::vector<LockFacts::Holder> holdersOf(const Predicate& isMeant) {
     std::vector<LockFacts::Holder> holders;
@@ -105,8 +105,8 @@ bool isHeldByWriter(const Descriptor& lockFile) {
     return flock(lockFile.number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-// Where file systems lie on others the device can be another one here than there. Then a lock that
-// is certainly held is that of the same inode.
+// With stacked file systems the device may differ between the list and the status of the file. If
+// the lock is held, the entry with the same inode is the one.
 LockFacts factsOfOpenLock(const Descriptor& lockFile, const struct stat& status) {
     const std::string inode = ":" + std::to_string(status.st_ino);
     const std::string name = deviceText(status.st_dev) + inode;
@@ -144,7 +144,7 @@ bool isWritableFolder(const std::string& path) {
            faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-// Opened as savers open it: for writing, and never through a link.
+// Opened as a save opens it: for writing, and never through a link.
 LockFacts factsOfLock(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return {};

@@ -30,7 +30,7 @@ bool isDigit(char character) {
     return '0' <= character && character <= '9';
 }
 
-/// Every number as one digit.
+/// Replaces every number by one digit.
 std::string withoutNumbers(std::string_view text) {
     std::string result;
     for (const char character : text) {
@@ -42,7 +42,8 @@ std::string withoutNumbers(std::string_view text) {
     return result;
 }
 
-/// Given that the texts begin and end differently: whether one edit makes one of the other.
+/// Whether one edit turns one text into the other. They must differ in their first and last
+/// characters.
 bool isOneEdit(std::string_view one, std::string_view other) {
     if (one.size() + other.size() == 1) return true;
     if (one.size() != other.size()) return false;

@@ -10,8 +10,8 @@
 
 namespace Tool {
 
-/// The key paths that the application is known to use, those on the way to them included: the
-/// defaults', and those that the store keeps for itself. There are others, which have no default.
+/// The key paths that the application is known to use, and those above them: key paths with a
+/// default, and those of the store itself. The application also uses others, without a default.
 class KnownKeyPaths {
   public:
     /// `defaults` is the tree of them; null for none.

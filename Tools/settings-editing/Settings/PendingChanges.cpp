@@ -41,9 +41,9 @@ PendingChanges::PendingChanges(Preparation preparation) {
     }
 }
 
-void PendingChanges::write(const std::string& storedKeyPath, const std::function<void()>& write) {
+void PendingChanges::write(const std::string& storedKeyPath, const std::function<void()>& change) {
     try {
-        write();
+        change();
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }

@@ -34,7 +34,7 @@ void runPreparation() {
                       std::string("the application cannot start with these settings: ") +
                           exception.what() + "; unset what is in its way");
     }
-    // What was read before it was migrated is cached as absent.
+    // What was read before it was migrated is still cached as absent.
     store.cache().removeAllObjects();
 }
 

@@ -10,38 +10,38 @@
 
 namespace Tool {
 
-Scope::Scope(std::string profile) : profile_(std::move(profile)) {
+ProfileScope::ProfileScope(std::string profile) : profile_(std::move(profile)) {
     requireUTF8(profile_);
 }
 
-void Scope::enter() const {
+void ProfileScope::enter() const {
     QRVSettings::sharedSettings().setActiveProfile(profile_);
 }
 
-std::string Scope::storedKeyPath(QRVKeyPath keyPath) const {
+std::string ProfileScope::storedKeyPath(QRVKeyPath keyPath) const {
     if (!isProfile()) return std::string(keyPath.text());
     enter();
     return QRVSettingsProfileKeyForKey(keyPath);
 }
 
-NSDictionary Scope::storedTree() const {
+NSDictionary ProfileScope::storedTree() const {
     if (!isProfile()) return QRVSettingsStoredValues();
     std::string root = storedKeyPath("");
     root.pop_back();
     return QRVSettingsStoredObjectForKeyPath(root).dictionary();
 }
 
-PropertyListValue Scope::stored(QRVKeyPath keyPath) const {
+PropertyListValue ProfileScope::stored(QRVKeyPath keyPath) const {
     return QRVSettingsStoredObjectForKeyPath(storedKeyPath(keyPath));
 }
 
-PropertyListValue Scope::effective(QRVKeyPath keyPath) const {
+PropertyListValue ProfileScope::effective(QRVKeyPath keyPath) const {
     if (!isProfile()) return QRVSettingsObjectForKeyPath(keyPath);
     enter();
     return QRVSettingsProfileObjectForKeyPath(keyPath);
 }
 
-void Scope::set(const PropertyListValue& value, QRVKeyPath keyPath) const {
+void ProfileScope::set(const PropertyListValue& value, QRVKeyPath keyPath) const {
     if (isProfile()) {
         enter();
         QRVSettingsProfileSetObjectForKeyPath(value, keyPath);
@@ -50,7 +50,7 @@ void Scope::set(const PropertyListValue& value, QRVKeyPath keyPath) const {
     }
 }
 
-void Scope::extendDefault(QRVKeyPath keyPath) const {
+void ProfileScope::extendDefault(QRVKeyPath keyPath) const {
     const PropertyListValue value = QRVSettingsDefaultForKeyPath(keyPath);
     if (!isProfile() || value.isNull()) return;
     QRVSettings& store = QRVSettings::sharedSettings();

@@ -9,13 +9,13 @@
 
 namespace Tool {
 
-/// The settings that a command works on: those of the application, or those of one profile, whose
-/// key paths are the same plain ones.
-class Scope {
+/// The settings that are read and written: those of the application, or those of one profile. Key
+/// paths are the plain ones in both.
+class ProfileScope {
   public:
     /// The settings of the application when there is no name. Throws Failure (WrongValue) when the
     /// name is not UTF-8.
-    explicit Scope(std::string profile);
+    explicit ProfileScope(std::string profile);
 
     [[nodiscard]] bool isProfile() const { return !profile_.empty(); }
     /// Where the settings file keeps the setting.
@@ -28,8 +28,8 @@ class Scope {
     /// Throws as QRVSettingsSetObjectForKeyPath does.
     void set(const PropertyListValue& value, QRVKeyPath keyPath) const;
 
-    /// Makes the default of the setting also that of its stored key path, for functions that know
-    /// no profiles. After the store is prepared.
+    /// Gives the stored key path of the setting the same default, for functions without profiles.
+    /// Call it after the store is prepared.
     void extendDefault(QRVKeyPath keyPath) const;
 
   private:

@@ -8,8 +8,8 @@
 
 namespace Tool {
 
-/// Gathers during its life what is logged about saves: the store tells their failures to nobody
-/// else. One at a time.
+/// Gathers during its life what is logged about saves: the store reports failures of a save in no
+/// other way. Only one may exist at a time.
 class SaveWatch {
   public:
     SaveWatch();

@@ -25,7 +25,7 @@ SettingsFileCondition conditionOfContents(const std::string& bytes) {
 
 SettingsFileCondition conditionOf(const QRVPlatform::FileContents& file) {
     if (file.isMissing()) return {};
-    // Such a file is replaced like any other that is no settings file.
+    // A save replaces such a file like any other damaged one.
     if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB", nullptr, {}};
     if (file.error) return {file.error, {}, nullptr, {}};
     return conditionOfContents(file.bytes);
@@ -69,7 +69,7 @@ SettingsFileCondition conditionOfSettingsFile() {
 
 SettingsFileCondition openSettingsFile() {
     SettingsFileCondition condition = conditionOfSettingsFile();
-    // The store would read the same once more.
+    // Otherwise the store would read the file a second time.
     if (!condition.error && QRVSettings::sharedSettings().storageCache().isNull() &&
         !condition.settings.isNull())
         replaceStoredTree(condition.settings);

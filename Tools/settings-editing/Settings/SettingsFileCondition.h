@@ -11,13 +11,14 @@
 
 namespace Tool {
 
+/// What a settings file holds, or what is wrong with it.
 struct SettingsFileCondition {
     std::error_code error;  ///< why it cannot be read
     std::string damage;     ///< what is wrong with its contents
     NSDictionary settings = nullptr;
     std::optional<PropertyListFormat> format;  ///< empty where no contents were read
 
-    /// The line that says so; empty when the file is missing or whole.
+    /// The line for the user that says what is wrong; empty when the file is missing or whole.
     [[nodiscard]] std::string fault() const;
 };
 
@@ -31,14 +32,14 @@ SettingsFileCondition openSettingsFile();
 /// not empty and no property list with a dictionary as its root.
 void requireReadable(const SettingsFileCondition& condition);
 
-/// Opens the settings file, which has to be readable. Throws as `requireReadable` does.
+/// Opens the settings file. Throws as `requireReadable` does.
 void openToRead();
 
 enum class DamagedFile { Refused, Replaced };
 
-/// The same before a write; a damaged file passes when it may be replaced. `advice` ends the
-/// message when it may not. Throws Failure (NotWritten) when there is no home folder and so no
-/// place for the file.
+/// The same for a process that is going to save. A damaged file is accepted when it may be
+/// replaced; when not, `advice` ends the message. Throws Failure (NotWritten) when there is no home
+/// folder and so no place for the file.
 void openToWrite(DamagedFile damagedFile, const std::string& advice);
 
 }  // namespace Tool

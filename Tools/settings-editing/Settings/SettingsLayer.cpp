@@ -11,7 +11,7 @@
 
 namespace Tool {
 
-Layer::Layer(std::string_view name, Scope scope)
+SettingsLayer::SettingsLayer(std::string_view name, ProfileScope scope)
     : name_(name == "stored"    ? Name::Stored
             : name == "default" ? Name::Default
                                 : Name::Effective),
@@ -19,18 +19,18 @@ Layer::Layer(std::string_view name, Scope scope)
 
 // The preparation changes stored values in memory, such as those of another machine: it would hide
 // what the file holds.
-void Layer::open() const {
+void SettingsLayer::open() const {
     if (name_ != Name::Default) openToRead();
     if (name_ != Name::Stored) prepareToRead();
 }
 
-PropertyListValue Layer::value(QRVKeyPath keyPath) const {
+PropertyListValue SettingsLayer::value(QRVKeyPath keyPath) const {
     if (name_ == Name::Stored) return scope_.stored(keyPath);
     if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
     return scope_.effective(keyPath);
 }
 
-NSDictionary Layer::flattened() const {
+NSDictionary SettingsLayer::flattened() const {
     NSMutableDictionary leaves;
     if (name_ != Name::Stored)
         NSDictionaryQRV::flatten(QRVSettings::sharedSettings().defaults(), leaves);
@@ -38,9 +38,9 @@ NSDictionary Layer::flattened() const {
     return leaves;
 }
 
-// One layer may hold a leaf where another holds a dictionary, and a key with a "." looks like two:
-// only a read tells what a key path means.
-NSDictionary Layer::leaves() const {
+// One layer may hold a leaf where another holds a dictionary, and a key with a "." looks like two
+// keys: only a read decides.
+NSDictionary SettingsLayer::leaves() const {
     NSMutableDictionary leaves;
     for (const auto& [keyPath, candidate] : flattened()) {
         const PropertyListValue answer = value(keyPath);

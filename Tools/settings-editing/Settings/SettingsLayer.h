@@ -12,10 +12,10 @@ namespace Tool {
 
 /// Where a read looks: "effective" is what the application sees, "stored" the settings file alone,
 /// "default" the built-in defaults alone.
-class Layer {
+class SettingsLayer {
   public:
     /// `name` is one of the three.
-    Layer(std::string_view name, Scope scope);
+    SettingsLayer(std::string_view name, ProfileScope scope);
 
     /// Call it before the first read. Throws Failure: UnreadableFile when the layer needs the
     /// settings file and that cannot be read or is damaged, and WrongValue as `prepareToRead` does.
@@ -30,7 +30,7 @@ class Layer {
     enum class Name { Effective, Stored, Default };
     [[nodiscard]] NSDictionary flattened() const;
     Name name_;
-    Scope scope_;
+    ProfileScope scope_;
 };
 
 }  // namespace Tool

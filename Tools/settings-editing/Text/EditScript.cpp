@@ -33,7 +33,7 @@ std::string_view takeWord(std::string_view& rest) {
     return takeUpTo(rest, rest.find_first_of(blanks));
 }
 
-/// With its quotation marks; up to the end where the last one is missing.
+/// Returns the quotation marks too; the whole rest when the second one is missing.
 std::string_view takeQuoted(std::string_view& rest) {
     std::size_t end = 1;
     while (end < rest.size() && rest[end] != '"') end += rest[end] == '\\' ? 2 : 1;
@@ -49,7 +49,7 @@ std::string takeKeyPath(std::string_view& rest) {
     return keyPath;
 }
 
-/// The whole setting: its value may be fine, and its key path have too many levels.
+/// A storable value is not enough: the key path may have too many levels.
 void requireStorableSetting(const Edit& edit) {
     const NSMutableDictionary tree;
     NSDictionaryQRV::setObjectAtKeyPath(tree, edit.value, edit.keyPath);
@@ -74,7 +74,7 @@ Edit editFromLine(std::string_view line, std::size_t number) {
     return edit;
 }
 
-/// Without the line's end in either form, and without blanks around it.
+/// Without "\n" or "\r\n", and without blanks around it.
 std::string_view takeLine(std::string_view& text) {
     std::string_view line = takeUpTo(text, text.find('\n'));
     if (!text.empty()) text.remove_prefix(1);

@@ -27,7 +27,7 @@ bool areKeptAs(const NSDictionary& given, const NSDictionary& kept) {
     return true;
 }
 
-/// A NaN is kept, though it equals nothing.
+/// NaN counts as the same as NaN.
 bool isSameReal(double one, double other) {
     return one == other || (std::isnan(one) && std::isnan(other));
 }

@@ -16,11 +16,11 @@ void requireUTF8(const std::string& text);
 /// Throws Failure (WrongValue) when no settings file can hold the value.
 void requireStorable(const PropertyListValue& value);
 
-/// Whether a date in the value is not a whole second.
+/// Whether the value is or holds a date with a fraction of a second.
 bool hasFractionsOfSeconds(const PropertyListValue& value);
 
-/// Whether a file that was given the first value holds it as the second one: of the same kinds, 1
-/// told from 1.0, and dates equal but for their fractions of seconds. Both may be null.
+/// Whether a file to which the first value was saved holds it as the second one: kinds are the
+/// same, 1 is not 1.0, and dates may differ by less than a second. Both may be null.
 bool isKeptAs(const PropertyListValue& given, const PropertyListValue& kept);
 
 }  // namespace Tool

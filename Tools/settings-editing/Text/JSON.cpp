@@ -98,7 +98,7 @@ json jsonOf(const PropertyListValue& value) {
     return nullptr;
 }
 
-/// U+007F and U+0080 to U+009F too: terminals obey them, though JSON does not ask for an escape.
+/// U+007F and U+0080 to U+009F too: JSON allows them unescaped, but terminals obey them.
 std::string withControlsEscaped(const std::string& text) {
     constexpr std::string_view digits = "0123456789abcdef";
     const auto escape = [&](unsigned char code) {
@@ -120,7 +120,7 @@ std::string withControlsEscaped(const std::string& text) {
     return result;
 }
 
-/// Builds the tree as it is written, special objects being dictionaries still. Keeps no more levels
+/// Builds the tree as it is written: special objects are still dictionaries. Keeps no more levels
 /// than a value can have, however many the text opens.
 class TreeBuilder : public nlohmann::json_sax<json> {
   public:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Property-list values as JSON text, each kind told from the others.
+/// Property-list values as JSON text that keeps their kinds.
 ///
 /// A number with a point or an exponent is a real, one without is an integer. What JSON has no form
 /// for is an object of one entry: `{"$date":"2020-01-01T00:00:00Z"}`, `{"$data":"AQI="}` (base64),

@@ -5,7 +5,7 @@
 
 namespace Tool {
 
-// Not the locale's: the same text is found everywhere.
+// Independent of the locale, so that a search finds the same everywhere.
 std::string lowercase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char character) {
         return 'A' <= character && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')

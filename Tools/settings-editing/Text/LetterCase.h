@@ -5,7 +5,7 @@
 
 namespace Tool {
 
-/// The text with A to Z as a to z, and all else as it is.
+/// Replaces A to Z by a to z, and nothing else.
 std::string lowercase(std::string text);
 
 }  // namespace Tool

@@ -98,7 +98,8 @@ std::string fractionText(double seconds, double wholeSeconds) {
         const std::string text(buffer.begin(), end.ptr);
         if (wholeSeconds + converted<double>(text).value_or(0) == seconds) return text.substr(1);
     }
-    // Within a second of the reference date a double tells more than any number of digits here.
+    // Within a second of the reference date a double is more precise than any number of digits
+    // here.
     const auto end =
         std::to_chars(buffer.begin(), buffer.end(), fraction, std::chars_format::fixed);
     return {buffer.begin() + 1, end.ptr};
@@ -173,7 +174,7 @@ std::string dateText(NSDate date) {
     constexpr auto firstDay = std::chrono::sys_days(std::chrono::year(0) / 1 / 1) - referenceDay;
     constexpr auto lastDay =
         std::chrono::sys_days(std::chrono::year(9999) / 12 / 31) - referenceDay;
-    // Written so that no number at all is outside too.
+    // Written so that NaN is outside too.
     if (!(dayCount >= firstDay.count() && dayCount <= lastDay.count())) return {};
     const std::chrono::year_month_day day(referenceDay +
                                           std::chrono::days(static_cast<int>(dayCount)));

@@ -30,7 +30,7 @@ PropertyListValue valueFromBytes(const std::string& bytes) {
 }  // namespace
 
 NSDictionary settingsFromText(const std::string& bytes) {
-    // Read as a settings file, it would be one in which nothing is set.
+    // A settings file without contents is valid: nothing is set there.
     if (bytes.find_first_not_of(" \t\r\n") == bytes.npos) throw Failure(Fault::WrongValue, "empty");
     const PropertyListValue root = valueFromBytes(bytes);
     if (!root.isDictionary())

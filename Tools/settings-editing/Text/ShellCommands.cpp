@@ -17,7 +17,7 @@ std::string start(const char* operation, const std::string& profile) {
 
 using NSDictionaryQRV::objectAtKeyPath;
 
-/// A key that holds a "." is a part of trees, and of no key path.
+/// A tree may have a key that holds a "."; no key path reaches it.
 bool isReached(const Difference& difference, const NSDictionary& oldTree,
                const NSDictionary& newTree) {
     return (difference.oldValue.isNull() ||
@@ -34,7 +34,7 @@ std::string shellWord(std::string_view text) {
     return word + "'";
 }
 
-// As JSON, so that no value needs to have its kind named.
+// As JSON, so that the value needs no --type.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
                          const std::string& profile) {
     if (keyPath.find('\0') != keyPath.npos) {
@@ -50,7 +50,7 @@ std::string shellCommands(const std::vector<Difference>& differences, const NSDi
                           const NSDictionary& newTree, const std::string& profile) {
     std::string lines;
     for (const Difference& difference : differences) {
-        // What has taken the place of a dictionary removes what was in it.
+        // A value that replaces a dictionary removes what was in it.
         const bool isGone = difference.newValue.isNull() && leafAbove(newTree, difference.keyPath);
         if (!isReached(difference, oldTree, newTree))
             notice("no key path reaches this key, " + difference.keyPath);
