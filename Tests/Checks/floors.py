@@ -66,15 +66,10 @@ def room_of_include(name):
     """The short name of the room that an include line leads to; None for a file beside the includer."""
     if name in ROOM_OF_HEADER:
         return ROOM_OF_HEADER[name]
-    first, *rest = name.split("/")
-    if first == "Platform" and len(rest) > 1:
-        return rest[0]
-    if first in ("QRVLogger", "QRVSettings"):
-        return first
-    for room in ROOMS:
-        # The rooms of Tools lie below two folders, and each is on the include path of the next.
-        if short_name(room) == first and (Path(room).parent / name).exists():
-            return first
+    for folder in list(Path(name).parents)[:-1]:
+        for room in ROOMS:
+            if f"/{room}".endswith(f"/{folder}"):
+                return short_name(room)
     return None
 
 
@@ -102,6 +97,8 @@ def problems_of(path):
         return
     allowed = {short_name(room), *ROOMS[room]}
     for bracket, name in INCLUDE.findall(path.read_text()):
+        if ".." in Path(name).parts:
+            yield f"includes {name}, and includes go by the names of rooms"
         if bracket == '"' and name not in INCLUDABLE_ANYWHERE:
             target = room_of_include(name)
             if target is not None and target not in allowed:
@@ -139,4 +136,5 @@ def main():
     return 1 if problems else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The manual page has every command and option that --help names, and no others; the page and the README
-have its exit codes, with the same meanings.
+"""The manual page has every command and option that --help names, and no others, and its exit codes with
+their meanings.
 
-    man_page.py TOOL PAGE README
+    man_page.py TOOL PAGE
 """
 
 import re
@@ -71,25 +71,20 @@ def plain(line):
     return line.removeprefix(".RB ").replace(" ", "") if line.startswith(".RB ") else line
 
 
-def exit_codes_of_readme(readme):
-    rows = readme.partition("| exit status | meaning |\n")[2].partition("\n\n")[0]
-    return {code: text.replace("`", "") for code, text in re.findall(r"^\| (\d) \| (.+) \|$", rows, re.MULTILINE)}
-
-
-def problems_of_exit_codes(tool, page, readme):
+def problems_of_exit_codes(tool, page):
     codes = exit_codes_of_help(tool)
+    there = exit_codes_of_page(page)
     if len(codes) < 2:
         yield "the help names no exit codes"
-    for name, there in (("page", exit_codes_of_page(page)), ("README", exit_codes_of_readme(readme))):
-        yield from (f"exit code {code} is {codes.get(code)!r} in the help, {there.get(code)!r} in the {name}"
-                    for code in sorted(codes.keys() | there.keys()) if codes.get(code) != there.get(code))
+    yield from (f"exit code {code} is {codes.get(code)!r} in the help, {there.get(code)!r} in the page"
+                for code in sorted(codes.keys() | there.keys()) if codes.get(code) != there.get(code))
 
 
 def main():
-    tool, page, readme = sys.argv[1:]
+    tool, page = sys.argv[1:]
     wanted = helped(tool)
     there = documented(Path(page).read_text())
-    problems = list(problems_of_exit_codes(tool, Path(page).read_text(), Path(readme).read_text()))
+    problems = list(problems_of_exit_codes(tool, Path(page).read_text()))
     for command in sorted(wanted.keys() | there.keys()):
         name = " ".join(("qrvsettings", *command))
         if command not in there:
