@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
-#include "ColorText.h"
-#include "Failure.h"
 #include "Fuzzing.h"
 #include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+#include "Text/ColorText.h"
 
 using Fuzzing::require;
 
@@ -94,7 +94,10 @@ void requireReadAsModel(std::string_view text) {
     const PropertyListValue color = QRVSettingsColorForKeyPath(keyPath);
     const std::vector<std::string> pieces = piecesOf(text, ' ');
     require(color.isColor() == (pieces.size() == 4), "four pieces are a colour", text);
-    if (!color.isColor()) return require(color.isNull(), "no colour is null", text);
+    if (!color.isColor()) {
+        require(color.isNull(), "no colour is null", text);
+        return;
+    }
     const NSColor expected =
         NSColor::colorWithSRGBRed(numberByModel(pieces[0]), numberByModel(pieces[1]),
                                   numberByModel(pieces[2]), numberByModel(pieces[3]));
@@ -150,7 +153,7 @@ void requireToolReadsOrTellsWhy(std::string_view bytes) {
     try {
         requireTextsOfTheToolAreRead(Tool::colorFromTexts(piecesOf(bytes, '\n')));
     } catch (const Tool::Failure& failure) {
-        require(failure.code() == Tool::ExitCode::WrongValue && *failure.what() != '\0',
+        require(failure.fault() == Tool::Fault::WrongValue && *failure.what() != '\0',
                 "a refusal says what", bytes);
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What people and scripts write for the tool, lines of changes, JSON, key paths and single values,
+// What people and scripts write for the tool, scripts of edits, JSON, key paths and single values,
 // is read or refused with a reason, and what the tool prints of it is read as the same again.
 
 #include <array>
@@ -8,14 +8,14 @@
 #include <string_view>
 #include <vector>
 
-#include "ChangeList.h"
-#include "Failure.h"
 #include "Fuzzing.h"
-#include "JSON.h"
-#include "KeyPaths.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
-#include "SettingLines.h"
-#include "ValueText.h"
+#include "Reporting/Failure.h"
+#include "Text/EditScript.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
+#include "Text/SettingLines.h"
+#include "Text/ValueText.h"
 
 using Fuzzing::isSameTree;
 using Fuzzing::require;
@@ -29,7 +29,7 @@ bool isRead(std::string_view text, std::string_view beginning, const std::functi
         return true;
     } catch (const Tool::Failure& failure) {
         const std::string_view why = failure.what();
-        require(failure.code() == Tool::ExitCode::WrongValue, "input is refused as such", text);
+        require(failure.fault() == Tool::Fault::WrongValue, "input is refused as such", text);
         require(why.size() > beginning.size() && why.starts_with(beginning), "a refusal says what",
                 why, text);
         return false;
@@ -70,28 +70,28 @@ void readJSON(std::string_view text) {
     requireJSONIsReadAgain(value);
 }
 
-void requireChangeIsReadAgain(const Tool::Change& change) {
-    const bool isRemoval = change.value.isNull();
-    std::string line = (isRemoval ? "unset " : "set ") + Tool::jsonText(change.keyPath);
-    if (!isRemoval) line += " " + Tool::jsonText(change.value);
-    std::vector<Tool::Change> again;
-    require(isRead(line, "", [&] { again = Tool::changesFromText(line, "line"); }),
-            "a change is read again", line);
-    require(again.size() == 1 && again[0].keyPath == change.keyPath &&
-                isSameTree(again[0].value, change.value, asInText),
-            "a change is read as the same", line);
+void requireEditIsReadAgain(const Tool::Edit& edit) {
+    const bool isRemoval = edit.value.isNull();
+    std::string line = (isRemoval ? "unset " : "set ") + Tool::jsonText(edit.keyPath);
+    if (!isRemoval) line += " " + Tool::jsonText(edit.value);
+    std::vector<Tool::Edit> again;
+    require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
+            "an edit is read again", line);
+    require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
+                isSameTree(again[0].value, edit.value, asInText),
+            "an edit is read as the same", line);
 }
 
 void readLines(std::string_view text) {
-    std::vector<Tool::Change> changes;
-    if (!isRead(text, "input:", [&] { changes = Tool::changesFromText(text, "input"); })) return;
+    std::vector<Tool::Edit> edits;
+    if (!isRead(text, "input:", [&] { edits = Tool::editsFromScript(text, "input"); })) return;
     std::size_t line = 0;
-    for (const Tool::Change& change : changes) {
-        require(change.line > line, "lines come in order", text);
-        line = change.line;
-        require(change.value.isNull() || isStorable(change.value), "values can be stored", text);
-        requireChangeIsReadAgain(change);
-        const std::string printed = Tool::settingLine(change.keyPath, change.value);
+    for (const Tool::Edit& edit : edits) {
+        require(edit.line > line, "lines come in order", text);
+        line = edit.line;
+        require(edit.value.isNull() || isStorable(edit.value), "values can be stored", text);
+        requireEditIsReadAgain(edit);
+        const std::string printed = Tool::settingLine(edit.keyPath, edit.value);
         require(printed.ends_with('\n') && printed.find('\n') == printed.size() - 1 &&
                     printed.find('\t') != std::string::npos,
                 "a setting is one line", printed);
@@ -103,11 +103,11 @@ void readKeyPath(std::string_view keyPath) {
     const std::string text = Tool::keyPathText(keyPath);
     require(!hasControls(text), "a key path is one line", text);
     if (keyPath.empty() || text.find(' ') != std::string::npos) return;
-    std::vector<Tool::Change> changes;
+    std::vector<Tool::Edit> edits;
     const std::string line = "unset " + text;
-    require(isRead(line, "", [&] { changes = Tool::changesFromText(line, "line"); }),
+    require(isRead(line, "", [&] { edits = Tool::editsFromScript(line, "line"); }),
             "a key path that was printed is read", line);
-    require(changes.size() == 1 && changes[0].keyPath == keyPath,
+    require(edits.size() == 1 && edits[0].keyPath == keyPath,
             "a key path that was printed is read as the same", line);
 }
 

@@ -187,7 +187,7 @@ TEST(Apply, ADamagedFileIsReplacedWhenAskedFor) {
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
 }
 
-TEST(Apply, SaysWhatIsBroughtToThePresentShape) {
+TEST(Apply, SaysWhatIsMigrated) {
     ToolSupport::writeSettings(propertyList("<key>a</key><integer>1</integer>"));
     EXPECT_THAT(apply("set a 2\n", {"--dry-run"}).errors, HasSubstr("of an earlier version"));
     EXPECT_THAT(apply("set a 2\n").errors, HasSubstr("of an earlier version"));

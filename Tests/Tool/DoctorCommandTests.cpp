@@ -108,10 +108,11 @@ TEST(Doctor, PrintsFactsAndFindingsForPeople) {
     const Outcome outcome = run({"doctor"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("\nformat:   XML\n"));
-    EXPECT_THAT(outcome.output,
-                HasSubstr("\nwarning: UpdateFrequency is a boolean, and its default is an integer, "
-                          "1\n  to do: write it anew as that kind, or remove it: qrvsettings unset "
-                          "-- 'UpdateFrequency'\n"));
+    EXPECT_THAT(
+        outcome.output,
+        HasSubstr("\nwarning: UpdateFrequency is a boolean, and its default is an integer, "
+                  "1\n  to do: set it to a value of that kind, or remove it: qrvsettings unset "
+                  "-- 'UpdateFrequency'\n"));
 }
 
 TEST(Doctor, AMissingFileNeedsNobody) {
@@ -253,7 +254,7 @@ TEST(Doctor, NamesTheProcessThatHoldsTheLock) {
 TEST(Doctor, TellsLeftoversOfSaves) {
     writePrivately(propertyList(""));
     writeFile(hidden(".tmp"), "half");
-    expectFinding(examine(), 0, "note: a save has not come to its end");
+    expectFinding(examine(), 0, "note: a save was interrupted");
     std::filesystem::remove(hidden(".tmp"));
     std::filesystem::create_directories(hidden(".tmp"));
     expectFinding(examine(), 1, "error: no save can succeed, a folder lies where saves begin");
@@ -286,8 +287,8 @@ TEST(Doctor, NamesWhatIsNotOfItsDefaultsKind) {
                 HasSubstr("CPU.Menubar.Enabled is an integer, and its default is a boolean, true"));
 }
 
-TEST(Doctor, NamesKeyPathsThatAreOneSlipAway) {
-    const std::vector<std::pair<std::string, std::string>> slips = {
+TEST(Doctor, NamesTyposOfKnownKeyPaths) {
+    const std::vector<std::pair<std::string, std::string>> typos = {
         {"UpdateFrequencyy", "UpdateFrequency"},
         {"UpdateFrequeny", "UpdateFrequency"},
         {"UpdateFrequemcy", "UpdateFrequency"},
@@ -301,7 +302,7 @@ TEST(Doctor, NamesKeyPathsThatAreOneSlipAway) {
         {"CPUMenubar.Enabled", "CPU.Menubar.Enabled"},
         {"Profiles.Settings.p.UpdateFrequeny", "UpdateFrequency"},
     };
-    for (const auto& [keyPath, meant] : slips) {
+    for (const auto& [keyPath, meant] : typos) {
         std::filesystem::remove(settingsFile());
         ASSERT_EQ(run({"set", keyPath, "x"}).exitCode, 0);
         const Report report = examine();
@@ -311,7 +312,7 @@ TEST(Doctor, NamesKeyPathsThatAreOneSlipAway) {
     }
 }
 
-TEST(Doctor, ItsAdviceForASlipMovesTheValue) {
+TEST(Doctor, ItsAdviceForATypoMovesTheValue) {
     ASSERT_EQ(run({"set", "UpdateFrequeny", "3"}).exitCode, 0);
     const json findings = json::parse(run({"doctor", "--json"}).output)["findings"];
     ASSERT_EQ(findings.size(), 1U);
@@ -323,7 +324,7 @@ TEST(Doctor, ItsAdviceForASlipMovesTheValue) {
     EXPECT_EQ(examine().exitCode, 0);
 }
 
-TEST(Doctor, AKeyPathOfADefaultIsNoSlip) {
+TEST(Doctor, AKeyPathOfADefaultIsNoTypo) {
     const std::string listed = run({"list", "--layer", "default"}).output;
     ASSERT_THAT(listed, HasSubstr("Time.Menubar.FlashSeperators"));
     const json defaults = json::parse(run({"list", "--layer", "default", "--json"}).output);
@@ -335,7 +336,7 @@ TEST(Doctor, AKeyPathOfADefaultIsNoSlip) {
         EXPECT_THAT(message, testing::Not(HasSubstr("did you mean")));
 }
 
-TEST(Doctor, AnotherNumberOrAnotherKnownNameIsNoSlip) {
+TEST(Doctor, AnotherNumberOrAnotherKnownNameIsNoTypo) {
     for (const std::string keyPath :
          {"Weather.Menu.Forecast.Graph.3", "Weather.Menu.Forecast.Graph.12", "GPU.Menubar.Enabled",
           "Network.Global.Addresses.Private.IPv4.Secured.Enabled", "CPU.Menubar.Width", "a"})

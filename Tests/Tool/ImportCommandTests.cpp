@@ -22,7 +22,7 @@ using ToolSupport::writeSettings;
 namespace {
 
 constexpr const char* migrated =
-    "qrvsettings: the settings are of an earlier version: they are brought to the present shape\n";
+    "qrvsettings: the settings are of an earlier version, and are migrated\n";
 
 constexpr const char* flags =
     "<key>Migration</key><dict><key>CombinedPowerItems</key><true/><key>Profiles</key><true/>"
@@ -102,7 +102,7 @@ TEST(Import, GivesBackWhatWasExported) {
     }
 }
 
-TEST(Import, SettingsOfAnEarlierVersionAreBroughtToThePresentShape) {
+TEST(Import, SettingsOfAnEarlierVersionAreMigrated) {
     ASSERT_EQ(run({"set", "old", "1"}).exitCode, 0);
     writeFile("earlier.plist", ofAnEarlierVersion());
     const Outcome outcome = run({"import", "earlier.plist"});
@@ -150,7 +150,7 @@ TEST(Import, RefusesWhatIsNoTreeOfSettings) {
     expectRefused("bplist00x", "cannot be imported: ");
     expectRefused(R"({"a":)", "cannot be imported: not a property list: ");
     expectRefused(R"({"a":null})", "cannot be imported: not a property list: ");
-    expectRefused("{ Migration = flat; }", "cannot be brought to the present shape: ");
+    expectRefused("{ Migration = flat; }", "cannot be migrated: ");
 }
 
 TEST(Import, NamesTheFileThatCannotBeRead) {

@@ -1,78 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "JSON.h"
+#include "Text/JSON.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
 #include <cmath>
-#include <limits>
 
-#include "Failure.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Reporting/Failure.h"
+#include "Tool/AnyValue.h"
 
 using Tool::jsonText;
 using Tool::valueFromJSON;
+using ToolSupport::anyTree;
 
 namespace {
-
-rc::Gen<std::string> anyText() {
-    return rc::gen::element<std::string>("", "a", "ab", "a.b", "$date", "$data", "$real",
-                                         "$dictionary", "$other", "ä€😀", "\"\\/\b\n\t",
-                                         "\x7f\xc2\x80\xc2\x9f\xc2\xa0", std::string("\0\x1f", 2));
-}
-
-rc::Gen<double> anyReal() {
-    using Limits = std::numeric_limits<double>;
-    return rc::gen::oneOf(
-        rc::gen::arbitrary<double>(),
-        rc::gen::element(0.0, -0.0, 1.0, 0.1, 1e15, 1e300, -5e-324, Limits::max(),
-                         Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()));
-}
-
-rc::Gen<PropertyListValue> anyDate() {
-    constexpr std::int64_t farthest = 60'000'000'000;
-    return rc::gen::apply(
-        [](std::int64_t seconds, int thousandths) {
-            return PropertyListValue(
-                NSDate(static_cast<double>(seconds) + static_cast<double>(thousandths) / 1000));
-        },
-        rc::gen::inRange<std::int64_t>(-farthest, farthest), rc::gen::inRange(0, 1000));
-}
-
-template <typename Type>
-rc::Gen<PropertyListValue> valuesOf(rc::Gen<Type> contents) {
-    return rc::gen::map(std::move(contents),
-                        [](const Type& content) { return PropertyListValue(content); });
-}
-
-rc::Gen<PropertyListValue> anyScalar() {
-    return rc::gen::oneOf(
-        valuesOf(rc::gen::arbitrary<bool>()), valuesOf(rc::gen::arbitrary<std::int64_t>()),
-        valuesOf(rc::gen::element<std::uint64_t>(0, std::uint64_t{1} << 63U, ~std::uint64_t{0})),
-        valuesOf(anyReal()), valuesOf(anyText()), anyDate(),
-        rc::gen::map(rc::gen::arbitrary<std::string>(),
-                     [](const std::string& bytes) { return PropertyListValue(NSData(bytes)); }));
-}
-
-rc::Gen<PropertyListValue> anyTree(int levels);
-
-PropertyListValue someContainer(int levels) {
-    const auto count = *rc::gen::inRange(0, 4);
-    if (*rc::gen::arbitrary<bool>()) {
-        const NSMutableArray array;
-        for (int index = 0; index < count; ++index) array.addObject(*anyTree(levels - 1));
-        return array;
-    }
-    const NSMutableDictionary dictionary;
-    for (int index = 0; index < count; ++index)
-        dictionary.setObjectForKey(*anyTree(levels - 1), *anyText());
-    return dictionary;
-}
-
-rc::Gen<PropertyListValue> anyTree(int levels) {
-    if (levels == 0) return anyScalar();
-    return rc::gen::oneOf(anyScalar(), rc::gen::exec([levels] { return someContainer(levels); }));
-}
 
 /// Tells kinds apart, which equality does not.
 std::string fileForm(const PropertyListValue& value) {
@@ -83,7 +25,7 @@ std::string refusal(std::string_view text) {
     try {
         valueFromJSON(text);
     } catch (const Tool::Failure& failure) {
-        EXPECT_EQ(failure.code(), Tool::ExitCode::WrongValue);
+        EXPECT_EQ(failure.fault(), Tool::Fault::WrongValue);
         return failure.what();
     }
     return {};

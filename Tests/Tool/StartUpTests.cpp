@@ -23,7 +23,7 @@ std::string ofAnotherModel() {
 }
 
 constexpr const char* migrated =
-    "qrvsettings: the settings are of an earlier version: they are brought to the present shape\n";
+    "qrvsettings: the settings are of an earlier version, and are migrated\n";
 
 std::string ofAnEarlierVersion() {
     return propertyList(
@@ -95,7 +95,7 @@ TEST(StartUp, NamesTheStoredValueThatIsInItsWay) {
     EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "1\n");
 }
 
-TEST(StartUp, SettingsOfAnEarlierVersionAreReadInThePresentShape) {
+TEST(StartUp, SettingsOfAnEarlierVersionAreReadMigrated) {
     writeSettings(ofAnEarlierVersion());
     const auto before = snapshot(ToolSupport::configurationFolder());
     const std::string inProfile = "Profiles.Settings.default.CPU.Menubar.Enabled";
@@ -109,7 +109,7 @@ TEST(StartUp, SettingsOfAnEarlierVersionAreReadInThePresentShape) {
     EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
 }
 
-TEST(StartUp, AWriteSavesThePresentShapeAndSaysSoOnce) {
+TEST(StartUp, AWriteSavesTheMigrationAndSaysSoOnce) {
     writeSettings(ofAnEarlierVersion());
     EXPECT_EQ(run({"set", "a", "1"}).errors, migrated);
     EXPECT_EQ(
@@ -118,7 +118,7 @@ TEST(StartUp, AWriteSavesThePresentShapeAndSaysSoOnce) {
     EXPECT_EQ(run({"set", "a", "2"}).errors, "");
 }
 
-TEST(StartUp, ASecondMigrationAloneIsToldToo) {
+TEST(StartUp, ASecondMigrationAloneIsReportedToo) {
     writeSettings(
         propertyList("<key>Migration</key><dict><key>CombinedPowerItems</key><false/></dict>"));
     EXPECT_EQ(run({"set", "a", "1"}).errors, migrated);
@@ -126,7 +126,7 @@ TEST(StartUp, ASecondMigrationAloneIsToldToo) {
               "{\"CombinedPowerItems\":false,\"Profiles\":true}\n");
 }
 
-TEST(StartUp, WhereNothingWasSetNoEarlierVersionIsTold) {
+TEST(StartUp, WhereNothingWasSetNoEarlierVersionIsReported) {
     EXPECT_EQ(run({"set", "a", "1"}).errors, "") << "no file";
     writeSettings("");
     EXPECT_EQ(run({"set", "a", "1"}).errors, "") << "an empty file";
@@ -141,7 +141,7 @@ TEST(StartUp, ARefusedWriteTellsNothingOfWhatItDidNotSave) {
     EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: a stored value is in the way: "));
 }
 
-TEST(StartUp, NamesTheStoredValueThatIsInTheWayOfThePresentShape) {
+TEST(StartUp, NamesTheStoredValueThatIsInTheWayOfTheMigration) {
     writeSettings(propertyList("<key>Migration</key><string>flat</string>"));
     const Outcome outcome = run({"get", "a"});
     EXPECT_EQ(outcome.exitCode, 5);

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""The manual page has every command and option that --help names, and no others.
+"""The manual page has every command and option that --help names, and no others, and its exit codes with
+their meanings.
 
     man_page.py TOOL PAGE
 """
@@ -50,11 +51,40 @@ def documented(page):
     return found
 
 
+def exit_codes_of_help(tool):
+    text = subprocess.run([tool, "--help"], capture_output=True, text=True, check=True).stdout
+    listed = text.partition("Exit codes:\n")[2].partition("\n\n")[0]
+    return dict(re.findall(r"^  (\d)  (.+)$", listed, re.MULTILINE))
+
+
+def exit_codes_of_page(page):
+    section = page.partition("\n.SH EXIT STATUS\n")[2].partition("\n.SH ")[0]
+    found = {}
+    for entry in section.split(".TP\n")[1:]:
+        code, *lines = entry.removeprefix(".B ").strip().splitlines()
+        found[code] = " ".join(plain(line) for line in lines)
+    return found
+
+
+def plain(line):
+    """The text of a line; a request for alternating fonts joins its words."""
+    return line.removeprefix(".RB ").replace(" ", "") if line.startswith(".RB ") else line
+
+
+def problems_of_exit_codes(tool, page):
+    codes = exit_codes_of_help(tool)
+    there = exit_codes_of_page(page)
+    if len(codes) < 2:
+        yield "the help names no exit codes"
+    yield from (f"exit code {code} is {codes.get(code)!r} in the help, {there.get(code)!r} in the page"
+                for code in sorted(codes.keys() | there.keys()) if codes.get(code) != there.get(code))
+
+
 def main():
     tool, page = sys.argv[1:]
     wanted = helped(tool)
     there = documented(Path(page).read_text())
-    problems = []
+    problems = list(problems_of_exit_codes(tool, Path(page).read_text()))
     for command in sorted(wanted.keys() | there.keys()):
         name = " ".join(("qrvsettings", *command))
         if command not in there:

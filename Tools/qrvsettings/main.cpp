@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
+// The program qrvsettings: runs one command, and turns failures into messages and exit codes.
+
 #include <exception>
 #include <string>
 #include <vector>
 
-#include "CommandLine.h"
-#include "Failure.h"
+#include "Parser/CommandLine.h"
 #include "Platform/System/System.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardError.h"
+#include "Process/Waiting.h"
+#include "Reporting/Failure.h"
+#include "Reporting/Notices.h"
 
 namespace {
 
@@ -14,9 +20,9 @@ Tool::ExitCode run(const std::vector<std::string>& arguments) {
         return Tool::runCommandLine(arguments);
     } catch (const Tool::Failure& failure) {
         Tool::say(failure.what());
-        return failure.code();
+        return Tool::exitCodeOf(failure.fault());
     } catch (const std::exception& error) {
-        // Out of memory, or of something else that the system has to give.
+        // The system is out of memory or of another resource.
         Tool::say(error.what());
         return Tool::ExitCode::NotWritten;
     }
@@ -25,7 +31,12 @@ Tool::ExitCode run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // The store logs for a host that has nobody to talk to; here the commands tell what matters.
+    // The store logs for hosts without a terminal. Here notices and failures say what matters.
     setNSLogSink([](const std::string&) {});
+    Tool::setNoticeHandler(Tool::remark);
+    Tool::setWaitHandler([](const auto& description, const auto& work) {
+        const Tool::Waiting waiting(description);
+        work();
+    });
     return static_cast<int>(run({argv + (argc > 0 ? 1 : 0), argv + argc}));
 }

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// Makes the changes of a script in one save.
+
+#include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/InputFile.h"
+#include "Process/StandardError.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Text/EditScript.h"
+#include "Text/KeyPaths.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::string file;
+    bool dryRun = false;
+    DamagedFile damagedFile = DamagedFile::Refused;
+};
+
+void make(const Edit& edit) {
+    // To remove what is not set would create the levels above it.
+    if (edit.value.isNull() && QRVSettingsStoredObjectForKeyPath(edit.keyPath).isNull()) return;
+    QRVSettingsSetObjectForKeyPath(edit.value, edit.keyPath);
+}
+
+void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
+    for (const Edit& edit : edits) {
+        try {
+            changes.write(edit.keyPath, [&edit] { make(edit); });
+        } catch (const Failure& failure) {
+            throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
+        }
+    }
+}
+
+void preview(const std::vector<Edit>& edits, const std::string& name) {
+    PendingChanges neverSaved;
+    const NSDictionary before = leavesByKeyPath(QRVSettingsStoredValues());
+    makeAll(edits, name, neverSaved);
+    for (const std::string& note : neverSaved.notes()) remark(note);
+    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+}
+
+void saveAll(const std::vector<Edit>& edits, const std::string& name) {
+    PendingChanges changes;
+    makeAll(edits, name, changes);
+    changes.save();
+    for (const Edit& edit : edits) remarkWhatIsNotKept(edit.value, edit.keyPath);
+}
+
+ExitCode apply(const Options& options) {
+    const std::string name = nameOfInput(options.file);
+    const std::vector<Edit> edits = editsFromScript(contentsOfInput(options.file), name);
+    openToWrite(options.damagedFile);
+    if (edits.empty())
+        remark("no changes, " + name);
+    else if (options.dryRun)
+        preview(edits, name);
+    else
+        saveAll(edits, name);
+    return ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    Option file =
+        required(text("FILE", options.file, "Lines of changes, see below; - reads standard input"));
+    file.takes = Takes::File;
+    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+}
+
+}  // namespace
+
+Configuration configureApply() {
+    return configured(declare, apply);
+}
+
+}  // namespace Tool

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "Commands/CommandTable.h"
+
+#include <array>
+
+namespace Tool {
+namespace {
+
+constexpr std::string_view setFooter =
+    R"(VALUE: true and false are booleans, 40 is an integer, 0.5 and 1e3 are reals, text that
+begins with {, [ or " is JSON, and anything else is a string. One newline at the end of
+standard input is dropped. A value that begins with a dash and is no number goes after --.
+
+In JSON, {"$date":"2020-01-01T00:00:00Z"} is a date, {"$data":"AQI="} is data (base64),
+{"$real":"nan"} (inf, -inf) is a real, and {"$dictionary":{...}} is a dictionary that looks
+like one of these.
+
+Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40)";
+
+constexpr std::string_view applyFooter =
+    R"(A line is one of these, blank, or a comment that begins with #:
+
+  set KEYPATH VALUE
+  unset KEYPATH
+
+VALUE is the rest of the line, without the blanks at its end, and is read as in "set": text
+that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
+that holds blanks is written as a JSON string. The changes are made in the order of their
+lines. Unsetting a key that is not set does nothing.
+
+Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
+
+constexpr std::array colorParts = {
+    Command{"get", "Print red, green, blue and alpha, from 0 to 1; on a terminal the colour too",
+            "Example: qrvsettings color get Network.Menubar.Mode.Status.NoIP.Color",
+            configureColorGet},
+    Command{"set", "Store a colour; returns when the settings file holds it",
+            "Example: qrvsettings color set Network.Menubar.Mode.Status.NoIP.Color '#ffc600'",
+            configureColorSet},
+    Command{"unset", "Remove a stored colour, so that the default holds again",
+            "Example: qrvsettings color unset Network.Menubar.Mode.Status.NoIP.Color",
+            configureColorUnset},
+};
+
+constexpr std::array appearanceParts = {
+    Command{"get", "Print it: Dark or Light", "Example: qrvsettings appearance get",
+            configureAppearanceGet},
+    Command{"set", "Store it, and print what is stored",
+            "The platform's names NSAppearanceNameDarkAqua, NSAppearanceNameVibrantDark,\n"
+            "NSAppearanceNameAccessibilityHighContrastDarkAqua and\n"
+            "NSAppearanceNameAccessibilityHighContrastVibrantDark are dark, all others are light.\n"
+            "\n"
+            "Example: qrvsettings appearance set NSAppearanceNameVibrantDark",
+            configureAppearanceSet},
+};
+
+constexpr std::array completionParts = {
+    Command{"bash", "Print the script for bash", "Example: eval \"$(qrvsettings completion bash)\"",
+            configureBash},
+    Command{"zsh", "Print the script for zsh", "Example: eval \"$(qrvsettings completion zsh)\"",
+            configureZsh},
+    Command{"fish", "Print the script for fish", "Example: qrvsettings completion fish | source",
+            configureFish},
+    Command{"candidates", "Print what can stand in place of the last word, a line each",
+            "Prints nothing and exits 0 where a file name is expected; exits 1 where nothing can\n"
+            "be completed.\n\n"
+            "Example: qrvsettings completion candidates -- get CPU.M",
+            configureCandidates},
+};
+
+constexpr std::array commands = {
+    Command{"get", "Print the value of a setting", "Example: qrvsettings get CPU.Menubar.Enabled",
+            configureGet},
+    Command{"set", "Store a setting; returns when the settings file holds it", setFooter,
+            configureSet},
+    Command{"unset", "Remove stored settings, so that the defaults hold again",
+            "Key paths that are not stored are named on standard error, and the exit code is 1; "
+            "the\n"
+            "others are removed all the same.\n\n"
+            "Example: qrvsettings unset Menu.Theme.Dark CPU.Menubar.Enabled",
+            configureUnset},
+    Command{"list", "Print settings, a line each: key path, tab, value as JSON",
+            "Key paths are sorted by their bytes. One that holds control characters or begins with "
+            "a\n"
+            "quotation mark is printed as a JSON string. Those of a profile are printed as the\n"
+            "application reads them, without the name of the profile.\n\n"
+            "Example: qrvsettings list CPU --layer stored",
+            configureList},
+    Command{"search", "Print the settings whose key path or value holds a text, as list does",
+            "Arrays are searched with all that they hold. The exit code is 1 where nothing is "
+            "found.\n\n"
+            "Example: qrvsettings search color --keys",
+            configureSearch},
+    Command{
+        "explain", "Print the value of a setting in each layer, and which layer answers",
+        "\"effective\" is what get prints, and \"layer\" where it comes from: stored, profile,\n"
+        "default or none. \"stored\" is the value in the file as it is, \"in profile\" the one "
+        "in\n"
+        "the profile \"default\" or the one that is named. Integers and reals count as one "
+        "kind\n"
+        "when the stored value is compared with the default. The exit code is 1 where nothing\n"
+        "is effective.\n\n"
+        "Example: qrvsettings explain CPU.Menubar.Enabled",
+        configureExplain},
+    Command{"diff", "Print what is stored and differs from the defaults, or how a file differs",
+            "A line is a key path, a tab, and old -> new as JSON, null for not set. Without FILE, "
+            "old\n"
+            "is the default and new what is stored in the settings file or in the profile. With\n"
+            "FILE, old is what is stored and new what FILE holds. Nothing is migrated before the\n"
+            "comparison. The exit code is 0 where nothing differs, and 1 where something does.\n\n"
+            "Example: qrvsettings diff --as-commands",
+            configureDiff},
+    Command{"export", "Print or save all stored settings",
+            "Where nothing is set nothing is written, and the exit code is 1.\n\n"
+            "Example: qrvsettings export settings.plist",
+            configureExport},
+    Command{"color", "Read or write a colour",
+            "Example: qrvsettings color get Network.Menubar.Mode.Status.NoIP.Color", nullptr,
+            colorParts},
+    Command{"appearance", "Read or write the appearance of the menu bar",
+            "Example: qrvsettings appearance set dark", nullptr, appearanceParts},
+    Command{"profiles", "Print the names of the profiles that have settings, one a line",
+            "Names are sorted by their bytes. Of a name that holds dots only the part before the\n"
+            "first one is printed.\n\n"
+            "Example: qrvsettings profiles",
+            configureProfiles},
+    Command{"apply", "Make many changes at once: all of them in one save, or none", applyFooter,
+            configureApply},
+    Command{"import", "Replace all stored settings by those of a file, in one save",
+            "Settings of an earlier version are migrated.\n\n"
+            "Example: qrvsettings import settings.plist --dry-run",
+            configureImport},
+    Command{
+        "watch", "Print changes of the settings file as they happen, a line each",
+        "A line is a key path, a tab, and the new value as JSON: the default where the setting\n"
+        "was removed, null where there is none. Changes made at once are sorted by their key\n"
+        "paths. \"watching FILE\" on standard error says that it has begun; an interrupt ends "
+        "it\n"
+        "with exit code 0.\n\n"
+        "Example: qrvsettings watch CPU.Menubar --count 1 --timeout 60",
+        configureWatch},
+    Command{"path", "Print the path of the settings file", "Example: ls -l \"$(qrvsettings path)\"",
+            configurePath},
+    Command{"doctor", "Examine the settings file: what is wrong, and what to do about it",
+            "Facts come first, then findings. Notes need no action; warnings and errors do, and "
+            "then\n"
+            "the exit code is 1. A key path without a default is reported when it looks like a "
+            "typo\n"
+            "of a known one; other key paths are not judged.\n\n"
+            "Example: qrvsettings doctor",
+            configureDoctor},
+    Command{"completion", "Print what makes a shell complete commands, options and key paths",
+            "Example: eval \"$(qrvsettings completion bash)\"", nullptr, completionParts},
+};
+
+constexpr Command wholeProgram{"qrvsettings", "Read and change the settings of the system monitor",
+                               "Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40",
+                               nullptr, commands};
+
+}  // namespace
+
+const Command& program() {
+    return wholeProgram;
+}
+
+}  // namespace Tool

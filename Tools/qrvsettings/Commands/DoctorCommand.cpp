@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+// Prints facts and findings about the settings file.
+
+#include <algorithm>
+
+#include "Commands/CommandTable.h"
+#include "Commands/FactLines.h"
+#include "Doctor/Doctor.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardOutput.h"
+#include "Text/JSON.h"
+
+namespace Tool {
+namespace {
+
+std::string levelText(Finding::Level level) {
+    switch (level) {
+        case Finding::Level::Note:
+            return "note";
+        case Finding::Level::Warning:
+            return "warning";
+        case Finding::Level::Error:
+            break;
+    }
+    return "error";
+}
+
+bool needsAPerson(const Finding& finding) {
+    return finding.level != Finding::Level::Note;
+}
+
+/// Messages quote paths and keys, which may hold anything.
+std::string onOneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');
+    return text;
+}
+
+std::string linesOf(const Diagnosis& diagnosis) {
+    std::vector<Fact> facts;
+    facts.reserve(diagnosis.facts.size());
+    for (const ExaminedFact& fact : diagnosis.facts)
+        facts.push_back({fact.name, onOneLine(fact.text)});
+    std::string text = factLines(facts);
+    for (const Finding& finding : diagnosis.findings)
+        text += "\n" + levelText(finding.level) + ": " + onOneLine(finding.message) +
+                "\n  to do: " + onOneLine(finding.advice) + "\n";
+    return text;
+}
+
+NSDictionary objectOf(const Finding& finding) {
+    return {{"level", levelText(finding.level)},
+            {"message", finding.message},
+            {"advice", finding.advice},
+            {"keyPath", finding.keyPath.empty() ? PropertyListValue(NSNull())
+                                                : PropertyListValue(finding.keyPath)}};
+}
+
+std::string jsonOf(const Diagnosis& diagnosis) {
+    NSMutableDictionary facts;
+    for (const ExaminedFact& fact : diagnosis.facts) facts.setObjectForKey(fact.value, fact.name);
+    NSMutableArray findings;
+    for (const Finding& finding : diagnosis.findings) findings.addObject(objectOf(finding));
+    return jsonText(NSDictionary{{"facts", facts}, {"findings", findings}}) + "\n";
+}
+
+struct Options {
+    bool json = false;
+};
+
+ExitCode doctor(const Options& options) {
+    Diagnosis diagnosis;
+    const NSDictionary settings = examineFile(diagnosis);
+    examineSettings(diagnosis, settings);
+    print(options.json ? jsonOf(diagnosis) : linesOf(diagnosis));
+    return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(), needsAPerson)
+               ? ExitCode::NotSet
+               : ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    return {jsonFlag(options.json, "Print one JSON object of facts and findings")};
+}
+
+}  // namespace
+
+Configuration configureDoctor() {
+    return configured(declare, doctor);
+}
+
+}  // namespace Tool

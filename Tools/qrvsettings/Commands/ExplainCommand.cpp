@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// Prints the value of a setting in each layer.
+
+#include "Commands/CommandTable.h"
+#include "Commands/FactLines.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardOutput.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+#include "Settings/KnownKeyPaths.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Text/FileForm.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
+#include "Text/ValueText.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::string keyPath;
+    std::string profile;
+    bool json = false;
+};
+
+struct Explanation {
+    std::string keyPath;
+    PropertyListValue effective;
+    std::string layer;
+    PropertyListValue stored;
+    PropertyListValue byDefault;
+    std::string profile;
+    PropertyListValue inProfile;
+};
+
+/// Reads the stored value before the preparation, which may reset it in memory.
+Explanation explanationOf(const Options& options) {
+    const ProfileScope scope(options.profile);
+    const ProfileScope profile(options.profile.empty() ? "default" : options.profile);
+    openToRead();
+    const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(options.keyPath);
+    prepareToRead();
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(options.keyPath);
+    const std::string layer = !scope.stored(options.keyPath).isNull()
+                                  ? (scope.isProfile() ? "profile" : "stored")
+                              : byDefault.isNull() ? "none"
+                                                   : "default";
+    return {options.keyPath,
+            scope.effective(options.keyPath),
+            layer,
+            stored,
+            byDefault,
+            options.profile.empty() ? "default" : options.profile,
+            profile.stored(options.keyPath)};
+}
+
+PropertyListValue orNullMarker(const PropertyListValue& value) {
+    return value.isNull() ? NSNull() : value;
+}
+
+PropertyListValue kindOrNullMarker(const PropertyListValue& value) {
+    return value.isNull() ? PropertyListValue(NSNull()) : kindWord(value);
+}
+
+bool canCompareKinds(const Explanation& explanation) {
+    return !explanation.stored.isNull() && !explanation.byDefault.isNull();
+}
+
+bool kindsDiffer(const Explanation& explanation) {
+    return !explanation.stored.isSameKindAs(explanation.byDefault);
+}
+
+std::string jsonOf(const Explanation& explanation) {
+    return jsonText(NSDictionary{
+               {"keyPath", explanation.keyPath},
+               {"effective", orNullMarker(explanation.effective)},
+               {"effectiveKind", kindOrNullMarker(explanation.effective)},
+               {"layer", explanation.layer},
+               {"stored", orNullMarker(explanation.stored)},
+               {"storedKind", kindOrNullMarker(explanation.stored)},
+               {"default", orNullMarker(explanation.byDefault)},
+               {"defaultKind", kindOrNullMarker(explanation.byDefault)},
+               {"kindDiffers", canCompareKinds(explanation)
+                                   ? PropertyListValue(kindsDiffer(explanation))
+                                   : PropertyListValue(NSNull())},
+               {"profile", explanation.profile},
+               {"profileValue", orNullMarker(explanation.inProfile)},
+               {"profileKind", kindOrNullMarker(explanation.inProfile)},
+           }) +
+           "\n";
+}
+
+void add(std::vector<Fact>& facts, const std::string& name, const PropertyListValue& value) {
+    facts.push_back({name, value.isNull() ? "not set" : jsonText(value)});
+    if (!value.isNull()) facts.push_back({name + " kind", kindWord(value)});
+}
+
+std::string linesOf(const Explanation& explanation) {
+    std::vector<Fact> facts = {{"key path", keyPathText(explanation.keyPath)}};
+    add(facts, "effective", explanation.effective);
+    facts.push_back({"layer", explanation.layer});
+    add(facts, "stored", explanation.stored);
+    add(facts, "default", explanation.byDefault);
+    if (canCompareKinds(explanation))
+        facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});
+    facts.push_back({"profile", keyPathText(explanation.profile)});
+    add(facts, "in profile", explanation.inProfile);
+    return factLines(facts);
+}
+
+ExitCode explain(const Options& options) {
+    requireUTF8(options.keyPath);
+    const Explanation explanation = explanationOf(options);
+    print(options.json ? jsonOf(explanation) : linesOf(explanation));
+    if (explanation.effective.isNull())
+        throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
+    return ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    return {keyPathArgument(options.keyPath), profileOption(options.profile),
+            jsonFlag(options.json, "Print one JSON object, null for what is not set")};
+}
+
+}  // namespace
+
+Configuration configureExplain() {
+    return configured(declare, explain);
+}
+
+}  // namespace Tool

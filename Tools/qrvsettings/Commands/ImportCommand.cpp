@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// Replaces all stored settings by those of a file.
+
+#include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/InputFile.h"
+#include "Process/StandardError.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/Preparation.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Text/FileForm.h"
+#include "Text/KeyPaths.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::string file;
+    bool dryRun = false;
+    DamagedFile damagedFile = DamagedFile::Refused;
+};
+
+void preview(const NSDictionary& settings) {
+    const NSDictionary before = leavesByKeyPath(QRVSettingsStorage());
+    importInMemory(settings);
+    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+}
+
+ExitCode runImport(const Options& options) {
+    const NSDictionary settings = settingsOfInput(options.file, "imported");
+    const std::string name = nameOfInput(options.file);
+    openToWrite(options.damagedFile);
+    prepareWithoutStoredSettings();
+    try {
+        options.dryRun ? preview(settings) : importSettings(settings);
+    } catch (const NSInvalidArgumentException& exception) {
+        throw Failure(Fault::WrongValue,
+                      std::string("cannot be migrated: ") + exception.what() + ", " + name);
+    }
+    if (needMigration(settings)) remark(migrationNote);
+    if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
+    return ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    Option file =
+        required(text("FILE", options.file,
+                      "A property list in any format, or JSON as export prints it; - reads "
+                      "standard input"));
+    file.takes = Takes::File;
+    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+}
+
+}  // namespace
+
+Configuration configureImport() {
+    return configured(declare, runImport);
+}
+
+}  // namespace Tool

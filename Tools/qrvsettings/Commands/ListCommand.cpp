@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// Prints settings with their values.
+
+#include <optional>
+
+#include "Commands/CommandTable.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardOutput.h"
+#include "Reporting/Failure.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsLayer.h"
+#include "Text/FileForm.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
+#include "Text/SettingLines.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::optional<std::string> prefix;
+    std::string layer = "effective";
+    std::string profile;
+    bool keysOnly = false;
+    bool json = false;
+};
+
+NSDictionary withPrefix(const NSDictionary& leaves, const std::optional<std::string>& prefix) {
+    if (!prefix) return leaves;
+    NSMutableDictionary chosen;
+    for (const auto& [keyPath, value] : leaves)
+        if (isAtOrBelow(keyPath, *prefix)) chosen.setObjectForKey(value, keyPath);
+    return chosen;
+}
+
+std::string textOf(const NSDictionary& leaves, const Options& options) {
+    if (!options.keysOnly) return options.json ? jsonText(leaves) + "\n" : settingLines(leaves);
+    return options.json ? jsonText(keyPathsOf(leaves)) + "\n" : keyPathLines(leaves);
+}
+
+ExitCode list(const Options& options) {
+    if (options.prefix) requireUTF8(*options.prefix);
+    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
+    layer.open();
+    const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
+    if (leaves.count() == 0)
+        throw Failure(Fault::NotSet,
+                      "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
+    print(textOf(leaves, options));
+    return ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    return {prefixArgument(options.prefix),
+            flag("--keys", options.keysOnly, "Print key paths alone"), layerOption(options.layer),
+            profileOption(options.profile),
+            jsonFlag(options.json,
+                     "Print one JSON object, from key path to value; with --keys, one array")};
+}
+
+}  // namespace
+
+Configuration configureList() {
+    return configured(declare, list);
+}
+
+}  // namespace Tool

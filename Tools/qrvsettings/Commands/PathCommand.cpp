@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// Prints where the settings file lies.
+
+#include "Commands/CommandTable.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardOutput.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+
+namespace Tool {
+namespace {
+
+ExitCode path() {
+    const std::string location = QRVSettingsLocation();
+    if (location.empty())
+        throw Failure(Fault::NotSet, "there is no home folder, so no settings file");
+    print(location + "\n");
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+Configuration configurePath() {
+    return {{}, path};
+}
+
+}  // namespace Tool

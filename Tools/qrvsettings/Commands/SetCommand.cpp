@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// Stores one setting.
+
+#include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/InputFile.h"
+#include "Process/StandardError.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Text/FileForm.h"
+#include "Text/ValueText.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::string keyPath;
+    std::string value;
+    std::string type;
+    std::string profile;
+    DamagedFile damagedFile = DamagedFile::Refused;
+};
+
+std::string textOf(const Options& options) {
+    if (options.value != "-") return options.value;
+    std::string text = standardInput();
+    if (text.ends_with('\n')) text.pop_back();
+    return text;
+}
+
+PropertyListValue valueOf(const Options& options) {
+    PropertyListValue value = valueFromText(textOf(options), options.type);
+    requireStorable(value);
+    return value;
+}
+
+/// It is allowed, but a typo in the key path or the value looks the same.
+void remarkWhatIsUnusual(const PropertyListValue& value, const PropertyListValue& replaced,
+                         const std::string& keyPath) {
+    if (replaced.isDictionary() && !value.isDictionary())
+        remark("this replaces all settings that were stored below, " + keyPath);
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
+    if (!byDefault.isNull() && !byDefault.isSameKindAs(value))
+        remark("the default is of another kind, " + kindWord(byDefault) + ", " + keyPath);
+}
+
+ExitCode set(const Options& options) {
+    requireUTF8(options.keyPath);
+    const PropertyListValue value = valueOf(options);
+    const ProfileScope scope(options.profile);
+    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
+    openToWrite(options.damagedFile);
+    const PropertyListValue replaced = scope.stored(options.keyPath);
+    PendingChanges changes;
+    changes.write(storedKeyPath, [&] { scope.set(value, options.keyPath); });
+    changes.save();
+    remarkWhatIsNotKept(value, storedKeyPath);
+    remarkWhatIsUnusual(value, replaced, options.keyPath);
+    return ExitCode::Done;
+}
+
+OptionList declare(Options& options) {
+    Option type = text("--type", options.type,
+                       "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64");
+    type.valueName = "NAME";
+    type.words = {"bool", "int", "real", "string", "date", "data", "json"};
+    type.takesOnlyWords = true;
+    return {keyPathArgument(options.keyPath),
+            required(text("VALUE", options.value, "See below; - reads standard input")), type,
+            profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+}
+
+}  // namespace
+
+Configuration configureSet() {
+    return configured(declare, set);
+}
+
+}  // namespace Tool

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// Removes stored settings.
+
+#include "Commands/CommandTable.h"
+#include "Options/CommonOptions.h"
+#include "Process/ExitCode.h"
+#include "Process/StandardError.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Text/FileForm.h"
+
+namespace Tool {
+namespace {
+
+struct Options {
+    std::vector<std::string> keyPaths;
+    std::string profile;
+    DamagedFile damagedFile = DamagedFile::Refused;
+};
+
+/// The others are named on standard error.
+std::vector<std::string> storedOnes(const ProfileScope& scope,
+                                    const std::vector<std::string>& keyPaths) {
+    std::vector<std::string> stored;
+    for (const std::string& keyPath : keyPaths) {
+        if (scope.stored(keyPath).isNull())
+            say("not set, " + keyPath);
+        else
+            stored.push_back(keyPath);
+    }
+    return stored;
+}
+
+void remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths) {
+    // A value that prevents the preparation can be removed this way.
+    PendingChanges changes(PendingChanges::Preparation::MayFail);
+    for (const std::string& keyPath : keyPaths)
+        changes.write(scope.storedKeyPath(keyPath), [&] {
+            // To remove what went with a level above it would create that level again.
+            if (!scope.stored(keyPath).isNull()) scope.set(nullptr, keyPath);
+        });
+    changes.save();
+}
+
+ExitCode unset(const Options& options) {
+    for (const std::string& keyPath : options.keyPaths) requireUTF8(keyPath);
+    openToWrite(options.damagedFile);
+    const ProfileScope scope(options.profile);
+    const std::vector<std::string> stored = storedOnes(scope, options.keyPaths);
+    if (!stored.empty()) remove(scope, stored);
+    return stored.size() == options.keyPaths.size() ? ExitCode::Done : ExitCode::NotSet;
+}
+
+OptionList declare(Options& options) {
+    Option keyPaths =
+        required(texts("KEYPATH", options.keyPaths, "Keys joined by dots; one or more"));
+    keyPaths.takes = Takes::StoredKeyPath;
+    return {keyPaths, profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+}
+
+}  // namespace
+
+Configuration configureUnset() {
+    return configured(declare, unset);
+}
+
+}  // namespace Tool

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+// Prints the changes of the settings file as they happen.
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <set>
+
+#include "Commands/CommandTable.h"
+#include "Options/CommonOptions.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Process/ExitCode.h"
+#include "Process/Interruption.h"
+#include "Process/StandardError.h"
+#include "Process/StandardOutput.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/SettingsFileCondition.h"
+#include "Settings/StoredTree.h"
+#include "Text/FileForm.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
+#include "Text/ScalarText.h"
+#include "Text/SettingLines.h"
+#include "Text/ShellCommands.h"
+
+namespace Tool {
+namespace {
+
+using NSDictionaryQRV::objectAtKeyPath;
+
+struct Options {
+    std::optional<std::string> prefix;
+    Form form = Form::Lines;
+    std::optional<std::size_t> count;
+    std::string timeout;  ///< empty for none
+};
+
+std::string jsonLine(const std::string& keyPath, const PropertyListValue& value) {
+    return R"({"keyPath":)" + jsonText(keyPath) + R"(,"value":)" + jsonText(value) + "}\n";
+}
+
+/// Prints the changes of the file, from the file as it was at the start.
+class Watch {
+  public:
+    explicit Watch(const Options& options) : options_(options) {}
+
+    /// Begins to watch as a host of the store does.
+    void begin();
+    /// Prints changes until there are as many as wanted, the time is over, or a signal comes.
+    ExitCode run(const Interruption& interruption);
+
+  private:
+    void printChanges();
+    void printChange(const std::string& keyPath);
+    [[nodiscard]] std::string line(const std::string& keyPath) const;
+    [[nodiscard]] bool isWanted(const std::string& keyPath) const;
+    [[nodiscard]] std::set<std::string> keyPathsChangedSince(const NSDictionary& before) const;
+    [[nodiscard]] bool isDone() const { return options_.count && lineCount_ >= *options_.count; }
+
+    Options options_;
+    NSDictionary file_;  ///< what it held when it was last compared
+    std::size_t lineCount_ = 0;
+};
+
+void Watch::begin() {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMonitorFileChanges(true);
+    store.setOnChange([this](const NSArray&) { printChanges(); });
+    // The first read of this process: changes by others from here on are published.
+    file_ = QRVSettingsStoredValues();
+    prepareToRead();
+    // The store compares the file with its tree. What the preparation changed there is in no file.
+    replaceStoredTree(file_);
+    remark("watching " + store.location());
+}
+
+ExitCode Watch::run(const Interruption& interruption) {
+    using Clock = std::chrono::steady_clock;
+    // Practically no deadline, and within the range of the clock.
+    constexpr double longest = 1e9;
+    std::optional<Clock::time_point> deadline;
+    if (const auto seconds = realFromText(options_.timeout))
+        deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                      std::chrono::duration<double>(std::min(*seconds, longest)));
+    DispatchMainQueue& mainQueue = DispatchMainQueue::shared();
+    while (!isDone()) {
+        switch (interruption.waitFor(mainQueue.fd(), deadline)) {
+            case Interruption::Reason::Interrupted:
+                return ExitCode::Done;
+            case Interruption::Reason::TimedOut:
+                say("timed out after " + options_.timeout + " s, watching " +
+                    QRVSettings::sharedSettings().location());
+                return ExitCode::TimedOut;
+            case Interruption::Reason::Readable:
+                mainQueue.drain();
+        }
+    }
+    return ExitCode::Done;
+}
+
+void remarkDamage() {
+    const std::string fault = conditionOfSettingsFile().fault();
+    if (!fault.empty()) remark(fault);
+}
+
+void Watch::printChanges() {
+    const NSDictionary now = QRVSettings::sharedSettings().storageCache();
+    if (now.isNull()) remarkDamage();
+    const NSDictionary before = std::exchange(file_, now.copy());
+    for (const std::string& keyPath : keyPathsChangedSince(before)) printChange(keyPath);
+}
+
+std::set<std::string> Watch::keyPathsChangedSince(const NSDictionary& before) const {
+    std::set<std::string> keyPaths;
+    for (const PropertyListValue& changed : NSDictionaryQRV::changedKeys(before, file_)) {
+        const std::string keyPath = changed.stringValue();
+        // The key path of a key that holds a "." does not reach it.
+        const bool isReached =
+            !objectAtKeyPath(before, keyPath).isNull() || !objectAtKeyPath(file_, keyPath).isNull();
+        if (isReached && isWanted(keyPath)) keyPaths.insert(keyPath);
+    }
+    return keyPaths;
+}
+
+void Watch::printChange(const std::string& keyPath) {
+    const std::string text = isDone() ? "" : line(keyPath);
+    if (text.empty()) return;
+    print(text);
+    ++lineCount_;
+}
+
+bool Watch::isWanted(const std::string& keyPath) const {
+    return !options_.prefix || isAtOrBelow(keyPath, *options_.prefix);
+}
+
+std::string Watch::line(const std::string& keyPath) const {
+    if (options_.form == Form::Commands) {
+        // A value that replaces a dictionary removes what was in it.
+        const auto leaf = leafAbove(file_, keyPath);
+        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_);
+    }
+    const PropertyListValue stored = objectAtKeyPath(file_, keyPath);
+    // A read of the store would read the file again where it was missing.
+    const PropertyListValue value =
+        stored.isNull() ? QRVSettingsDefaultForKeyPath(keyPath) : stored;
+    return options_.form == Form::JSON ? jsonLine(keyPath, value) : settingLine(keyPath, value);
+}
+
+ExitCode watch(const Options& options) {
+    if (options.prefix) requireUTF8(*options.prefix);
+    if (QRVSettingsLocation().empty())
+        throw Failure(Fault::NotSet, "there is no home folder, so no settings file");
+    const Interruption interruption;
+    requireReadable(conditionOfSettingsFile());
+    Watch watch(options);
+    watch.begin();
+    return watch.run(interruption);
+}
+
+std::string whyNoTimeout(const std::string& text) {
+    const auto seconds = realFromText(text);
+    return seconds && *seconds > 0 ? "" : "not a number of seconds above 0: " + text;
+}
+
+std::string whyNoCount(const std::string& text) {
+    std::size_t count = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, count);
+    const bool isCount = read.ec == std::errc() && read.ptr == end && count > 0;
+    return isCount ? "" : "not a number of lines above 0: " + text;
+}
+
+OptionList declare(Options& options) {
+    Option timeout = text("--timeout", options.timeout, "End with exit code 6 after this time");
+    timeout.valueName = "SECONDS";
+    timeout.objection = whyNoTimeout;
+    return {
+        prefixArgument(options.prefix),
+        jsonForm(options.form, "Print JSON objects of keyPath and value, one a line"),
+        commandsForm(options.form, "Print shell commands that change another file in the same way"),
+        {.name = "--count",
+         .description = "End after N lines",
+         .takes = Takes::Text,
+         .store =
+             [&options](const std::vector<std::string>& given) {
+                 options.count = std::stoull(given.front());
+             },
+         .valueName = "N",
+         .objection = whyNoCount},
+        timeout};
+}
+
+}  // namespace
+
+Configuration configureWatch() {
+    return configured(declare, watch);
+}
+
+}  // namespace Tool

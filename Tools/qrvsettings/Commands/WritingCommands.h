@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// What several writing commands have in common: `--dry-run`, settings in files, and remarks.
+
+#include <string>
+
+#include "Options/Option.h"
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+Option dryRunFlag(bool& dryRun);
+/// Prints a line for each difference, or says on standard error that there is none.
+void printWhatWouldChange(const NSDictionary& oldByKeyPath, const NSDictionary& newByKeyPath);
+
+/// The settings in a file that an argument names; `-` is standard input. Throws Failure
+/// (WrongValue) when they cannot be read or are no settings: "cannot be `participle`", the reason
+/// and the file.
+NSDictionary settingsOfInput(const std::string& file, const std::string& participle);
+
+/// Names the stored key path of a value on standard error when the file does not keep all of it.
+void remarkWhatIsNotKept(const PropertyListValue& value, const std::string& storedKeyPath);
+
+}  // namespace Tool

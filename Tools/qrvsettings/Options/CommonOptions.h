@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Arguments and options that several commands take.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Options/Option.h"
+#include "Settings/SettingsFileCondition.h"
+
+namespace Tool {
+
+/// Required.
+Option keyPathArgument(std::string& keyPath);
+/// Stays empty where none is given.
+Option prefixArgument(std::optional<std::string>& prefix);
+
+/// The names of the layers, strongest first; "effective" unless another one is named.
+const std::vector<std::string>& layerNames();
+Option layerOption(std::string& layer);
+/// Stays empty where no profile is named.
+Option profileOption(std::string& profile);
+
+Option jsonFlag(bool& json, const std::string& description);
+
+/// How a command prints changes: as lines for people, `--json` or `--as-commands`.
+enum class Form { Lines, JSON, Commands };
+Option jsonForm(Form& form, const std::string& description);
+Option commandsForm(Form& form, const std::string& description);
+
+Option replaceDamagedFlag(DamagedFile& damagedFile);
+/// Opens the settings file for a command with this flag; see `openToWrite`.
+void openToWrite(DamagedFile damagedFile);
+
+}  // namespace Tool

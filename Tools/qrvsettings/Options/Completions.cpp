@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "Options/Completions.h"
+
+#include <algorithm>
+
+#include "Options/CommonOptions.h"
+#include "Reporting/Failure.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsLayer.h"
+#include "Text/KeyPaths.h"
+
+namespace Tool {
+namespace {
+
+using Words = std::set<std::string>;
+
+Words wordsOf(const std::vector<std::string>& list) {
+    return {list.begin(), list.end()};
+}
+
+/// Reads a command line as the parser does, but accepts errors.
+class CommandLineSoFar {
+  public:
+    explicit CommandLineSoFar(const Command& program) : program_(program) { enter(program); }
+
+    void take(const std::string& word);
+    [[nodiscard]] std::optional<Words> completionsOf(const std::string& last) const;
+
+  private:
+    void enter(const Command& command);
+    void takeOption(const std::string& word);
+    void note(const Option& option, const std::string& value);
+    [[nodiscard]] bool looksLikeOption(const std::string& word) const {
+        return !areOptionsOver_ && word.size() > 1 && word.starts_with('-');
+    }
+    [[nodiscard]] const Option* optionNamed(const std::string& name) const;
+    [[nodiscard]] Words optionNames() const;
+    [[nodiscard]] std::optional<Words> wordsInPlace() const;
+    [[nodiscard]] std::optional<Words> wordsFor(const Option& option) const;
+    [[nodiscard]] Words keyPathsOf(const std::string& layer) const;
+
+    const Command& program_;
+    const Command* command_ = nullptr;
+    OptionList options_;
+    std::size_t argumentCount_ = 0;
+    const Option* pendingOption_ = nullptr;  ///< its value is the next word
+    std::string profile_;
+    std::string layer_ = layerNames().front();
+    bool areOptionsOver_ = false;
+};
+
+void CommandLineSoFar::enter(const Command& command) {
+    command_ = &command;
+    options_ = command.configure == nullptr ? OptionList() : command.configure().options;
+    for (const Option& option : optionsEverywhere()) options_.push_back(option);
+}
+
+void CommandLineSoFar::take(const std::string& word) {
+    if (pendingOption_ != nullptr) {
+        note(*pendingOption_, word);
+        pendingOption_ = nullptr;
+    } else if (word == "--" && !areOptionsOver_) {
+        areOptionsOver_ = true;
+    } else if (looksLikeOption(word)) {
+        takeOption(word);
+    } else if (const Command* const part = command_->partNamed(word)) {
+        enter(*part);
+    } else {
+        ++argumentCount_;
+    }
+}
+
+void CommandLineSoFar::takeOption(const std::string& word) {
+    const std::size_t end = word.find('=');
+    const Option* const option = optionNamed(word.substr(0, end));
+    if (option == nullptr || option->takes == Takes::Nothing) return;
+    if (end == word.npos)
+        pendingOption_ = option;
+    else
+        note(*option, word.substr(end + 1));
+}
+
+void CommandLineSoFar::note(const Option& option, const std::string& value) {
+    if (option.takes == Takes::Profile) profile_ = value;
+    if (option.takes == Takes::Layer && wordsOf(layerNames()).contains(value)) layer_ = value;
+}
+
+const Option* CommandLineSoFar::optionNamed(const std::string& name) const {
+    const auto found = std::find_if(options_.begin(), options_.end(),
+                                    [&name](const Option& one) { return one.name == name; });
+    return found == options_.end() ? nullptr : &*found;
+}
+
+std::optional<Words> CommandLineSoFar::completionsOf(const std::string& last) const {
+    if (pendingOption_ != nullptr) return wordsFor(*pendingOption_);
+    const std::size_t end = last.find('=');
+    if (looksLikeOption(last) && end != last.npos) {
+        const Option* const option = optionNamed(last.substr(0, end));
+        if (option == nullptr) return Words();
+        Words words;
+        for (const std::string& value : wordsFor(*option).value_or(Words()))
+            words.insert(last.substr(0, end + 1) + value);
+        return words;
+    }
+    if (last.starts_with('-') && !areOptionsOver_) return optionNames();
+    return wordsInPlace();
+}
+
+Words CommandLineSoFar::optionNames() const {
+    // The first ones are the parser's own.
+    Words names = {"--help"};
+    if (command_ == &program_) names.insert("--version");
+    for (const Option& option : options_)
+        if (!option.isArgument()) names.insert(option.name);
+    return names;
+}
+
+std::optional<Words> CommandLineSoFar::wordsInPlace() const {
+    Words names;
+    for (const Command& part : command_->parts) names.emplace(part.name);
+    if (!names.empty()) return names;
+    const Option* place = nullptr;
+    std::size_t places = 0;
+    for (const Option& option : options_)
+        if (option.isArgument() && places <= argumentCount_) {
+            place = &option;
+            ++places;
+        }
+    if (place == nullptr || (places <= argumentCount_ && !place->isRepeated)) return names;
+    return wordsFor(*place);
+}
+
+std::optional<Words> CommandLineSoFar::wordsFor(const Option& option) const {
+    switch (option.takes) {
+        case Takes::File:
+            return std::nullopt;
+        case Takes::KeyPath:
+            return keyPathsOf(layer_);
+        case Takes::StoredKeyPath:
+            return keyPathsOf("stored");
+        case Takes::Profile:
+            return profileNames();
+        case Takes::Nothing:
+        case Takes::Text:
+        case Takes::Layer:
+            break;
+    }
+    return wordsOf(option.words);
+}
+
+Words CommandLineSoFar::keyPathsOf(const std::string& layer) const {
+    Words words;
+    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
+        words.emplace(keyPath);
+    return words;
+}
+
+void openLayers() {
+    try {
+        SettingsLayer(layerNames().front(), ProfileScope("")).open();
+    } catch (const Failure&) {
+        prepareWithoutStoredSettings();
+    }
+}
+
+/// Other words hold characters that no command line can hold.
+bool canBeTyped(const std::string& word) {
+    return keyPathText(word) == word;
+}
+
+}  // namespace
+
+std::optional<std::set<std::string>> completionsOf(const Command& program,
+                                                   std::vector<std::string> words) {
+    CommandLineSoFar line(program);
+    const std::string last = words.empty() ? "" : words.back();
+    if (!words.empty()) words.pop_back();
+    for (const std::string& word : words) line.take(word);
+    openLayers();
+    const auto candidates = line.completionsOf(last);
+    if (!candidates) return std::nullopt;
+    std::set<std::string> completions;
+    for (const std::string& candidate : *candidates)
+        if (candidate.starts_with(last) && canBeTyped(candidate)) completions.insert(candidate);
+    return completions;
+}
+
+}  // namespace Tool

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include "Process/StandardStreams.h"
+
+#include <unistd.h>
+
+namespace Tool {
+
+bool standardErrorIsTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+}  // namespace Tool

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#include "Process/Waiting.h"
+
+#include <chrono>
+#include <utility>
+
+#include "Process/StandardError.h"
+#include "Process/StandardStreams.h"
+
+namespace Tool {
+
+Waiting::Waiting(std::function<std::string()> what) : what_(std::move(what)) {
+    if (!isQuiet() && standardErrorIsTerminal()) thread_ = std::thread([this] { remarkLater(); });
+}
+
+Waiting::~Waiting() {
+    if (!thread_.joinable()) return;
+    {
+        const std::lock_guard guard(mutex_);
+        isOver_ = true;
+    }
+    ended_.notify_one();
+    thread_.join();
+}
+
+void Waiting::remarkLater() {
+    std::unique_lock lock(mutex_);
+    if (!ended_.wait_for(lock, std::chrono::seconds(1), [this] { return isOver_; }))
+        remark("waiting for " + what_());
+}
+
+}  // namespace Tool

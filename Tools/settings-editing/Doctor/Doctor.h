@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The examination of a settings file: facts, and findings with advice.
+
+#include <string>
+#include <vector>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+struct Finding {
+    enum class Level {
+        Note,     ///< for information; no action is needed
+        Warning,  ///< a person should look at it
+        Error     ///< the settings cannot be read, or not be saved
+    };
+    Level level;
+    std::string message;
+    std::string advice;     ///< what to do, with the command for it if there is one
+    std::string keyPath{};  ///< of the setting concerned, if one is
+};
+
+/// `value` is for programs, `text` for people.
+struct ExaminedFact {
+    std::string name;
+    PropertyListValue value;
+    std::string text;
+};
+
+struct Diagnosis {
+    std::vector<ExaminedFact> facts;
+    std::vector<Finding> findings;
+};
+
+/// Examines the settings file and its surroundings. What the file holds becomes the stored tree.
+/// Returns that tree; null when it cannot be read.
+NSDictionary examineFile(Diagnosis& diagnosis);
+
+/// Examines the settings as the application will read them. Prepares the store.
+void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings);
+
+}  // namespace Tool

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "Settings/ProfileScope.h"
+
+#include <utility>
+
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
+#include "Text/FileForm.h"
+
+namespace Tool {
+
+ProfileScope::ProfileScope(std::string profile) : profile_(std::move(profile)) {
+    requireUTF8(profile_);
+}
+
+void ProfileScope::enter() const {
+    QRVSettings::sharedSettings().setActiveProfile(profile_);
+}
+
+std::string ProfileScope::storedKeyPath(QRVKeyPath keyPath) const {
+    if (!isProfile()) return std::string(keyPath.text());
+    enter();
+    return QRVSettingsProfileKeyForKey(keyPath);
+}
+
+NSDictionary ProfileScope::storedTree() const {
+    if (!isProfile()) return QRVSettingsStoredValues();
+    std::string root = storedKeyPath("");
+    root.pop_back();
+    return QRVSettingsStoredObjectForKeyPath(root).dictionary();
+}
+
+PropertyListValue ProfileScope::stored(QRVKeyPath keyPath) const {
+    return QRVSettingsStoredObjectForKeyPath(storedKeyPath(keyPath));
+}
+
+PropertyListValue ProfileScope::effective(QRVKeyPath keyPath) const {
+    if (!isProfile()) return QRVSettingsObjectForKeyPath(keyPath);
+    enter();
+    return QRVSettingsProfileObjectForKeyPath(keyPath);
+}
+
+void ProfileScope::set(const PropertyListValue& value, QRVKeyPath keyPath) const {
+    if (isProfile()) {
+        enter();
+        QRVSettingsProfileSetObjectForKeyPath(value, keyPath);
+    } else {
+        QRVSettingsSetObjectForKeyPath(value, keyPath);
+    }
+}
+
+void ProfileScope::extendDefault(QRVKeyPath keyPath) const {
+    const PropertyListValue value = QRVSettingsDefaultForKeyPath(keyPath);
+    if (!isProfile() || value.isNull()) return;
+    QRVSettings& store = QRVSettings::sharedSettings();
+    const NSMutableDictionary defaults = store.defaults().mutableCopy();
+    NSDictionaryQRV::setObjectAtKeyPath(defaults, value, storedKeyPath(keyPath));
+    store.setDefaults(defaults);
+}
+
+std::set<std::string> profileNames() {
+    std::set<std::string> names;
+    for (const auto& [name, settings] :
+         QRVSettingsStoredObjectForKeyPath(QRVStoreKeyPaths::profiles).dictionary())
+        names.emplace(name);
+    return names;
+}
+
+}  // namespace Tool

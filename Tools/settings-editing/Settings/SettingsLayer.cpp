@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "Settings/SettingsLayer.h"
+
+#include <utility>
+
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings.h"
+#include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
+#include "Settings/SettingsFileCondition.h"
+
+namespace Tool {
+
+SettingsLayer::SettingsLayer(std::string_view name, ProfileScope scope)
+    : name_(name == "stored"    ? Name::Stored
+            : name == "default" ? Name::Default
+                                : Name::Effective),
+      scope_(std::move(scope)) {}
+
+// The preparation changes stored values in memory, such as those of another machine: it would hide
+// what the file holds.
+void SettingsLayer::open() const {
+    if (name_ != Name::Default) openToRead();
+    if (name_ != Name::Stored) prepareToRead();
+}
+
+PropertyListValue SettingsLayer::value(QRVKeyPath keyPath) const {
+    if (name_ == Name::Stored) return scope_.stored(keyPath);
+    if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
+    return scope_.effective(keyPath);
+}
+
+NSDictionary SettingsLayer::flattened() const {
+    NSMutableDictionary leaves;
+    if (name_ != Name::Stored)
+        NSDictionaryQRV::flatten(QRVSettings::sharedSettings().defaults(), leaves);
+    if (name_ != Name::Default) NSDictionaryQRV::flatten(scope_.storedTree(), leaves);
+    return leaves;
+}
+
+// One layer may hold a leaf where another holds a dictionary, and a key with a "." looks like two
+// keys: only a read decides.
+NSDictionary SettingsLayer::leaves() const {
+    NSMutableDictionary leaves;
+    for (const auto& [keyPath, candidate] : flattened()) {
+        const PropertyListValue answer = value(keyPath);
+        if (!answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
+    }
+    return leaves;
+}
+
+}  // namespace Tool

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+#include "Settings/ProfileScope.h"
+
+namespace Tool {
+
+/// Where a read looks: "effective" is what the application sees, "stored" the settings file alone,
+/// "default" the built-in defaults alone.
+class SettingsLayer {
+  public:
+    /// `name` is one of the three.
+    SettingsLayer(std::string_view name, ProfileScope scope);
+
+    /// Call it before the first read. Throws Failure: UnreadableFile when the layer needs the
+    /// settings file and that cannot be read or is damaged, and WrongValue as `prepareToRead` does.
+    void open() const;
+    /// Null when it is not set.
+    [[nodiscard]] PropertyListValue value(QRVKeyPath keyPath) const;
+    /// What `value` answers for each key path of a leaf, by key path. No key path reaches a key
+    /// that holds a ".": what is below it is left out.
+    [[nodiscard]] NSDictionary leaves() const;
+
+  private:
+    enum class Name { Effective, Stored, Default };
+    [[nodiscard]] NSDictionary flattened() const;
+    Name name_;
+    ProfileScope scope_;
+};
+
+}  // namespace Tool

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Edits of settings as a script, one a line:
+///
+///     # a comment
+///     set KEYPATH VALUE
+///     unset KEYPATH
+///
+/// Words are separated by spaces or tabs. A key path that holds one, or begins with a quotation
+/// mark, is a JSON string. The value is the rest of the line without the blanks at its end, and is
+/// read as `valueFromText` does without a type. Empty lines are skipped.
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+struct Edit {
+    std::size_t line;  ///< counted from 1
+    std::string keyPath;
+    PropertyListValue value;  ///< null to remove the setting
+};
+
+/// `name` is the name of the script in messages. Throws Failure (WrongValue), with name and line,
+/// for any other line, text that is not UTF-8, and a setting that no settings file can hold.
+std::vector<Edit> editsFromScript(std::string_view text, const std::string& name);
+
+/// The message for a fault in one line.
+std::string atLine(const std::string& name, std::size_t line, const std::string& fault);
+
+}  // namespace Tool

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// What a settings file can hold, and what of a value it keeps: all but the fractions of seconds.
+
+#include <string>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+/// Throws Failure (WrongValue) unless the text is UTF-8, as keys and strings of a settings file
+/// are.
+void requireUTF8(const std::string& text);
+
+/// Throws Failure (WrongValue) when no settings file can hold the value.
+void requireStorable(const PropertyListValue& value);
+
+/// Whether the value is or holds a date with a fraction of a second.
+bool hasFractionsOfSeconds(const PropertyListValue& value);
+
+/// Whether a file to which the first value was saved holds it as the second one: kinds are the
+/// same, 1 is not 1.0, and dates may differ by less than a second. Both may be null.
+bool isKeptAs(const PropertyListValue& given, const PropertyListValue& kept);
+
+}  // namespace Tool

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Property-list values as JSON text that keeps their kinds.
+///
+/// A number with a point or an exponent is a real, one without is an integer. What JSON has no form
+/// for is an object of one entry: `{"$date":"2020-01-01T00:00:00Z"}`, `{"$data":"AQI="}` (base64),
+/// `{"$real":"nan"}` (also `inf`, `-inf`). A date outside the years 0000 to 9999 is
+/// `{"$date":seconds}`, a real: seconds since 2001-01-01T00:00:00Z. A dictionary that has such a
+/// form itself stands in `{"$dictionary":{...}}`.
+
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+/// One line of UTF-8, keys sorted by their bytes. `value` is one that a property list holds.
+std::string jsonText(const PropertyListValue& value);
+
+/// The value, of immutable containers. Of two entries with one key the later wins. Throws Failure
+/// (WrongValue) for text that is not JSON in UTF-8, null, a number out of range, one of the forms
+/// above with contents that it does not know, and more than 512 levels.
+PropertyListValue valueFromJSON(std::string_view text);
+
+}  // namespace Tool

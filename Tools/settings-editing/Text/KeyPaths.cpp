@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "Text/KeyPaths.h"
+
+#include <algorithm>
+
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "Text/JSON.h"
+
+namespace Tool {
+namespace {
+
+bool isControl(char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+}
+
+}  // namespace
+
+bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
+    return keyPath.starts_with(prefix) &&
+           (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
+}
+
+std::optional<std::string> leafAbove(const NSDictionary& tree, std::string_view keyPath) {
+    for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
+         end = keyPath.find('.', end + 1)) {
+        const std::string_view above = keyPath.substr(0, end);
+        const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(tree, above);
+        if (!value.isNull() && !value.isDictionary()) return std::string(above);
+    }
+    return std::nullopt;
+}
+
+NSDictionary leavesByKeyPath(const NSDictionary& tree) {
+    NSMutableDictionary leaves;
+    NSDictionaryQRV::flatten(tree, leaves);
+    return leaves;
+}
+
+std::string keyPathText(std::string_view keyPath) {
+    const bool isPlain =
+        !keyPath.starts_with('"') && std::none_of(keyPath.begin(), keyPath.end(), isControl);
+    return isPlain ? std::string(keyPath) : jsonText(keyPath);
+}
+
+}  // namespace Tool

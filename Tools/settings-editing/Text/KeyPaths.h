@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+/// Whether the key path is `prefix` or leads through it.
+bool isAtOrBelow(std::string_view keyPath, std::string_view prefix);
+
+/// The first key path on the way to this one where the tree holds a value that is no dictionary.
+std::optional<std::string> leafAbove(const NSDictionary& tree, std::string_view keyPath);
+
+/// The leaves of a tree by key path, as they are at this moment: the store's trees change in place.
+NSDictionary leavesByKeyPath(const NSDictionary& tree);
+
+/// The key path on one line: one that holds control characters or begins with a quotation mark is a
+/// JSON string.
+std::string keyPathText(std::string_view keyPath);
+
+}  // namespace Tool

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Values/PropertyListValue.h"
+#include "Text/Differences.h"
+
+namespace Tool {
+
+/// One word for a POSIX shell.
+std::string shellWord(std::string_view text);
+
+/// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
+/// named, hold at the key path what this tree holds. Empty, with a notice, where none can.
+std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
+                         const std::string& profile = "");
+
+/// The commands that make the changes, which lead from one tree to the other.
+std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& oldTree,
+                          const NSDictionary& newTree, const std::string& profile = "");
+
+}  // namespace Tool

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace Tool {
+
+/// The value that a text means. Throws Failure (WrongValue).
+///
+/// `type` is one of "bool", "int", "real", "string", "date", "data", "json". When it is empty, the
+/// text decides: `true` and `false` are booleans, a decimal integer is an integer, a decimal number
+/// with a point or an exponent is a real, what begins with `{`, `[` or `"` is JSON, and anything
+/// else a string. A number that is out of range is refused.
+PropertyListValue valueFromText(const std::string& text, const std::string& type);
+
+/// The value as a person would write it: a container as JSON, everything else bare.
+std::string bareText(const PropertyListValue& value);
+
+/// The kind with its article: "an integer".
+std::string kindName(const PropertyListValue& value);
+
+/// The same without it: "integer".
+std::string kindWord(const PropertyListValue& value);
+
+}  // namespace Tool
