@@ -2,7 +2,7 @@
 #pragma once
 
 /// Is it news to a presenter that something has happened to its file? Decided in two steps, without
-/// looking at the disk.
+/// access to the disk.
 ///
 /// First, each event of the file's name is noted, until the next decision. "Writing" is somebody
 /// who has the file open and has written to it.
@@ -28,8 +28,7 @@
 ///     3. replaced or closed                                             news
 ///     4. there is no file, and there was none last time                 no news
 ///     5. the path leads another way than before                         news
-///     6. somebody is writing                                            no news before the end of
-///     it
+///     6. somebody is writing                                            no news until that ends
 ///     7. the file is another one than last time, or has changed         news
 ///     8. otherwise                                                      no news
 ///

@@ -44,7 +44,7 @@ class PerProcess {
         auto first = std::make_unique<Generation>();
         current_ = first.get();
         Threads::observeForks(lock, unlock, startInChild);
-        first.release();
+        static_cast<void>(first.release());
         return true;
     }
     static void lock() QRV_NOT_CHECKED { current_->object.lock(); }
