@@ -23,16 +23,10 @@ struct Options {
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
-void make(const Edit& edit) {
-    // To remove what is not set would create the levels above it.
-    if (edit.value.isNull() && QRVSettingsStoredObjectForKeyPath(edit.keyPath).isNull()) return;
-    QRVSettingsSetObjectForKeyPath(edit.value, edit.keyPath);
-}
-
 void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
     for (const Edit& edit : edits) {
         try {
-            changes.write(edit.keyPath, [&edit] { make(edit); });
+            changes.set(edit.value, edit.keyPath);
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
         }
@@ -51,7 +45,6 @@ void saveAll(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges changes;
     makeAll(edits, name, changes);
     changes.save();
-    for (const Edit& edit : edits) remarkWhatIsNotKept(edit.value, edit.keyPath);
 }
 
 ExitCode apply(const Options& options) {

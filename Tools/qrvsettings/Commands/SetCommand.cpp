@@ -2,7 +2,6 @@
 // Stores one setting.
 
 #include "Commands/CommandTable.h"
-#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/InputFile.h"
@@ -52,13 +51,11 @@ ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
     const ProfileScope scope(options.profile);
-    const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.damagedFile);
     const PropertyListValue replaced = scope.stored(options.keyPath);
     PendingChanges changes;
-    changes.write(storedKeyPath, [&] { scope.set(value, options.keyPath); });
+    changes.set(value, options.keyPath, scope);
     changes.save();
-    remarkWhatIsNotKept(value, storedKeyPath);
     remarkWhatIsUnusual(value, replaced, options.keyPath);
     return ExitCode::Done;
 }

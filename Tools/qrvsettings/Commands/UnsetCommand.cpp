@@ -35,11 +35,7 @@ std::vector<std::string> storedOnes(const ProfileScope& scope,
 void remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths) {
     // A value that prevents the preparation can be removed this way.
     PendingChanges changes(PendingChanges::Preparation::MayFail);
-    for (const std::string& keyPath : keyPaths)
-        changes.write(scope.storedKeyPath(keyPath), [&] {
-            // To remove what went with a level above it would create that level again.
-            if (!scope.stored(keyPath).isNull()) scope.set(nullptr, keyPath);
-        });
+    for (const std::string& keyPath : keyPaths) changes.set(nullptr, keyPath, scope);
     changes.save();
 }
 

@@ -4,10 +4,8 @@
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
-#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Text/Differences.h"
-#include "Text/FileForm.h"
 #include "Text/SettingsText.h"
 
 namespace Tool {
@@ -34,11 +32,6 @@ NSDictionary settingsOfInput(const std::string& file, const std::string& partici
         throw Failure(failure.fault(),
                       "cannot be " + participle + ": " + failure.what() + ", " + nameOfInput(file));
     }
-}
-
-void remarkWhatIsNotKept(const PropertyListValue& value, const std::string& storedKeyPath) {
-    if (!QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull() && hasFractionsOfSeconds(value))
-        remark("fractions of seconds are not kept, " + storedKeyPath);
 }
 
 }  // namespace Tool

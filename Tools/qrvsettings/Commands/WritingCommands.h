@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What several writing commands have in common: `--dry-run`, settings in files, and remarks.
+// What several commands that change settings have in common: `--dry-run`, and settings in files.
 
 #include <string>
 
@@ -18,8 +18,5 @@ void printWhatWouldChange(const NSDictionary& oldByKeyPath, const NSDictionary& 
 /// (WrongValue) when they cannot be read or are no settings: "cannot be `participle`", the reason
 /// and the file.
 NSDictionary settingsOfInput(const std::string& file, const std::string& participle);
-
-/// Names the stored key path of a value on standard error when the file does not keep all of it.
-void remarkWhatIsNotKept(const PropertyListValue& value, const std::string& storedKeyPath);
 
 }  // namespace Tool

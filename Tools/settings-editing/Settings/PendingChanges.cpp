@@ -8,6 +8,7 @@
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
 #include "Settings/Preparation.h"
+#include "Settings/ProfileScope.h"
 #include "Settings/SaveWatch.h"
 #include "Settings/StoredTree.h"
 #include "Text/FileForm.h"
@@ -41,13 +42,21 @@ PendingChanges::PendingChanges(Preparation preparation) {
     }
 }
 
+void PendingChanges::set(const PropertyListValue& value, const std::string& keyPath,
+                         const ProfileScope& scope) {
+    write(scope.storedKeyPath(keyPath), [&] {
+        // To remove what is not set would create the levels above it.
+        if (!value.isNull() || !scope.stored(keyPath).isNull()) scope.set(value, keyPath);
+    });
+}
+
 void PendingChanges::write(const std::string& storedKeyPath, const std::function<void()>& change) {
     try {
         change();
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }
-    keyPaths_.push_back(storedKeyPath);
+    keyPaths_.insert(storedKeyPath);
 }
 
 void PendingChanges::save() {
@@ -58,6 +67,9 @@ void PendingChanges::save() {
         return std::all_of(keyPaths_.begin(), keyPaths_.end(),
                            [&file](const auto& keyPath) { return isSaved(file, keyPath); });
     });
+    for (const std::string& keyPath : keyPaths_)
+        if (hasFractionsOfSeconds(QRVSettingsStoredObjectForKeyPath(keyPath)))
+            notice("fractions of seconds are not kept, " + keyPath);
 }
 
 void prepareToRead() {

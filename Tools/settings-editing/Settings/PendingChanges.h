@@ -2,10 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "Settings/ProfileScope.h"
 
 namespace Tool {
 
@@ -25,17 +27,23 @@ class PendingChanges {
     /// notices.
     [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
 
+    /// Stores a value, or removes the setting where it is null: one that is not set stays so.
+    /// Throws as `write` does.
+    void set(const PropertyListValue& value, const std::string& keyPath,
+             const ProfileScope& scope = ProfileScope(""));
+
     /// Runs `change`, which writes at this stored key path. Throws Failure (WrongValue) that names
     /// the stored value in its way; then nothing is written.
     void write(const std::string& storedKeyPath, const std::function<void()>& change);
 
-    /// Returns when the file holds at each key path written what this process has stored there.
-    /// Throws Failure (NotWritten), with the reason, when it does not.
+    /// Returns when the file holds at each key path written what this process has stored there, but
+    /// for fractions of seconds: then there is a notice. Throws Failure (NotWritten), with the
+    /// reason, when it does not.
     void save();
 
   private:
     std::vector<std::string> notes_;
-    std::vector<std::string> keyPaths_;
+    std::set<std::string> keyPaths_;
 };
 
 /// Prepares the store for a process that only reads. What that changes is never saved.
