@@ -67,6 +67,7 @@ constexpr const char* green = "0.384 0.729 0.274 1";
 /// A public resolver that answers pings everywhere.
 constexpr const char* pingAddress = "9.9.9.9";
 
+// NOLINTNEXTLINE(readability-function-size): a table, with a line for each default
 Table makeFixedDefaults() {
     return {
         // The keys "THeme" and "FlashSeperators" are misspelt in every settings file there is.

@@ -20,6 +20,7 @@ void LocalChanges::expireDueLogs() {
     for (const auto now = Clock::now(); !expiring_.empty() && expiring_.front().time <= now;
          expiring_.pop_front())
         due.addObjectsFromArray(expiring_.front().log);
+    expiring_.shrink_to_fit();  // a host may have drained late, and many at once
     if (due.count() != 0) expire(due);
 }
 

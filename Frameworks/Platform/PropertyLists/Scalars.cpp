@@ -220,7 +220,7 @@ std::optional<std::string> parseBase64(std::string_view text) {
         if (kind == Space) continue;
         if (kind == Other || (kind != Padding && padding != 0)) return std::nullopt;
         if (kind == Padding) ++padding;
-        group = group << 6U | (kind == Padding ? 0U : kind);
+        group = group << 6U | (kind & 0x3FU);  // 0 for padding
         if (++digits < 4) continue;
         for (const unsigned shift : {16U, 8U, 0U}) bytes[written++] = byteOf(group, shift);
         digits = 0;

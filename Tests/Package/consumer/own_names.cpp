@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A host whose names were the library's own once, or could be. Both are linked, and each keeps its own.
+// A host whose names were the library's own once, or could be. Both are linked, and each keeps its
+// own.
 #include <iostream>
 #include <optional>
 #include <string>

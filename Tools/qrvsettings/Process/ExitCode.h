@@ -21,7 +21,7 @@ enum class ExitCode : int {
 
 struct ExitCodeMeaning {
     ExitCode code;
-    std::string_view text;  ///< for the help; README and manual page repeat it
+    std::string_view text;  ///< for the help; the manual page repeats it
 };
 inline constexpr std::array exitCodes = {
     ExitCodeMeaning{ExitCode::Done, "done"},

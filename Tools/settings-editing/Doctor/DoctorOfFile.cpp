@@ -11,6 +11,7 @@
 
 #include "Doctor/Doctor.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFilePresenter.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Settings/FileFacts.h"
 #include "Settings/SettingsFileCondition.h"
@@ -24,11 +25,10 @@ using Level = Finding::Level;
 
 constexpr unsigned othersMayRead = 044;
 constexpr unsigned othersMayWrite = 022;
-/// How often the library looks for changes of a file that it cannot watch.
-constexpr int secondsBetweenLooks = 2;
 
-std::string everySoOften() {
-    return "every " + std::to_string(secondsBetweenLooks) + " seconds";
+/// The library polls a file that it cannot watch.
+std::string pollingText() {
+    return "every " + std::to_string(QRVPlatform::filePollingInterval.count()) + " seconds";
 }
 
 void add(Diagnosis& diagnosis, const std::string& name, const std::string& text) {
@@ -305,12 +305,12 @@ void FileExamination::examineBackups() {
 
 void FileExamination::examineWatching() {
     const WatchFacts facts = factsOfWatching(nearestAbove(target_));
-    add(diagnosis_, "watch", facts.error ? everySoOften() : "at once");
+    add(diagnosis_, "watch", facts.error ? pollingText() : "at once");
     addLimit(diagnosis_, "watchers", facts.watchers);
     addLimit(diagnosis_, "watched", facts.folders);
     if (!facts.error) return;
     report(Level::Warning,
-           "changes cannot be watched, and are looked for " + everySoOften() + ": " +
+           "changes cannot be watched, and are looked for " + pollingText() + ": " +
                facts.error.message(),
            adviceForWatching(facts.error));
 }
