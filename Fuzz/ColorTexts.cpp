@@ -36,7 +36,7 @@ std::size_t digitsAt(const std::string& text, std::size_t position) {
     return std::min(text.find_first_not_of("0123456789", position), text.size()) - position;
 }
 
-/// The decimal number that a text begins with, by the C library, which gets nothing but its digits.
+/// The decimal number that a text begins with, by the C library, which gets only its digits.
 float numberByModel(const std::string& text) {
     const std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
     std::size_t end = begin;

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A host that loads the library at run time and has nothing but its C interface.
+"""A host that loads the library at run time and uses only its C interface.
 
     python3 dynamic_host.py LIBRARY
 """

@@ -28,7 +28,7 @@ inline void beMachine(const std::optional<std::string>& serialNumber,
     QRVPlatform::setMachineIdentitySources(sources);
 }
 
-/// Starts this process as a host does that wants to hear of changes.
+/// Starts this process as a host that observes changes does.
 inline void startWatching() {
     beMachine("1", "M");
     QRVSettings& store = QRVSettings::sharedSettings();

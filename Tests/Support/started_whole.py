@@ -36,13 +36,13 @@ def main():
     check(whole, "the passing tests pass", whole.tests("OK") == PASSING)
     check(whole, "the others fail", whole.tests("FAILED") == ["Sample.Crashes", "Sample.Exits", "Sample.Fails"])
     check(whole, "one is skipped", whole.tests("SKIPPED") == ["Sample.IsSkipped"])
-    check(whole, "a crash is told with its signal", "Sample.Crashes (its process died of Aborted)" in whole.output)
-    check(whole, "a failure is told", "which is what it is for" in whole.output)
+    check(whole, "a crash is reported with its signal", "Sample.Crashes (its process died of Aborted)" in whole.output)
+    check(whole, "a failure is reported", "which is what it is for" in whole.output)
     check(whole, "no other tests run", "DISABLED" not in whole.output)
     check(whole, "the summary counts",
           all(line in whole.output.splitlines() for line in
               ("[  PASSED  ] 4 tests.", "[  SKIPPED ] 1 test, listed below:", "[  FAILED  ] 3 tests, listed below:")))
-    check(whole, "the status tells of failures", whole.status == 1)
+    check(whole, "the exit status is 1 after failures", whole.status == 1)
 
     good = Run(program, "--gtest_filter=*Passes*", "--gtest_repeat=2")
     check(good, "a filter chooses, twice", good.tests("OK") == PASSING and good.status == 0)
@@ -53,7 +53,7 @@ def main():
     by_pattern = Run(program, "--gtest_filter=*Crash*")
     check(by_pattern, "so does one that a pattern chooses", by_pattern.status == -6)
     stopping = Run(program, "--gtest_filter=Sample.*ails:*Passes", "--gtest_break_on_failure")
-    check(stopping, "a break is told", "Sample.Fails (its process died of" in stopping.output)
+    check(stopping, "a break is reported", "Sample.Fails (its process died of" in stopping.output)
 
     disabled = Run(program, "--gtest_filter=*Disabled:*Skipped", "--gtest_also_run_disabled_tests")
     check(disabled, "disabled tests run on request", disabled.tests("FAILED") == ["Sample.DISABLED_IsDisabled"])
