@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// How the user's locale writes the hour. Inner header of this folder.
+// How the user's locale writes the hour.
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What `loadDefaults` does before it builds the defaults. Inner header of this folder.
+// What `loadDefaults` does before it builds the defaults.
 
 namespace QRVInside {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The rule that most functions belong to one thread. Inner header of this folder.
+// The rule that most functions belong to one thread.
 
 #include "QRVSettings/QRVSettings+State.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The change records of this process's recent saves. Inner header of this folder.
+// The change records of this process's recent saves.
 
 #include <chrono>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The store's messages to the developers' log. Inner header of this folder.
+// The store's messages to the developers' log.
 
 #include <utility>
 #include <vector>

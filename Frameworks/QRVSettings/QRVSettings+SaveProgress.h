@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
-
 #include <atomic>
 #include <cstdint>
 

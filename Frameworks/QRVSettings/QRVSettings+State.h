@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// All state of the store. Inner header of this folder.
+// All state of the store.
 
 #include <atomic>
 #include <string>

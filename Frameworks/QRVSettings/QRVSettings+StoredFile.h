@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the store knows of its file, and the one place where the file is read. Inner header of this
-// folder.
+// What the store knows of its file, and the one place where the file is read.
 
 #include <optional>
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Inner header of this folder.
-
 namespace QRVInside {
 
 /// Makes the store the presenter of its file, for good, and queues a reload when others have

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The one write that plain and profile settings share. Inner header of this folder.
+// The one write that plain and profile settings share.
 
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/KeyPath.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The parts of every function of the C interface. Inner header of this folder.
+// The parts of every function of the C interface.
 
 #include <atomic>
 #include <cstddef>
