@@ -24,9 +24,9 @@
 #include <array>
 #include <string>
 
+#include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Files/Files.h"
-#include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
 #include "Platform/Values/ImmutableContainers.h"
@@ -101,12 +101,13 @@ bool secureOldFile(const std::string& url) {
     return reason == nullptr || backUp(url, reason);
 }
 
-void replaceSettingsFile(const std::string& url, const std::string& bytes, const NSArray& log) {
+void replaceSettingsFile(const std::string& url, QRVPlatform::WriteAccess& access,
+                         const std::string& bytes, const NSArray& log) {
     if (!secureOldFile(url)) return;  // 2
     StoreInside::State& state = StoreInside::state();
     if (!log.isNull())  // 3
         DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
-    if (QRVPlatform::replaceFile(url, bytes)) {  // 4
+    if (QRVPlatform::replaceFile(url, bytes, access)) {  // 4
         state.lastSaved = {};
         return;
     }
@@ -128,11 +129,13 @@ void save(const NSDictionary& object, const NSArray& log) {
             return;
         }
         // With the store as presenter, so that it is not notified of its own write.
-        NSFileCoordinator coordinator(&QRVSettings::sharedSettings());
-        coordinator.coordinateWritingItemAtURL(
-            QRVSettings::sharedSettings().location(),
+        const QRVSettings& store = QRVSettings::sharedSettings();
+        QRVPlatform::coordinateWriting(
+            NSFileCoordinator(&store), store.location(),
             NSFileCoordinator::WritingOptions::ForReplacing,
-            [&](const std::string& url) { replaceSettingsFile(url, serialised.bytes, log); });
+            [&](const std::string& url, QRVPlatform::WriteAccess& access) {
+                replaceSettingsFile(url, access, serialised.bytes, log);
+            });
     } catch (const NSInvalidArgumentException& exception) {
         logSaveMessage(SaveMessageLine::ExceptionRaised, "%@", {exception.what()});
         logSaveMessage(SaveMessageLine::ObjectOfException, "%@", {object});

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Coordination/WriteAccess.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
@@ -82,6 +83,7 @@ std::error_code replaceUnder(WriteAccess& access, const std::string& path, std::
     return {};
 }
 
+// The accessor of a host gets a path and no access, so this finds the access of its thread.
 std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     if (WriteAccess* const access = WriteAccess::onThisThreadTo(path))
         return replaceUnder(*access, path, bytes);
@@ -91,8 +93,10 @@ std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
 
 }  // namespace
 
-// The accessor of a coordinated write gets a path and no access, so this finds the access of its
-// thread.
+std::error_code replaceFile(const std::string& path, std::string_view bytes, WriteAccess& access) {
+    return FileFailures::reported("replace file", path, replaceUnder(access, path, bytes));
+}
+
 std::error_code replaceFile(const std::string& path, std::string_view bytes) {
     auto [target, error] = resolvedPath(path);
     if (!error) error = replaceTarget(target, bytes);

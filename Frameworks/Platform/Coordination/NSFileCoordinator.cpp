@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Files/NSFileCoordinator.h"
 
+#include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Coordination/FileLock.h"
-#include "Platform/Coordination/WriteAccess.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
@@ -35,17 +35,26 @@ std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string&
 // The access outlives the lock, so that readers need not wait for the sync of the folder. Another
 // writer may come before that sync. It syncs the folder too, and each sync writes the latest name,
 // so their order does not matter.
-std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
-                                                              WritingOptions,
-                                                              const Accessor& accessor) {
+std::error_code QRVPlatform::coordinateWriting(
+    const NSFileCoordinator& coordinator, const std::string& url, NSFileCoordinator::WritingOptions,
+    const std::function<void(const std::string& path, WriteAccess& access)>& accessor) {
     auto [path, error] = resolvedPath(url);
-    WriteAccess access(performer_, path);
+    WriteAccess access(coordinator.performer(), path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
-    const WriteAccess::OnThisThread current(access);
-    accessor(path);
+    accessor(path, access);
     return {};
+}
+
+std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
+                                                              WritingOptions options,
+                                                              const Accessor& accessor) {
+    return coordinateWriting(*this, url, options,
+                             [&accessor](const std::string& path, WriteAccess& access) {
+                                 const WriteAccess::OnThisThread current(access);
+                                 accessor(path);
+                             });
 }
 
 void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {

@@ -51,6 +51,9 @@ class QRV_EXPORT NSFileCoordinator {
     explicit NSFileCoordinator(const NSFilePresenter* performer = nullptr)
         : performer_(performer) {}
 
+    /// Null when the accesses are nobody's own.
+    [[nodiscard]] const NSFilePresenter* performer() const noexcept { return performer_; }
+
     /// From the return on the presenter is notified of changes, until it is removed; it must live
     /// that long. Adding it again changes nothing. A forked child has none of the presenters added
     /// before the fork, and may add its own.
