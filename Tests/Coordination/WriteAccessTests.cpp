@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// How a thread finds its write access to a file.
 #include "Platform/Coordination/WriteAccess.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What the names beside a watched file mean.
 #include "Platform/Presenters/RouteWatch.h"
 
 #include <gtest/gtest.h>

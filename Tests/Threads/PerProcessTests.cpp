@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Objects of which a process has one, across forks.
 #include "Platform/Threads/PerProcess.h"
 
 #include <gtest/gtest.h>

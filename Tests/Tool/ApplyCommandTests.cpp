@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `apply`: many changes in one save, or none.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

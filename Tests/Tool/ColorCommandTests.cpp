@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `color`: reading, writing and removing colours.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

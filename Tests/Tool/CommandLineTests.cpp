@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Commands and options as a whole: wrong usage, help, exit codes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Candidates of the completion, and the scripts for the shells.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

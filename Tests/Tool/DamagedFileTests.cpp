@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Every command beside a damaged settings file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

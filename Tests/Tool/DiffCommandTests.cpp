@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `diff`, against the defaults and against a file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `doctor`: its facts, findings and exit codes.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `explain`: which layer answers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What a settings file keeps of a value.
 #include "Text/FileForm.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `import`, and migration by it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

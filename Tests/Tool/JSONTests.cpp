@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Values as JSON and back.
 #include "Text/JSON.h"
 
 #include <gtest/gtest.h>

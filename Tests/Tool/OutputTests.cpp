@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Standard output that cannot be written, or that nobody reads.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

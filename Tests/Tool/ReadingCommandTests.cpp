@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The commands `get`, `list`, `export` and `path`.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>

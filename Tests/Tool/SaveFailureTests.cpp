@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Saves that fail: what the tool says, and what it leaves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

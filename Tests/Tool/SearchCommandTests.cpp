@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `search`.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

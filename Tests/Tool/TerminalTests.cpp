@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Output on a terminal: colours, and messages while a command waits.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The values of `set`: how text becomes a value, and which text is refused.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

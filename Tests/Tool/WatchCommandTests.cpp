@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The command `watch`, with other processes that write.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The commands `set` and `unset`.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

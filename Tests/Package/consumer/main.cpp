@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A host outside this project, built with an installed copy.
 #include <iostream>
 
 #include "QRVSettings/QRVSettings.h"
