@@ -101,13 +101,14 @@ bool secureOldFile(const std::string& url) {
     return reason == nullptr || backUp(url, reason);
 }
 
-void replaceSettingsFile(const std::string& url, QRVPlatform::WriteAccess& access,
-                         const std::string& bytes, const NSArray& log) {
+void replaceSettingsFile(QRVPlatform::WriteAccess& access, const std::string& bytes,
+                         const NSArray& log) {
+    const std::string& url = access.path();
     if (!secureOldFile(url)) return;  // 2
     StoreInside::State& state = StoreInside::state();
     if (!log.isNull())  // 3
         DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
-    if (QRVPlatform::replaceFile(url, bytes, access)) {  // 4
+    if (QRVPlatform::replaceFile(access, bytes)) {  // 4
         state.lastSaved = {};
         return;
     }
@@ -130,12 +131,11 @@ void save(const NSDictionary& object, const NSArray& log) {
         }
         // With the store as presenter, so that it is not notified of its own write.
         const QRVSettings& store = QRVSettings::sharedSettings();
-        QRVPlatform::coordinateWriting(
-            NSFileCoordinator(&store), store.location(),
-            NSFileCoordinator::WritingOptions::ForReplacing,
-            [&](const std::string& url, QRVPlatform::WriteAccess& access) {
-                replaceSettingsFile(url, access, serialised.bytes, log);
-            });
+        QRVPlatform::coordinateWriting(NSFileCoordinator(&store), store.location(),
+                                       NSFileCoordinator::WritingOptions::ForReplacing,
+                                       [&](QRVPlatform::WriteAccess& access) {
+                                           replaceSettingsFile(access, serialised.bytes, log);
+                                       });
     } catch (const NSInvalidArgumentException& exception) {
         logSaveMessage(SaveMessageLine::ExceptionRaised, "%@", {exception.what()});
         logSaveMessage(SaveMessageLine::ObjectOfException, "%@", {object});

@@ -14,13 +14,12 @@
 
 namespace QRVPlatform {
 
-/// As `coordinateWritingItemAtURL`, but the accessor gets the access too.
-std::error_code coordinateWriting(
-    const NSFileCoordinator& coordinator, const std::string& url,
-    NSFileCoordinator::WritingOptions options,
-    const std::function<void(const std::string& path, WriteAccess& access)>& accessor);
+/// As `coordinateWritingItemAtURL`, but the accessor gets the access, which has the path.
+std::error_code coordinateWriting(const NSFileCoordinator& coordinator, const std::string& url,
+                                  NSFileCoordinator::WritingOptions options,
+                                  const std::function<void(WriteAccess& access)>& accessor);
 
-/// Replaces the file that the access is to; `path` is the one that the accessor got.
-std::error_code replaceFile(const std::string& path, std::string_view bytes, WriteAccess& access);
+/// Replaces the file that the access is to, as the `replaceFile` of `Files.h` does.
+std::error_code replaceFile(WriteAccess& access, std::string_view bytes);
 
 }  // namespace QRVPlatform

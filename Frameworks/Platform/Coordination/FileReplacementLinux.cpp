@@ -65,7 +65,8 @@ FileDescriptor openedToBeReplaced(const std::string& path) {
     return file;
 }
 
-std::error_code replaceUnder(WriteAccess& access, const std::string& path, std::string_view bytes) {
+std::error_code replaceUnder(WriteAccess& access, std::string_view bytes) {
+    const std::string& path = access.path();
     struct stat old {};
     const bool exists = lstat(path.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) return FileFailures::lastError();
@@ -86,15 +87,15 @@ std::error_code replaceUnder(WriteAccess& access, const std::string& path, std::
 // The accessor of a host gets a path and no access, so this finds the access of its thread.
 std::error_code replaceTarget(const std::string& path, std::string_view bytes) {
     if (WriteAccess* const access = WriteAccess::onThisThreadTo(path))
-        return replaceUnder(*access, path, bytes);
+        return replaceUnder(*access, bytes);
     WriteAccess ownAccess(nullptr, path);
-    return replaceUnder(ownAccess, path, bytes);
+    return replaceUnder(ownAccess, bytes);
 }
 
 }  // namespace
 
-std::error_code replaceFile(const std::string& path, std::string_view bytes, WriteAccess& access) {
-    return FileFailures::reported("replace file", path, replaceUnder(access, path, bytes));
+std::error_code replaceFile(WriteAccess& access, std::string_view bytes) {
+    return FileFailures::reported("replace file", access.path(), replaceUnder(access, bytes));
 }
 
 std::error_code replaceFile(const std::string& path, std::string_view bytes) {

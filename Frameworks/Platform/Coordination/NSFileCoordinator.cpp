@@ -37,24 +37,23 @@ std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string&
 // so their order does not matter.
 std::error_code QRVPlatform::coordinateWriting(
     const NSFileCoordinator& coordinator, const std::string& url, NSFileCoordinator::WritingOptions,
-    const std::function<void(const std::string& path, WriteAccess& access)>& accessor) {
+    const std::function<void(WriteAccess& access)>& accessor) {
     auto [path, error] = resolvedPath(url);
     WriteAccess access(coordinator.performer(), path);
     FileLock lock;
     if (!error) error = lockForWriting(path, lock);
     if (error) return FileFailures::reported("coordinate writing", url, error);
-    accessor(path, access);
+    accessor(access);
     return {};
 }
 
 std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
                                                               WritingOptions options,
                                                               const Accessor& accessor) {
-    return coordinateWriting(*this, url, options,
-                             [&accessor](const std::string& path, WriteAccess& access) {
-                                 const WriteAccess::OnThisThread current(access);
-                                 accessor(path);
-                             });
+    return coordinateWriting(*this, url, options, [&accessor](WriteAccess& access) {
+        const WriteAccess::OnThisThread current(access);
+        accessor(access.path());
+    });
 }
 
 void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {

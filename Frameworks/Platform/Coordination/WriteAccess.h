@@ -23,6 +23,7 @@ class WriteAccess {
     ~WriteAccess();
 
     [[nodiscard]] const NSFilePresenter* performer() const { return performer_; }
+    [[nodiscard]] const std::string& path() const { return path_; }
     /// The file has been replaced. The end of the access does the rest, when readers may read.
     void noteReplacement(FileDescriptor oldFile);
 
