@@ -78,9 +78,11 @@ std::error_code replaceUnder(WriteAccess& access, std::string_view bytes) {
     if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
         return error;
     FileDescriptor oldFile = openedToBeReplaced(path);
+    // Before the rename: afterwards the path may name the file of somebody who does not coordinate.
+    FileDescriptor newFile(open(temporary.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (const auto error = putInPlace(temporary, path, access.performer())) return error;
     file.keep();
-    access.noteReplacement(std::move(oldFile));
+    access.noteReplacement(std::move(oldFile), HeldFile(std::move(newFile)));
     return {};
 }
 

@@ -21,9 +21,10 @@ WriteAccess::~WriteAccess() {
     if (isReplaced_) FilePaths::syncFolder(FilePaths::folderOf(path_));
 }
 
-void WriteAccess::noteReplacement(FileDescriptor oldFile) {
+void WriteAccess::noteReplacement(FileDescriptor oldFile, HeldFile newFile) {
     isReplaced_ = true;
     oldFile_ = std::move(oldFile);
+    newFile_ = std::move(newFile);
 }
 
 WriteAccess* WriteAccess::onThisThreadTo(const std::string& path) {

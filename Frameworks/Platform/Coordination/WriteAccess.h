@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Platform/Descriptors/FileDescriptor.h"
+#include "Platform/Files/HeldFile.h"
 
 class NSFilePresenter;
 
@@ -25,7 +26,9 @@ class WriteAccess {
     [[nodiscard]] const NSFilePresenter* performer() const { return performer_; }
     [[nodiscard]] const std::string& path() const { return path_; }
     /// The file has been replaced. The end of the access does the rest, when readers may read.
-    void noteReplacement(FileDescriptor oldFile);
+    void noteReplacement(FileDescriptor oldFile, HeldFile newFile);
+    /// What the last replacement has put in place; nothing known without one.
+    [[nodiscard]] const HeldFile& newFile() const { return newFile_; }
 
     /// As long as it lives, the public `replaceFile` on this thread replaces the file under the
     /// access. The file's folder has to be there.
@@ -39,6 +42,7 @@ class WriteAccess {
     std::string path_;
     bool isReplaced_ = false;
     FileDescriptor oldFile_;
+    HeldFile newFile_;
 };
 
 class WriteAccess::OnThisThread {

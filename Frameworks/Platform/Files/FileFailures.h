@@ -9,8 +9,9 @@ namespace QRVPlatform::FileFailures {
 /// The error of `errno`.
 std::error_code lastError();
 
-/// Calls the failure handler if there is an error; returns the error.
+/// Calls the failure handler if there is an error; returns the error. `keyPath` names the value in
+/// the file that the failure is about; empty when it is about the whole file.
 std::error_code reported(const std::string& operation, const std::string& path,
-                         std::error_code error);
+                         std::error_code error, const std::string& keyPath = {});
 
 }  // namespace QRVPlatform::FileFailures
