@@ -317,9 +317,9 @@ void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log) {
     queueOrJoinBatch(tree, log, [](Writes&) {});
 }
 
-UnlessSettled::UnlessSettled(std::string_view keyPath, std::optional<PropertyListValue> value) {
+UnlessSettled::UnlessSettled(QRVKeyPath keyPath, std::optional<PropertyListValue> value) {
     StoreInside::state().unless =
-        std::make_shared<const Settled>(Settled{std::string(keyPath), std::move(value)});
+        std::make_shared<const Settled>(Settled{std::string(keyPath.text()), std::move(value)});
 }
 
 UnlessSettled::~UnlessSettled() {

@@ -127,7 +127,8 @@ TEST(Merging, TheLaterSaveOfAKeyPathWins) {
     finishSaves();
     otherSets(2, "A");
     MergingHost::notify();
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2) << "told although this process saved it just now";
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2)
+        << "told although this process saved it just now";
     EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
     QRVSettingsSetObjectForKeyPath(3, "A");
     finishSaves();
