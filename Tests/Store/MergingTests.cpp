@@ -127,7 +127,8 @@ TEST(Merging, TheLaterSaveOfAKeyPathWins) {
     finishSaves();
     otherSets(2, "A");
     MergingHost::notify();
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2) << "told although this process saved it just now";
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2)
+        << "told although this process saved it just now";
     EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
     QRVSettingsSetObjectForKeyPath(3, "A");
     finishSaves();
@@ -260,6 +261,63 @@ TEST(Merging, AValueThatNoFileCanHoldDoesNotStopTheOthers) {
     QRVSettingsSetObjectForKeyPath("text", "Bad.Text");
     EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
     setFileFailureHandler(nullptr);
+}
+
+TEST(Merging, ATreeWithAValueThatNoFileCanHoldIsSavedWithoutItAndStopsNoLaterSave) {
+    const MergingHost host;
+    std::vector<std::string> reported;
+    setFileFailureHandler(
+        [&reported](const FileFailure& failure) { reported.push_back(failure.keyPath); });
+    QRVSettingsSaveObject(NSDictionary{
+        {"Good", 1}, {"Level", NSDictionary{{"Null", NSNull{}}, {"Good", 2}}}, {"Bad", "\xFF"}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"Bad", "Level.Null"}));
+    EXPECT_EQ(fileTree(), NSDictionary({{"Good", 1}, {"Level", NSDictionary{{"Good", 2}}}}));
+    EXPECT_THAT(reported, UnorderedElementsAre("Bad", "Level.Null"));
+    QRVSettingsSetObjectForKeyPath(3, "Later");
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Later"), 3);
+    setFileFailureHandler(nullptr);
+}
+
+TEST(Merging, ATreeThatIsReplacedBeforeItWasSavedHasNotFailed) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths, NSArray({"A"}));
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ATreeThatIsReadAgainReplacesNothing) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    QRVSettings::sharedSettings().setStorageCache(nullptr);
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1);
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
+TEST(Merging, SavesThatGoOnFailingKeepOneRecordOfEachKeyPath) {
+    const MergingHost host;
+    const std::string lock = filesBeside(QRVSettingsLocation()).lock;
+    std::filesystem::create_directories(lock);
+    for (int number = 0; number < 20; ++number) {
+        QRVSettingsSetObjectForKeyPath(number, "A");
+        finishSaves();
+    }
+    std::filesystem::remove(lock);
+    QRVSettingsSetObjectForKeyPath(20, "A");
+    finishSaves();
+    DispatchMainQueue::shared().drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 20}}));
+    EXPECT_EQ(QRVSettings::sharedSettings().localChanges().count(), 2U) << "kept and last";
 }
 
 TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
