@@ -351,7 +351,9 @@ UnlessSettled::~UnlessSettled() {
 
 void runMergingReload() {
     const QRVSettings& store = QRVSettings::sharedSettings();
-    const auto [known, version] = storedFile().read(
+    std::optional<KnownFile> known;
+    std::uint64_t version = 0;
+    std::tie(known, version) = storedFile().read(
         [](const StoredFile& file) { return std::pair(file.known, file.knownVersion); });
     if (!known || !known->file.isAt(store.location())) {
         FileReading reading = readSettingsFile();
