@@ -174,6 +174,8 @@ bool writeAndMirror(const Hosts& hosts, std::size_t self, const SharedNumbers& r
 
 TEST(Together, EveryChangeByOthersThatStayedIsReported) {
     constexpr std::size_t count = 4;
+    // A host that starts without a file is also notified of what its reads find there later.
+    StoreSupport::writeSettings(NSDictionary{{"Begun", true}});
     const SharedNumbers received(count);
     Hosts hosts(count);
     for (std::size_t self = 0; self < count; ++self)
@@ -183,3 +185,54 @@ TEST(Together, EveryChangeByOthersThatStayedIsReported) {
     for (std::size_t self = 0; self < count; ++self) EXPECT_GT(received[self], 0);
     RecordProperty("ReceivedByTheFirst", static_cast<int>(received[0]));
 }
+
+namespace {
+
+class BesideWholeTrees : public testing::TestWithParam<bool> {};
+
+bool mergeAndMirror(const Hosts& hosts) {
+    start(Mode::Merging, true);
+    Mirror mirror;
+    Pauses pauses(1);
+    for (int number = 0; number < keyPathsOfEach; ++number) {
+        mirror.write(ownKeyPath(0, number), number);
+        pauses.pause();
+    }
+    if (!allIsSaved() || !hosts.meet(0)) return false;
+    const bool isAlike = drainUntil([&mirror] {
+        const Settings stored = settingsOf(fileTree());
+        return settingsOf(QRVSettingsStoredValues()) == stored && mirror.settings() == stored;
+    });
+    EXPECT_TRUE(isAlike);
+    EXPECT_EQ(mirror.settings(), settingsOf(fileTree()));
+    return isAlike;
+}
+
+bool saveWholeTrees(const Hosts& hosts, bool watches) {
+    start(Mode::WholeTrees, watches);
+    Pauses pauses(2);
+    for (int number = 0; number < keyPathsOfEach; ++number) {
+        QRVSettingsSetObjectForKeyPath(number, ownKeyPath(1, number));
+        pauses.pause();
+    }
+    return allIsSaved() && hosts.meet(1);
+}
+
+}  // namespace
+
+// What a whole tree overwrites, the host that merges is notified of.
+TEST_P(BesideWholeTrees, AHostThatMergesTakesNothingAndHearsWhatItLoses) {
+    const bool otherWatches = GetParam();
+    StoreSupport::writeSettings(NSDictionary{{"Begun", true}});
+    Hosts hosts(2);
+    hosts.add([&] { return mergeAndMirror(hosts); });
+    hosts.add([&] { return saveWholeTrees(hosts, otherWatches); });
+    EXPECT_TRUE(hosts.letMeet());
+    hosts.expectSuccess();
+    const NSDictionary tree = fileTree();
+    // One that watches may lose its own to a reload beside its writes.
+    for (int number = 0; number < keyPathsOfEach && !otherWatches; ++number)
+        EXPECT_EQ(NSDictionaryQRV::objectAtKeyPath(tree, ownKeyPath(1, number)), number);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, BesideWholeTrees, testing::Bool());
