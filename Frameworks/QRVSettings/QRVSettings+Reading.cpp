@@ -52,9 +52,10 @@ NSDictionary storedTree() {
     NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
     if (!loaded.isNull()) return loaded;
     StoreInside::State& state = StoreInside::state();
-    const FileReading reading = readSettingsFile();
+    // Before the file: what is saved meanwhile may be in both, but not in neither.
     const UnsavedWrites unsaved =
         state.storedFile.read([](const StoredFile& file) { return file.unsaved; });
+    const FileReading reading = readSettingsFile();
     const NSDictionary tree = unsaved.onTopOf(reading.root);
     NSMutableDictionary stored = tree.mutableCopy();
     state.storedFile.update([&](StoredFile& file) {
@@ -63,9 +64,9 @@ NSDictionary storedTree() {
         if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
             file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
         file.wasAbsent = reading.root.isNull();
+        file.unsaved.isTreeReplaced = false;
         if (state.mergesSaves && !file.known) {
-            file.known = KnownFile{reading.root, reading.file};
-            ++file.version;
+            static_cast<void>(file.know({reading.root, reading.file}));
         }
         return std::exchange(file.tree, std::move(stored));
     });

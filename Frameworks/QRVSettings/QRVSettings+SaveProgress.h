@@ -20,7 +20,7 @@ struct SaveOutcome {
     std::vector<std::string> keyPaths;
     /// Writes that were left out, because no property list can hold them.
     std::vector<RefusedWrite> refused;
-    /// Everything that this process has written so far was part of the save.
+    /// Whatever this process had written before was part of the save, or was replaced by it.
     bool wasWholeTree = false;
 };
 

@@ -87,6 +87,40 @@ void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging 
     NSDictionaryQRV::setObjectAtKeyPath(tree, write.value, write.keyPath);
 }
 
+using Keys = std::vector<std::string>;
+
+// Why no property list can hold the value below these keys.
+std::optional<std::string> refusalBelow(const Keys& keys, PropertyListValue value) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) value = NSDictionary{{*key, value}};
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
+    if (!written.error) return std::nullopt;
+    return written.error->description();
+}
+
+std::string joined(const Keys& keys) {
+    std::string keyPath;
+    for (const std::string& key : keys) keyPath.append(keyPath.empty() ? "" : ".").append(key);
+    return keyPath;
+}
+
+// A dictionary that a property list can hold stays, without the values that it cannot.
+NSDictionary withoutRefused(const NSDictionary& tree, Keys& keys,
+                            std::vector<RefusedWrite>& refused) {
+    const NSMutableDictionary result;
+    for (const auto& [key, value] : tree) {
+        keys.emplace_back(key);
+        const std::optional<std::string> reason = refusalBelow(keys, value);
+        if (!reason)
+            result.setObjectForKey(value, key);
+        else if (value.isDictionary() && !refusalBelow(keys, NSDictionary()))
+            result.setObjectForKey(withoutRefused(value.dictionary(), keys, refused), key);
+        else
+            refused.push_back({joined(keys), *reason});
+        keys.pop_back();
+    }
+    return result.copy();
+}
+
 std::optional<std::string> refusalOf(const Write& write) {
     const NSMutableDictionary alone;
     NSDictionaryQRV::setObjectAtKeyPath(alone, write.value, write.keyPath);
@@ -146,6 +180,18 @@ void Writes::addRecords(const NSArray& log) {
     records_.addObjectsFromArray(log);
 }
 
+void Writes::dropEarlierRecords() {
+    if (records_.isNull()) return;
+    std::unordered_map<std::string, PropertyListValue> latest;
+    for (const PropertyListValue& record : records_)
+        latest[record.dictionary().objectForKey("key").stringValue()] = record;
+    const NSMutableArray kept;
+    for (const PropertyListValue& record : records_)
+        if (latest[record.dictionary().objectForKey("key").stringValue()].isIdenticalTo(record))
+            kept.addObject(record);
+    records_ = kept;
+}
+
 void Writes::append(const Writes& later) {
     if (!later.tree_.isNull()) replaceTree(later.tree_);
     for (const std::optional<Write>& write : later.writes_)
@@ -169,8 +215,20 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
     return withoutMutableLevels(result, NSPropertyListSerialization::maximumLevels);
 }
 
+// A tree that is refused as a whole, because it is too large, gives way to the file's.
+void Writes::removeRefusedOfTree(std::vector<RefusedWrite>& refused) {
+    if (tree_.isNull() || !refusalBelow({}, tree_)) return;
+    Keys keys;
+    tree_ = withoutRefused(tree_, keys, refused);
+    const std::optional<std::string> reason = refusalBelow({}, tree_);
+    if (!reason) return;
+    refused.push_back({"", *reason});
+    tree_ = nullptr;
+}
+
 std::vector<RefusedWrite> Writes::removeRefused() {
     std::vector<RefusedWrite> refused;
+    removeRefusedOfTree(refused);
     for (std::optional<Write>& write : writes_) {
         if (!write) continue;
         const std::optional<std::string> reason = refusalOf(*write);

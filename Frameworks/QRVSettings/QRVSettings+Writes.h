@@ -67,11 +67,16 @@ class Writes {
     enum class Logging { Off, On };
     [[nodiscard]] NSDictionary appliedTo(const NSDictionary& tree, Logging logging) const;
 
-    /// Takes out the writes that no property list can hold.
+    /// Takes out the writes, and of another tree the values, that no property list can hold.
     std::vector<RefusedWrite> removeRefused();
+
+    void dropRecords() { records_ = nullptr; }
+    /// Leaves the last record of each key path.
+    void dropEarlierRecords();
 
   private:
     void removeGaps();
+    void removeRefusedOfTree(std::vector<RefusedWrite>& refused);
 
     NSDictionary tree_ = nullptr;
     std::vector<std::optional<Write>> writes_;  ///< empty where a later one has replaced it
