@@ -107,6 +107,7 @@ class MergingSave {
                            [this](QRVPlatform::WriteAccess& access) { return replace(access); });
         });
         outcome_.keyPaths = writes_->keyPaths();
+        outcome_.wasWholeTree = writes_->replaceTheTree();
         end();
         return std::move(outcome_);
     }
@@ -221,7 +222,9 @@ void queueMissingValue() {
     state.saves.begin();
     state.queue.async([&state] {
         logMissingValue();
-        state.saves.end({});
+        SaveOutcome outcome;
+        outcome.wasWithoutTree = true;
+        state.saves.end(outcome);
     });
 }
 
