@@ -49,26 +49,29 @@ FileReading readSettingsFile() {
 
 // What reads have cached as absent, and are to find now, has to be published.
 NSDictionary storedTree() {
-    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
-    if (!loaded.isNull()) return loaded;
+    NSDictionary tree = QRVSettings::sharedSettings().storageCache();
+    if (!tree.isNull()) return tree;
     StoreInside::State& state = StoreInside::state();
-    const FileReading reading = readSettingsFile();
-    const UnsavedWrites unsaved =
-        state.storedFile.read([](const StoredFile& file) { return file.unsaved; });
-    const NSDictionary tree = unsaved.onTopOf(reading.root);
-    NSMutableDictionary stored = tree.mutableCopy();
-    state.storedFile.update([&](StoredFile& file) {
-        file.noteReading(reading.identity);
-        file.mustBeBackedUp = reading.failed;
-        if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
-            file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
-        file.wasAbsent = reading.root.isNull();
-        if (state.mergesSaves && !file.known) {
-            file.known = KnownFile{reading.root, reading.file};
-            ++file.version;
-        }
-        return std::exchange(file.tree, std::move(stored));
-    });
+    for (bool isRead = false; !isRead;) {
+        const std::uint64_t version =
+            state.storedFile.read([](const StoredFile& file) { return file.version; });
+        const FileReading reading = readSettingsFile();
+        isRead = state.storedFile.update([&](StoredFile& file) {
+            if (file.version != version) return false;  // What was read may be older.
+            file.noteReading(reading.identity);
+            file.mustBeBackedUp = reading.failed;
+            if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
+                file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
+            file.wasAbsent = reading.root.isNull();
+            if (state.mergesSaves) {
+                file.known = KnownFile{reading.root, reading.file};
+                ++file.version;
+            }
+            tree = file.unsaved.onTopOf(reading.root);
+            file.tree = tree.mutableCopy();
+            return true;
+        });
+    }
     return tree;
 }
 
