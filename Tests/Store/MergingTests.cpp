@@ -127,7 +127,8 @@ TEST(Merging, TheLaterSaveOfAKeyPathWins) {
     finishSaves();
     otherSets(2, "A");
     MergingHost::notify();
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2) << "told although this process saved it just now";
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2)
+        << "told although this process saved it just now";
     EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
     QRVSettingsSetObjectForKeyPath(3, "A");
     finishSaves();
@@ -276,6 +277,42 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     QRVSettingsSetObjectForKeyPath(3, "B");
     EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
+TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    QRVSettingsCommitBatchSave();
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+}
+
+TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
+    const MergingHost host;
+    MergingHost::notify();  // no file is known
+    otherSets(2, "Other");
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
+    std::filesystem::remove(QRVSettingsLocation());
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
 }
 
 TEST(Merging, AMigrationThatAnotherProcessHasSavedIsNotDoneAgain) {
