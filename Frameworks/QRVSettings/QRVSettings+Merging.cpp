@@ -239,7 +239,9 @@ void queueMissingValue() {
     state.saves.begin();
     state.queue.async([&state] {
         logMissingValue();
-        state.saves.end({});
+        SaveOutcome outcome;
+        outcome.wasWithoutTree = true;
+        state.saves.end(outcome);
     });
 }
 

@@ -392,6 +392,42 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
 }
 
+TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    QRVSettingsCommitBatchSave();
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+}
+
+TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
+    const MergingHost host;
+    MergingHost::notify();  // no file is known
+    otherSets(2, "Other");
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
+    std::filesystem::remove(QRVSettingsLocation());
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+}
+
 TEST(Merging, AMigrationThatAnotherProcessHasSavedIsNotDoneAgain) {
     MachineSupport::beMachine("1", "M");
     const NSDictionary old{{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", false}}}}}};
