@@ -26,7 +26,7 @@ struct QRV_EXPORT PropertyListError {
     enum class Place {
         Byte,           ///< reading the binary format: at `offset`
         LineAndColumn,  ///< reading a text format: at `line` and `column`
-        KeyPath,        ///< writing: at `keyPath`
+        KeyPath,        ///< a value, as when it is written: at `keyPath`
     };
 
     std::string message;
@@ -98,9 +98,9 @@ class QRV_EXPORT NSPropertyListSerialization {
     ///   unquoted word is refused.
     ///
     /// Of two entries with one key the later wins. Everything in the result is immutable; equal
-    /// parts may be the same object. A file beyond one of the limits above is refused. A part that a
-    /// binary file refers to several times counts each time. A file that was cut off is refused, too, unless only white space or
-    /// comments are missing, or `mayBeCutOff` is set.
+    /// parts may be the same object. A file beyond one of the limits above is refused. A part that
+    /// a binary file refers to several times counts each time. A file that was cut off is refused,
+    /// too, unless only white space or comments are missing, or `mayBeCutOff` is set.
     ///
     /// Whatever is read can be written.
     [[nodiscard]] static PropertyListReadResult propertyListWithData(std::string_view bytes);
