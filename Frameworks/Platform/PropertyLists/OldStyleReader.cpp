@@ -116,7 +116,7 @@ std::string OldStyleScanner::quoted() {
     }
 }
 
-// The backslash has been taken. Before a character that has no meaning here it has none either.
+// The backslash has been taken. Before a character without meaning it is dropped.
 void OldStyleScanner::appendEscape(std::string& result) {
     constexpr std::string_view letters = "abfnrtv\\\"'\n";
     constexpr std::string_view meanings = "\a\b\f\n\r\t\v\\\"'\n";

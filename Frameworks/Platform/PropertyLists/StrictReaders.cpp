@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/PropertyLists/Limits.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/PropertyLists/TreeWalk.h"
 #include "Platform/PropertyLists/Unicode.h"
@@ -46,30 +45,49 @@ std::optional<std::string> refusedCharacter(std::string_view text) {
     return numberOf(*control);
 }
 
+class Search {
+  public:
+    Search(const PropertyListValue& root, std::size_t most) : walk_(root), most_(most) {}
+
+    std::vector<PropertyListError> refusals() {
+        while (refusals_.size() < most_ && values_ < NSPropertyListSerialization::maximumValues) {
+            const TreeWalk::Step step = walk_.next();
+            if (step == TreeWalk::Step::EndOfTree) break;
+            if (step == TreeWalk::Step::Value) checkValue(walk_.value());
+        }
+        if (refusals_.size() > most_) refusals_.pop_back();
+        return std::move(refusals_);
+    }
+
+  private:
+    // At most two refusals: of the key, and of the value itself.
+    void checkValue(const PropertyListValue& value) {
+        ++values_;
+        if (walk_.hasKey()) checkText(walk_.key(), "a key");
+        if (value.isString()) checkText(value.stringView(), "a string");
+        const bool isContainer = value.isArray() || value.isDictionary();
+        if (isContainer && walk_.level() < NSPropertyListSerialization::maximumLevels)
+            walk_.enter();
+    }
+
+    void checkText(std::string_view text, const std::string& what) {
+        const auto character = refusedCharacter(text);
+        if (!character || PropertyLists::positionOfBrokenUTF8(text)) return;
+        PropertyListError& refusal = refusals_.emplace_back();
+        refusal.message = what + " holds " + *character + ", which strict XML readers refuse";
+        refusal.place = PropertyListError::Place::KeyPath;
+        refusal.keyPath = walk_.keyPath();
+    }
+
+    TreeWalk walk_;
+    const std::size_t most_;
+    std::size_t values_ = 0;
+    std::vector<PropertyListError> refusals_;
+};
+
 }  // namespace
 
 std::vector<PropertyListError> NSPropertyListSerialization::refusalsOfStrictReaders(
     const PropertyListValue& value, std::size_t most) {
-    std::vector<PropertyListError> refusals;
-    TreeWalk walk(value);
-    const auto check = [&](std::string_view text, const std::string& what) {
-        const auto character = refusedCharacter(text);
-        if (!character || PropertyLists::positionOfBrokenUTF8(text)) return;
-        PropertyListError refusal;
-        refusal.message = what + " holds " + *character + ", which strict XML readers refuse";
-        refusal.place = PropertyListError::Place::KeyPath;
-        refusal.keyPath = walk.keyPath();
-        refusals.push_back(std::move(refusal));
-    };
-    std::size_t values = 0;
-    for (auto step = walk.next(); step != TreeWalk::Step::EndOfTree; step = walk.next()) {
-        if (step != TreeWalk::Step::Value) continue;
-        if (refusals.size() >= most || ++values > maximumValues) break;
-        if (walk.hasKey()) check(walk.key(), "a key");
-        const PropertyListValue& found = walk.value();
-        if (found.isString()) check(found.stringView(), "a string");
-        if ((found.isArray() || found.isDictionary()) && walk.level() < maximumLevels) walk.enter();
-    }
-    if (refusals.size() > most) refusals.resize(most);
-    return refusals;
+    return Search(value, most).refusals();
 }

@@ -24,8 +24,8 @@ constexpr std::string_view footer = "</plist>\n";
 
 constexpr std::size_t deepestIndentation = 16;
 
-// Whatever the readers let in fits into a file that they read. A byte of text takes most as
-// "&#127;", and a value as data of few bytes under a key.
+// Every tree that can be read fits into a file that can be read. A byte of text takes at most
+// "&#127;", and a value at most what data of one byte under a key takes.
 constexpr std::size_t longestByte = 6;
 constexpr std::size_t longestValue = 128;
 static_assert(header.size() + footer.size() + maximumValues * longestValue +
