@@ -358,10 +358,12 @@ Actions ofAnyThreadForValues() {
                  NSDictionaryQRV::objectAtKeyPath(seen, "Deep.Deeper"));
          }},
         {{"NSPropertyListSerialization::dataWithPropertyList",
-          "NSPropertyListSerialization::propertyListWithData", "PropertyListError::description"},
+          "NSPropertyListSerialization::propertyListWithData",
+          "NSPropertyListSerialization::refusalsOfStrictReaders", "PropertyListError::description"},
          [] {
              const auto written = NSPropertyListSerialization::dataWithPropertyList(sharedArray());
              use(NSPropertyListSerialization::propertyListWithData(written.bytes));
+             use(NSPropertyListSerialization::refusalsOfStrictReaders(sharedArray(), 1));
              use(NSPropertyListSerialization::propertyListWithData("<plist>").error->description());
          }},
         {{"NSData::NSData", "NSData::bytes", "NSData::view", "NSData::size", "NSDate::now"},
