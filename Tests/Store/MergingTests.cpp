@@ -418,7 +418,7 @@ TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
 TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
     const MergingHost host;
     MergingHost::notify();  // no file is known
-    otherSets(2, "Other");
+    StoreSupport::writeSettings(NSDictionary{{"Other", 2}});
     EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
     std::filesystem::remove(QRVSettingsLocation());
     QRVSettingsSetObjectForKeyPath(1, "A");
