@@ -5,7 +5,11 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/UserFolders.h"
@@ -24,12 +28,38 @@ std::string relativeHome() {
     return "database";
 }
 
+constexpr uid_t nobody = 65534;
+
+std::string configurationFolderOf(uid_t user) {
+    const passwd* const entry = getpwuid(user);
+    return entry == nullptr ? "" : std::string(entry->pw_dir) + "/.config";
+}
+
+std::string outputOf(const std::string& command) {
+    std::string output;
+    FILE* const stream = popen(command.c_str(), "r");
+    std::array<char, 4096> buffer{};
+    while (fgets(buffer.data(), buffer.size(), stream) != nullptr) output += buffer.data();
+    return pclose(stream) == 0 ? output : "failed\n";
+}
+
 }  // namespace
 
 TEST(UserLibraryFolder, IsTheConfigurationHomeWhenThatIsAbsolute) {
     EXPECT_EQ(UserFolders::libraryFolder("/configuration", "/home", databaseHome),
               "/configuration");
-    EXPECT_EQ(UserFolders::libraryFolder("/", "/home", databaseHome), "/");
+}
+
+TEST(UserLibraryFolder, HasNoSlashAtItsEndWhateverTheEnvironmentHas) {
+    EXPECT_EQ(UserFolders::libraryFolder("/configuration///", "/home", databaseHome),
+              "/configuration");
+    EXPECT_EQ(UserFolders::libraryFolder("//a//b/", "/home", databaseHome), "//a//b");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/home//", databaseHome), "/home/.config");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/", databaseHome), "/.config");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, nullptr, [] { return std::string("/root/"); }),
+              "/root/.config");
+    for (const char* top : {"/", "//"})
+        EXPECT_EQ(UserFolders::libraryFolder(top, "/home", databaseHome), "/.");
 }
 
 TEST(UserLibraryFolder, IsInTheHomeFolderWhenTheConfigurationHomeIsNoAbsolutePath) {
@@ -59,6 +89,19 @@ TEST(UserLibraryFolder, FollowsTheEnvironment) {
 TEST(UserLibraryFolder, AsksThePasswordDatabaseLast) {
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("HOME");
-    const passwd* entry = getpwuid(geteuid());
-    EXPECT_EQ(userLibraryFolder(), entry == nullptr ? "" : std::string(entry->pw_dir) + "/.config");
+    EXPECT_EQ(userLibraryFolder(), configurationFolderOf(geteuid()));
+}
+
+TEST(UserLibraryFolder, OfAPrivilegedProgramIsNotChosenByItsCaller) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
+    std::filesystem::copy_file(QRV_LIBRARY_FOLDER_PRINTER, "printer");
+    // The search for leaks needs a process that may trace itself.
+    const std::string command =
+        "ASAN_OPTIONS=detect_leaks=0 XDG_CONFIG_HOME=/of/the/caller HOME=/of/the/caller ./printer";
+    EXPECT_EQ(outputOf(command), "/of/the/caller\n");
+    ASSERT_EQ(chown("printer", nobody, static_cast<gid_t>(-1)), 0);
+    ASSERT_EQ(chmod("printer", 04755), 0);
+    const std::string output = outputOf(command + " privileged");
+    if (output.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
+    EXPECT_EQ(output, configurationFolderOf(nobody) + "\n");
 }

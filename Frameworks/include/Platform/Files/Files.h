@@ -28,8 +28,9 @@ namespace QRVPlatform {
 
 /// The folder for a user's settings: `$XDG_CONFIG_HOME` when that is an absolute path, else
 /// `.config` in the home folder, which is `$HOME` when that is an absolute path, else the one in
-/// the password database. Empty when there is no home folder. No slash is added at the end. The
-/// folder need not exist.
+/// the password database. A privileged program (set-user-id, set-group-id, file capabilities) has
+/// the folder of its effective user in the password database, whatever the environment says. Empty
+/// when there is no home folder. Never ends in a slash. The folder need not exist.
 QRV_EXPORT std::string userLibraryFolder();
 
 // FilePaths

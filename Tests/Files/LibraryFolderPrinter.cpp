@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+// A program that prints the user's library folder. With an argument it prints nothing unless its
+// file gives it privileges.
+
+#include <sys/auxv.h>
+
+#include <iostream>
+
+#include "Platform/Files/Files.h"
+
+int main(int argc, char**) {
+    if (argc > 1 && getauxval(AT_SECURE) == 0) return 0;
+    std::cout << QRVPlatform::userLibraryFolder() << '\n';
+}
