@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// A program that prints the user's library folder and the time pattern of an unknown locale, a line
+// each. With an argument it prints nothing unless its file gives it privileges.
+
+#include <sys/auxv.h>
+
+#include <iostream>
+
+#include "Platform/Files/Files.h"
+#include "Platform/Machine/UserLocale.h"
+
+int main(int argc, char**) {
+    if (argc > 1 && getauxval(AT_SECURE) == 0) return 0;
+    std::cout << QRVPlatform::userLibraryFolder() << '\n'
+              << QRVPlatform::shortTimePattern("xx_YY") << '\n';
+}
