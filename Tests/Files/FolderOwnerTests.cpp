@@ -12,6 +12,7 @@
 #include "Files/OtherUsers.h"
 #include "Files/SystemCallFilter.h"
 #include "Files/TestFiles.h"
+#include "Platform/Files/FileRights.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/FolderOwner.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -121,6 +122,22 @@ TEST_F(FolderOwnerTests, HasANewFolderOnlyWhenItIsEmpty) {
     fs::create_directory("home/new");
     offer("home/new", "home/new");
     EXPECT_TRUE(belongsToUser("home/new"));
+}
+
+TEST_F(FolderOwnerTests, HasAFileThatIsReplacedOnlyWhenTheNewOneIsThere) {
+    writePlainly("home/file", "old");
+    ASSERT_EQ(chown("home/file", user, usersGroup), 0);
+    struct stat status {};
+    ASSERT_EQ(stat("home/file", &status), 0);
+    const std::string old = "home/file";
+    const FileModel model{old, status};
+    fs::create_directory("roots");
+    for (const std::string& path : {std::string("roots/new"), std::string("home/new")}) {
+        const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        EXPECT_FALSE(FileRights::copyFrom(model, file, path));
+        EXPECT_EQ(belongsToUser(path), path.starts_with("home/")) << path;
+        EXPECT_EQ(modeOf(path) & ~modeOf("home/file"), 0U) << path;
+    }
 }
 
 TEST_F(FolderOwnerTests, DoesNotGetTheFilesOfAThirdUser) {

@@ -6,6 +6,7 @@
 
 #include "Platform/Files/ExtendedAttributes.h"
 #include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FolderOwner.h"
 
 namespace QRVPlatform {
 
@@ -16,7 +17,12 @@ constexpr mode_t permissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
 /// Sets owner and group, or the group alone, or neither, as far as the system allows it. False when
 /// the file has another group. Some file systems give all files to one owner, which the file then
 /// has anyway.
-bool copyOwner(const struct stat& model, const FileDescriptor& file) {
+///
+/// Another user, who may be able to exchange the folder for a link to another one, gets nothing
+/// that lies elsewhere than the old file.
+bool copyOwner(const FileModel& oldFile, const FileDescriptor& file, const std::string& path) {
+    const struct stat& model = oldFile.status;
+    if (model.st_uid != geteuid() && !FolderOwner::hasBoth(file, path, oldFile)) return false;
     if (fchown(file.number(), model.st_uid, model.st_gid) == 0) return true;
     if (fchown(file.number(), static_cast<uid_t>(-1), model.st_gid) == 0) return true;
     struct stat status {};
@@ -58,7 +64,7 @@ std::error_code FileRights::copyFrom(const FileModel& model, const FileDescripto
                                      const std::string& path) {
     ExtendedAttributes::copyOrdinary(model.path, file, path);
     mode_t mode = model.status.st_mode & permissionBits;
-    const bool hasItsGroup = copyOwner(model.status, file);
+    const bool hasItsGroup = copyOwner(model, file, path);
     if (!hasItsGroup) mode = withoutGroup(mode);
     const ExtendedAttributes::AccessList list = ExtendedAttributes::accessListOf(model.path);
     const bool hadList = list.name != nullptr;

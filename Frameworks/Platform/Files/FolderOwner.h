@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Platform/Descriptors/FileDescriptor.h"
+#include "Platform/Files/FileModel.h"
 
 namespace QRVPlatform::FolderOwner {
 
@@ -12,5 +13,8 @@ namespace QRVPlatform::FolderOwner {
 /// open, and `path` is where it was made. Nothing else is ever given away, whatever others do to
 /// the path meanwhile.
 void give(const FileDescriptor& made, const std::string& path);
+
+/// The file that was made at `path`, open in `made`, is in one folder with `model`.
+bool hasBoth(const FileDescriptor& made, const std::string& path, const FileModel& model);
 
 }  // namespace QRVPlatform::FolderOwner

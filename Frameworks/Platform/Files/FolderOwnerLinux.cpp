@@ -35,6 +35,11 @@ bool isAsJustMade(const FileDescriptor& made, const struct stat& status) {
     return status.st_nlink == 1 && status.st_size == 0;
 }
 
+FileDescriptor openedFolderOf(const std::string& path) {
+    return FileDescriptor(
+        open(FilePaths::folderOf(path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
 bool isIn(const FileDescriptor& folder, const std::string& path, const struct stat& made) {
     const std::string name = path.substr(path.rfind('/') + 1);
     struct stat named {};
@@ -47,8 +52,7 @@ bool isIn(const FileDescriptor& folder, const std::string& path, const struct st
 // The folder above could have been exchanged, too. So its owner counts only if what was made is in
 // it; the order of the tests matters, because a second name of a file stays.
 void FolderOwner::give(const FileDescriptor& made, const std::string& path) {
-    const FileDescriptor folder(
-        open(FilePaths::folderOf(path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor folder = openedFolderOf(path);
     struct stat owner {};
     struct stat status {};
     if (!folder.isOpen() || fstat(folder.number(), &owner) != 0 ||
@@ -58,6 +62,14 @@ void FolderOwner::give(const FileDescriptor& made, const std::string& path) {
     if (status.st_uid != geteuid() || !isAsJustMade(made, status)) return;
     // An ordinary user may not give files away.
     [[maybe_unused]] const int result = fchown(made.number(), owner.st_uid, owner.st_gid);
+}
+
+bool FolderOwner::hasBoth(const FileDescriptor& made, const std::string& path,
+                          const FileModel& model) {
+    const FileDescriptor folder = openedFolderOf(path);
+    struct stat status {};
+    return folder.isOpen() && fstat(made.number(), &status) == 0 && isIn(folder, path, status) &&
+           isIn(folder, model.path, model.status);
 }
 
 }  // namespace QRVPlatform
