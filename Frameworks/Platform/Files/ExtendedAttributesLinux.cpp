@@ -77,6 +77,7 @@ ExtendedAttributes::AccessList ExtendedAttributes::accessListOf(const std::strin
     for (const char* name : accessLists) {
         const std::optional<std::string> bytes = attribute(path, name);
         if (bytes || !isAbsent(errno)) return {name, bytes};
+        if (errno == ENODATA) break;  // No file system has both kinds.
     }
     return {};
 }
