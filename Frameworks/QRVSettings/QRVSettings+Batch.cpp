@@ -7,9 +7,23 @@
 // cache.
 
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
+
+namespace {
+
+/// Ends with the batch closed also when a migration throws.
+class BatchDuringImport {
+  public:
+    BatchDuringImport() { QRVSettings::sharedSettings().setInBatchSave(true); }
+    BatchDuringImport(const BatchDuringImport&) = delete;
+    BatchDuringImport& operator=(const BatchDuringImport&) = delete;
+    ~BatchDuringImport() { QRVSettings::sharedSettings().setInBatchSave(false); }
+};
+
+}  // namespace
 
 void QRVSettingsPrepareBatchSave() {
     requireHostThread();
@@ -20,7 +34,11 @@ void QRVSettingsCommitBatchSave() {
     requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setInBatchSave(false);
-    QRVSettingsSaveObjectWithLog(store.storageCache().copy(), store.batchLogChanges().copy());
+    const NSArray log = store.batchLogChanges().copy();
+    if (store.mergesSaves())
+        QRVInside::queueMergingSaveOfBatch(store.storageCache(), log);
+    else
+        QRVSettingsSaveObjectWithLog(store.storageCache().copy(), log);
     store.batchLogChanges().removeAllObjects();
 }
 
@@ -28,8 +46,9 @@ void QRVSettingsImport(const NSDictionary& settings) {
     requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setStorageCache(settings.mutableCopy());
-    store.setInBatchSave(true);
-    store.migrate();
-    store.setInBatchSave(false);
+    {
+        const BatchDuringImport batch;
+        store.migrate();
+    }
     QRVSettingsSaveObjectWithLog(store.storageCache().copy(), nullptr);
 }

@@ -16,10 +16,12 @@
 #include "Platform/Machine/MachineIdentity.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+Log.h"
+#include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace KeyPaths = QRVStoreKeyPaths;
+using QRVInside::UnlessSettled;
 
 namespace {
 
@@ -94,6 +96,10 @@ void QRVInside::checkMachineIdentity() {
         QRVSettingsSetObjectForKeyPath(store.modelIdentifier(), KeyPaths::model);
     const PropertyListValue device = store.deviceID();
     const PropertyListValue model = store.modelIdentifier();
-    checkDevice(device);  // 2
-    checkModel(model);    // 3
+    {
+        const UnlessSettled unlessRecorded(KeyPaths::device, device);
+        checkDevice(device);  // 2
+    }
+    const UnlessSettled unlessRecorded(KeyPaths::model, model);
+    checkModel(model);  // 3
 }

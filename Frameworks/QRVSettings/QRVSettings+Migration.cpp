@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Migrates settings that earlier versions wrote. Each of the two migrations runs once for a
-// settings file: it is skipped when the file has its flag, with any value, even false.
+// settings file: it is skipped when the file has its flag, with any value, even false. When saves
+// are merged, so is a migration that another process has done before this one's is saved.
 
 #include <array>
 #include <utility>
 
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace KeyPaths = QRVStoreKeyPaths;
 using QRVInside::requireHostThread;
+using QRVInside::UnlessSettled;
 
 namespace {
 
@@ -38,6 +41,7 @@ NSArray withMergedPowerItems(const NSArray& items) {
 // has no items, an empty list replaces whatever the plain key path held.
 void mergeCombinedPowerItems() {
     if (!QRVSettingsObjectForKeyPath(KeyPaths::combinedItemsMigrated).isNull()) return;
+    const UnlessSettled unlessMigrated(KeyPaths::combinedItemsMigrated, std::nullopt);
     const NSArray items = QRVSettingsProfileObjectForKeyPath(KeyPaths::combinedItems).array();
     const NSArray merged = withMergedPowerItems(items);
     if (merged != items) QRVSettingsSetObjectForKeyPath(merged, KeyPaths::combinedItems);
@@ -54,6 +58,7 @@ NSDictionary menubarOfProfile(const NSDictionary& module) {
 // This flag is read from the stored values alone: a default would say nothing about the file.
 void moveMenubarSettingsIntoDefaultProfile() {
     if (!QRVSettingsStoredObjectForKeyPath(KeyPaths::profilesMigrated).isNull()) return;
+    const UnlessSettled unlessMigrated(KeyPaths::profilesMigrated, std::nullopt);
     static const auto& available = *new NSDictionary{{"identifier", "default"}};
     const NSMutableDictionary profile;
     for (const char* module : modules) {

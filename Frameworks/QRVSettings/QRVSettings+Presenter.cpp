@@ -8,12 +8,16 @@
 // 2. The file is read again and compared with the stored tree.
 // 3. Key paths of this process's own recent saves are removed from the changes.
 // Main queue:
-// 4. The reload is stale when a save is pending, has ended since it began, or the stored tree is
-// another one by now: then it is retried from 2, after the saves. Otherwise the store could end
-// with a tree that the file no longer holds, and no notification would correct it.
-// 5. Without changes the stored tree and the cache stay as they are.
-// 6. The new tree becomes the stored one, and the cache is emptied.
-// 7. The change handler is called.
+// 4. Without changes the stored tree and the cache stay as they are.
+// 5. The new tree becomes the stored one, and the cache is emptied.
+// 6. The change handler is called.
+// 7. A save of this process may have run beside the reload, or may be about to, and its writes may
+// have gone from the stored tree in 5. So when one is pending, has ended since 2, or the stored
+// tree was another one by 4, a second reload runs from 2, after the saves. It makes what the file
+// then holds the stored tree even when 3 has left no changes.
+//
+// When the store merges saves, QRVSettings+Merging.cpp has 2 to 4: nothing this process wrote goes
+// from the stored tree, and so neither 3 nor 7 is needed.
 //
 // The watch notices only what happens after its start. So when it starts and the file is not the
 // one that this process first read, or last reloaded, a reload runs from 2 on.
@@ -23,13 +27,17 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Publication.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WatchStart.h"
@@ -45,26 +53,41 @@ QRVSettings& store() {
 }
 
 struct Reload {
+    enum class Kind { First, AfterSaves };
+    Kind kind;
     NSDictionary before;  ///< the stored tree itself
     QRVInside::FileReading reading;
-    NSArray changes;
+    NSArray changes;           ///< without those of this process
+    bool isOther;              ///< what was read differs from the stored tree
     std::uint64_t endedSaves;  ///< when the reload began
 };
 
-bool isStale(const Reload& reload) {
+bool wasBesideAWrite(const Reload& reload) {
     const QRVInside::SaveProgress& saves = StoreInside::state().saves;
     return saves.isPending() || reload.endedSaves != saves.ended() ||
            !reload.before.isIdenticalTo(store().storageCache());
 }
 
-void queueReload();
+void queueReload(Reload::Kind kind);
 
-void retryAfterPendingSaves() {
+void queueSecondReload() {
+    const auto reload = [] { queueReload(Reload::Kind::AfterSaves); };
     if (StoreInside::state().saves.isPending()) {
-        store().queue().async(queueReload);
+        store().queue().async(reload);
     } else {
-        queueReload();
+        reload();
     }
+}
+
+void takeOver(const QRVInside::FileReading& reading) {
+    NSMutableDictionary tree = reading.root.mutableCopy();
+    StoreInside::state().storedFile.update([&reading, &tree](StoredFile& file) {
+        file.publishedUpTo = reading.identity;
+        file.mustBeBackedUp = reading.failed;
+        file.wasAbsent = reading.root.isNull();
+        return std::exchange(file.tree, std::move(tree));
+    });
+    store().cache().removeAllObjects();
 }
 
 /// The stored tree stays. A file that could not be read before is known now.
@@ -76,44 +99,63 @@ void keepTree(const QRVInside::FileReading& reading) {
 }
 
 void publish(const Reload& reload) {
-    if (isStale(reload)) {  // 4
-        retryAfterPendingSaves();
-        return;
-    }
-    const QRVInside::FileReading& reading = reload.reading;
-    if (reload.changes.count() == 0) {  // 5
-        keepTree(reading);
-        return;
-    }
-    NSLog("Prefs file changed");
-    StoreInside::state().storedFile.store(  // 6
-        {reading.root.mutableCopy(), reading.identity, reading.failed});
-    store().cache().removeAllObjects();
-    // A copy: the handler may install another one.
-    const QRVSettings::ChangeHandler onChange = store().onChange();
-    if (onChange) onChange(reload.changes);  // 7
+    const bool isSecondNeeded = wasBesideAWrite(reload);  // 7
+    const NSArray found = StoreInside::state().localChanges.withoutLocal(
+        QRVInside::withFoundByReading(reload.changes));
+    if (found.count() == 0 && reload.kind == Reload::Kind::AfterSaves && reload.isOther)
+        takeOver(reload.reading);
+    else
+        QRVInside::publishChanges(found, reload.reading);
+    if (isSecondNeeded) queueSecondReload();
 }
 
-void runReload() {
+void runReload(Reload::Kind kind) {
     const StoreInside::State& state = StoreInside::state();
+    if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
-    Reload reload{store().storageCache(), QRVInside::readSettingsFile(), nullptr, endedSaves};  // 2
+    Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,
+                  endedSaves};  // 2
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
+    reload.isOther = changes.count() != 0;
     reload.changes = state.localChanges.withoutLocal(changes);  // 3
     DispatchMainQueue::shared().async([reload] { publish(reload); });
 }
 
-void queueReload() {
-    store().readQueue().async(runReload);
+void queueReload(Reload::Kind kind) {
+    store().readQueue().async([kind] { runReload(kind); });
 }
 
 /// To be called on the store's queue.
-bool isLastSave(const QRVPlatform::FileIdentity& file) {
-    return !file.isMissing() && file == StoreInside::state().lastSaved;
+bool isLastSave() {
+    return StoreInside::state().lastSaved.isAt(store().location());
 }
 
 }  // namespace
+
+NSArray QRVInside::withFoundByReading(const NSArray& changes) {
+    const NSArray found = StoreInside::state().storedFile.update(
+        [](StoredFile& file) { return std::exchange(file.foundByReading, nullptr); });
+    if (found.isNull()) return changes;
+    std::set<std::string> keyPaths;
+    for (const PropertyListValue& keyPath : changes) keyPaths.insert(keyPath.stringValue());
+    for (const PropertyListValue& keyPath : found) keyPaths.insert(keyPath.stringValue());
+    const NSMutableArray all;
+    for (const std::string& keyPath : keyPaths) all.addObject(keyPath);
+    return all.copy();
+}
+
+void QRVInside::publishChanges(const NSArray& changes, const FileReading& reading) {
+    if (changes.count() == 0) {  // 4
+        keepTree(reading);
+        return;
+    }
+    NSLog("Prefs file changed");
+    takeOver(reading);  // 5
+    // A copy: the handler may install another one.
+    const QRVSettings::ChangeHandler onChange = store().onChange();
+    if (onChange) onChange(changes);  // 6
+}
 
 void QRVInside::beginToWatchTheFile() {
     store().setPresenterQueue(std::make_shared<NSOperationQueue>());
@@ -123,7 +165,7 @@ void QRVInside::beginToWatchTheFile() {
     if (!published || QRVPlatform::identityOfFileAtPath(store().location()) == *published) return;
     // This process itself may have changed it: its saves run before this does.
     store().queue().async([] {
-        if (!isLastSave(QRVPlatform::identityOfFileAtPath(store().location()))) queueReload();
+        if (!isLastSave()) queueReload(Reload::Kind::First);
     });
 }
 
@@ -146,5 +188,5 @@ bool QRVSettings::fileContentsDidChange() {
 
 void QRVSettings::presentedItemDidChange() {
     if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
-    queueReload();
+    queueReload(Reload::Kind::First);
 }

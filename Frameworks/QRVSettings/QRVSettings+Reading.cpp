@@ -26,33 +26,55 @@ using QRVInside::StoreInside;
 namespace QRVInside {
 
 FileReading readSettingsFile() {
-    const std::string& location = QRVSettings::sharedSettings().location();
+    const StoreInside::State& state = StoreInside::state();
     FileReading reading;
-    reading.identity = QRVPlatform::identityOfFileAtPath(location);
+    reading.identity = QRVPlatform::identityOfFileAtPath(state.location);
     NSFileCoordinator coordinator;
     coordinator.coordinateReadingItemAtURL(
-        location, NSFileCoordinator::ReadingOptions::None, [&reading](const std::string& url) {
+        state.location, NSFileCoordinator::ReadingOptions::None,
+        [&reading, &state](const std::string& url) {
+            QRVPlatform::HeldFile held;
+            if (state.mergesSaves) held = QRVPlatform::HeldFile::at(url);
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
-            if (file.error) return;
-            reading.root =
-                NSPropertyListSerialization::propertyListWithData(file.bytes).value.dictionary();
+            if (!file.error)
+                reading.root = NSPropertyListSerialization::propertyListWithData(file.bytes)
+                                   .value.dictionary();
+            const bool isHeld = held.identity() == file.identity;
+            if (isHeld && (file.isMissing() || !reading.root.isNull())) reading.file = held;
         });
     return reading;
 }
 
+// What reads have cached as absent, and are to find now, has to be published.
 NSDictionary storedTree() {
     NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
     if (!loaded.isNull()) return loaded;
+    StoreInside::State& state = StoreInside::state();
     const FileReading reading = readSettingsFile();
-    NSDictionary tree = reading.root.mutableCopy();
-    StoreInside::state().storedFile.update([&](StoredFile& file) {
+    const UnsavedWrites unsaved =
+        state.storedFile.read([](const StoredFile& file) { return file.unsaved; });
+    const NSDictionary tree = unsaved.onTopOf(reading.root);
+    NSMutableDictionary stored = tree.mutableCopy();
+    state.storedFile.update([&](StoredFile& file) {
         file.noteReading(reading.identity);
         file.mustBeBackedUp = reading.failed;
-        return std::exchange(file.tree, std::move(tree));
+        if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
+            file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
+        file.wasAbsent = reading.root.isNull();
+        if (state.mergesSaves && !file.known) {
+            file.known = KnownFile{reading.root, reading.file};
+            ++file.version;
+        }
+        return std::exchange(file.tree, std::move(stored));
     });
-    return reading.root;
+    return tree;
+}
+
+void replaceStoredTree(NSDictionary tree) {
+    StoreInside::state().storedFile.update(
+        [&tree](StoredFile& file) { return std::exchange(file.tree, std::move(tree)); });
 }
 
 }  // namespace QRVInside

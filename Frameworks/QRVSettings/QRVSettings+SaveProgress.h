@@ -1,35 +1,69 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Platform/Threads/WaitableProperty.h"
+#include "QRVSettings/QRVSettings+Writes.h"
 
 namespace QRVInside {
 
-/// Counts the saves of this process, so that a reload can tell whether one ran beside it. The
-/// thread that writes begins saves, the store's queue ends them, any thread may ask.
-///
-/// A save counts as ended before it stops being pending: who first asks `isPending` and then
-/// `ended` misses none. The other way round there would be a moment when a finished save is
-/// neither.
+/// What has become of one save.
+struct SaveOutcome {
+    /// Why nothing was saved; empty when the file was replaced.
+    std::string failure;
+    /// Key paths of the change records or writes that the save stood for.
+    std::vector<std::string> keyPaths;
+    /// Writes that were left out, because no property list can hold them.
+    std::vector<RefusedWrite> refused;
+    /// Everything that this process has written so far was part of the save.
+    bool wasWholeTree = false;
+};
+
+/// The saves of this process: how many are pending, so that a reload can tell whether one ran
+/// beside it, and what could not be saved. The thread that writes begins saves, the store's queue
+/// ends them, any thread may ask.
 class SaveProgress {
   public:
     /// A save is queued.
-    void begin() { ++pending_; }
-    /// It is over, whatever became of it.
-    void end() {
-        ++ended_;
-        --pending_;
+    void begin() {
+        counts_.update([](Counts& counts) { ++counts.begun; });
     }
+    /// It is over.
+    void end(const SaveOutcome& outcome);
 
     /// Whether a save is queued or under way. Exact on the thread that begins them.
-    [[nodiscard]] bool isPending() const { return pending_ != 0; }
+    [[nodiscard]] bool isPending() const {
+        return counts_.read([](const Counts& counts) { return counts.begun != counts.ended; });
+    }
     /// How many saves have ended so far.
-    [[nodiscard]] std::uint64_t ended() const { return ended_; }
+    [[nodiscard]] std::uint64_t ended() const {
+        return counts_.read([](const Counts& counts) { return counts.ended; });
+    }
+
+    /// False when a save that was begun before the call has not ended by the deadline.
+    [[nodiscard]] bool waitUntil(std::chrono::steady_clock::time_point deadline) const;
+
+    struct Failures {
+        std::string reason;  ///< of the last save that failed; empty when nothing is missing
+        std::vector<std::string> keyPaths;  ///< whose last write is not in the file
+    };
+    [[nodiscard]] Failures failures() const;
 
   private:
-    std::atomic<std::uint64_t> pending_ = 0;
-    std::atomic<std::uint64_t> ended_ = 0;
+    struct Counts {
+        std::uint64_t begun = 0;
+        std::uint64_t ended = 0;
+        /// Why the last save of a whole tree without key paths failed.
+        std::string failureOfTree;
+        std::map<std::string, std::string> failures;  ///< reasons by key path
+        std::string lastReason;
+    };
+    QRVPlatform::WaitableProperty<Counts> counts_;
 };
 
 }  // namespace QRVInside

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "Platform/Files/Files.h"
+#include "Platform/Files/HeldFile.h"
 #include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Threads/ThreadAffinity.h"
@@ -26,6 +27,7 @@ std::string queueLabel(std::string_view ending);
 struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
+    std::atomic<bool> mergesSaves = false;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;
@@ -45,12 +47,14 @@ struct QRVSettings::State {
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
+    /// What makes the writes of this moment unnecessary; null for writes that are always needed.
+    std::shared_ptr<const QRVInside::Settled> unless;
     /// Its records any thread may read.
     QRVInside::LocalChanges localChanges;
 
     // Used on `queue`.
-    /// The file that the last save left behind; missing when it failed.
-    QRVPlatform::FileIdentity lastSaved;
+    /// The file that the last save left behind; unknown when it failed.
+    QRVPlatform::HeldFile lastSaved;
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();

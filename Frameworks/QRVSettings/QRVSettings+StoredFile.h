@@ -3,10 +3,14 @@
 
 // What the store knows of its file, and the one place where the file is read.
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "Platform/Files/Files.h"
+#include "Platform/Files/HeldFile.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/QRVSettings+Writes.h"
 
 namespace QRVInside {
 
@@ -14,11 +18,37 @@ struct FileReading {
     NSDictionary root = nullptr;  ///< null when there is no file that holds settings
     /// The file as it was just before it was read.
     QRVPlatform::FileIdentity identity;
+    /// The file that was read, when the store merges saves; unknown when it holds no settings, so
+    /// that a save reads it again.
+    QRVPlatform::HeldFile file;
     bool failed = false;  ///< there is a file, and what it holds is not known
 };
 
 /// Reads the settings file under file coordination. Any thread; changes no state.
 FileReading readSettingsFile();
+
+/// A file and the settings that it holds.
+struct KnownFile {
+    NSDictionary tree = nullptr;  ///< frozen; null when there is no file
+    QRVPlatform::HeldFile file;
+};
+
+/// The writes of this process that are not in the file yet, from the oldest to the newest.
+struct UnsavedWrites {
+    std::shared_ptr<const Writes> beingSaved;  ///< null when no save is under way
+    Writes waiting;                            ///< for the next save
+    Writes ofBatch;                            ///< of an open batch; its commit makes them wait
+    /// A save of the waiting writes is queued.
+    bool isSaveQueued = false;
+    /// The host has replaced the whole tree, so the next save replaces the whole file.
+    bool isTreeReplaced = false;
+
+    [[nodiscard]] bool isEmpty() const {
+        return !beingSaved && waiting.isEmpty() && ofBatch.isEmpty();
+    }
+    /// Frozen. `tree` is frozen or null.
+    [[nodiscard]] NSDictionary onTopOf(const NSDictionary& tree) const;
+};
 
 /// The parts belong together, and are changed together.
 struct StoredFile {
@@ -30,6 +60,20 @@ struct StoredFile {
     std::optional<QRVPlatform::FileIdentity> publishedUpTo;
     /// The tree was begun without the settings of a file that was there and could not be read.
     bool mustBeBackedUp = false;
+    /// Settings were read or published as absent, and reads may have cached that.
+    bool wasAbsent = false;
+    /// Key paths of settings that a read of this process has found where none were before, and that
+    /// the next reload publishes.
+    NSArray foundByReading = nullptr;
+
+    /// @name When the store merges saves
+    /// @{
+    /// What the file held when this process last read or replaced it; empty when that is not known.
+    std::optional<KnownFile> known;
+    /// Grows whenever `known` or what is unsaved changes without a write of the host.
+    std::uint64_t version = 0;
+    UnsavedWrites unsaved;
+    /// @}
 
     /// To be called for each reading of the file but a reload.
     void noteReading(const QRVPlatform::FileIdentity& identity) {
@@ -40,5 +84,8 @@ struct StoredFile {
 /// The stored tree itself, of which QRVSettingsStoredValues is a copy; reads the file while there
 /// is no tree. Not to be kept: the next write replaces it. For the host's thread.
 NSDictionary storedTree();
+
+/// Makes `tree` the stored one, as part of a write or an import.
+void replaceStoredTree(NSDictionary tree);
 
 }  // namespace QRVInside

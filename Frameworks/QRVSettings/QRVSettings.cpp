@@ -56,6 +56,14 @@ void QRVSettings::setMonitorFileChanges(bool monitorFileChanges) {
     state_->monitorFileChanges = monitorFileChanges;
 }
 
+bool QRVSettings::mergesSaves() const {
+    return state_->mergesSaves;
+}
+void QRVSettings::setMergesSaves(bool mergesSaves) {
+    requireHostThread();
+    state_->mergesSaves = mergesSaves;
+}
+
 bool QRVSettings::disableCache() const {
     return state_->disableCache;
 }
@@ -115,6 +123,7 @@ NSDictionary QRVSettings::storageCache() const {
 }
 void QRVSettings::setStorageCache(NSDictionary storageCache) {
     state_->storedFile.update([&storageCache](QRVInside::StoredFile& file) {
+        file.unsaved.isTreeReplaced = true;
         return std::exchange(file.tree, std::move(storageCache));
     });
 }

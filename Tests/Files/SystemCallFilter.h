@@ -22,6 +22,7 @@ enum class SystemCall {
     ChangeMode,
     ChangeOwner,
     EventDescriptor,
+    FileSystem,
     Flock,
     InotifyAdd,
     InotifyStart,
@@ -46,6 +47,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchown};
         case SystemCall::EventDescriptor:
             return {SYS_eventfd2};
+        case SystemCall::FileSystem:
+            return {SYS_statfs};
         case SystemCall::Flock:
             return {SYS_flock};
         case SystemCall::InotifyAdd:

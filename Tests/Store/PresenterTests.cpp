@@ -52,7 +52,7 @@ class Monitoring {
         QRVSettings::sharedSettings().presentedItemDidChange();
         QRVSettings::sharedSettings().readQueue().sync([] {});
     }
-    /// Publishes what has been read, and retries stale reloads.
+    /// Publishes what has been read, and runs the second reloads.
     static void settle() {
         constexpr int steps = 3;
         for (int step = 0; step < steps; ++step) {
@@ -291,7 +291,7 @@ TEST(Reload, OfAFileThatWasChangedAndChangedBackBeforeTheFirstWasPublished) {
     EXPECT_EQ(monitoring.calls(), 2);
 }
 
-TEST(Reload, WaitsForTheSavesOfThisProcess) {
+TEST(Reload, BeforeAPendingSaveIsPublishedAndTheFileIsReadOnceMoreBehindTheSave) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
     const Monitoring monitoring;
@@ -301,18 +301,21 @@ TEST(Reload, WaitsForTheSavesOfThisProcess) {
     QRVSettingsSetObjectForKeyPath(5, "Own");
     rewriteSettings({{"A", 1}});
     Monitoring::notify();
-    EXPECT_EQ(monitoring.calls(), 0);
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+    // No save has recorded "Own" yet.
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("A", "Own"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
     gate.set_value();
     StoreSupport::finishSaves();
     Monitoring::settle();
-    // The save replaced the other process's change, and the stored tree is that of the file.
+    // The save has replaced the other process's change.
+    EXPECT_EQ(monitoring.calls(), 2);
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A"));
+    EXPECT_EQ(StoreSupport::fileTree(), NSDictionary({{"A", 0}, {"Own", 5}}));
     EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
-    EXPECT_EQ(monitoring.calls(), 0);
 }
 
-TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsRetried) {
+TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsPublishedAndReadOnceMore) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
     const Monitoring monitoring;
@@ -325,22 +328,56 @@ TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsRetried) {
     gate.set_value();
     StoreSupport::finishSaves();
     Monitoring::settle();
+    EXPECT_EQ(monitoring.calls(), 2);
     EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
-    EXPECT_EQ(monitoring.calls(), 0);
 }
 
-TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsRetried) {
+TEST(Reload, WhoseSecondReadingFindsOnlyOwnChangesTakesThemOverWithoutReportingThem) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
     const Monitoring monitoring;
     rewriteSettings({{"A", 1}});
     Monitoring::notifyAndRead();
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    StoreSupport::finishSaves();
+    Monitoring::settle();
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A"));
+    EXPECT_EQ(StoreSupport::fileTree(), NSDictionary({{"A", 2}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+}
+
+TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsPublishedAndReadOnceMore) {
+    rewriteSettings({{"A", 0}, {"B", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    rewriteSettings({{"A", 1}, {"B", 0}});
+    Monitoring::notifyAndRead();
     QRVSettingsSetObjectForKeyPath(5, "Own");
+    DispatchMainQueue::shared().drain();
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A")) << "the change is reported all the same";
     StoreSupport::finishSaves();
     Monitoring::settle();
     EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+}
+
+TEST(Reload, OfAFileThatAReadFoundWhereNoneWasReportsItsSettings) {
+    rewriteSettings({{"A", 1}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 1);
+    const Monitoring monitoring;
+    std::filesystem::remove(QRVSettingsLocation());
+    Monitoring::notify();
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("A").isNull());
+    rewriteSettings({{"A", 2}, {"B", 3}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("B"), 3) << "reads the file again";
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("A").isNull()) << "cached as absent";
+    Monitoring::notify();
+    EXPECT_EQ(monitoring.calls(), 2);
+    EXPECT_THAT(monitoring.keyPaths(), UnorderedElementsAre("A", "B"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
 }
 
 TEST(Prepare, ActivatesTheDefaultProfileAndMigrates) {

@@ -39,8 +39,8 @@ std::error_code FileFailures::lastError() {
 }
 
 std::error_code FileFailures::reported(const std::string& operation, const std::string& path,
-                                       std::error_code error) {
-    if (error) currentHandler().call(FileFailure{operation, path, error});
+                                       std::error_code error, const std::string& keyPath) {
+    if (error) currentHandler().call(FileFailure{operation, path, error, keyPath});
     return error;
 }
 

@@ -9,9 +9,10 @@ namespace QRVPlatform::FileFailures {
 /// The error of `errno`.
 std::error_code lastError();
 
-/// Calls the failure handler if there is an error; returns the error.
+/// Calls the failure handler if there is an error; returns the error. `keyPath` names the value in
+/// the file that the failure is about; empty when it is about the whole file.
 std::error_code reported(const std::string& operation, const std::string& path,
-                         std::error_code error);
+                         std::error_code error, const std::string& keyPath = {});
 
 /// The same for what does not make an operation fail: the handler is called once in the life of the
 /// process for each operation on a path.

@@ -27,13 +27,18 @@
 /// there is none.
 ///
 /// Errors: a missing setting and a null key path give null (false for booleans). A save that fails
-/// is logged, or reported to the handler of `setFileFailureHandler` (`Platform/Files/Files.h`);
-/// reads go on giving what was written. The one error that reaches a caller is
-/// NSInvalidArgumentException from a write.
+/// is reported to the handler of `setFileFailureHandler` (`Platform/Files/Files.h`), and
+/// `QRVSettingsWaitForSaves` tells of it; reads go on giving what was written. The one error that
+/// reaches a caller is NSInvalidArgumentException from a write.
 ///
-/// What is not promised: a save that has not run when the process ends is lost. Of two processes
-/// that save at nearly the same time, the later one writes its own whole tree; nothing is merged.
+/// Several writers: every host should call `setMergesSaves(true)` at its start. Then no process
+/// loses what another has written. Otherwise each save replaces the whole file by the tree of its
+/// own process: of two processes that save at nearly the same time, the later one wins.
+///
+/// What is not promised: a save that has not run when the process ends is lost.
+/// `QRVSettingsWaitForSaves` waits for it.
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -96,8 +101,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// After `loadDefaults`: activates the profile "default", migrates, and, when
     /// `monitorFileChanges()` is set by now, starts to watch the file, once and for good. What
     /// others changed between this process's first read of the file and now is published like a
-    /// later change, whichever function read it. Not published are the settings of a file that was
-    /// missing at the first read and that a later read has found: they are stored values already.
+    /// later change, whichever function read it.
     void prepare();
 
     /// Migrates the stored settings of earlier versions: merges the combined menu-bar items, and
@@ -113,6 +117,28 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// each notification: set to false later, it stops the reloads. False at the start. Any thread.
     [[nodiscard]] bool monitorFileChanges() const;
     void setMonitorFileChanges(bool monitorFileChanges);
+
+    /// Whether saves are merged with what the file holds. False at the start; to be set before
+    /// `loadDefaults`. Any thread may ask.
+    ///
+    /// - A save brings only what this process wrote since its last save: values and removals, in
+    ///   their order, on top of what the file then holds. A dictionary that was written is one
+    ///   value. Of two saves of one key path the later wins. A write wins over a value that another
+    ///   process stored on the way to its key path. Saves without change records
+    ///   (`QRVSettingsSaveObject`, an import, the first save after `setStorageCache`) replace the
+    ///   whole file.
+    /// - What a save finds in the file is published like a change that the watch noticed, also when
+    ///   the file is not watched. Publishing keeps unsaved writes, and those of an open batch, in
+    ///   the stored tree.
+    /// - This process's own saves are recognised by what was written: the change handler receives
+    ///   every key path whose stored value another process has changed, and no other.
+    /// - At most one save runs and one waits. What is written meanwhile joins the waiting one.
+    /// - A value that no property list can hold is left out of the save, and reported to the
+    ///   failure handler with its key path. The writes of a save that fails join the next one.
+    /// - A migration, or a reset for new hardware, that another process has already saved is not
+    ///   done a second time.
+    [[nodiscard]] bool mergesSaves() const;
+    void setMergesSaves(bool mergesSaves);
 
     /// Whether reads leave the cache unchanged. False at the start. Setting it, to true or false,
     /// also discards the cache for the rest of the process: from then on every read searches the
@@ -133,7 +159,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// holding the new tree and `cache()` emptied. Key paths are those of values, not of the
     /// dictionaries around them. None at the start.
     ///
-    /// A key path in `localChanges()` is left out, whoever changed it:
+    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed
+    /// it:
     /// - When nothing else has changed, the handler is not called, and reads keep this process's
     ///   own value until something else changes. With that change the key path is reported, unless
     ///   it is still in `localChanges()`.
@@ -198,7 +225,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// Called on `presenterQueue()`. When the file has changed, it is read again on `readQueue()`;
     /// the differences are then published on the main queue: "Prefs file changed" goes to the
     /// system log, and `onChange()` is called. Without differences nothing happens. When this
-    /// process has written meanwhile, the reload is retried after the pending saves.
+    /// process has written meanwhile and `mergesSaves()` is false, the file is read once more after
+    /// the pending saves, so that the stored tree ends as the file.
     void presentedItemDidChange() override;
     /// Whether the file's modification date differs from `modificationDate()`, which becomes that
     /// date. A missing file always counts as changed. One thread at a time.
@@ -262,9 +290,10 @@ QRV_EXPORT void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, Q
 /// `inBatchSave()` it only gathers the records. The tree goes to the file as it is when the save
 /// runs.
 ///
-/// The save never merges with what is on disk. It backs up an old file that is not a settings file,
-/// or that this process could not read before (`backUpFile`). Where that fails, or the old file
-/// cannot be read, it replaces nothing and writes a line to the system log.
+/// Whether the save merges with what is on disk, `mergesSaves()` says. It backs up an old file that
+/// is not a settings file, or that this process could not read before and would replace as a whole
+/// (`backUpFile`). Where that fails, or the old file cannot be read, it replaces nothing and writes
+/// a line to the system log.
 QRV_EXPORT void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log);
 
 /// Queues a save of a shallow copy of the tree, without records. Changes no layer: reads of this
@@ -274,8 +303,28 @@ QRV_EXPORT void QRVSettingsSaveObject(const NSDictionary& object);
 /// Removes the cached value of exactly this key path.
 QRV_EXPORT void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath);
 
-/// Does nothing. To wait for the saves, use `sharedSettings().queue().sync`. Any thread.
+/// Does nothing; `QRVSettingsWaitForSaves` waits. Any thread.
 QRV_EXPORT void QRVSettingsSynchronize();
+
+/// What has become of everything that this process has written.
+struct QRVSaveStatus {
+    enum class State {
+        Saved,    ///< it is on the disk
+        Failed,   ///< some of it is not, and the saves have ended
+        Pending,  ///< a save has not ended yet, or an open batch has writes
+    };
+    State state = State::Saved;
+    /// Of the writes whose save has failed: their last value is not in the file. Empty when the
+    /// whole tree could not be saved.
+    NSArray keyPaths;
+    /// Why the last save that failed did so, one line for people.
+    std::string reason;
+};
+
+/// Waits until the saves queued so far have ended, or the timeout has passed; 0 only asks. For the
+/// end of a process, and before people read that something is saved. Retries nothing: the next save
+/// does.
+QRV_EXPORT QRVSaveStatus QRVSettingsWaitForSaves(std::chrono::milliseconds timeout);
 /// @}
 
 /// @name Batches and import

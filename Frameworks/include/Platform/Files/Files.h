@@ -153,11 +153,14 @@ struct FileFailure {
     std::string operation;  ///< what was attempted, such as "replace file"
     std::string path;
     std::error_code error;
+    /// Of the value in the file that could not be written; empty when it is about the whole file.
+    std::string keyPath{};
 };
 /// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
-/// the function concerned returns the same error. "set mode of file" alone does not make another
-/// operation fail (see `replaceFile`). Null, as at the start, for none. A call under way on another
-/// thread may still use the previous handler after this returns.
+/// the function concerned returns the same error, and whenever the store cannot save a setting. "set
+/// mode of file" alone does not make another operation fail (see `replaceFile`). Null, as at the
+/// start, for none. A call under way on another thread may still use the previous handler after this
+/// returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);
 
 }  // namespace QRVPlatform

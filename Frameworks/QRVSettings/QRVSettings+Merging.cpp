@@ -1,0 +1,350 @@
+// SPDX-License-Identifier: MIT
+// Saves that bring only what this process wrote, and reloads that keep what it has not saved yet.
+//
+// The store holds three things that belong together (StoredFile): the settings that the file held
+// when this process last read or replaced it (`known`), the writes that are not in the file yet
+// (`unsaved`), and the stored tree that reads see. The stored tree is always `known` with `unsaved`
+// on top, once what was found in the file has been published.
+//
+// A write, on the host's thread, joins the writes that wait. It queues a save only when none is
+// queued, so that at most one save is under way and one waits.
+//
+// A save, on the store's queue:
+// 1. It takes all writes that wait, applies them to `known`, and serialises the result.
+// 2. Under the writers' lock: when the file is not `known`, it is read, and 1 is done again on top
+//    of it. A damaged file is backed up; then `known` stays what it was.
+// 3. The records are posted to the main queue, and the file is replaced.
+// 4. `known` is what was written. When the save failed, its writes wait for the next save.
+// 5. What others had written is published.
+//
+// A reload, on readQueue: when the file is not `known`, it is read, becomes `known`, and is
+// published. When a save has ended meanwhile, what was read may be older, so it is read again.
+//
+// A publication is prepared where the file was read, and runs on the main queue. When the stored
+// tree or the file is another one by then, it is prepared again on the spot: it depends on nothing
+// but the three things above, so it is right whenever it runs.
+
+#include "QRVSettings/QRVSettings+Merging.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Coordination/CoordinatedWrite.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/System/System.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Publication.h"
+#include "QRVSettings/QRVSettings+Saving.h"
+#include "QRVSettings/QRVSettings+State.h"
+#include "QRVSettings/QRVSettings.h"
+
+namespace QRVInside {
+
+namespace {
+
+QRVPlatform::AtomicProperty<StoredFile>& storedFile() {
+    return StoreInside::state().storedFile;
+}
+
+// --- Publication
+
+struct MergedTree {
+    NSDictionary before = nullptr;  ///< the stored tree itself
+    std::uint64_t version = 0;
+    FileReading reading;  ///< the root with what is unsaved on top
+    NSArray changes = nullptr;
+};
+
+MergedTree mergedTree() {
+    MergedTree merged;
+    UnsavedWrites unsaved;
+    storedFile().read([&](const StoredFile& file) {
+        merged.before = file.tree;
+        merged.version = file.version;
+        merged.reading.failed = file.mustBeBackedUp;
+        if (file.known) {
+            merged.reading.root = file.known->tree;
+            merged.reading.identity = file.known->file.identity();
+        }
+        unsaved = file.unsaved;
+    });
+    NSDictionary& root = merged.reading.root;
+    root = unsaved.onTopOf(root);
+    merged.changes = NSDictionaryQRV::changedKeys(merged.before.copy(), root);
+    return merged;
+}
+
+void publish(MergedTree merged) {
+    const bool isCurrent = storedFile().read([&merged](const StoredFile& file) {
+        return file.version == merged.version && file.tree.isIdenticalTo(merged.before);
+    });
+    if (!isCurrent) merged = mergedTree();
+    publishChanges(withFoundByReading(merged.changes), merged.reading);
+}
+
+void queuePublication() {
+    DispatchMainQueue::shared().async([merged = mergedTree()] { publish(merged); });
+}
+
+// --- Saving
+
+class MergingSave {
+  public:
+    MergingSave() : writes_(takeWaitingWrites()) {
+        known_ = storedFile().read([](const StoredFile& file) { return file.known; });
+    }
+
+    SaveOutcome run() {
+        guardedSave(known_ ? known_->tree : nullptr, outcome_, [this] {
+            if (known_) serialise();  // 1
+            coordinateSave(outcome_,
+                           [this](QRVPlatform::WriteAccess& access) { return replace(access); });
+        });
+        outcome_.keyPaths = writes_->keyPaths();
+        end();
+        return std::move(outcome_);
+    }
+
+  private:
+    using SharedWrites = std::shared_ptr<const Writes>;
+
+    static SharedWrites takeWaitingWrites() {
+        const auto writes = std::make_shared<Writes>();
+        storedFile().update([&writes](StoredFile& file) {
+            file.unsaved.isSaveQueued = false;
+            std::swap(*writes, file.unsaved.waiting);
+            file.unsaved.beingSaved = writes;
+        });
+        return writes;
+    }
+
+    PropertyListWriteResult serialisedOnTopOfKnown(Writes::Logging logging) {
+        tree_ = writes_->appliedTo(known_->tree, logging);
+        if (tree_.isNull()) tree_ = NSDictionary();
+        return NSPropertyListSerialization::dataWithPropertyList(tree_);
+    }
+
+    void serialise() {
+        auto result = serialisedOnTopOfKnown(Writes::Logging::On);
+        if (result.error) {
+            leaveOutRefusedWrites();
+            result = serialisedOnTopOfKnown(Writes::Logging::Off);
+        }
+        failure_ = result.error ? result.error->description() : std::string();
+        bytes_ = std::move(result.bytes);
+        if (result.error) reportUnsaved(result.error->keyPath);
+    }
+
+    void leaveOutRefusedWrites() {
+        const auto others = std::make_shared<Writes>(*writes_);
+        for (RefusedWrite& refused : others->removeRefused()) {
+            NSLog("Prefs value not saved: %@", {refused.reason});
+            reportUnsaved(refused.keyPath);
+            outcome_.refused.push_back(std::move(refused));
+        }
+        writes_ = others;
+    }
+
+    std::string replace(QRVPlatform::WriteAccess& access) {
+        if (!known_ || !known_->file.isAt(access.path())) {  // 2
+            std::string failure = readAgain(access.path());
+            if (!failure.empty()) return failure;
+            serialise();
+        }
+        if (!failure_.empty()) return failure_;
+        postRecords(writes_->records());  // 3
+        std::string failure = replacedFile(access, bytes_);
+        isSaved_ = failure.empty();
+        if (isSaved_) known_ = KnownFile{tree_, access.newFile()};
+        return failure;
+    }
+
+    std::string readAgain(const std::string& path) {
+        const OldFile old = readOldFile(path);
+        // Nothing of a file that is merged gets lost.
+        if (old.condition == OldFile::Condition::Settings && !writes_->replaceTheTree())
+            storedFile().update([](StoredFile& file) { file.mustBeBackedUp = false; });
+        std::string failure = secured(old, path);
+        if (!failure.empty()) return failure;
+        if (old.condition != OldFile::Condition::Damaged) {
+            known_ = KnownFile{old.root, old.file};
+            isFound_ = true;
+        } else if (!known_) {
+            known_ = KnownFile{};
+        }
+        return {};
+    }
+
+    void end() {  // 4
+        storedFile().update([this](StoredFile& file) {
+            UnsavedWrites& unsaved = file.unsaved;
+            if (!isSaved_) {
+                Writes writes = *writes_;
+                writes.append(unsaved.waiting);
+                std::swap(unsaved.waiting, writes);
+            }
+            ++file.version;
+            const bool isKnown = isSaved_ || isFound_;
+            return std::pair(std::exchange(unsaved.beingSaved, nullptr),
+                             isKnown ? std::exchange(file.known, std::move(known_)) : std::nullopt);
+        });
+        if (isFound_) queuePublication();  // 5
+    }
+
+    SharedWrites writes_;
+    std::optional<KnownFile> known_;
+    NSDictionary tree_ = nullptr;
+    std::string bytes_;
+    std::string failure_;  ///< of the serialisation
+    bool isFound_ = false;
+    bool isSaved_ = false;
+    SaveOutcome outcome_;
+};
+
+// The waiting writes are saved by one job, however many there are.
+void queueSaveUnlessQueued(bool isQueued) {
+    if (isQueued) return;
+    StoreInside::State& state = StoreInside::state();
+    state.saves.begin();
+    state.queue.async([&state] { state.saves.end(MergingSave().run()); });
+}
+
+void queueMissingValue() {
+    StoreInside::State& state = StoreInside::state();
+    storedFile().update([](StoredFile& file) { return std::exchange(file.unsaved.ofBatch, {}); });
+    state.saves.begin();
+    state.queue.async([&state] {
+        logMissingValue();
+        state.saves.end({});
+    });
+}
+
+// The tree replaces the whole file.
+void queueReplacement(const NSDictionary& object, const NSArray& log) {
+    NSDictionary tree = frozen(object).dictionary();
+    queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
+        UnsavedWrites& unsaved = file.unsaved;
+        unsaved.waiting.replaceTree(std::move(tree));
+        unsaved.waiting.addRecords(log);
+        unsaved.ofBatch = {};
+        unsaved.isTreeReplaced = false;
+        return std::exchange(unsaved.isSaveQueued, true);
+    }));
+}
+
+bool isTreeReplaced() {
+    return storedFile().read([](const StoredFile& file) { return file.unsaved.isTreeReplaced; });
+}
+
+// A batch that is still there when a save is queued without it was ended by hand.
+template <typename Add>
+void queueWrites(const NSArray& log, Add&& add) {
+    queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
+        UnsavedWrites& unsaved = file.unsaved;
+        if (!unsaved.ofBatch.isEmpty()) unsaved.waiting.append(std::exchange(unsaved.ofBatch, {}));
+        add(unsaved.waiting);
+        unsaved.waiting.addRecords(log);
+        return std::exchange(unsaved.isSaveQueued, true);
+    }));
+}
+
+/// `add` adds the writes of a save of `tree` to those of the batch, or to those that wait.
+template <typename Add>
+void queueOrJoinBatch(const NSDictionary& tree, const NSArray& log, Add&& add) {
+    if (StoreInside::state().inBatchSave) {
+        StoreInside::state().batchLogChanges.addObjectsFromArray(log);
+        storedFile().update([&](StoredFile& file) { add(file.unsaved.ofBatch); });
+    } else if (isTreeReplaced()) {
+        queueReplacement(tree, log);
+    } else {
+        queueWrites(log, add);
+    }
+}
+
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
+        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
+        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
+        if (end == keyPath.size()) return value;
+        start = end + 1;
+    }
+    return nullptr;
+}
+
+// What a tree holds at the key paths of its change records.
+Writes writesOf(const NSDictionary& object, const NSArray& log) {
+    Writes writes;
+    for (const PropertyListValue& record : log) {
+        std::string keyPath = record.dictionary().objectForKey("key").stringValue();
+        PropertyListValue value = frozen(valueAt(object, keyPath));
+        writes.add({std::move(keyPath), std::move(value), StoreInside::state().unless});
+    }
+    return writes;
+}
+
+}  // namespace
+
+NSDictionary UnsavedWrites::onTopOf(const NSDictionary& tree) const {
+    NSDictionary result = tree;
+    if (beingSaved) result = beingSaved->appliedTo(result, Writes::Logging::Off);
+    result = waiting.appliedTo(result, Writes::Logging::Off);
+    return ofBatch.appliedTo(result, Writes::Logging::Off);
+}
+
+void queueMergingSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
+                             const PropertyListValue& value, const NSArray& log) {
+    Write write{std::move(keyPath), frozen(value), StoreInside::state().unless};
+    queueOrJoinBatch(tree, log, [&write](Writes& writes) { writes.add(std::move(write)); });
+}
+
+void queueMergingSave(const NSDictionary& object, const NSArray& log) {
+    if (StoreInside::state().inBatchSave && log.isNull()) return;
+    if (object.isNull()) return queueMissingValue();
+    if (log.isNull()) return queueReplacement(object, log);
+    queueOrJoinBatch(object, log,
+                     [own = writesOf(object, log)](Writes& writes) { writes.append(own); });
+}
+
+void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log) {
+    if (tree.isNull()) return queueMissingValue();
+    queueOrJoinBatch(tree, log, [](Writes&) {});
+}
+
+UnlessSettled::UnlessSettled(QRVKeyPath keyPath, std::optional<PropertyListValue> value) {
+    StoreInside::state().unless =
+        std::make_shared<const Settled>(Settled{std::string(keyPath.text()), std::move(value)});
+}
+
+UnlessSettled::~UnlessSettled() {
+    StoreInside::state().unless = nullptr;
+}
+
+void runMergingReload() {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    const auto [known, version] = storedFile().read(
+        [](const StoredFile& file) { return std::pair(file.known, file.version); });
+    if (!known || !known->file.isAt(store.location())) {
+        FileReading reading = readSettingsFile();
+        const bool isRead = storedFile().update([&](StoredFile& file) {
+            if (file.version != version) return false;
+            file.known = KnownFile{reading.root, reading.file};
+            file.mustBeBackedUp = reading.failed;
+            ++file.version;
+            return true;
+        });
+        if (!isRead) {
+            StoreInside::state().readQueue.async(runMergingReload);
+            return;
+        }
+    }
+    queuePublication();
+}
+
+}  // namespace QRVInside

@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+// Saving the settings file, and waiting for saves.
+//
+// A save of a whole tree, on the store's queue:
+// 1. The tree is serialised.
+// 2. The old file is backed up when its bytes would be lost.
+// 3. The records are posted to the main queue, so that no notification of the new file overtakes
+// them.
+// 4. The file is replaced.
+//
+// All copies are shallow: a nested dictionary that a write made mutable is shared by the trees of
+// several queued saves, and a save that runs after a later write may contain that write's change.
+//
+// QRVSettings+Merging.cpp has the saves that bring only what this process wrote.
+
+#include "QRVSettings/QRVSettings+Saving.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/Coordination/CoordinatedWrite.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Files/Files.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/System/System.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Log.h"
+#include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+State.h"
+#include "QRVSettings/QRVSettings+StoredFile.h"
+#include "QRVSettings/QRVSettings.h"
+
+using QRVInside::OldFile;
+using QRVInside::requireHostThread;
+using QRVInside::SaveOutcome;
+using QRVInside::StoredFile;
+using QRVInside::StoreInside;
+
+namespace {
+
+enum class SaveMessageLine : int {
+    MissingValue = 88,
+    SerialisationError = 115,
+    ExceptionRaised = 119,
+    ObjectOfException = 120,
+};
+
+void logSaveMessage(SaveMessageLine line, const char* format,
+                    std::vector<PropertyListValue> arguments) {
+    QRVInside::logMessage("QRVSettingsSaveObjectWithLog_block_invoke", static_cast<int>(line),
+                          format, std::move(arguments));
+}
+
+std::string backedUp(const std::string& url, const char* reason) {
+    const QRVPlatform::FileBackup backup = QRVPlatform::backUpFile(url);
+    if (backup.error) {
+        NSLog("Prefs file not saved, the old one %@ and cannot be backed up: %@, %@",
+              {reason, backup.error.message(), url});
+        return "the old file cannot be backed up: " + backup.error.message();
+    }
+    NSLog("Prefs file %@, it is backed up as %@", {reason, backup.path});
+    StoreInside::state().storedFile.update([](StoredFile& file) { file.mustBeBackedUp = false; });
+    return {};
+}
+
+std::vector<std::string> keyPathsOf(const NSArray& log) {
+    std::vector<std::string> keyPaths;
+    for (const PropertyListValue& record : log)
+        keyPaths.push_back(record.dictionary().objectForKey("key").stringValue());
+    return keyPaths;
+}
+
+std::string saveTree(QRVPlatform::WriteAccess& access, const std::string& bytes,
+                     const NSArray& log) {
+    StoreInside::State& state = StoreInside::state();
+    // The file of this process's last save is not damaged, and need not be read to know that.
+    if (!state.lastSaved.isAt(access.path())) {  // 2
+        const OldFile old = QRVInside::readOldFile(access.path());
+        std::string failure = QRVInside::secured(old, access.path());
+        if (!failure.empty()) return failure;
+    }
+    QRVInside::postRecords(log);                    // 3
+    return QRVInside::replacedFile(access, bytes);  // 4
+}
+
+/// Empty when the tree could not be serialised; then the outcome says why.
+std::string serialised(const NSDictionary& object, SaveOutcome& outcome) {
+    auto result = NSPropertyListSerialization::dataWithPropertyList(object);
+    if (!result.error) return std::move(result.bytes);
+    logSaveMessage(SaveMessageLine::SerialisationError, "%@", {result.error->description()});
+    outcome.failure = result.error->description();
+    outcome.refused.push_back({result.error->keyPath, outcome.failure});
+    QRVInside::reportUnsaved(result.error->keyPath);
+    return {};
+}
+
+SaveOutcome save(const NSDictionary& object, const NSArray& log) {
+    SaveOutcome outcome;
+    outcome.wasWholeTree = true;
+    outcome.keyPaths = keyPathsOf(log);
+    if (object.isNull()) {
+        QRVInside::logMissingValue();
+        return outcome;
+    }
+    QRVInside::guardedSave(object, outcome, [&] {
+        const std::string bytes = serialised(object, outcome);  // 1
+        if (!outcome.failure.empty()) return;
+        QRVInside::coordinateSave(outcome, [&](QRVPlatform::WriteAccess& access) {
+            return saveTree(access, bytes, log);
+        });
+    });
+    return outcome;
+}
+
+}  // namespace
+
+void QRVInside::logMissingValue() {
+    logSaveMessage(SaveMessageLine::MissingValue, "Trying to save settings with missing value", {});
+}
+
+void QRVInside::guardedSave(const NSDictionary& object, SaveOutcome& outcome,
+                            const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const NSInvalidArgumentException& exception) {
+        logSaveMessage(SaveMessageLine::ExceptionRaised, "%@", {exception.what()});
+        logSaveMessage(SaveMessageLine::ObjectOfException, "%@", {object});
+        outcome.failure = exception.what();  // Not reported: the handler itself may have raised it.
+    }
+}
+
+void QRVInside::reportUnsaved(const std::string& keyPath) {
+    QRVPlatform::FileFailures::reported("save settings", QRVSettings::sharedSettings().location(),
+                                        make_error_code(std::errc::invalid_argument), keyPath);
+}
+
+// With the store as presenter, so that it is not notified of its own write.
+void QRVInside::coordinateSave(
+    SaveOutcome& outcome, const std::function<std::string(QRVPlatform::WriteAccess&)>& accessor) {
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    const std::error_code error = QRVPlatform::coordinateWriting(
+        NSFileCoordinator(&store), store.location(),
+        NSFileCoordinator::WritingOptions::ForReplacing,
+        [&](QRVPlatform::WriteAccess& access) { outcome.failure = accessor(access); });
+    if (error) outcome.failure = error.message();
+}
+
+OldFile QRVInside::readOldFile(const std::string& url) {
+    OldFile old;
+    old.file = QRVPlatform::HeldFile::at(url);
+    const QRVPlatform::FileContents contents =
+        QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+    if (contents.isMissing()) return old;
+    if (contents.identity != old.file.identity()) old.file = {};
+    if (contents.error && contents.error != std::errc::file_too_large) {
+        old.condition = OldFile::Condition::Unreadable;
+        old.error = contents.error;
+        return old;
+    }
+    if (!contents.error && contents.bytes.empty()) return old;
+    if (!contents.error)
+        old.root =
+            NSPropertyListSerialization::propertyListWithData(contents.bytes).value.dictionary();
+    old.condition = old.root.isNull() ? OldFile::Condition::Damaged : OldFile::Condition::Settings;
+    return old;
+}
+
+std::string QRVInside::secured(const OldFile& old, const std::string& url) {
+    switch (old.condition) {
+        case OldFile::Condition::Missing:
+            return {};
+        case OldFile::Condition::Unreadable:
+            NSLog("Prefs file not saved, the old one cannot be read: %@, %@",
+                  {old.error.message(), url});
+            return "the old file cannot be read: " +
+                   QRVPlatform::FileFailures::reported("read file", url, old.error).message();
+        case OldFile::Condition::Damaged:
+            return backedUp(url, "was damaged");
+        case OldFile::Condition::Settings:
+            break;
+    }
+    const bool isUnknown = StoreInside::state().storedFile.read(
+        [](const StoredFile& stored) { return stored.mustBeBackedUp; });
+    return isUnknown ? backedUp(url, "could not be read before") : std::string();
+}
+
+void QRVInside::postRecords(const NSArray& log) {
+    if (log.isNull()) return;
+    StoreInside::State& state = StoreInside::state();
+    DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
+}
+
+std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std::string& bytes) {
+    StoreInside::State& state = StoreInside::state();
+    if (const std::error_code error = QRVPlatform::replaceFile(access, bytes)) {
+        state.lastSaved = {};
+        return error.message();
+    }
+    state.lastSaved = access.newFile();
+    state.storedFile.update([](StoredFile& file) { file.mustBeBackedUp = false; });
+    return {};
+}
+
+void QRVInside::queueSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
+                                 const PropertyListValue& value, const NSDictionary& record) {
+    const NSArray log = NSArray::arrayWithObject(record);
+    if (StoreInside::state().mergesSaves)
+        queueMergingSaveOfWrite(tree, std::move(keyPath), value, log);
+    else
+        QRVSettingsSaveObjectWithLog(tree.copy(), log);
+}
+
+void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
+    requireHostThread();
+    StoreInside::State& state = StoreInside::state();
+    if (state.mergesSaves) {
+        QRVInside::queueMergingSave(object, log);
+        return;
+    }
+    if (state.inBatchSave) {
+        state.batchLogChanges.addObjectsFromArray(log);
+        return;
+    }
+    state.saves.begin();
+    state.queue.async([&state, object, log] { state.saves.end(save(object, log)); });
+}
+
+void QRVSettingsSaveObject(const NSDictionary& object) {
+    QRVSettingsSaveObjectWithLog(object.copy(), nullptr);
+}
+
+void QRVSettingsSynchronize() {}
+
+QRVSaveStatus QRVSettingsWaitForSaves(std::chrono::milliseconds timeout) {
+    requireHostThread();
+    constexpr std::chrono::hours longest(24 * 365);
+    const auto deadline = std::chrono::steady_clock::now() +
+                          std::clamp<std::chrono::milliseconds>(timeout, {}, longest);
+    const StoreInside::State& state = StoreInside::state();
+    QRVSaveStatus status;
+    const bool haveEnded = state.saves.waitUntil(deadline);
+    const auto failures = state.saves.failures();
+    status.reason = failures.reason;
+    const NSMutableArray keyPaths;
+    for (const std::string& keyPath : failures.keyPaths) keyPaths.addObject(keyPath);
+    status.keyPaths = keyPaths.copy();
+    if (!haveEnded || (state.inBatchSave && state.batchLogChanges.count() != 0))
+        status.state = QRVSaveStatus::State::Pending;
+    else if (!failures.reason.empty())
+        status.state = QRVSaveStatus::State::Failed;
+    return status;
+}

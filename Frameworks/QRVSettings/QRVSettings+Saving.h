@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// What the saves of whole trees and the merging saves share. But for `queueSaveOfWrite`, everything
+// runs on the store's queue.
+
+#include <functional>
+#include <string>
+#include <system_error>
+
+#include "Platform/Files/HeldFile.h"
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/QRVSettings+SaveProgress.h"
+
+namespace QRVPlatform {
+class WriteAccess;
+}
+
+namespace QRVInside {
+
+/// Queues the save of one write, on the host's thread. `tree` is the stored tree after the write.
+void queueSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
+                      const PropertyListValue& value, const NSDictionary& record);
+
+void logMissingValue();
+
+/// Does the work of a save of `object`; a platform exception is logged and becomes the failure.
+void guardedSave(const NSDictionary& object, SaveOutcome& outcome,
+                 const std::function<void()>& work);
+
+/// Tells the failure handler of a value that no property list can hold; empty for the whole tree.
+void reportUnsaved(const std::string& keyPath);
+
+/// Calls the accessor with the write access of the settings file; its answer becomes the failure.
+void coordinateSave(SaveOutcome& outcome,
+                    const std::function<std::string(QRVPlatform::WriteAccess&)>& accessor);
+
+/// What is in the file's place before a save.
+struct OldFile {
+    enum class Condition {
+        Missing,  ///< nothing, or an empty file
+        Settings,
+        Damaged,
+        Unreadable,  ///< with `error`
+    };
+    Condition condition = Condition::Missing;
+    NSDictionary root = nullptr;  ///< the settings
+    QRVPlatform::HeldFile file;   ///< what was read
+    std::error_code error;
+};
+OldFile readOldFile(const std::string& url);
+
+/// Backs up an old file whose bytes a replacement would lose. Why it must not be replaced; empty
+/// when it may be.
+std::string secured(const OldFile& old, const std::string& url);
+
+/// Queues the records for `localChanges`; null has none.
+void postRecords(const NSArray& log);
+
+/// Replaces the file. Why it could not; empty when it did.
+std::string replacedFile(QRVPlatform::WriteAccess& access, const std::string& bytes);
+
+}  // namespace QRVInside

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include "QRVSettings/QRVSettings+Writes.h"
+
+#include <string_view>
+#include <utility>
+
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/System/System.h"
+#include "QRVSettings/NSDictionary+QRV.h"
+
+namespace QRVInside {
+
+namespace {
+
+PropertyListValue frozenValue(const PropertyListValue& value, std::size_t levels);
+
+NSArray frozenArray(const NSArray& array, std::size_t levels) {
+    bool isFrozen = !array.isMutable();
+    NSMutableArray result;
+    for (const PropertyListValue& element : array) {
+        PropertyListValue part = frozenValue(element, levels - 1);
+        isFrozen = isFrozen && part.isIdenticalTo(element);
+        result.addObject(std::move(part));
+    }
+    return isFrozen ? array : result.copy();
+}
+
+// Keys and values first, because a change during a walk would copy all entries.
+NSDictionary frozenDictionary(const NSDictionary& dictionary, std::size_t levels) {
+    std::vector<std::pair<std::string, PropertyListValue>> changed;
+    for (const auto& [key, value] : dictionary) {
+        PropertyListValue part = frozenValue(value, levels - 1);
+        if (!part.isIdenticalTo(value)) changed.emplace_back(key, std::move(part));
+    }
+    if (changed.empty()) return dictionary.copy();
+    const NSMutableDictionary result = dictionary.mutableCopy();
+    for (auto& [key, value] : changed) result.setObjectForKey(std::move(value), key);
+    return result.copy();
+}
+
+PropertyListValue frozenValue(const PropertyListValue& value, std::size_t levels) {
+    if (levels == 0) return value;
+    if (value.isArray()) return frozenArray(value.array(), levels);
+    if (value.isDictionary()) return frozenDictionary(value.dictionary(), levels);
+    return value;
+}
+
+// As `frozen`, for a tree whose immutable parts are frozen already.
+NSDictionary withoutMutableLevels(const NSDictionary& tree, std::size_t levels) {
+    if (!tree.isMutable() || levels == 0) return tree;
+    std::vector<std::string> changed;
+    for (const auto& [key, value] : tree)
+        if (value.isDictionary() && value.dictionary().isMutable()) changed.emplace_back(key);
+    for (const std::string& key : changed) {
+        const NSDictionary level = tree.objectForKey(key).dictionary();
+        tree.asMutable().setObjectForKey(withoutMutableLevels(level, levels - 1), key);
+    }
+    return tree.copy();
+}
+
+// Whether a value on the way to the key path is no dictionary; then `prefix` is where it is.
+bool leadsThroughAValue(const NSDictionary& tree, std::string_view keyPath, std::string& prefix) {
+    NSDictionary level = tree;
+    for (std::size_t start = 0;;) {
+        const std::size_t end = keyPath.find('.', start);
+        if (end == std::string_view::npos) return false;
+        const PropertyListValue next = level.objectForKey(keyPath.substr(start, end - start));
+        if (next.isNull()) return false;
+        if (!next.isDictionary()) {
+            prefix = keyPath.substr(0, end);
+            return true;
+        }
+        level = next.dictionary();
+        start = end + 1;
+    }
+}
+
+void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging logging) {
+    std::string prefix;
+    if (leadsThroughAValue(tree, write.keyPath, prefix)) {
+        if (write.value.isNull()) return;  // Nothing can be there to remove.
+        if (logging == Writes::Logging::On)
+            NSLog("Prefs write of %@ replaces the value that another process stored at %@",
+                  {write.keyPath, prefix});
+        NSDictionaryQRV::setObjectAtKeyPath(tree, nullptr, prefix);
+    }
+    NSDictionaryQRV::setObjectAtKeyPath(tree, write.value, write.keyPath);
+}
+
+std::optional<std::string> refusalOf(const Write& write) {
+    const NSMutableDictionary alone;
+    NSDictionaryQRV::setObjectAtKeyPath(alone, write.value, write.keyPath);
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(alone);
+    if (!written.error) return std::nullopt;
+    return written.error->description();
+}
+
+}  // namespace
+
+PropertyListValue frozen(const PropertyListValue& value) {
+    return frozenValue(value, NSPropertyListSerialization::maximumLevels);
+}
+
+bool Settled::isIn(const NSDictionary& tree) const {
+    const PropertyListValue stored = NSDictionaryQRV::objectAtKeyPath(tree, keyPath);
+    return !stored.isNull() && (!value || stored == *value);
+}
+
+// An earlier write at the key path may be dropped: whatever happened between the two, above or
+// below the key path, the later one decides what is there. But one that may turn out not to be
+// needed leaves the earlier one in force.
+void Writes::add(Write write) {
+    const auto [entry, isNew] = indexes_.try_emplace(write.keyPath, writes_.size());
+    if (!isNew) {
+        std::optional<Write>& earlier = writes_[std::exchange(entry->second, writes_.size())];
+        if (!write.unless || write.unless == earlier->unless) {
+            earlier.reset();
+            --count_;
+        }
+    }
+    writes_.emplace_back(std::move(write));
+    ++count_;
+    constexpr std::size_t few = 16;
+    if (writes_.size() > 2 * count_ + few) removeGaps();
+}
+
+void Writes::removeGaps() {
+    std::vector<std::optional<Write>> kept;
+    for (std::optional<Write>& write : writes_)
+        if (write) kept.push_back(std::move(write));
+    writes_ = std::move(kept);
+    for (std::size_t index = 0; index < writes_.size(); ++index)
+        indexes_[writes_[index]->keyPath] = index;
+}
+
+void Writes::replaceTree(NSDictionary tree) {
+    writes_.clear();
+    indexes_.clear();
+    count_ = 0;
+    tree_ = std::move(tree);
+}
+
+void Writes::addRecords(const NSArray& log) {
+    if (log.isNull()) return;
+    if (records_.isNull()) records_ = NSMutableArray();
+    records_.addObjectsFromArray(log);
+}
+
+void Writes::append(const Writes& later) {
+    if (!later.tree_.isNull()) replaceTree(later.tree_);
+    for (const std::optional<Write>& write : later.writes_)
+        if (write) add(*write);
+    addRecords(later.records_);
+}
+
+std::vector<std::string> Writes::keyPaths() const {
+    std::vector<std::string> result;
+    for (const std::optional<Write>& write : writes_)
+        if (write) result.push_back(write->keyPath);
+    return result;
+}
+
+NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const {
+    const NSDictionary& start = tree_.isNull() ? tree : tree_;
+    if (count_ == 0) return start;
+    const NSMutableDictionary result = start.isNull() ? NSMutableDictionary() : start.mutableCopy();
+    for (const std::optional<Write>& write : writes_)
+        if (write && !(write->unless && write->unless->isIn(tree))) apply(*write, result, logging);
+    return withoutMutableLevels(result, NSPropertyListSerialization::maximumLevels);
+}
+
+std::vector<RefusedWrite> Writes::removeRefused() {
+    std::vector<RefusedWrite> refused;
+    for (std::optional<Write>& write : writes_) {
+        if (!write) continue;
+        const std::optional<std::string> reason = refusalOf(*write);
+        if (!reason) continue;
+        refused.push_back({write->keyPath, *reason});
+        const auto entry = indexes_.find(write->keyPath);
+        if (entry != indexes_.end() && &writes_[entry->second] == &write) indexes_.erase(entry);
+        write.reset();
+        --count_;
+    }
+    return refused;
+}
+
+}  // namespace QRVInside

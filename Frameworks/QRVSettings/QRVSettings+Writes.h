@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The writes of this process that are not in the file yet, and what they make of a tree. Used when
+// the store merges saves.
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace QRVInside {
+
+/// The value with every container below it immutable. What is immutable already stays the same
+/// object. Below `NSPropertyListSerialization::maximumLevels`, which no file can hold, containers
+/// stay as they are.
+PropertyListValue frozen(const PropertyListValue& value);
+
+/// Tells that a write is not needed any more, because another process has done the same.
+struct Settled {
+    std::string keyPath;
+    std::optional<PropertyListValue> value;  ///< empty: any value at the key path will do
+
+    [[nodiscard]] bool isIn(const NSDictionary& tree) const;
+};
+
+/// One value, or a removal, at a key path.
+struct Write {
+    std::string keyPath;
+    PropertyListValue value;  ///< frozen; null removes
+    /// Null for a write that is always needed.
+    std::shared_ptr<const Settled> unless = nullptr;
+};
+
+/// A write that no property list can hold, and why.
+struct RefusedWrite {
+    std::string keyPath;
+    std::string reason;
+};
+
+/// Writes in their order, with the change records that belong to them. Of two writes at one key
+/// path the later is kept.
+class Writes {
+  public:
+    void add(Write write);
+    /// Whatever the tree was, it becomes this one (frozen); the earlier writes are forgotten.
+    void replaceTree(NSDictionary tree);
+    /// Null adds none.
+    void addRecords(const NSArray& log);
+    void append(const Writes& later);
+
+    /// Neither writes nor another tree.
+    [[nodiscard]] bool isEmpty() const { return count_ == 0 && tree_.isNull(); }
+    [[nodiscard]] bool replaceTheTree() const { return !tree_.isNull(); }
+    /// Of the writes; empty for another tree.
+    [[nodiscard]] std::vector<std::string> keyPaths() const;
+    /// Null when no log was added.
+    [[nodiscard]] const NSMutableArray& records() const { return records_; }
+
+    /// What the writes make of `tree`, which is frozen or null, and stays as it is. The result is
+    /// frozen; null only when there was no tree and nothing was written. A value on the way of a
+    /// write that is no dictionary gives way, which `log` says in the system log.
+    enum class Logging { Off, On };
+    [[nodiscard]] NSDictionary appliedTo(const NSDictionary& tree, Logging logging) const;
+
+    /// Takes out the writes that no property list can hold.
+    std::vector<RefusedWrite> removeRefused();
+
+  private:
+    void removeGaps();
+
+    NSDictionary tree_ = nullptr;
+    std::vector<std::optional<Write>> writes_;  ///< empty where a later one has replaced it
+    std::unordered_map<std::string, std::size_t> indexes_;  ///< into `writes_`, by key path
+    std::size_t count_ = 0;                                 ///< of the writes that are there
+    NSMutableArray records_ = nullptr;
+};
+
+}  // namespace QRVInside

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: MIT
+// Saves that bring only what this process wrote, beside another writer of the file.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <set>
+
+#include "Platform/Files/Files.h"
+#include "Support/MachineSupport.h"
+#include "Support/StoreSupport.h"
+
+using namespace QRVPlatform;
+
+using StoreSupport::fileTree;
+using StoreSupport::finishSaves;
+using StoreSupport::SystemLogLines;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+/// The settings of the file, changed and replaced by somebody else.
+void otherSets(const PropertyListValue& value, const std::string& key) {
+    const NSDictionary stored = fileTree();
+    const NSMutableDictionary tree = stored.isNull() ? NSMutableDictionary() : stored.mutableCopy();
+    tree.setObjectForKey(value, key);
+    EXPECT_FALSE(replaceFile(QRVSettingsLocation(),
+                             NSPropertyListSerialization::dataWithPropertyList(tree).bytes));
+}
+
+/// This process as a host that merges saves, and what its change handler received.
+class MergingHost {
+  public:
+    MergingHost() {
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setMergesSaves(true);
+        store.setMonitorFileChanges(true);
+        store.setOnChange([this](const NSArray& changes) {
+            std::vector<std::string> keyPaths;
+            for (const PropertyListValue& keyPath : changes)
+                keyPaths.push_back(keyPath.stringValue());
+            calls_.push_back(keyPaths);
+        });
+    }
+    MergingHost(const MergingHost&) = delete;
+    MergingHost& operator=(const MergingHost&) = delete;
+    ~MergingHost() { QRVSettings::sharedSettings().setOnChange(nullptr); }
+
+    static void drain() {
+        finishSaves();
+        QRVSettings::sharedSettings().readQueue().sync([] {});
+        DispatchMainQueue::shared().drain();
+    }
+    static void notify() {
+        QRVSettings::sharedSettings().presentedItemDidChange();
+        drain();
+    }
+    [[nodiscard]] const std::vector<std::vector<std::string>>& calls() const { return calls_; }
+
+  private:
+    std::vector<std::vector<std::string>> calls_;
+};
+
+/// Holds the saves up until its end.
+class HeldQueue {
+  public:
+    HeldQueue() {
+        QRVSettings::sharedSettings().queue().async(
+            [passed = gate_.get_future().share()] { passed.wait(); });
+    }
+    HeldQueue(const HeldQueue&) = delete;
+    HeldQueue& operator=(const HeldQueue&) = delete;
+    ~HeldQueue() { gate_.set_value(); }
+
+  private:
+    std::promise<void> gate_;
+};
+
+}  // namespace
+
+TEST(Merging, IsOffAtTheStart) {
+    EXPECT_FALSE(QRVSettings::sharedSettings().mergesSaves());
+}
+
+TEST(Merging, ASaveKeepsWhatAnotherProcessHasWritten) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "Own");
+    finishSaves();
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "Later");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"Own", 1}, {"Other", 2}, {"Later", 3}}));
+}
+
+TEST(Merging, WhatASaveFindsIsPublished) {
+    const MergingHost host;
+    const SystemLogLines log;
+    QRVSettingsSetObjectForKeyPath(1, "Own");
+    finishSaves();
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("Other").isNull());
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "Own");
+    MergingHost::drain();
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+    EXPECT_THAT(log.lines(), ElementsAre("Prefs file changed"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Other"), 2);
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+    MergingHost::notify();
+    EXPECT_EQ(host.calls().size(), 1U) << "told once";
+}
+
+TEST(Merging, ARemovalIsSavedAndNothingElseIsRemoved) {
+    StoreSupport::writeSettings(NSDictionary{{"A", NSDictionary{{"x", 1}, {"y", 2}}}});
+    const MergingHost host;
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A.x"), 1);
+    otherSets(NSDictionary{{"x", 1}, {"z", 3}}, "A");
+    QRVSettingsSetObjectForKeyPath(nullptr, "A.x");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"z", 3}}}}));
+}
+
+TEST(Merging, TheLaterSaveOfAKeyPathWins) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    otherSets(2, "A");
+    MergingHost::notify();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2)
+        << "told although this process saved it just now";
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
+    QRVSettingsSetObjectForKeyPath(3, "A");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 3}}));
+}
+
+TEST(Merging, AWriteReplacesAValueOnItsWay) {
+    const MergingHost host;
+    const SystemLogLines log;
+    QRVSettingsSetObjectForKeyPath(1, "A.B.C");
+    finishSaves();
+    otherSets("value", "A");
+    QRVSettingsSetObjectForKeyPath(2, "A.B.C");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"B", NSDictionary{{"C", 2}}}}}}));
+    EXPECT_THAT(log.lines(), Contains(testing::HasSubstr("A.B.C")));
+}
+
+TEST(Merging, ARemovalBelowAValueLeavesTheValue) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A.B");
+    finishSaves();
+    otherSets("value", "A");
+    QRVSettingsSetObjectForKeyPath(nullptr, "A.B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", "value"}}));
+}
+
+TEST(Merging, AReloadKeepsUnsavedWrites) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    {
+        const HeldQueue held;
+        QRVSettingsSetObjectForKeyPath(5, "Own");
+        otherSets(2, "Other");
+        QRVSettings::sharedSettings().presentedItemDidChange();
+        QRVSettings::sharedSettings().readQueue().sync([] {});
+        DispatchMainQueue::shared().drain();
+        EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+        EXPECT_EQ(QRVSettingsObjectForKeyPath("Other"), 2);
+        EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+    }
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"Own", 5}}));
+    EXPECT_EQ(host.calls().size(), 1U);
+}
+
+TEST(Merging, AReloadKeepsTheWritesOfAnOpenBatch) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    QRVSettingsPrepareBatchSave();
+    QRVSettingsSetObjectForKeyPath(5, "Own");
+    otherSets(2, "Other");
+    MergingHost::notify();
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+    EXPECT_FALSE(fileTree().objectForKey("Own").isInteger());
+    QRVSettingsCommitBatchSave();
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"Own", 5}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+}
+
+TEST(Merging, AnOpenBatchIsNoPartOfAnEarlierSave) {
+    const MergingHost host;
+    const HeldQueue* held = new HeldQueue;
+    QRVSettingsSetObjectForKeyPath(NSMutableDictionary{{"x", 1}}, "A");
+    QRVSettingsPrepareBatchSave();
+    QRVSettingsSetObjectForKeyPath(2, "A.x");
+    delete held;
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"x", 1}}}}));
+    QRVSettingsCommitBatchSave();
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"x", 2}}}}));
+}
+
+TEST(Merging, SavesInLineBecomeOne) {
+    const MergingHost host;
+    FileIdentity first;
+    {
+        const HeldQueue held;
+        for (int number = 0; number < 1000; ++number)
+            QRVSettingsSetObjectForKeyPath(number, "Key" + std::to_string(number % 10));
+    }
+    finishSaves();
+    DispatchMainQueue::shared().drain();
+    EXPECT_EQ(fileTree().count(), 10U);
+    EXPECT_EQ(fileTree().objectForKey("Key9"), 999);
+    EXPECT_EQ(QRVSettings::sharedSettings().localChanges().count(), 1000U);
+}
+
+TEST(Merging, SavesWithoutRecordsReplaceTheWholeFile) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    otherSets(2, "Other");
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+    QRVSettings::sharedSettings().setStorageCache(NSMutableDictionary{{"Tree", 1}});
+    QRVSettingsSetObjectForKeyPath(2, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"Tree", 1}, {"B", 2}}));
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"Tree", 1}, {"B", 3}, {"Other", 2}}));
+}
+
+TEST(Merging, AValueThatNoFileCanHoldDoesNotStopTheOthers) {
+    const MergingHost host;
+    std::vector<std::string> reported;
+    setFileFailureHandler(
+        [&reported](const FileFailure& failure) { reported.push_back(failure.keyPath); });
+    {
+        const HeldQueue held;
+        QRVSettingsSetObjectForKeyPath(1, "Before");
+        QRVSettingsSetObjectForKeyPath(NSNull{}, "Bad.Null");
+        QRVSettingsSetObjectForKeyPath("\xFF", "Bad.Text");
+        QRVSettingsSetObjectForKeyPath(2, "After");
+    }
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+    EXPECT_EQ(fileTree(), NSDictionary({{"Before", 1}, {"After", 2}}));
+    EXPECT_THAT(reported, UnorderedElementsAre("Bad.Null", "Bad.Text"));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray({"Bad.Null", "Bad.Text"}));
+    QRVSettingsSetObjectForKeyPath(3, "Bad.Null");
+    QRVSettingsSetObjectForKeyPath("text", "Bad.Text");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    setFileFailureHandler(nullptr);
+}
+
+TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray({"A"}));
+    EXPECT_FALSE(status.reason.empty());
+    std::filesystem::remove_all(temporary);
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "B");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
+TEST(Merging, AMigrationThatAnotherProcessHasSavedIsNotDoneAgain) {
+    MachineSupport::beMachine("1", "M");
+    const NSDictionary old{{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", false}}}}}};
+    StoreSupport::writeSettings(old);
+    const MergingHost host;
+    {
+        const HeldQueue held;
+        QRVSettings::sharedSettings().migrate();
+        const NSMutableDictionary theirs = old.mutableCopy();
+        theirs.setObjectForKey(NSDictionary{{"Profiles", true}, {"CombinedPowerItems", true}},
+                               "Migration");
+        theirs.setObjectForKey(NSDictionary{{"Theirs", 1}}, "Profiles");
+        StoreSupport::writeSettings(theirs);
+    }
+    MergingHost::drain();
+    EXPECT_EQ(fileTree().objectForKey("Profiles"), NSDictionary({{"Theirs", 1}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+}
+
+TEST(Merging, ADamagedFileIsBackedUpAndTheKnownSettingsAreSaved) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    StoreSupport::writeSettings("<plist>");
+    QRVSettingsSetObjectForKeyPath(2, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"B", 2}}));
+    EXPECT_EQ(StoreSupport::contentsOf(filesBeside(QRVSettingsLocation()).backupStart + "1"),
+              "<plist>");
+}
+
+TEST(Merging, ADeletedFileIsPublishedAndSavedAnewWithWhatIsWritten) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    std::filesystem::remove(QRVSettingsLocation());
+    MergingHost::notify();
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
+    EXPECT_TRUE(QRVSettings::sharedSettings().storageCache().isNull());
+    QRVSettingsSetObjectForKeyPath(2, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"B", 2}}));
+}
+
+TEST(WaitForSaves, AnswersPendingAtTheTimeoutAndForAnOpenBatch) {
+    {
+        const HeldQueue held;
+        QRVSettingsSetObjectForKeyPath(1, "A");
+        EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::milliseconds(1)).state,
+                  QRVSaveStatus::State::Pending);
+    }
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
+    QRVSettingsPrepareBatchSave();
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Pending);
+    QRVSettingsCommitBatchSave();
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+}
