@@ -134,7 +134,9 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   every key path whose stored value another process has changed, and no other.
     /// - At most one save runs and one waits. What is written meanwhile joins the waiting one.
     /// - A value that no property list can hold is left out of the save, and reported to the
-    ///   failure handler with its key path. The writes of a save that fails join the next one.
+    ///   failure handler with its key path. Reads give it until the file is read again; then the
+    ///   change handler receives its key path, too. The writes of a save that fails join the next
+    ///   one.
     /// - A migration, or a reset for new hardware, that another process has already saved is not
     ///   done a second time.
     [[nodiscard]] bool mergesSaves() const;
