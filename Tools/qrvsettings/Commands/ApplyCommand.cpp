@@ -10,6 +10,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/EditScript.h"
 #include "Text/KeyPaths.h"
@@ -26,7 +27,7 @@ struct Options {
 void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
     for (const Edit& edit : edits) {
         try {
-            changes.set(edit.value, edit.keyPath);
+            changes.set(edit.value, edit.keyPath, ProfileScope(edit.profile));
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
         }

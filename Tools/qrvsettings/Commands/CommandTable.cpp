@@ -20,13 +20,14 @@ Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40)";
 constexpr std::string_view applyFooter =
     R"(A line is one of these, blank, or a comment that begins with #:
 
-  set KEYPATH VALUE
-  unset KEYPATH
+  set [--type NAME] [--profile NAME] KEYPATH VALUE
+  unset [--profile NAME] KEYPATH
 
 VALUE is the rest of the line, without the blanks at its end, and is read as in "set": text
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
-that holds blanks is written as a JSON string. The changes are made in the order of their
-lines. Unsetting a key that is not set does nothing.
+or the NAME of a profile that holds blanks is written as a JSON string. What begins with two
+dashes and is no option goes after --. The changes are made in the order of their lines.
+Unsetting a key that is not set does nothing.
 
 Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
 

@@ -64,7 +64,7 @@ OptionList declare(Options& options) {
     Option type = text("--type", options.type,
                        "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64");
     type.valueName = "NAME";
-    type.words = {"bool", "int", "real", "string", "date", "data", "json"};
+    type.words = valueTypes();
     type.takesOnlyWords = true;
     return {keyPathArgument(options.keyPath),
             required(text("VALUE", options.value, "See below; - reads standard input")), type,
