@@ -77,7 +77,8 @@ constexpr std::array commands = {
     Command{"unset", "Remove stored settings, so that the defaults hold again",
             "Key paths that are not stored are named on standard error, and the exit code is 1; "
             "the\n"
-            "others are removed all the same.\n\n"
+            "others are removed all the same. Dictionaries above that are empty then are removed "
+            "too.\n\n"
             "Example: qrvsettings unset Menu.Theme.Dark CPU.Menubar.Enabled",
             configureUnset},
     Command{"list", "Print settings, a line each: key path, tab, value as JSON",

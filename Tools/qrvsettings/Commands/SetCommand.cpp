@@ -7,10 +7,14 @@
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
 #include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
+#include "Text/Differences.h"
 #include "Text/FileForm.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
 #include "Text/ValueText.h"
 
 namespace Tool {
@@ -37,11 +41,26 @@ PropertyListValue valueOf(const Options& options) {
     return value;
 }
 
+/// Settings below a dictionary that a new value there changes or removes, with their values.
+std::string replacedBelow(const std::string& keyPath, const PropertyListValue& replaced,
+                          const PropertyListValue& value) {
+    constexpr std::size_t mostNamed = 5;
+    std::string text;
+    std::size_t count = 0;
+    for (const auto& [below, oldValue, newValue] : differencesBetween(
+             leavesByKeyPath(replaced.dictionary()), leavesByKeyPath(value.dictionary())))
+        if (!oldValue.isNull() && ++count <= mostNamed)
+            text += (text.empty() ? "" : ", ") + keyPathText(keyPath + "." + below) + " was " +
+                    shortened(jsonText(oldValue));
+    return count <= mostNamed ? text
+                              : text + ", and " + std::to_string(count - mostNamed) + " more";
+}
+
 /// It is allowed, but a typo in the key path or the value looks the same.
 void remarkWhatIsUnusual(const PropertyListValue& value, const PropertyListValue& replaced,
                          const std::string& keyPath) {
-    if (replaced.isDictionary() && !value.isDictionary())
-        remark("this replaces all settings that were stored below, " + keyPath);
+    const std::string below = replacedBelow(keyPath, replaced, value);
+    if (!below.empty()) remark("this replaces what was stored below, " + keyPath + ": " + below);
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
     if (!byDefault.isNull() && !byDefault.isSameKindAs(value))
         remark("the default is of another kind, " + kindWord(byDefault) + ", " + keyPath);
