@@ -36,10 +36,10 @@ void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingCha
 
 void preview(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges neverSaved;
-    const NSDictionary before = leavesByKeyPath(QRVSettingsStoredValues());
+    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
     makeAll(edits, name, neverSaved);
     for (const std::string& note : neverSaved.notes()) remark(note);
-    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+    printWhatWouldChange(before, QRVSettingsStoredValues());
 }
 
 void saveAll(const std::vector<Edit>& edits, const std::string& name) {

@@ -129,7 +129,11 @@ constexpr std::array commands = {
     Command{"apply", "Make many changes at once: all of them in one save, or none", applyFooter,
             configureApply},
     Command{"import", "Replace all stored settings by those of a file, in one save",
-            "Settings of an earlier version are migrated.\n\n"
+            "Settings of an earlier version are migrated. In JSON, keys of the root that hold dots "
+            "are\n"
+            "key paths, as list prints them, unless the root is {\"$dictionary\":{...}}. In a "
+            "property\n"
+            "list they are refused, because no key path reaches them.\n\n"
             "Example: qrvsettings import settings.plist --dry-run",
             configureImport},
     Command{

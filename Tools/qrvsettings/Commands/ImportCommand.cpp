@@ -13,7 +13,6 @@
 #include "Settings/Preparation.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/FileForm.h"
-#include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
@@ -21,17 +20,18 @@ namespace {
 struct Options {
     std::string file;
     bool dryRun = false;
+    DottedKeys dottedKeys = DottedKeys::Refused;
     DamagedFile damagedFile = DamagedFile::Refused;
 };
 
 void preview(const NSDictionary& settings) {
-    const NSDictionary before = leavesByKeyPath(QRVSettingsStorage());
+    const NSDictionary before = QRVSettingsStorage();
     importInMemory(settings);
-    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+    printWhatWouldChange(before, QRVSettingsStoredValues());
 }
 
 ExitCode runImport(const Options& options) {
-    const NSDictionary settings = settingsOfInput(options.file, "imported");
+    const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
     openToWrite(options.damagedFile);
     prepareWithoutStoredSettings();
@@ -49,10 +49,11 @@ ExitCode runImport(const Options& options) {
 OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file,
-                      "A property list in any format, or JSON as export prints it; - reads "
-                      "standard input"));
+                      "A property list in any format, or JSON as export or list prints it; - "
+                      "reads standard input"));
     file.takes = Takes::File;
-    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+    return {file, dryRunFlag(options.dryRun), keepDottedKeysFlag(options.dottedKeys),
+            replaceDamagedFlag(options.damagedFile)};
 }
 
 }  // namespace

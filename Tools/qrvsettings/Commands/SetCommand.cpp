@@ -47,11 +47,11 @@ std::string replacedBelow(const std::string& keyPath, const PropertyListValue& r
     constexpr std::size_t mostNamed = 5;
     std::string text;
     std::size_t count = 0;
-    for (const auto& [below, oldValue, newValue] : differencesBetween(
-             leavesByKeyPath(replaced.dictionary()), leavesByKeyPath(value.dictionary())))
-        if (!oldValue.isNull() && ++count <= mostNamed)
-            text += (text.empty() ? "" : ", ") + keyPathText(keyPath + "." + below) + " was " +
-                    shortened(jsonText(oldValue));
+    for (const Difference& difference :
+         differencesBetween(replaced.dictionary(), value.dictionary()))
+        if (!difference.oldValue.isNull() && ++count <= mostNamed)
+            text += (text.empty() ? "" : ", ") + keyPathText(keyPath + "." + difference.keyPath) +
+                    " was " + shortened(jsonText(difference.oldValue));
     return count <= mostNamed ? text
                               : text + ", and " + std::to_string(count - mostNamed) + " more";
 }

@@ -260,10 +260,23 @@ std::string jsonText(const PropertyListValue& value) {
     return withControlsEscaped(jsonOf(value).dump());
 }
 
-PropertyListValue valueFromJSON(std::string_view text) {
+std::string markedDictionary(const NSDictionary& dictionary) {
+    json entries = json::object();
+    for (const auto& [key, value] : dictionary) entries[std::string(key)] = jsonOf(value);
+    return withControlsEscaped(specialObject(dictionaryKey, std::move(entries)).dump());
+}
+
+JSONDocument documentFromJSON(std::string_view text) {
     TreeBuilder builder;
     if (!json::sax_parse(text.begin(), text.end(), &builder)) refuse(builder.fault());
-    return interpreted(builder.tree(), 1);
+    const PropertyListValue& root = builder.tree();
+    const bool isMarked = root.isDictionary() && looksSpecial(root.dictionary()) &&
+                          (*root.dictionary().begin()).key == dictionaryKey;
+    return {interpreted(root, 1), isMarked};
+}
+
+PropertyListValue valueFromJSON(std::string_view text) {
+    return documentFromJSON(text).value;
 }
 
 }  // namespace Tool

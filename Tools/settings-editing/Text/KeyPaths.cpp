@@ -36,6 +36,15 @@ NSDictionary leavesByKeyPath(const NSDictionary& tree) {
     return leaves;
 }
 
+NSDictionary snapshotOf(const NSDictionary& tree) {
+    const NSMutableDictionary copy;
+    if (tree.isNull()) return copy;
+    for (const auto& [key, value] : tree)
+        copy.setObjectForKey(
+            value.isDictionary() ? PropertyListValue(snapshotOf(value.dictionary())) : value, key);
+    return copy.copy();
+}
+
 std::string keyPathText(std::string_view keyPath) {
     const bool isPlain =
         !keyPath.starts_with('"') && std::none_of(keyPath.begin(), keyPath.end(), isControl);

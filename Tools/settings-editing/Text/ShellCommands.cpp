@@ -17,14 +17,6 @@ std::string start(const char* operation, const std::string& profile) {
 
 using NSDictionaryQRV::objectAtKeyPath;
 
-/// A tree may have a key that holds a "."; no key path reaches it.
-bool isReached(const Difference& difference, const NSDictionary& oldTree,
-               const NSDictionary& newTree) {
-    return (difference.oldValue.isNull() ||
-            !objectAtKeyPath(oldTree, difference.keyPath).isNull()) &&
-           (difference.newValue.isNull() || !objectAtKeyPath(newTree, difference.keyPath).isNull());
-}
-
 }  // namespace
 
 std::string shellWord(std::string_view text) {
@@ -46,13 +38,13 @@ std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
     return start("set", profile) + shellWord(keyPath) + " " + shellWord(jsonText(value)) + "\n";
 }
 
-std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& oldTree,
-                          const NSDictionary& newTree, const std::string& profile) {
+std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& newTree,
+                          const std::string& profile) {
     std::string lines;
     for (const Difference& difference : differences) {
         // A value that replaces a dictionary removes what was in it.
         const bool isGone = difference.newValue.isNull() && leafAbove(newTree, difference.keyPath);
-        if (!isReached(difference, oldTree, newTree))
+        if (!difference.isReached)
             notice("no key path reaches this key, " + difference.keyPath);
         else if (!isGone)
             lines += shellCommand(difference.keyPath, newTree, profile);

@@ -18,8 +18,8 @@ std::string shellWord(std::string_view text);
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
                          const std::string& profile = "");
 
-/// The commands that make the changes, which lead from one tree to the other.
-std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& oldTree,
-                          const NSDictionary& newTree, const std::string& profile = "");
+/// The commands that make the changes, which lead from another tree to this one.
+std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& newTree,
+                          const std::string& profile = "");
 
 }  // namespace Tool
