@@ -2,17 +2,16 @@
 // Reads and writes the appearance of the menu bar.
 
 #include "Commands/CommandTable.h"
+#include "Commands/PrintedValue.h"
 #include "Options/CommonOptions.h"
 #include "Platform/System/NSAppearance.h"
 #include "Process/ExitCode.h"
-#include "Process/StandardOutput.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/LetterCase.h"
-#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
@@ -33,7 +32,7 @@ ExitCode get() {
     prepareToRead();
     const PropertyListValue appearance = QRVSettingsCurrentAppearance();
     if (appearance.isNull()) throw Failure(Fault::NotSet, "not set, " + std::string(keyPath));
-    print(bareText(appearance) + "\n");
+    printValue(appearance);
     return ExitCode::Done;
 }
 
@@ -48,7 +47,7 @@ ExitCode set(const Options& options) {
     PendingChanges changes;
     changes.write(std::string(keyPath), [&] { QRVSettingsSetCurrentAppearance(platformName); });
     changes.save();
-    print(bareText(QRVSettingsCurrentAppearance()) + "\n");
+    printValue(QRVSettingsCurrentAppearance());
     return ExitCode::Done;
 }
 

@@ -6,10 +6,10 @@
 
 #include "Commands/CommandTable.h"
 #include "Options/CommonOptions.h"
-#include "Platform/System/Terminal.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
+#include "Process/StandardStreams.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
@@ -43,7 +43,7 @@ bool has24Bits() {
 
 bool showsColors() {
     const char* const terminal = std::getenv("TERM");
-    return QRVPlatform::standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
+    return standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
            std::string_view(terminal) != "dumb";
 }
 
@@ -75,7 +75,8 @@ ExitCode get(const Options& options) {
     prepareToRead();
     const NSColor color = colorOf(scope, options.keyPath);
     const std::string text = options.hexadecimal ? hexadecimalColorText(color) : colorText(color);
-    print(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") + "\n");
+    printWithEscapeSequences(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") +
+                             "\n");
     return ExitCode::Done;
 }
 

@@ -16,7 +16,8 @@
 
 namespace Tool {
 
-/// One line of UTF-8, keys sorted by their bytes. `value` is one that a property list holds.
+/// One line of UTF-8, keys sorted by their bytes. `value` is one that a property list holds;
+/// in other strings, U+FFFD stands for what is not UTF-8.
 std::string jsonText(const PropertyListValue& value);
 
 /// The same in `{"$dictionary":{...}}`, also where the dictionary looks like nothing else.

@@ -10,7 +10,8 @@
 
 namespace Tool {
 
-/// One word for a POSIX shell.
+/// One word for a POSIX shell, printable whatever the text holds but U+0000, which no word can
+/// hold.
 std::string shellWord(std::string_view text);
 
 /// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
