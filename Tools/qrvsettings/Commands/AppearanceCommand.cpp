@@ -38,12 +38,12 @@ ExitCode get() {
 
 struct Options {
     std::string name;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 ExitCode set(const Options& options) {
     const std::string platformName = appearanceName(options.name);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     PendingChanges changes;
     changes.write(std::string(keyPath), [&] { QRVSettingsSetCurrentAppearance(platformName); });
     changes.save();
@@ -55,7 +55,7 @@ OptionList declare(Options& options) {
     Option name = required(
         text("NAME", options.name, "dark, light, or the platform's name of an appearance"));
     name.words = {"dark", "light"};
-    return {name, replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({name}, options.writing);
 }
 
 }  // namespace

@@ -20,8 +20,7 @@ namespace {
 
 struct Options {
     std::string file;
-    bool dryRun = false;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
@@ -51,10 +50,10 @@ void saveAll(const std::vector<Edit>& edits, const std::string& name) {
 ExitCode apply(const Options& options) {
     const std::string name = nameOfInput(options.file);
     const std::vector<Edit> edits = editsFromScript(contentsOfInput(options.file), name);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     if (edits.empty())
         remark("no changes, " + name);
-    else if (options.dryRun)
+    else if (options.writing.dryRun)
         preview(edits, name);
     else
         saveAll(edits, name);
@@ -65,7 +64,7 @@ OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file, "Lines of changes, see below; - reads standard input"));
     file.takes = Takes::File;
-    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({file, dryRunFlag(options.writing.dryRun)}, options.writing);
 }
 
 }  // namespace

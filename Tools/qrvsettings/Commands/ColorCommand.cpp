@@ -27,7 +27,7 @@ struct Options {
     std::string profile;
     std::vector<std::string> color;
     bool hexadecimal = false;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 bool isSet(const char* variable) {
@@ -89,7 +89,7 @@ ExitCode set(const Options& options) {
     const NSColor color = colorFromTexts(options.color);
     const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     PendingChanges changes;
     changes.write(storedKeyPath, [&] {
         scope.extendDefault(options.keyPath);
@@ -106,7 +106,7 @@ ExitCode unset(const Options& options) {
     requireUTF8(options.keyPath);
     const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
         throw Failure(Fault::NotSet, "not set, " + options.keyPath);
     PendingChanges changes;
@@ -125,14 +125,14 @@ OptionList declareSet(Options& options) {
     Option color =
         required(texts("COLOR", options.color,
                        "R G B [A], numbers usually from 0 to 1, or '#rrggbb' or '#rrggbbaa'"));
-    return {keyPathArgument(options.keyPath), profileOption(options.profile), color,
-            replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {keyPathArgument(options.keyPath), profileOption(options.profile), color}, options.writing);
 }
 
 OptionList declareUnset(Options& options) {
     Option keyPath = keyPathArgument(options.keyPath);
     keyPath.takes = Takes::StoredKeyPath;
-    return {keyPath, profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({keyPath, profileOption(options.profile)}, options.writing);
 }
 
 }  // namespace

@@ -19,9 +19,8 @@ namespace {
 
 struct Options {
     std::string file;
-    bool dryRun = false;
     DottedKeys dottedKeys = DottedKeys::Refused;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 void preview(const NSDictionary& settings) {
@@ -33,10 +32,10 @@ void preview(const NSDictionary& settings) {
 ExitCode runImport(const Options& options) {
     const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     prepareWithoutStoredSettings();
     try {
-        options.dryRun ? preview(settings) : importSettings(settings);
+        options.writing.dryRun ? preview(settings) : importSettings(settings);
     } catch (const NSInvalidArgumentException& exception) {
         throw Failure(Fault::WrongValue,
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
@@ -52,8 +51,9 @@ OptionList declare(Options& options) {
                       "A property list in any format, or JSON as export or list prints it; - "
                       "reads standard input"));
     file.takes = Takes::File;
-    return {file, dryRunFlag(options.dryRun), keepDottedKeysFlag(options.dottedKeys),
-            replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {file, dryRunFlag(options.writing.dryRun), keepDottedKeysFlag(options.dottedKeys)},
+        options.writing);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ struct Options {
     std::string value;
     std::string type;
     std::string profile;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 std::string textOf(const Options& options) {
@@ -70,7 +70,7 @@ ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
     const ProfileScope scope(options.profile);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     const PropertyListValue replaced = scope.stored(options.keyPath);
     PendingChanges changes;
     changes.set(value, options.keyPath, scope);
@@ -85,9 +85,11 @@ OptionList declare(Options& options) {
     type.valueName = "NAME";
     type.words = valueTypes();
     type.takesOnlyWords = true;
-    return {keyPathArgument(options.keyPath),
-            required(text("VALUE", options.value, "See below; - reads standard input")), type,
-            profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {keyPathArgument(options.keyPath),
+         required(text("VALUE", options.value, "See below; - reads standard input")), type,
+         profileOption(options.profile)},
+        options.writing);
 }
 
 }  // namespace
