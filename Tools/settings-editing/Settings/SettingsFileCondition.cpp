@@ -8,6 +8,8 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
+#include "Settings/FileFacts.h"
+#include "Settings/SavePlaces.h"
 #include "Settings/SettingsLock.h"
 #include "Settings/StoredTree.h"
 
@@ -49,6 +51,13 @@ void require(const SettingsFileCondition& condition, DamagedFile damagedFile,
         throw Failure(Fault::UnreadableFile, condition.fault() + advice);
 }
 
+void requireWritable(const std::string& target, const std::string& advice) {
+    const PathFacts facts = factsOfPath(target);
+    if (facts.kind == PathFacts::Kind::File && (facts.mode & PathFacts::ownerMayWrite) == 0)
+        throw Failure(Fault::NotWritten, "the settings file is read-only: mode " +
+                                             modeText(facts.mode) + ", " + target + advice);
+}
+
 }  // namespace
 
 std::string SettingsFileCondition::fault() const {
@@ -84,10 +93,16 @@ void openToRead() {
     requireReadable(openSettingsFile());
 }
 
-void openToWrite(DamagedFile damagedFile, const std::string& advice) {
-    if (QRVSettings::sharedSettings().location().empty())
+void openToWrite(const WritingOptions& options, const WritingAdvice& advice) {
+    const std::string& location = QRVSettings::sharedSettings().location();
+    if (location.empty())
         throw Failure(Fault::NotWritten, "there is no home folder, so no settings file");
-    require(openSettingsFile(), damagedFile, advice);
+    require(openSettingsFile(), options.damagedFile, advice.damagedFile);
+    if (options.dryRun) return;
+    const std::string target = QRVPlatform::resolvedPath(location).path;
+    if (options.readOnlyFile == ReadOnlyFile::Refused) requireWritable(target, advice.readOnlyFile);
+    const std::string obstacle = obstacleToSaves(target);
+    if (!obstacle.empty()) throw Failure(Fault::NotWritten, "cannot save: " + obstacle);
 }
 
 }  // namespace Tool
