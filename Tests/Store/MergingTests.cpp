@@ -211,6 +211,30 @@ TEST(Merging, AReloadKeepsUnsavedWrites) {
     EXPECT_EQ(host.calls().size(), 1U);
 }
 
+// A large value takes long on the way from the stored tree to the waiting writes.
+TEST(Merging, AReloadInTheMidstOfAWriteKeepsTheWrite) {
+    constexpr int elements = 100'000;
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    otherSets(2, "Other");
+    const NSMutableArray large;
+    for (int number = 0; number < elements; ++number) large.addObject(NSMutableArray{number});
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.readQueue().async([&store, before = store.storageCache()] {
+        while (store.storageCache().isIdenticalTo(before)) std::this_thread::yield();
+        store.presentedItemDidChange();
+    });
+    QRVSettingsSetObjectForKeyPath(large, "Own");
+    store.readQueue().sync([] {});
+    store.readQueue().sync([] {});  // the reload, which the first one has queued
+    DispatchMainQueue::shared().drain();
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Own").array().count(), std::size_t{elements});
+    MergingHost::drain();
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+}
+
 TEST(Merging, AReloadKeepsTheWritesOfAnOpenBatch) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(1, "A");
