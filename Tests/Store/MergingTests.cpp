@@ -360,6 +360,19 @@ TEST(Merging, ATreeWithAValueThatNoFileCanHoldIsSavedWithoutItAndStopsNoLaterSav
     setFileFailureHandler(nullptr);
 }
 
+TEST(Merging, AValueThatReplacesOneThatNoFileCanHoldIsAllThatWasWritten) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(NSNull{}, "Level.Bad");
+    QRVSettingsSetObjectForKeyPath(NSNull{}, "LevelBeside.Bad");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"Level.Bad", "LevelBeside.Bad"}));
+    QRVSettingsSetObjectForKeyPath(nullptr, "Level");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"LevelBeside.Bad"}));
+    QRVSettingsSetObjectForKeyPath(nullptr, "LevelBeside.Bad");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+}
+
 TEST(Merging, ATreeThatIsReplacedBeforeItWasSavedHasNotFailed) {
     const MergingHost host;
     const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
