@@ -2,14 +2,12 @@
 // Saves that bring only what this process wrote, beside another writer of the file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/inotify.h>
-#include <unistd.h>
 
-#include <array>
 #include <future>
 
 #include "Platform/Files/Files.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "Support/FileEvents.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
@@ -79,37 +77,6 @@ class HeldQueue {
 
   private:
     std::promise<void> gate_;
-};
-
-/// The renames to the settings file since its creation.
-class Replacements {
-  public:
-    Replacements() : events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-        const std::filesystem::path path = QRVSettingsLocation();
-        name_ = path.filename();
-        EXPECT_GE(inotify_add_watch(events_, path.parent_path().c_str(), IN_MOVED_TO), 0);
-    }
-    Replacements(const Replacements&) = delete;
-    Replacements& operator=(const Replacements&) = delete;
-    ~Replacements() { close(events_); }
-
-    [[nodiscard]] int count() const {
-        int count = 0;
-        alignas(inotify_event) std::array<char, 4096> events{};
-        for (;;) {
-            const ssize_t size = read(events_, events.data(), events.size());
-            if (size <= 0) return count;
-            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
-                const auto* event = reinterpret_cast<const inotify_event*>(&events.at(at));
-                if (event->name == name_) ++count;
-                at += sizeof(inotify_event) + event->len;
-            }
-        }
-    }
-
-  private:
-    int events_;
-    std::string name_;
 };
 
 }  // namespace
@@ -267,7 +234,6 @@ TEST(Merging, AnOpenBatchIsNoPartOfAnEarlierSave) {
 
 TEST(Merging, SavesInLineBecomeOne) {
     const MergingHost host;
-    FileIdentity first;
     {
         const HeldQueue held;
         for (int number = 0; number < 1000; ++number)
@@ -289,7 +255,7 @@ TEST(Merging, TenThousandWritesReplaceTheFileAFewTimes) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(true, "First");
     finishSaves();
-    const Replacements replacements;
+    FileEvents replacements(QRVSettingsLocation(), IN_MOVED_TO);
     for (int number = 0; number < writes; ++number)
         QRVSettingsSetObjectForKeyPath(number, keyPath(number));
     finishSaves();
