@@ -27,6 +27,8 @@ struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
     std::atomic<bool> mergesSaves = false;
+    /// A reload that follows another one is queued, and has not begun.
+    std::atomic<bool> isSecondReloadQueued = false;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;
