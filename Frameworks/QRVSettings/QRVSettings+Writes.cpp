@@ -95,6 +95,26 @@ std::optional<std::string> refusalOf(const Write& write) {
     return written.error->description();
 }
 
+NSDictionary withoutRefused(const NSDictionary& level, const std::string& start, std::size_t levels,
+                            std::vector<RefusedWrite>& refused) {
+    const NSMutableDictionary kept;
+    for (const auto& [key, value] : level) {
+        const std::string keyPath = start + std::string(key);
+        const bool isLevel = value.isDictionary() && levels > 1;
+        const PropertyListValue part = isLevel ? PropertyListValue(NSDictionary()) : value;
+        const auto written =
+            NSPropertyListSerialization::dataWithPropertyList(NSDictionary{{key, part}});
+        if (written.error)
+            refused.push_back({keyPath, written.error->description()});
+        else if (isLevel)
+            kept.setObjectForKey(
+                withoutRefused(value.dictionary(), keyPath + ".", levels - 1, refused), key);
+        else
+            kept.setObjectForKey(value, key);
+    }
+    return kept.copy();
+}
+
 }  // namespace
 
 PropertyListValue frozen(const PropertyListValue& value) {
@@ -173,6 +193,8 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
 
 std::vector<RefusedWrite> Writes::removeRefused() {
     std::vector<RefusedWrite> refused;
+    if (!tree_.isNull())
+        tree_ = withoutRefused(tree_, "", NSPropertyListSerialization::maximumLevels, refused);
     for (std::optional<Write>& write : writes_) {
         if (!write) continue;
         const std::optional<std::string> reason = refusalOf(*write);

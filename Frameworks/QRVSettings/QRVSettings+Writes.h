@@ -71,7 +71,7 @@ class Writes {
     enum class Logging { Off, On };
     [[nodiscard]] NSDictionary appliedTo(const NSDictionary& tree, Logging logging) const;
 
-    /// Takes out the writes that no property list can hold.
+    /// Takes out the writes that no property list can hold, and such values of another tree.
     std::vector<RefusedWrite> removeRefused();
 
   private:
