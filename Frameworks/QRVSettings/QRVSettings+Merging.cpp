@@ -27,6 +27,7 @@
 #include "QRVSettings/QRVSettings+Merging.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -331,8 +332,12 @@ UnlessSettled::~UnlessSettled() {
 
 void runMergingReload() {
     const QRVSettings& store = QRVSettings::sharedSettings();
-    const auto [known, version] = storedFile().read(
-        [](const StoredFile& file) { return std::pair(file.known, file.version); });
+    std::optional<KnownFile> known;
+    std::uint64_t version = 0;
+    storedFile().read([&](const StoredFile& file) {
+        known = file.known;
+        version = file.version;
+    });
     if (!known || !known->file.isAt(store.location())) {
         FileReading reading = readSettingsFile();
         const bool isRead = storedFile().update([&](StoredFile& file) {
