@@ -395,6 +395,23 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
 }
 
+TEST(Merging, AWholeTreeIsSavedWithoutWhatNoFileCanHold) {
+    const MergingHost host;
+    const NSDictionary level{{"Good", 1}, {"Null", NSNull{}}, {"\xFF", 1}};
+    QRVSettingsImport(NSDictionary{
+        {"Level", level},
+        {"List", NSArray{1, NSNull{}}},
+        {"Migration", NSDictionary{{"CombinedPowerItems", true}, {"Profiles", true}}}});
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray({"Level.Null", "Level.\xFF", "List"}));
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Level"), NSDictionary({{"Good", 1}}));
+    EXPECT_EQ(fileTree().objectForKey("A"), 2);
+    EXPECT_EQ(fileTree().count(), 3U);
+}
+
 TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
     const MergingHost host;
     const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
