@@ -24,11 +24,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
+#include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
@@ -117,6 +120,11 @@ bool isLastSave(const QRVPlatform::FileIdentity& file) {
 
 void QRVInside::beginToWatchTheFile() {
     store().setPresenterQueue(std::make_shared<NSOperationQueue>());
+    if (store().location().empty()) {
+        QRVPlatform::FileFailures::reported("watch file", {},
+                                            make_error_code(std::errc::no_such_file_or_directory));
+        return;
+    }
     NSFileCoordinator::addFilePresenter(store());
     const auto published = StoreInside::state().storedFile.read(
         [](const StoredFile& file) { return file.publishedUpTo; });
@@ -145,6 +153,10 @@ bool QRVSettings::fileContentsDidChange() {
 }
 
 void QRVSettings::presentedItemDidChange() {
-    if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
+    if (!monitorFileChanges()) return;  // 1
+    // The parent of a forked child may have seen a change that the child has not published.
+    const unsigned forks = QRVPlatform::Threads::forkCount();
+    if (state_->forksAtModificationDate.exchange(forks) != forks) setModificationDate({});
+    if (!fileContentsDidChange()) return;
     queueReload();
 }

@@ -6,6 +6,16 @@
 
 namespace QRVPlatform {
 
+namespace {
+
+bool isShortage(std::error_code error) {
+    return error == std::errc::too_many_files_open ||
+           error == std::errc::too_many_files_open_in_system ||
+           error == std::errc::no_space_on_device || error == std::errc::not_enough_memory;
+}
+
+}  // namespace
+
 ChangeDetector::ChangeDetector(std::string absolutePath,
                                std::shared_ptr<PresenterNotifications> notifications)
     : notifications_(std::move(notifications)), watch_(std::move(absolutePath)) {}
@@ -19,11 +29,22 @@ void ChangeDetector::end(FolderWatch& folders) {
     watch_.release(folders);
 }
 
+// The parent may have noticed a change that the child has not handled.
+std::unique_ptr<ChangeDetector> ChangeDetector::moveToChild() {
+    auto child = std::make_unique<ChangeDetector>(watch_.path(), notifications_->copyForChild());
+    child->lastSeen_ = lastSeen_;
+    child->evidence_.isRouteDoubtful = child->evidence_.mustNotify = true;
+    ownFile_ = {};
+    return child;
+}
+
 /// True when the route is another one than before.
 bool ChangeDetector::arm(FolderWatch& folders, Time now) {
     const auto before = watch_.route();
-    const bool isWatched = watch_.arm(folders);
-    nextPoll_ = isWatched ? std::nullopt : std::optional(now + filePollingInterval);
+    const std::error_code error = watch_.arm(folders);
+    nextPoll_ = error ? std::optional(now + filePollingInterval) : std::nullopt;
+    const bool wasShort = std::exchange(isShort_, isShortage(error));
+    if (isShort_ && !wasShort) newShortage_ = error;
     return watch_.route() != before;
 }
 
@@ -80,7 +101,7 @@ void ChangeDetector::settle(FolderWatch& folders, Time now) {
                            .isWriting = writingEnd_.has_value(),
                            .isPolled = nextPoll_.has_value()})) {
         lastSeen_ = state;
-        notifications_->notify();
+        hasNews_ = true;
     }
     evidence_ = {};
 }
@@ -101,7 +122,7 @@ std::error_code ChangeDetector::replace(OwnFile newFile,
         ownFile_ = std::move(newFile);
         lastSeen_ = state;
     }
-    if (isOthersPending) notifications_->notify();
+    if (isOthersPending) hasNews_ = true;
     return error;
 }
 
