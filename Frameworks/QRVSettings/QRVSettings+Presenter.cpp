@@ -101,6 +101,10 @@ void runReload() {
     const StoreInside::State& state = StoreInside::state();
     const std::uint64_t endedSaves = state.saves.ended();
     Reload reload{store().storageCache(), QRVInside::readSettingsFile(), nullptr, endedSaves};  // 2
+    if (reload.reading.lackedMeans) {  // The file may not change again for a long time.
+        DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval, queueReload);
+        return;
+    }
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
     reload.changes = state.localChanges.withoutLocal(changes);  // 3

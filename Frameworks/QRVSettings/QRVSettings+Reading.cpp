@@ -9,6 +9,7 @@
 
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -35,6 +36,9 @@ FileReading readSettingsFile() {
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
+            reading.lackedMeans = QRVPlatform::FileFailures::isShortage(file.error);
+            if (reading.lackedMeans)
+                QRVPlatform::FileFailures::reported("read file", url, file.error);
             if (file.error) return;
             reading.root =
                 NSPropertyListSerialization::propertyListWithData(file.bytes).value.dictionary();

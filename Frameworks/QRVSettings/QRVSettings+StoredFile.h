@@ -15,6 +15,8 @@ struct FileReading {
     /// The file as it was just before it was read.
     QRVPlatform::FileIdentity identity;
     bool failed = false;  ///< there is a file, and what it holds is not known
+    /// It failed because the system has no means left: this says nothing of the file.
+    bool lackedMeans = false;
 };
 
 /// Reads the settings file under file coordination. Any thread; changes no state.

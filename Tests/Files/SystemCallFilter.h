@@ -20,6 +20,7 @@
 enum class SystemCall {
     ChangeMode,
     ChangeOwner,
+    Clone,
     EventDescriptor,
     Flock,
     InotifyAdd,
@@ -39,6 +40,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchmod};
         case SystemCall::ChangeOwner:
             return {SYS_fchown};
+        case SystemCall::Clone:
+            return {SYS_clone, SYS_clone3};
         case SystemCall::EventDescriptor:
             return {SYS_eventfd2};
         case SystemCall::Flock:

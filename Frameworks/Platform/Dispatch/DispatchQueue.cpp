@@ -17,14 +17,16 @@ DispatchQueue::~DispatchQueue() {
     work_->finish();
 }
 
-// Kept for the call: the work may run, and destroy this queue, before the call has returned.
+// Kept for the call, here and below: the work may run, and destroy this queue, before the call has
+// returned.
 void DispatchQueue::async(std::function<void()> work) {
     const std::shared_ptr<WorkQueue> queue = work_;
     queue->async(std::move(work));
 }
 
 void DispatchQueue::sync(const std::function<void()>& work) {
-    work_->sync(work);
+    const std::shared_ptr<WorkQueue> queue = work_;
+    queue->sync(work);
 }
 
 const std::string& DispatchQueue::label() const noexcept {

@@ -82,6 +82,7 @@ std::error_code WorkQueue::startThread(Shift& shift) {
         std::thread([self = shared_from_this(), &shift] { self->runThread(shift); }).detach();
         ++shift.threads;
         ++shift.idleThreads;
+        shift.isShortOfThreads = false;
         return {};
     } catch (const std::system_error& failure) {
         return failure.code();
@@ -92,10 +93,9 @@ std::error_code WorkQueue::startThread(Shift& shift) {
 
 /// Whether it is one that nobody was told of.
 bool WorkQueue::noteShortage(Shift& shift, std::error_code error) {
-    const bool isNew = error && !shift.isShortOfThreads;
-    shift.isShortOfThreads = static_cast<bool>(error);
-    if (error) ProcessQueues::noteMissingThread();
-    return isNew;
+    if (!error) return false;
+    ProcessQueues::noteMissingThread();
+    return !std::exchange(shift.isShortOfThreads, true);
 }
 
 bool WorkQueue::startThreads() {

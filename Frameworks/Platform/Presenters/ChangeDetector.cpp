@@ -4,17 +4,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
+
 namespace QRVPlatform {
-
-namespace {
-
-bool isShortage(std::error_code error) {
-    return error == std::errc::too_many_files_open ||
-           error == std::errc::too_many_files_open_in_system ||
-           error == std::errc::no_space_on_device || error == std::errc::not_enough_memory;
-}
-
-}  // namespace
 
 ChangeDetector::ChangeDetector(std::string absolutePath,
                                std::shared_ptr<PresenterNotifications> notifications)
@@ -43,7 +35,7 @@ bool ChangeDetector::arm(FolderWatch& folders, Time now) {
     const auto before = watch_.route();
     const std::error_code error = watch_.arm(folders);
     nextPoll_ = error ? std::optional(now + filePollingInterval) : std::nullopt;
-    const bool wasShort = std::exchange(isShort_, isShortage(error));
+    const bool wasShort = std::exchange(isShort_, FileFailures::isShortage(error));
     if (isShort_ && !wasShort) newShortage_ = error;
     return watch_.route() != before;
 }
