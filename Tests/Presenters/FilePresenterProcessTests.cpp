@@ -5,11 +5,14 @@
 
 #include <filesystem>
 #include <initializer_list>
+#include <optional>
 #include <sstream>
+#include <vector>
 
 #include "Files/SystemCallFilter.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Presenters/PresenterSupport.h"
+#include "Support/Shortages.h"
 
 using namespace QRVPlatform;
 
@@ -239,6 +242,27 @@ TEST(PresentersWithoutMeans, WithoutMemoryForAWatchTheFileIsPolled) {
 TEST(PresentersWithoutMeans, WithoutAnyDescriptorLeftTheFileIsPolled) {
     EXPECT_TRUE(
         childSeesChangesWithout({SystemCall::InotifyStart, SystemCall::EventDescriptor}, EMFILE));
+}
+
+TEST(PresentersWithoutMeans, WithoutAThreadNotificationsComeAfterTheNextUseOfAQueue) {
+    letNobodyIn();
+    ChildProcess child([] {
+        std::vector<std::string> reported;
+        setFileFailureHandler(
+            [&](const FileFailure& failure) { reported.push_back(failure.operation); });
+        std::optional<NoThreads> shortage(std::in_place);
+        const Reader reader("file");
+        const Reader another("file");
+        replaceByRename("file", "x");
+        reader.presentedItemOperationQueue()->addOperation([] {});
+        static_cast<void>(DispatchMainQueue::shared().drain());
+        shortage.reset();
+        static_cast<void>(DispatchMainQueue::shared().drain());
+        return reader.sees("x") && another.sees("x") &&
+               reported == std::vector<std::string>(
+                               {"start a thread to watch files", "start a thread for operations"});
+    });
+    EXPECT_TRUE(child.succeeded());
 }
 
 TEST(PresentersWithoutMeans, AFileIsPolledAlsoWhenOthersAreWatched) {

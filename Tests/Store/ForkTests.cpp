@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <future>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Files/Files.h"
@@ -104,7 +105,7 @@ TEST(StoreFork, AForkDoesNotWaitForeverForALockedFile) {
         close(lock);
         QRVSettingsSetObjectForKeyPath(3, "B");
         finishSaves();
-        return isInFile("B", 3);
+        return isInFile("A", 2) && QRVSettingsObjectForKeyPath("B") == 3;
     });
     const auto waited = std::chrono::steady_clock::now() - begin;
     EXPECT_GE(waited, QRVPlatform::forkTimeout);
@@ -200,9 +201,8 @@ TEST(StoreFork, AChildPublishesWhatItsParentHadNoticedOnly) {
 TEST(StoreFork, ReloadsOfAChildDoNotWaitForTheSavesOfItsParent) {
     MachineSupport::startWatching();
     finishSaves();
-    const Gate isBlocked;
-    std::atomic<bool> isOver = false;
-    store().queue().async([&] { waitUntil([&] { return isOver.load(); }); });
+    std::promise<void> end;
+    store().queue().async([ended = end.get_future().share()] { ended.wait(); });
     QRVSettingsSetObjectForKeyPath(1, "Pending");
     bool isReported = false;
     store().setOnChange([&](const NSArray&) { isReported = true; });
@@ -210,8 +210,9 @@ TEST(StoreFork, ReloadsOfAChildDoNotWaitForTheSavesOfItsParent) {
         if (!saveByAnother("Theirs", 5)) return false;
         return drainUntil([&] { return isReported; }) && QRVSettingsObjectForKeyPath("Theirs") == 5;
     });
-    isOver = true;
     EXPECT_TRUE(child.succeeded());
+    end.set_value();
+    finishSaves();
 }
 
 TEST(StoreFork, AChildThatASaveForksEndsWithItsThread) {

@@ -63,6 +63,8 @@ struct DispatchMainQueue::State {
     bool isStopRequested QRV_GUARDED_BY(mutex) = false;
     MainQueueSignal signal QRV_GUARDED_BY(mutex);
     bool isShortOfDescriptors QRV_GUARDED_BY(mutex) = false;
+    /// The signal is set, items or none, until the next drain.
+    bool isWokenToDrain QRV_GUARDED_BY(mutex) = false;
 };
 
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
@@ -137,10 +139,9 @@ int DispatchMainQueue::State::descriptor() {
     return -1;
 }
 
-/// A forked child is woken without an item.
 void DispatchMainQueue::State::noteDrain() {
     const LockGuard lock(mutex);
-    if (items.empty()) signal.setReady(false);
+    if (std::exchange(isWokenToDrain, false)) signal.setReady(!items.empty());
 }
 
 void DispatchMainQueue::State::requestStop() {
@@ -186,7 +187,8 @@ void DispatchMainQueue::State::sleepUntil(MutexLock& lock, Clock::time_point dea
 DispatchMainQueue::State::State(State& parent)
     : nextNumber(parent.nextNumber), signal(std::move(parent.signal)) {
     signal.startInChild();
-    if (ProcessQueues::mustStartInChild()) signal.setReady(true);
+    isWokenToDrain = ProcessQueues::mustStartInChild();
+    signal.setReady(isWokenToDrain);
 }
 
 DispatchMainQueue::State& DispatchMainQueue::state() {

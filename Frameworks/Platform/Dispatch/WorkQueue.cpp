@@ -18,16 +18,17 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The queues whose items this thread is running, the innermost first.
+/// The shifts whose items this thread is running, the innermost first. In a child that an item has
+/// forked, the queue has another shift.
 struct Running {
-    const WorkQueue* queue;
+    const void* shift;
     const Running* outer;
 };
 thread_local const Running* innermost = nullptr;
 
 // The item is destroyed here as well: what it captures may be the host's, and use the queue.
-void runAndDestroy(const WorkQueue& queue, WorkQueue::Item item) noexcept {
-    const Running running{&queue, innermost};
+void runAndDestroy(const void* shift, WorkQueue::Item item) noexcept {
+    const Running running{shift, innermost};
     innermost = &running;
     item();
     item = nullptr;
@@ -51,7 +52,7 @@ WorkQueue::~WorkQueue() {
 
 bool WorkQueue::isRunningHere() const {
     for (const Running* running = innermost; running != nullptr; running = running->outer)
-        if (running->queue == this) return true;
+        if (running->shift == shift_.get()) return true;
     return false;
 }
 
@@ -147,7 +148,7 @@ bool WorkQueue::runItem(Shift& shift, MutexLock& lock) {
     shift.items.pop_front();
     ++shift.running;
     lock.unlock();
-    runAndDestroy(*this, std::move(item));
+    runAndDestroy(&shift, std::move(item));
     if (&shift != shift_.get()) return false;
     lock.lock();
     --shift.running;

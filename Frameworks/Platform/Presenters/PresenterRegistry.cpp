@@ -95,6 +95,7 @@ class WatchedFiles {
     /// Of presenters that were removed, perhaps within a notification that is still under way.
     std::vector<std::weak_ptr<PresenterNotifications>> removed_ QRV_GUARDED_BY(mutex_);
     std::atomic<bool> hasThread_ = false;
+    std::atomic<bool> isShortOfThreads_ = false;
 };
 
 WatchedFiles::WatchedFiles(WatchedFiles& parent) {
@@ -148,7 +149,8 @@ void WatchedFiles::add(NSFilePresenter& presenter, std::string path,
     const std::error_code error = startThread();
     if (!error) return;
     ProcessQueues::noteMissingThread();
-    FileFailures::reported("start a thread to watch files", {}, error);
+    if (!isShortOfThreads_.exchange(true))
+        FileFailures::reported("start a thread to watch files", {}, error);
 }
 
 std::shared_ptr<PresenterNotifications> WatchedFiles::remove(const NSFilePresenter& presenter) {
@@ -191,6 +193,7 @@ std::error_code WatchedFiles::startThread() {
     if (hasThread_.exchange(true)) return {};
     try {
         std::thread([this] { watch(); }).detach();
+        isShortOfThreads_ = false;
         return {};
     } catch (const std::system_error& failure) {
         hasThread_ = false;
