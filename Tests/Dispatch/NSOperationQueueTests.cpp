@@ -54,8 +54,8 @@ TEST(NSOperationQueue, RunsEveryOperationOnceOnThreadsOfItsOwn) {
     std::vector<std::atomic<int>> runs(1000);
     std::atomic<int> ownRuns = 0;
     {
-        NSOperationQueue queue;
         const std::thread::id own = std::this_thread::get_id();
+        NSOperationQueue queue;
         std::vector<std::thread> threads;
         for (std::size_t thread = 0; thread < 4; ++thread)
             threads.emplace_back([&, thread] {

@@ -148,6 +148,7 @@ TEST(PresentersAmongProcesses, AForkedChildGoesOnWithThoseOfItsParent) {
 
 TEST(PresentersAmongProcesses, AForkedChildNoticesWhatHappensBeforeItsThreadStarts) {
     Reader parents("file");
+    ASSERT_TRUE(finishEvents());
     const Gate hasChanged;
     ChildProcess child([&] {
         if (!hasChanged.wait()) return false;
@@ -162,6 +163,7 @@ TEST(PresentersAmongProcesses, AForkedChildNoticesWhatHappensBeforeItsThreadStar
 
 TEST(PresentersAmongProcesses, TheDescriptorOfAForkedChildAsksForTheDrainThatWatchesAgain) {
     Reader parents("file");
+    ASSERT_TRUE(finishEvents());
     const int number = DispatchMainQueue::shared().fd();
     ChildProcess child([&] {
         pollfd entry{number, POLLIN, 0};
@@ -178,6 +180,7 @@ TEST(PresentersAmongProcesses, TheDescriptorOfAForkedChildAsksForTheDrainThatWat
 
 TEST(PresentersAmongProcesses, AForkedChildMayRemoveThoseOfItsParentAndAddItsOwn) {
     Reader parents("file");
+    ASSERT_TRUE(finishEvents());
     ChildProcess child([&] {
         NSFileCoordinator::removeFilePresenter(parents);
         const Reader own("file");
@@ -190,6 +193,7 @@ TEST(PresentersAmongProcesses, AForkedChildMayRemoveThoseOfItsParentAndAddItsOwn
 
 TEST(PresentersAmongProcesses, AGrandchildWatchesWhenItsParentNeverDid) {
     Reader reader("file");
+    ASSERT_TRUE(finishEvents());
     ChildProcess child([&] {
         ChildProcess grandchild([&] {
             static_cast<void>(DispatchMainQueue::shared().drain());

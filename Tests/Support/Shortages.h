@@ -13,6 +13,15 @@
 #include <stdexcept>
 #include <vector>
 
+/// A sanitizer needs descriptors and memory of its own, and counts what a child inherits as leaks.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool isSanitized = false;
+#endif
+
 /// The limit of this process; the other one that the kernel keeps is never changed.
 inline void limit(__rlimit_resource resource, rlim_t value) {
     rlimit now{};
