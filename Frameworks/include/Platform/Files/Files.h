@@ -145,8 +145,10 @@ struct FileFailure {
     std::error_code error;
 };
 /// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
-/// the function concerned returns the same error. Null, as at the start, for none. A call under way
-/// on another thread may still use the previous handler after this returns.
+/// the function concerned returns the same error; also, with an empty path, when a queue or the
+/// watch of files cannot get what it needs from the system (Dispatch.h, NSFilePresenter.h). Null,
+/// as at the start, for none. A call under way on another thread may still use the previous handler
+/// after this returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);
 
 }  // namespace QRVPlatform
