@@ -29,12 +29,15 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
+#include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
@@ -118,7 +121,12 @@ void runReload(Reload::Kind kind) {
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
     Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,
-                  endedSaves};  // 2
+                  endedSaves};         // 2
+    if (reload.reading.lackedMeans) {  // The file may not change again for a long time.
+        DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval,
+                                               [kind] { queueReload(kind); });
+        return;
+    }
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
     reload.isOther = changes.count() != 0;
@@ -164,6 +172,11 @@ void QRVInside::publishChanges(const NSArray& changes, const FileReading& readin
 
 void QRVInside::beginToWatchTheFile() {
     store().setPresenterQueue(std::make_shared<NSOperationQueue>());
+    if (store().location().empty()) {
+        QRVPlatform::FileFailures::reported("watch file", {},
+                                            make_error_code(std::errc::no_such_file_or_directory));
+        return;
+    }
     NSFileCoordinator::addFilePresenter(store());
     const auto published = StoreInside::state().storedFile.read(
         [](const StoredFile& file) { return file.publishedUpTo; });
@@ -192,6 +205,10 @@ bool QRVSettings::fileContentsDidChange() {
 }
 
 void QRVSettings::presentedItemDidChange() {
-    if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
+    if (!monitorFileChanges()) return;  // 1
+    // The parent of a forked child may have seen a change that the child has not published.
+    const unsigned forks = QRVPlatform::Threads::forkCount();
+    if (state_->forksAtModificationDate.exchange(forks) != forks) setModificationDate({});
+    if (!fileContentsDidChange()) return;
     queueReload(Reload::Kind::First);
 }

@@ -33,6 +33,8 @@ struct QRVSettings::State {
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
+    /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
+    std::atomic<unsigned> forksAtModificationDate = 0;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
 
     /// The thread that called the store first; used in builds with assertions.
@@ -60,8 +62,9 @@ struct QRVSettings::State {
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();
     const NSMutableArray batchLogChanges;
-    DispatchQueue queue{QRVInside::queueLabel(".settings")};
-    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read")};
+    DispatchQueue queue{QRVInside::queueLabel(".settings"), DispatchQueue::AtFork::FinishWork};
+    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read"),
+                            DispatchQueue::AtFork::FinishWork};
 };
 
 namespace QRVInside {
