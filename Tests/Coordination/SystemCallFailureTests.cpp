@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
-#include <sys/file.h>
 
 #include <filesystem>
 #include <functional>
 #include <set>
 #include <stdexcept>
 
+#include "Coordination/KernelLocks.h"
 #include "Files/SystemCallFilter.h"
 #include "Files/TestFiles.h"
 #include "Platform/Files/Files.h"
@@ -52,9 +52,8 @@ void replaceCoordinated(
         });
 }
 
-bool isLockFree() {
-    const int file = open(".file.lock", O_RDONLY | O_CLOEXEC);
-    return file >= 0 && flock(file, LOCK_SH | LOCK_NB) == 0;
+bool areLocksFree() {
+    return !isLocked(".file.lock") && !isLocked("file");
 }
 
 bool backsUpUnder(SystemCall call, int error, const std::string& expectedPath) {
@@ -98,7 +97,7 @@ TEST(FailingSystemCalls, ReadersMayReadBeforeTheFolderIsSynced) {
         writePlainly("file", "old");
         ChildProcess child([&] {
             const auto look = [](int) {
-                _exit(isLockFree() && readPlainly("file") == newContents ? 0 : 2);
+                _exit(areLocksFree() && readPlainly("file") == newContents ? 0 : 2);
             };
             if (signal(SIGSYS, look) == SIG_ERR) return false;
             answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);

@@ -21,6 +21,7 @@ enum class SystemCall {
     ChangeMode,
     ChangeOwner,
     EventDescriptor,
+    FileSystem,
     Flock,
     InotifyAdd,
     InotifyStart,
@@ -41,6 +42,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchown};
         case SystemCall::EventDescriptor:
             return {SYS_eventfd2};
+        case SystemCall::FileSystem:
+            return {SYS_statfs};
         case SystemCall::Flock:
             return {SYS_flock};
         case SystemCall::InotifyAdd:

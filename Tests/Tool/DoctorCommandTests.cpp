@@ -242,7 +242,7 @@ TEST(Doctor, NamesTheProcessThatHoldsTheLock) {
     });
     ASSERT_TRUE(held.wait());
     Report report = examine();
-    expectFinding(report, 0, "note: another process is reading or saving");
+    expectFinding(report, 0, "note: another process is saving");
     EXPECT_EQ(report.facts["lock"], "held");
     EXPECT_EQ(report.facts["holders"], json::array({holder.pid()}));
     ASSERT_TRUE(holder.stop());

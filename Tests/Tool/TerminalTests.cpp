@@ -34,25 +34,28 @@ void setTerminal(const char* name, const char* colors) {
     unsetenv("NO_COLOR");
 }
 
-/// A process that holds the lock of the settings file until it is killed.
+std::filesystem::path lockFile() {
+    const auto file = ToolSupport::settingsFile();
+    return file.parent_path() / ("." + file.filename().string() + ".lock");
+}
+
+/// A process that holds the lock of a file, which it makes if need be, until it is killed.
 class LockHolder {
   public:
-    LockHolder() { EXPECT_TRUE(held_.wait()); }
+    explicit LockHolder(std::filesystem::path path) : path_(std::move(path)) {
+        EXPECT_TRUE(held_.wait());
+    }
     [[nodiscard]] std::string description() const {
         return "process " + std::to_string(process_.pid());
     }
     void letGo() { process_.send(SIGKILL); }
 
   private:
-    static std::filesystem::path lockFile() {
-        const auto file = ToolSupport::settingsFile();
-        return file.parent_path() / ("." + file.filename().string() + ".lock");
-    }
-    std::filesystem::path path_ = lockFile();
+    std::filesystem::path path_;
     Gate held_;
     ChildProcess process_{[this] {
-        ToolSupport::writeFile(path_, "");
-        const int file = open(path_.c_str(), O_RDWR | O_CLOEXEC);
+        std::filesystem::create_directories(path_.parent_path());
+        const int file = open(path_.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
         if (file < 0 || flock(file, LOCK_EX) != 0) return false;
         held_.open();
         return pause() == 0;
@@ -92,7 +95,7 @@ TEST(ColorGetOnATerminal, IsTheOnlyPlaceForAColour) {
 }
 
 TEST(WaitingOnATerminal, AReaderTellsForWhom) {
-    const LockHolder holder;
+    const LockHolder holder(ToolSupport::settingsFile());
     const Terminal terminal;
     EXPECT_EQ(ToolSupport::run({"get", "UpdateFrequency"}, terminal.as(STDERR_FILENO)).exitCode, 0);
     EXPECT_THAT(terminal.printed(),
@@ -103,7 +106,7 @@ TEST(WaitingOnATerminal, AReaderTellsForWhom) {
 }
 
 TEST(WaitingOnATerminal, ASaveTellsForWhomAndGoesOn) {
-    LockHolder holder;
+    LockHolder holder(lockFile());
     const Terminal terminal;
     ToolSupport::RunningTool tool({"set", "a", "1"}, terminal.as(STDERR_FILENO));
     std::string told;
@@ -134,7 +137,7 @@ TEST(WaitingOnATerminal, ItTellsThatItReadsStandardInput) {
 
 TEST(WaitingOnATerminal, NothingIsToldToWhoWantsItQuietAndElsewhere) {
     ToolSupport::writeSettings(ToolSupport::propertyList(""));
-    const LockHolder holder;
+    const LockHolder holder(ToolSupport::settingsFile());
     const Terminal terminal;
     const std::vector<std::string> quietly = {"get", "UpdateFrequency", "--quiet"};
     EXPECT_EQ(ToolSupport::run(quietly, terminal.as(STDERR_FILENO)).exitCode, 0);

@@ -266,7 +266,7 @@ void FileExamination::examineHolders(const LockFacts& facts) {
                "continue or end it: kill -CONT " + std::to_string(holder.process));
     }
     if (!isSomeoneStopped)
-        report(Level::Note, "another process is reading or saving at this moment",
+        report(Level::Note, "another process is saving at this moment",
                "nothing; run doctor again when it has finished");
 }
 

@@ -39,6 +39,9 @@ struct LockFacts {
 /// `path` is that of the lock file.
 LockFacts factsOfLock(const std::string& path);
 
+/// Those that have a lock on the file at `path` itself, as readers of a settings file have.
+std::vector<LockFacts::Holder> holdersOfFile(const std::string& path);
+
 /// `process 4711 (monitor, stopped)`, joined by commas.
 std::string holdersText(const std::vector<LockFacts::Holder>& holders);
 

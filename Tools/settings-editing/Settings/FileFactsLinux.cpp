@@ -155,6 +155,15 @@ LockFacts factsOfLock(const std::string& path) {
     return factsOfOpenLock(lockFile, status);
 }
 
+// Not opened for writing: whoever watches the file would take the closing for the end of a change.
+std::vector<LockFacts::Holder> holdersOfFile(const std::string& path) {
+    const Descriptor file(
+        open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (file.number() < 0 || fstat(file.number(), &status) != 0) return {};
+    return factsOfOpenLock(file, status).holders;
+}
+
 std::string holdersText(const std::vector<LockFacts::Holder>& holders) {
     std::string text;
     for (const auto& [process, name, isStopped] : holders)
