@@ -4,6 +4,8 @@
 // All state of the store.
 
 #include <atomic>
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,7 @@ struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
     std::atomic<bool> mergesSaves = false;
+    QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;

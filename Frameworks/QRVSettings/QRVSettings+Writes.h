@@ -34,6 +34,8 @@ struct Write {
     PropertyListValue value;  ///< frozen; null removes
     /// Null for a write that is always needed.
     std::shared_ptr<const Settled> unless = nullptr;
+    /// A removal that knew of an empty dictionary, and removes nothing else.
+    bool isOfEmpty = false;
 };
 
 /// A write that no property list can hold, and why.

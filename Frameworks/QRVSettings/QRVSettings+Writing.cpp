@@ -27,6 +27,10 @@ using QRVInside::StoreInside;
 
 namespace {
 
+bool isEmptyDictionary(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() == 0;
+}
+
 NSDictionary changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     static const PropertyListValue key("key");
@@ -48,11 +52,14 @@ void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
     const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
     const PropertyListValue stored = isDefault ? nullptr : value;
-    const NSDictionary record = changeRecord(keyPath);                       // 4
-    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);           // 5
-    replaceStoredTree(working);                                              // 6
-    store.cache().setObjectForKey(value, keyPath.text());                    // 7
-    queueSaveOfWrite(working, std::string(keyPath.text()), stored, record);  // 8
+    const NSDictionary record = changeRecord(keyPath);  // 4
+    Write write{std::string(keyPath.text()), stored};
+    write.isOfEmpty =
+        stored.isNull() && isEmptyDictionary(NSDictionaryQRV::objectAtKeyPath(working, keyPath));
+    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
+    replaceStoredTree(working);                                     // 6
+    store.cache().setObjectForKey(value, keyPath.text());           // 7
+    queueSaveOfWrite(working, std::move(write), record);            // 8
 }
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,

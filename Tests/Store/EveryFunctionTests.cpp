@@ -210,6 +210,8 @@ Actions ofAnyThreadForTheStore() {
                  store().localChanges().count());
          }},
         {{"QRVSettings::modificationDate"}, [] { use(store().modificationDate()); }},
+        {{"QRVSettings::saveLockTimeout", "QRVSettings::setSaveLockTimeout"},
+         [] { store().setSaveLockTimeout(store().saveLockTimeout()); }},
         {{"QRVSettings::queue", "QRVSettings::readQueue", "QRVSettings::presenterQueue"},
          [] {
              store().queue().sync([] {});

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
@@ -121,13 +122,42 @@ TEST(Merging, ARemovalIsSavedAndNothingElseIsRemoved) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"z", 3}}}}));
 }
 
+TEST(Merging, TheRemovalOfAnEmptyDictionaryLeavesOneThatAnotherProcessHasFilled) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A.B.C");
+    finishSaves();
+    const auto removeLevels = [] {
+        for (const char* const keyPath : {"A.B.C", "A.B", "A"})
+            QRVSettingsSetObjectForKeyPath(nullptr, keyPath);
+    };
+    {
+        const HeldQueue held;
+        removeLevels();
+        otherSets(NSDictionary{{"B", NSDictionary{{"C", 1}}}, {"D", 2}}, "A");
+    }
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"D", 2}}}}));
+    MergingHost::drain();
+    QRVSettingsSetObjectForKeyPath(nullptr, "A");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary()) << "this process knew what it removed";
+    {
+        const HeldQueue held;
+        QRVSettingsSetObjectForKeyPath(NSDictionary{{"B", NSDictionary{{"C", 1}}}}, "A");
+        removeLevels();
+    }
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary()) << "none of its own writes is left";
+}
+
 TEST(Merging, TheLaterSaveOfAKeyPathWins) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();
     otherSets(2, "A");
     MergingHost::notify();
-    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2) << "told although this process saved it just now";
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2)
+        << "told although this process saved it just now";
     EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"A"}));
     QRVSettingsSetObjectForKeyPath(3, "A");
     finishSaves();
@@ -320,6 +350,34 @@ TEST(Merging, ADeletedFileIsPublishedAndSavedAnewWithWhatIsWritten) {
     QRVSettingsSetObjectForKeyPath(2, "B");
     finishSaves();
     EXPECT_EQ(fileTree(), NSDictionary({{"B", 2}}));
+}
+
+TEST(Merging, ASaveThatWaitsTooLongForOthersChangesNothing) {
+    const MergingHost host;
+    std::vector<std::error_code> failures;
+    setFileFailureHandler([&](const FileFailure& failure) { failures.push_back(failure.error); });
+    QRVSettings& store = QRVSettings::sharedSettings();
+    EXPECT_FALSE(store.saveLockTimeout());
+    for (const auto timeout : {-1, 0, 50}) {
+        store.setSaveLockTimeout(std::chrono::milliseconds(timeout));
+        const NSFileCoordinator other;
+        other.coordinateWritingItemAtURL(
+            QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
+            [](const std::string&) {
+                QRVSettingsSetObjectForKeyPath(1, "Own");
+                const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::minutes(1));
+                EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+                EXPECT_EQ(status.keyPaths, NSArray{"Own"});
+            });
+        EXPECT_TRUE(fileTree().isNull()) << "also when the lock is free later";
+        EXPECT_THAT(failures, ElementsAre(std::errc::timed_out));
+        failures.clear();
+    }
+    store.setSaveLockTimeout(std::nullopt);
+    QRVSettingsSetObjectForKeyPath(2, "Later");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::minutes(1)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Own", 1}, {"Later", 2}}));
+    setFileFailureHandler(nullptr);
 }
 
 TEST(WaitForSaves, AnswersPendingAtTheTimeoutAndForAnOpenBatch) {

@@ -135,10 +135,17 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// - At most one save runs and one waits. What is written meanwhile joins the waiting one.
     /// - A value that no property list can hold is left out of the save, and reported to the
     ///   failure handler with its key path. The writes of a save that fails join the next one.
+    /// - The removal of an empty dictionary leaves one that another process has filled meanwhile.
     /// - A migration, or a reset for new hardware, that another process has already saved is not
     ///   done a second time.
     [[nodiscard]] bool mergesSaves() const;
     void setMergesSaves(bool mergesSaves);
+
+    /// How long a save waits while another process is writing the file; empty for as long as it
+    /// takes, as at the start. A save that has waited so long fails with std::errc::timed_out and
+    /// changes nothing. Holds for saves that begin to wait later. Any thread.
+    [[nodiscard]] std::optional<std::chrono::milliseconds> saveLockTimeout() const;
+    void setSaveLockTimeout(std::optional<std::chrono::milliseconds> saveLockTimeout);
 
     /// Whether reads leave the cache unchanged. False at the start. Setting it, to true or false,
     /// also discards the cache for the rest of the process: from then on every read searches the
@@ -159,7 +166,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// holding the new tree and `cache()` emptied. Key paths are those of values, not of the
     /// dictionaries around them. None at the start.
     ///
-    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed it:
+    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed
+    /// it:
     /// - When nothing else has changed, the handler is not called, and reads keep this process's
     ///   own value until something else changes. With that change the key path is reported, unless
     ///   it is still in `localChanges()`.
