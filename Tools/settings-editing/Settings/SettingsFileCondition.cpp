@@ -8,6 +8,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
+#include "Settings/Saving.h"
 #include "Settings/SettingsLock.h"
 #include "Settings/StoredTree.h"
 
@@ -87,7 +88,11 @@ void openToRead() {
 void openToWrite(DamagedFile damagedFile, const std::string& advice) {
     if (QRVSettings::sharedSettings().location().empty())
         throw Failure(Fault::NotWritten, "there is no home folder, so no settings file");
-    require(openSettingsFile(), damagedFile, advice);
+    mergeSaves();
+    // The store has to read the file itself, to know what its save builds on.
+    waitFor(lockOfSettingsFile, [] { QRVSettingsStoredValues(); });
+    if (QRVSettings::sharedSettings().storageCache().isNull())
+        require(conditionOfSettingsFile(), damagedFile, advice);
 }
 
 }  // namespace Tool
