@@ -378,6 +378,13 @@ TEST(Doctor, SaysThatTheConfigurationFolderIsNotHeeded) {
     EXPECT_THAT(outcome.output, HasSubstr(std::string(std::getenv("HOME")) + "/.config/"));
 }
 
+TEST(Doctor, APathMayHoldAnyBytes) {
+    const std::string folder = std::string(std::getenv("XDG_CONFIG_HOME")) + "/\xff\n";
+    ASSERT_EQ(setenv("XDG_CONFIG_HOME", folder.c_str(), 1), 0);
+    expectFinding(examine(), 0, "note: there is no settings file");
+    EXPECT_THAT(run({"doctor"}).output, HasSubstr("/\\xff\\x0a/Preferences/"));
+}
+
 TEST(Doctor, SaysThatThereIsNoHomeFolder) {
     constexpr uid_t nobodyKnown = 54321;
     constexpr int cannotBeTried = 77;

@@ -16,18 +16,26 @@ Option dryRunFlag(bool& dryRun) {
                 "old -> new as JSON, null for not set");
 }
 
-void printWhatWouldChange(const NSDictionary& oldByKeyPath, const NSDictionary& newByKeyPath) {
-    const std::string lines = differenceLines(differencesBetween(oldByKeyPath, newByKeyPath));
+void printWhatWouldChange(const NSDictionary& oldTree, const NSDictionary& newTree) {
+    const std::string lines = differenceLines(differencesBetween(oldTree, newTree));
     if (lines.empty())
         remark("nothing would change");
     else
         print(lines);
 }
 
-NSDictionary settingsOfInput(const std::string& file, const std::string& participle) {
+Option keepDottedKeysFlag(DottedKeys& dottedKeys) {
+    return {.name = "--keep-dotted-keys",
+            .description =
+                "Take keys of FILE that hold dots as they are, though no key path reaches them",
+            .store = [&dottedKeys](const auto&) { dottedKeys = DottedKeys::Kept; }};
+}
+
+NSDictionary settingsOfInput(const std::string& file, const std::string& participle,
+                             DottedKeys dottedKeys) {
     const std::string bytes = contentsOfInput(file);
     try {
-        return settingsFromText(bytes);
+        return settingsFromText(bytes, dottedKeys, "; --keep-dotted-keys takes it as it is");
     } catch (const Failure& failure) {
         throw Failure(failure.fault(),
                       "cannot be " + participle + ": " + failure.what() + ", " + nameOfInput(file));

@@ -1,9 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "Options/CommonOptions.h"
 
+#include <algorithm>
+
 #include "Settings/SettingsFileCondition.h"
+#include "Text/ScalarText.h"
 
 namespace Tool {
+namespace {
+
+/// Empty unless it is a number of seconds above 0; rounded up, and to years at the longest.
+std::optional<std::chrono::milliseconds> timeFromText(const std::string& text) {
+    constexpr double longest = 1e9;
+    const auto seconds = realFromText(text);
+    if (!seconds || !(*seconds > 0)) return std::nullopt;
+    return std::chrono::ceil<std::chrono::milliseconds>(
+        std::chrono::duration<double>(std::min(*seconds, longest)));
+}
+
+}  // namespace
 
 Option keyPathArgument(std::string& keyPath) {
     Option option = required(text("KEYPATH", keyPath, "Keys joined by dots"));
@@ -66,16 +81,42 @@ Option commandsForm(Form& form, const std::string& description) {
             .excludes = "--json"};
 }
 
-Option replaceDamagedFlag(DamagedFile& damagedFile) {
-    return {.name = "--replace-damaged",
-            .description =
-                "Continue when the settings file is damaged: it counts as empty, and a "
-                "backup of it stays beside the new file",
-            .store = [&damagedFile](const auto&) { damagedFile = DamagedFile::Replaced; }};
+Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
+                     const std::string& description) {
+    return {.name = "--timeout",
+            .description = description,
+            .takes = Takes::Text,
+            .store =
+                [&timeout](const std::vector<std::string>& given) {
+                    timeout = timeFromText(given.front());
+                },
+            .valueName = "SECONDS",
+            .objection =
+                [](const std::string& text) {
+                    return timeFromText(text) ? "" : "not a number of seconds above 0: " + text;
+                }};
 }
 
-void openToWrite(DamagedFile damagedFile) {
-    openToWrite(damagedFile, "; --replace-damaged backs it up and goes on");
+OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
+    options.push_back(
+        {.name = "--replace-damaged",
+         .description = "Continue when the settings file is damaged: it counts as empty, and a "
+                        "backup of it stays beside the new file",
+         .store = [&writing](const auto&) { writing.damagedFile = DamagedFile::Replaced; }});
+    options.push_back(
+        {.name = "--force",
+         .description = "Continue when the settings file is read-only, as after chmod 444",
+         .store = [&writing](const auto&) { writing.readOnlyFile = ReadOnlyFile::Replaced; }});
+    options.push_back(timeoutOption(
+        writing.timeout,
+        "End with exit code 6, and nothing written, when another process has kept the "
+        "file locked for this time"));
+    return options;
+}
+
+void openToWrite(const WritingOptions& writing) {
+    openToWrite(writing,
+                {"; --replace-damaged backs it up and goes on", "; --force overwrites it"});
 }
 
 }  // namespace Tool

@@ -40,13 +40,6 @@ void addLimit(Diagnosis& diagnosis, const std::string& name, std::uint64_t limit
         diagnosis.facts.push_back({name, limit, "at most " + std::to_string(limit) + " per user"});
 }
 
-std::string octal(unsigned mode) {
-    std::string digits;
-    for (; mode != 0 || digits.size() < 4; mode >>= 3U)
-        digits.insert(digits.begin(), static_cast<char>('0' + (mode & 7U)));
-    return digits;
-}
-
 std::string kindText(Kind kind) {
     switch (kind) {
         case Kind::Missing:
@@ -198,13 +191,13 @@ void FileExamination::examineContents(const PathFacts& facts,
 }
 
 void FileExamination::examineRights(const PathFacts& facts) {
-    add(diagnosis_, "mode", octal(facts.mode));
+    add(diagnosis_, "mode", modeText(facts.mode));
     add(diagnosis_, "owner", facts.owner);
     const bool isWritableForOthers = (facts.mode & othersMayWrite) != 0;
     if (isWritableForOthers || (facts.mode & othersMayRead) != 0)
         report(Level::Warning,
                std::string("other users may ") + (isWritableForOthers ? "change" : "read") +
-                   " the settings: mode " + octal(facts.mode),
+                   " the settings: mode " + modeText(facts.mode),
                "make them private: chmod 600 " + shellWord(target_));
     if (!facts.isOwnedByUser)
         report(Level::Warning, "the file belongs to another user: " + facts.owner,

@@ -12,6 +12,7 @@ namespace Tool {
 
 struct PathFacts {
     enum class Kind { Missing, File, Folder, Link, Other };
+    static constexpr unsigned ownerMayWrite = 0200;
     Kind kind = Kind::Missing;
     std::error_code error{};  ///< why the path cannot be examined; not that it is missing
     std::uint64_t size = 0;   ///< bytes
@@ -19,11 +20,19 @@ struct PathFacts {
     std::string owner{};      ///< the name, or the number of one without
     bool isOwnedByUser = false;
 };
+/// Permission bits as four octal digits.
+std::string modeText(unsigned mode);
 /// Of a link itself, not of its target.
 PathFacts factsOfPath(const std::string& path);
 
 /// Whether this process may make and remove files there.
 bool isWritableFolder(const std::string& path);
+
+/// "a file", "a folder", "a link"; "what is neither file nor folder" for a pipe or device.
+std::string kindName(PathFacts::Kind kind);
+
+/// Why a save cannot open its lock file, which exists. Takes no lock.
+std::error_code errorOfOpeningLock(const std::string& path);
 
 struct LockFacts {
     enum class State { Missing, NoFile, Unusable, Free, Held };

@@ -77,10 +77,6 @@ std::string namesOf(const std::set<std::string>& keyPaths, const NSArray& unsave
 
 }  // namespace
 
-void mergeSaves() {
-    QRVSettings::sharedSettings().setMergesSaves(true);
-}
-
 void saveAndWait(const std::function<void()>& queueSave, const std::set<std::string>& keyPaths) {
     SaveObserver observer;
     queueSave();
@@ -90,7 +86,8 @@ void saveAndWait(const std::function<void()>& queueSave, const std::set<std::str
     for (const std::string& note : observer.takeNotes()) notice(note);
     if (status.state == QRVSaveStatus::State::Saved) return;
     if (observer.hasTimedOut())
-        throw Failure(Fault::TimedOut, "timed out, nothing is saved, " + lockOfSettingsFile());
+        throw Failure(Fault::TimedOut,
+                      "nothing is saved: timed out waiting for " + lockOfSettingsFile());
     throw Failure(Fault::NotWritten, "cannot save" + namesOf(keyPaths, status.keyPaths) + ": " +
                                          status.reason + ", " +
                                          QRVSettings::sharedSettings().location());

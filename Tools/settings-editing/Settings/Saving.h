@@ -7,10 +7,6 @@
 
 namespace Tool {
 
-/// Saves of this process bring only what it wrote to the settings file, whatever others have
-/// written there meanwhile. Call it before the store reads the file.
-void mergeSaves();
-
 /// Calls `queueSave`, which queues a save, and waits until it has ended. What the store logs about
 /// it becomes notices. Throws Failure when a setting is not in the file: TimedOut when another
 /// process kept it locked for longer than `saveLockTimeout`, and NotWritten otherwise, with the

@@ -8,7 +8,8 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
-#include "Settings/Saving.h"
+#include "Settings/FileFacts.h"
+#include "Settings/SavePlaces.h"
 #include "Settings/SettingsLock.h"
 #include "Settings/StoredTree.h"
 
@@ -50,6 +51,13 @@ void require(const SettingsFileCondition& condition, DamagedFile damagedFile,
         throw Failure(Fault::UnreadableFile, condition.fault() + advice);
 }
 
+void requireWritable(const std::string& target, const std::string& advice) {
+    const PathFacts facts = factsOfPath(target);
+    if (facts.kind == PathFacts::Kind::File && (facts.mode & PathFacts::ownerMayWrite) == 0)
+        throw Failure(Fault::NotWritten, "the settings file is read-only: mode " +
+                                             modeText(facts.mode) + ", " + target + advice);
+}
+
 }  // namespace
 
 std::string SettingsFileCondition::fault() const {
@@ -85,14 +93,21 @@ void openToRead() {
     requireReadable(openSettingsFile());
 }
 
-void openToWrite(DamagedFile damagedFile, const std::string& advice) {
-    if (QRVSettings::sharedSettings().location().empty())
+void openToWrite(const WritingOptions& options, const WritingAdvice& advice) {
+    QRVSettings& store = QRVSettings::sharedSettings();
+    if (store.location().empty())
         throw Failure(Fault::NotWritten, "there is no home folder, so no settings file");
-    mergeSaves();
-    // The store has to read the file itself, to know what its save builds on.
+    store.setMergesSaves(true);
+    store.setSaveLockTimeout(options.timeout);
+    // The store has to read the file itself, to know what its saves build on.
     waitFor(lockOfSettingsFile, [] { QRVSettingsStoredValues(); });
-    if (QRVSettings::sharedSettings().storageCache().isNull())
-        require(conditionOfSettingsFile(), damagedFile, advice);
+    if (store.storageCache().isNull())
+        require(conditionOfSettingsFile(), options.damagedFile, advice.damagedFile);
+    if (options.dryRun) return;
+    const std::string target = QRVPlatform::resolvedPath(store.location()).path;
+    if (options.readOnlyFile == ReadOnlyFile::Refused) requireWritable(target, advice.readOnlyFile);
+    const std::string obstacle = obstacleToSaves(target);
+    if (!obstacle.empty()) throw Failure(Fault::NotWritten, "cannot save: " + obstacle);
 }
 
 }  // namespace Tool
