@@ -111,14 +111,16 @@ bool work(std::size_t worker, std::size_t settings, Kills kills) {
     return true;
 }
 
-/// Reads the file over and over.
+/// Reads the file over and over. It may be missing only until it is seen for the first time.
 bool isWholeUntil(const Gate& end, const std::string& path) {
+    bool wasSeen = false;
     while (!end.isOpen()) {
         const std::string bytes = contentsOf(path);
-        const bool isWhole = bytes.starts_with("<?xml") && bytes.ends_with("</plist>\n");
-        if (!isWhole && (fs::exists(path) || !bytes.empty())) return false;
+        if (bytes.empty() && !wasSeen) continue;
+        wasSeen = true;
+        if (!bytes.starts_with("<?xml") || !bytes.ends_with("</plist>\n")) return false;
     }
-    return true;
+    return wasSeen;
 }
 
 /// What a setting may be in the end, by what became of the commands that write it.
