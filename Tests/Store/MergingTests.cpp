@@ -360,7 +360,7 @@ TEST(Merging, ASaveThatWaitsTooLongForOthersChangesNothing) {
     EXPECT_FALSE(store.saveLockTimeout());
     for (const auto timeout : {-1, 0, 50}) {
         store.setSaveLockTimeout(std::chrono::milliseconds(timeout));
-        const NSFileCoordinator other;
+        NSFileCoordinator other;
         other.coordinateWritingItemAtURL(
             QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
             [](const std::string&) {

@@ -53,6 +53,7 @@ void PendingChanges::write(const std::string& storedKeyPath, const std::function
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }
+    requireStorable(QRVSettingsStoredObjectForKeyPath(storedKeyPath), storedKeyPath);
     keyPaths_.insert(storedKeyPath);
 }
 

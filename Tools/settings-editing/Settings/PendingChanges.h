@@ -34,7 +34,7 @@ class PendingChanges {
              const ProfileScope& scope = ProfileScope(""));
 
     /// Runs `change`, which writes at this stored key path. Throws Failure (WrongValue) that names
-    /// the stored value in its way; then nothing is written.
+    /// the stored value in its way, or what no settings file can hold; then nothing is written.
     void write(const std::string& storedKeyPath, const std::function<void()>& change);
 
     /// Returns when the file holds the changes, or what others have saved at the same key paths
