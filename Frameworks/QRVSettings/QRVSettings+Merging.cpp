@@ -15,7 +15,8 @@
 //    of it. A damaged file is backed up; then `known` stays what it was.
 // 3. The records are posted to the main queue, and the file is replaced.
 // 4. `known` is what was written. When the save failed, its writes wait for the next save.
-// 5. What others had written is published.
+// 5. What others had written is published. When a reload has run beside the save, it may have read
+//    what others wrote after 3, which 4 has put away; so it runs again.
 //
 // A reload, on readQueue: when the file is not `known`, it is read, becomes `known`, and is
 // published. When a save has ended meanwhile, what was read may be older, so it is read again.
@@ -31,6 +32,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "Platform/Coordination/CoordinatedWrite.h"
@@ -97,7 +99,8 @@ void queuePublication() {
 class MergingSave {
   public:
     MergingSave() : writes_(takeWaitingWrites()) {
-        known_ = storedFile().read([](const StoredFile& file) { return file.known; });
+        std::tie(known_, knownVersion_) = storedFile().read(
+            [](const StoredFile& file) { return std::pair(file.known, file.knownVersion); });
     }
 
     SaveOutcome run() {
@@ -107,6 +110,7 @@ class MergingSave {
                            [this](QRVPlatform::WriteAccess& access) { return replace(access); });
         });
         outcome_.keyPaths = writes_->keyPaths();
+        outcome_.wasWholeTree = writes_->replaceTheTree();
         end();
         return std::move(outcome_);
     }
@@ -143,12 +147,13 @@ class MergingSave {
 
     void leaveOutRefusedWrites() {
         const auto others = std::make_shared<Writes>(*writes_);
-        for (RefusedWrite& refused : others->removeRefused()) {
-            NSLog("Prefs value not saved: %@", {refused.reason});
-            reportUnsaved(refused.keyPath);
+        std::vector<RefusedWrite> refusedWrites = others->removeRefused();
+        writes_ = others;  // First: the failure handler may raise an exception.
+        for (RefusedWrite& refused : refusedWrites) {
             outcome_.refused.push_back(std::move(refused));
+            NSLog("Prefs value not saved: %@", {outcome_.refused.back().reason});
+            reportUnsaved(outcome_.refused.back().keyPath);
         }
-        writes_ = others;
     }
 
     std::string replace(QRVPlatform::WriteAccess& access) {
@@ -159,6 +164,7 @@ class MergingSave {
         }
         if (!failure_.empty()) return failure_;
         postRecords(writes_->records());  // 3
+        arePosted_ = true;
         std::string failure = replacedFile(access, bytes_);
         isSaved_ = failure.empty();
         if (isSaved_) known_ = KnownFile{tree_, access.newFile()};
@@ -182,27 +188,36 @@ class MergingSave {
     }
 
     void end() {  // 4
-        storedFile().update([this](StoredFile& file) {
+        bool isOvertaken = false;
+        storedFile().update([this, &isOvertaken](StoredFile& file) {
             UnsavedWrites& unsaved = file.unsaved;
             if (!isSaved_) {
                 Writes writes = *writes_;
+                if (arePosted_)
+                    writes.dropRecords();
+                else
+                    writes.dropEarlierRecords();  // Saves may go on failing.
                 writes.append(unsaved.waiting);
                 std::swap(unsaved.waiting, writes);
             }
             ++file.version;
+            isOvertaken = file.knownVersion != knownVersion_;
             const bool isKnown = isSaved_ || isFound_;
             return std::pair(std::exchange(unsaved.beingSaved, nullptr),
-                             isKnown ? std::exchange(file.known, std::move(known_)) : std::nullopt);
+                             isKnown ? file.know(std::move(*known_)) : std::nullopt);
         });
         if (isFound_) queuePublication();  // 5
+        if (isOvertaken) StoreInside::state().readQueue.async(runMergingReload);
     }
 
     SharedWrites writes_;
     std::optional<KnownFile> known_;
+    std::uint64_t knownVersion_ = 0;
     NSDictionary tree_ = nullptr;
     std::string bytes_;
     std::string failure_;  ///< of the serialisation
     bool isFound_ = false;
+    bool arePosted_ = false;
     bool isSaved_ = false;
     SaveOutcome outcome_;
 };
@@ -217,11 +232,16 @@ void queueSaveUnlessQueued(bool isQueued) {
 
 void queueMissingValue() {
     StoreInside::State& state = StoreInside::state();
-    storedFile().update([](StoredFile& file) { return std::exchange(file.unsaved.ofBatch, {}); });
+    storedFile().update([](StoredFile& file) {
+        ++file.version;
+        return std::exchange(file.unsaved.ofBatch, {});
+    });
     state.saves.begin();
     state.queue.async([&state] {
         logMissingValue();
-        state.saves.end({});
+        SaveOutcome outcome;
+        outcome.wasWithoutTree = true;
+        state.saves.end(outcome);
     });
 }
 
@@ -229,6 +249,7 @@ void queueMissingValue() {
 void queueReplacement(const NSDictionary& object, const NSArray& log) {
     NSDictionary tree = frozen(object).dictionary();
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
+        ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
         unsaved.waiting.replaceTree(std::move(tree));
         unsaved.waiting.addRecords(log);
@@ -246,6 +267,7 @@ bool isTreeReplaced() {
 template <typename Add>
 void queueWrites(const NSArray& log, Add&& add) {
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
+        ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
         if (!unsaved.ofBatch.isEmpty()) unsaved.waiting.append(std::exchange(unsaved.ofBatch, {}));
         add(unsaved.waiting);
@@ -259,7 +281,10 @@ template <typename Add>
 void queueOrJoinBatch(const NSDictionary& tree, const NSArray& log, Add&& add) {
     if (StoreInside::state().inBatchSave) {
         StoreInside::state().batchLogChanges.addObjectsFromArray(log);
-        storedFile().update([&](StoredFile& file) { add(file.unsaved.ofBatch); });
+        storedFile().update([&](StoredFile& file) {
+            ++file.version;
+            add(file.unsaved.ofBatch);
+        });
     } else if (isTreeReplaced()) {
         queueReplacement(tree, log);
     } else {
@@ -317,9 +342,9 @@ void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log) {
     queueOrJoinBatch(tree, log, [](Writes&) {});
 }
 
-UnlessSettled::UnlessSettled(std::string_view keyPath, std::optional<PropertyListValue> value) {
+UnlessSettled::UnlessSettled(QRVKeyPath keyPath, std::optional<PropertyListValue> value) {
     StoreInside::state().unless =
-        std::make_shared<const Settled>(Settled{std::string(keyPath), std::move(value)});
+        std::make_shared<const Settled>(Settled{std::string(keyPath.text()), std::move(value)});
 }
 
 UnlessSettled::~UnlessSettled() {
@@ -328,16 +353,18 @@ UnlessSettled::~UnlessSettled() {
 
 void runMergingReload() {
     const QRVSettings& store = QRVSettings::sharedSettings();
-    const auto [known, version] = storedFile().read(
-        [](const StoredFile& file) { return std::pair(file.known, file.version); });
+    std::optional<KnownFile> known;
+    std::uint64_t version = 0;
+    std::tie(known, version) = storedFile().read(
+        [](const StoredFile& file) { return std::pair(file.known, file.knownVersion); });
     if (!known || !known->file.isAt(store.location())) {
         FileReading reading = readSettingsFile();
-        const bool isRead = storedFile().update([&](StoredFile& file) {
-            if (file.version != version) return false;
-            file.known = KnownFile{reading.root, reading.file};
+        bool isRead = false;
+        storedFile().update([&](StoredFile& file) -> std::optional<KnownFile> {
+            isRead = file.knownVersion == version;
+            if (!isRead) return std::nullopt;
             file.mustBeBackedUp = reading.failed;
-            ++file.version;
-            return true;
+            return file.know({reading.root, reading.file});
         });
         if (!isRead) {
             StoreInside::state().readQueue.async(runMergingReload);

@@ -85,6 +85,7 @@ void takeOver(const QRVInside::FileReading& reading) {
         file.publishedUpTo = reading.identity;
         file.mustBeBackedUp = reading.failed;
         file.wasAbsent = reading.root.isNull();
+        file.unsaved.isTreeReplaced = false;
         return std::exchange(file.tree, std::move(tree));
     });
     store().cache().removeAllObjects();

@@ -7,6 +7,8 @@
 // 3. A stored value answers, and is cached unless the cache is disabled.
 // 4. The default answers, and is cached likewise, a missing one as the null marker.
 
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "Platform/Files/Files.h"
@@ -49,26 +51,27 @@ FileReading readSettingsFile() {
 
 // What reads have cached as absent, and are to find now, has to be published.
 NSDictionary storedTree() {
-    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
-    if (!loaded.isNull()) return loaded;
+    NSDictionary tree = QRVSettings::sharedSettings().storageCache();
+    if (!tree.isNull()) return tree;
     StoreInside::State& state = StoreInside::state();
-    const FileReading reading = readSettingsFile();
-    const UnsavedWrites unsaved =
-        state.storedFile.read([](const StoredFile& file) { return file.unsaved; });
-    const NSDictionary tree = unsaved.onTopOf(reading.root);
-    NSMutableDictionary stored = tree.mutableCopy();
-    state.storedFile.update([&](StoredFile& file) {
-        file.noteReading(reading.identity);
-        file.mustBeBackedUp = reading.failed;
-        if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
-            file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
-        file.wasAbsent = reading.root.isNull();
-        if (state.mergesSaves && !file.known) {
-            file.known = KnownFile{reading.root, reading.file};
-            ++file.version;
-        }
-        return std::exchange(file.tree, std::move(stored));
-    });
+    for (bool isRead = false; !isRead;) {
+        const std::uint64_t version =
+            state.storedFile.read([](const StoredFile& file) { return file.knownVersion; });
+        const FileReading reading = readSettingsFile();
+        state.storedFile.update([&](StoredFile& file) -> std::optional<KnownFile> {
+            isRead = file.knownVersion == version;
+            if (!isRead) return std::nullopt;  // What was read may be older.
+            file.noteReading(reading.identity);
+            file.mustBeBackedUp = reading.failed;
+            if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
+                file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
+            file.wasAbsent = reading.root.isNull();
+            file.unsaved.isTreeReplaced = false;
+            tree = file.unsaved.onTopOf(reading.root);
+            file.tree = tree.mutableCopy();
+            return state.mergesSaves ? file.know({reading.root, reading.file}) : std::nullopt;
+        });
+    }
     return tree;
 }
 

@@ -6,6 +6,7 @@ namespace QRVInside {
 void SaveProgress::end(const SaveOutcome& outcome) {
     counts_.update([&outcome](Counts& counts) {
         ++counts.ended;
+        if (outcome.wasWithoutTree) return;
         if (!outcome.failure.empty()) {
             counts.lastReason = outcome.failure;
             if (outcome.keyPaths.empty()) counts.failureOfTree = outcome.failure;

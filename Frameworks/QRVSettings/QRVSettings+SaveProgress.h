@@ -14,13 +14,15 @@ namespace QRVInside {
 
 /// What has become of one save.
 struct SaveOutcome {
+    /// There was no tree to save; what could not be saved before is still missing.
+    bool wasWithoutTree = false;
     /// Why nothing was saved; empty when the file was replaced.
     std::string failure;
     /// Key paths of the change records or writes that the save stood for.
     std::vector<std::string> keyPaths;
     /// Writes that were left out, because no property list can hold them.
     std::vector<RefusedWrite> refused;
-    /// Everything that this process has written so far was part of the save.
+    /// Whatever this process had written before was part of the save, or was replaced by it.
     bool wasWholeTree = false;
 };
 

@@ -108,6 +108,7 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log) {
     outcome.keyPaths = keyPathsOf(log);
     if (object.isNull()) {
         QRVInside::logMissingValue();
+        outcome.wasWithoutTree = true;
         return outcome;
     }
     QRVInside::guardedSave(object, outcome, [&] {

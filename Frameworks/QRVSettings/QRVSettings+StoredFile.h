@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/HeldFile.h"
@@ -40,7 +41,7 @@ struct UnsavedWrites {
     Writes ofBatch;                            ///< of an open batch; its commit makes them wait
     /// A save of the waiting writes is queued.
     bool isSaveQueued = false;
-    /// The host has replaced the whole tree, so the next save replaces the whole file.
+    /// The stored tree is one that the host has set, so the next save replaces the whole file.
     bool isTreeReplaced = false;
 
     [[nodiscard]] bool isEmpty() const {
@@ -70,11 +71,19 @@ struct StoredFile {
     /// @{
     /// What the file held when this process last read or replaced it; empty when that is not known.
     std::optional<KnownFile> known;
-    /// Grows whenever `known` or what is unsaved changes without a write of the host.
-    std::uint64_t version = 0;
+    /// Grows whenever `known` changes.
+    std::uint64_t knownVersion = 0;
     UnsavedWrites unsaved;
+    /// Grows whenever `known` or what is unsaved changes.
+    std::uint64_t version = 0;
     /// @}
 
+    /// Returns the old one.
+    std::optional<KnownFile> know(KnownFile file) {
+        ++knownVersion;
+        ++version;
+        return std::exchange(known, std::move(file));
+    }
     /// To be called for each reading of the file but a reload.
     void noteReading(const QRVPlatform::FileIdentity& identity) {
         if (!publishedUpTo) publishedUpTo = identity;

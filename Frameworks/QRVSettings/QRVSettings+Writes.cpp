@@ -90,13 +90,47 @@ void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging 
     if (write.isOfEmpty && !holdsAnEmptyDictionary(tree, write.keyPath)) return;
     std::string prefix;
     if (leadsThroughAValue(tree, write.keyPath, prefix)) {
-        if (write.value.isNull()) return;  // Nothing can be there to remove.
+        if (write.value.isNull() && !write.followsAValue) return;  // Nothing is there to remove.
         if (logging == Writes::Logging::On)
             NSLog("Prefs write of %@ replaces the value that another process stored at %@",
                   {write.keyPath, prefix});
         NSDictionaryQRV::setObjectAtKeyPath(tree, nullptr, prefix);
     }
     NSDictionaryQRV::setObjectAtKeyPath(tree, write.value, write.keyPath);
+}
+
+using Keys = std::vector<std::string>;
+
+// Why no property list can hold the value below these keys.
+std::optional<std::string> refusalBelow(const Keys& keys, PropertyListValue value) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) value = NSDictionary{{*key, value}};
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
+    if (!written.error) return std::nullopt;
+    return written.error->description();
+}
+
+std::string joined(const Keys& keys) {
+    std::string keyPath;
+    for (const std::string& key : keys) keyPath.append(keyPath.empty() ? "" : ".").append(key);
+    return keyPath;
+}
+
+// A dictionary that a property list can hold stays, without the values that it cannot.
+NSDictionary withoutRefused(const NSDictionary& tree, Keys& keys,
+                            std::vector<RefusedWrite>& refused) {
+    const NSMutableDictionary result;
+    for (const auto& [key, value] : tree) {
+        keys.emplace_back(key);
+        const std::optional<std::string> reason = refusalBelow(keys, value);
+        if (!reason)
+            result.setObjectForKey(value, key);
+        else if (value.isDictionary() && !refusalBelow(keys, NSDictionary()))
+            result.setObjectForKey(withoutRefused(value.dictionary(), keys, refused), key);
+        else
+            refused.push_back({joined(keys), *reason});
+        keys.pop_back();
+    }
+    return result.copy();
 }
 
 std::optional<std::string> refusalOf(const Write& write) {
@@ -119,13 +153,15 @@ bool Settled::isIn(const NSDictionary& tree) const {
 }
 
 // An earlier write at the key path may be dropped: whatever happened between the two, above or
-// below the key path, the later one decides what is there. But one that may turn out not to be
+// below the key path, the later one decides what is there. Only to a removal, other than to a
+// value, a value on its way does not give way: `followsAValue`. One that may turn out not to be
 // needed leaves the earlier one in force.
 void Writes::add(Write write) {
     const auto [entry, isNew] = indexes_.try_emplace(write.keyPath, writes_.size());
     if (!isNew) {
         std::optional<Write>& earlier = writes_[std::exchange(entry->second, writes_.size())];
         if (supersedes(write, *earlier)) {
+            write.followsAValue = !earlier->value.isNull() || earlier->followsAValue;
             earlier.reset();
             --count_;
         }
@@ -158,6 +194,18 @@ void Writes::addRecords(const NSArray& log) {
     records_.addObjectsFromArray(log);
 }
 
+void Writes::dropEarlierRecords() {
+    if (records_.isNull()) return;
+    std::unordered_map<std::string, PropertyListValue> latest;
+    for (const PropertyListValue& record : records_)
+        latest[record.dictionary().objectForKey("key").stringValue()] = record;
+    const NSMutableArray kept;
+    for (const PropertyListValue& record : records_)
+        if (latest[record.dictionary().objectForKey("key").stringValue()].isIdenticalTo(record))
+            kept.addObject(record);
+    records_ = kept;
+}
+
 void Writes::append(const Writes& later) {
     if (!later.tree_.isNull()) replaceTree(later.tree_);
     for (const std::optional<Write>& write : later.writes_)
@@ -177,12 +225,24 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
     if (count_ == 0) return start;
     const NSMutableDictionary result = start.isNull() ? NSMutableDictionary() : start.mutableCopy();
     for (const std::optional<Write>& write : writes_)
-        if (write && !(write->unless && write->unless->isIn(tree))) apply(*write, result, logging);
+        if (write && !(write->unless && write->unless->isIn(start))) apply(*write, result, logging);
     return withoutMutableLevels(result, NSPropertyListSerialization::maximumLevels);
+}
+
+// A tree that is refused as a whole, because it is too large, gives way to the file's.
+void Writes::removeRefusedOfTree(std::vector<RefusedWrite>& refused) {
+    if (tree_.isNull() || !refusalBelow({}, tree_)) return;
+    Keys keys;
+    tree_ = withoutRefused(tree_, keys, refused);
+    const std::optional<std::string> reason = refusalBelow({}, tree_);
+    if (!reason) return;
+    refused.push_back({"", *reason});
+    tree_ = nullptr;
 }
 
 std::vector<RefusedWrite> Writes::removeRefused() {
     std::vector<RefusedWrite> refused;
+    removeRefusedOfTree(refused);
     for (std::optional<Write>& write : writes_) {
         if (!write) continue;
         const std::optional<std::string> reason = refusalOf(*write);

@@ -34,8 +34,11 @@ struct Write {
     PropertyListValue value;  ///< frozen; null removes
     /// Null for a write that is always needed.
     std::shared_ptr<const Settled> unless = nullptr;
-    /// A removal that knew of an empty dictionary, and removes nothing else.
+    /// A removal of an empty dictionary, which removes nothing else.
     bool isOfEmpty = false;
+    /// A removal that stands also for an earlier write of a value: to it, too, a value on its way
+    /// gives way.
+    bool followsAValue = false;
 };
 
 /// A write that no property list can hold, and why.
@@ -45,7 +48,8 @@ struct RefusedWrite {
 };
 
 /// Writes in their order, with the change records that belong to them. Of two writes at one key
-/// path the later is kept.
+/// path the later is kept. None leads through a value of an earlier one: the stored tree of the
+/// host has that value, and refuses the write.
 class Writes {
   public:
     void add(Write write);
@@ -69,11 +73,16 @@ class Writes {
     enum class Logging { Off, On };
     [[nodiscard]] NSDictionary appliedTo(const NSDictionary& tree, Logging logging) const;
 
-    /// Takes out the writes that no property list can hold.
+    /// Takes out the writes, and of another tree the values, that no property list can hold.
     std::vector<RefusedWrite> removeRefused();
+
+    void dropRecords() { records_ = nullptr; }
+    /// Leaves the last record of each key path.
+    void dropEarlierRecords();
 
   private:
     void removeGaps();
+    void removeRefusedOfTree(std::vector<RefusedWrite>& refused);
 
     NSDictionary tree_ = nullptr;
     std::vector<std::optional<Write>> writes_;  ///< empty where a later one has replaced it

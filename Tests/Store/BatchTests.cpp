@@ -132,3 +132,31 @@ TEST(Import, EndsAnOpenBatchAndKeepsItsRecords) {
     QRVSettingsCommitBatchSave();
     EXPECT_EQ(store.batchLogChanges().count(), 0U);
 }
+
+TEST(Import, ThatRaisesAnExceptionLeavesNoBatchOpen) {
+    for (const bool merges : {false, true}) {
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setMergesSaves(merges);
+        EXPECT_THROW(QRVSettingsImport(NSDictionary{{"Migration", "no dictionary"}}),
+                     NSInvalidArgumentException);
+        EXPECT_FALSE(store.inBatchSave());
+        QRVSettingsSetObjectForKeyPath(merges, "Later");
+        EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+                  QRVSaveStatus::State::Saved);
+        EXPECT_EQ(fileTree().objectForKey("Later"), merges);
+        EXPECT_EQ(fileTree().objectForKey("Migration"), "no dictionary");
+    }
+}
+
+TEST(Import, AMigrationThatRaisesAnExceptionLeavesNoBatchOpen) {
+    for (const bool merges : {false, true}) {
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setMergesSaves(merges);
+        writeSettings(NSDictionary{{"Migration", "no dictionary"}});
+        EXPECT_THROW(store.prepare(), NSInvalidArgumentException);
+        EXPECT_FALSE(store.inBatchSave());
+        QRVSettingsSetObjectForKeyPath(merges, "Later");
+        finishSaves();
+        EXPECT_EQ(fileTree().objectForKey("Later"), merges);
+    }
+}

@@ -4,37 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <span>
 
 #include "Files/SystemCallFilter.h"
 #include "Platform/Files/Files.h"
-#include "Platform/Files/NSFileCoordinator.h"
-#include "Support/ChildProcess.h"
-#include "Support/StoreSupport.h"
-#include "Support/TracedProcess.h"
+#include "Support/TracedSave.h"
 
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;
-using TracedProcess::Call;
+using namespace TracedSave;
 
 namespace {
-
-std::filesystem::path folder() {
-    return std::filesystem::path(QRVSettingsLocation()).parent_path();
-}
-
-std::set<std::string> filesInFolder() {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder()))
-        names.insert(entry.path().filename().string());
-    return names;
-}
-
-std::set<std::string> fileAndLock() {
-    const std::string name = std::filesystem::path(QRVSettingsLocation()).filename().string();
-    return {name, "." + name + ".lock"};
-}
 
 bool write(const char* keyPath, const PropertyListValue& value) {
     QRVSettingsSetObjectForKeyPath(value, keyPath);
@@ -45,32 +25,6 @@ bool write(const char* keyPath, const PropertyListValue& value) {
 const NSDictionary before{{"Key", "old"}};
 const NSDictionary first{{"Key", "old"}, {"A", "first"}};
 const NSDictionary both{{"Key", "old"}, {"A", "first"}, {"B", "second"}};
-
-bool isOnPath(const Call& call, std::size_t argument) {
-    return call.textOf(argument).starts_with(folder().string());
-}
-
-/// A write to a file of the settings; not a wake-up, nor what a sanitizer writes for itself.
-bool isFileWrite(const Call& call) {
-    if (!call.is({SYS_write})) return false;
-    std::error_code error;
-    const auto target = std::filesystem::read_symlink(
-        "/proc/" + std::to_string(call.thread) + "/fd/" + std::to_string(call.arguments[0]), error);
-    return target.string().starts_with(folder().string());
-}
-
-/// A call of a save that the file system may refuse.
-bool mayFail(const Call& call) {
-    if (call.is({SYS_openat})) return isOnPath(call, 1);
-    if (call.is({SYS_rename, SYS_unlink, SYS_mkdir})) return isOnPath(call, 0);
-    if (call.is({SYS_write})) return isFileWrite(call);
-    return call.is({SYS_fsync, SYS_fdatasync, SYS_flock, SYS_fchmod, SYS_fchown, SYS_utimensat});
-}
-
-/// Nothing fails after this.
-void endOfFailures() {
-    syscall(SYS_getppid);
-}
 
 /// Answers how many calls there were that might have failed.
 int runWithFailureOf(int unlucky, int error, const std::function<bool()>& body) {
@@ -85,20 +39,10 @@ int runWithFailureOf(int unlucky, int error, const std::function<bool()>& body) 
     return count;
 }
 
-bool writerGetsTheLock() {
-    ChildProcess process([] {
-        bool got = false;
-        NSFileCoordinator().coordinateWritingItemAtURL(
-            QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
-            [&got](const std::string&) { got = true; });
-        return got;
-    });
-    return process.succeeded();
-}
-
 /// What a system call does to the settings file; empty when nothing.
 std::string stepOf(const Call& call, std::uint64_t& newFile) {
-    if (call.is({SYS_openat}) && call.textOf(1).ends_with(".tmp")) return "create";
+    const bool creates = call.is({SYS_openat}) && (call.arguments[2] & O_CREAT) != 0;
+    if (creates && call.textOf(1).ends_with(".tmp")) return "create";
     if (call.is({SYS_fchmod}) && newFile == 0) {
         newFile = call.arguments[0];
         return "set mode";

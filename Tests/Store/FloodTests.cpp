@@ -4,13 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <random>
 
-#include "Support/ChildProcess.h"
-#include "Support/MachineSupport.h"
-#include "Support/StoreSupport.h"
+#include "Support/HostProcess.h"
 
+using namespace HostProcess;
 using StoreSupport::drainUntil;
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;
@@ -20,12 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t processes = 8;
-
-int killsWanted() {
-    constexpr int aFew = 40;
-    const char* const text = std::getenv("QRV_FLOOD_KILLS");
-    return text == nullptr ? aFew : std::stoi(text);
-}
 
 std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
@@ -38,70 +30,118 @@ std::size_t residentBytes() {
     return resident * 4096;
 }
 
-/// What the processes wait for, each on its own.
-struct Gates {
-    Gate endOfWriting;
-    std::array<Gate, processes> hasWritten;
-    Gate allHaveWritten;
+std::string moduleOf(std::size_t self) {
+    return "Process" + std::to_string(self);
+}
+
+class Flood {
+  public:
+    explicit Flood(Mode mode) : mode_(mode) {
+        MachineSupport::beMachine("1", "M");
+        for (std::size_t index = 0; index < processes; ++index) start(index);
+    }
+
+    void killSome(int kills) {
+        std::mt19937 random(20);
+        for (int count = 0; count < kills; ++count) {
+            // any moment
+            std::this_thread::sleep_for(std::chrono::microseconds(random() % 30'000));
+            const std::size_t index = random() % processes;
+            children_.at(index)->send(SIGKILL);
+            ASSERT_TRUE(children_.at(index)->diedOf(SIGKILL));
+            ASSERT_NO_FATAL_FAILURE(expectWhatWasSaved()) << "after kill " << count;
+            start(index);
+        }
+    }
+    void end() {
+        endOfWriting_.open();
+        for (const Gate& hasWritten : hasWritten_) ASSERT_TRUE(hasWritten.wait());
+        allHaveWritten_.open();
+        for (const auto& child : children_) EXPECT_TRUE(child->succeeded());
+        ASSERT_NO_FATAL_FAILURE(expectWhatWasSaved());
+        const auto folder = fs::path(QRVSettingsLocation()).parent_path();
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2) << "the file and its lock";
+    }
+
+  private:
+    void start(std::size_t index) {
+        constexpr std::int64_t farApart = 1'000'000;
+        firstNumber_ += farApart;
+        children_.at(index) = std::make_unique<ChildProcess>(
+            [this, index, number = firstNumber_] { return writeAndWatch(index, number); });
+    }
+
+    /// In each process.
+    void writeOnce(std::size_t self, std::int64_t number) const {
+        QRVSettingsSetObjectForKeyPath(number, moduleOf(self) + ".Number");
+        QRVSettingsSetObjectForKeyPath(NSArray{number, "text"}, moduleOf(self) + ".Menubar.Items");
+        QRVSettingsSetObjectForKeyPath(moduleOf(self) + " wrote " + std::to_string(number),
+                                       "Shared.Last");
+        if (allIsSaved()) saved_[self] = number;
+        DispatchMainQueue::shared().drain();
+    }
+
+    /// The life of one process. In the end it may have no more memory and descriptors than after
+    /// its first writes, and when it merges, has to hold what the file holds.
+    bool writeAndWatch(std::size_t self, std::int64_t number) const {
+        constexpr int warmUp = 20;
+        constexpr std::size_t allowedGrowth = 48U << 20U;  // a sanitizer keeps what was freed
+        HostProcess::start(mode_, true);
+        for (int count = 0; count < warmUp; ++count) writeOnce(self, ++number);
+        const std::size_t memory = residentBytes();
+        const std::size_t descriptors = openDescriptors();
+        while (!endOfWriting_.isOpen()) writeOnce(self, ++number);
+        writeOnce(self, ++number);
+        hasWritten_.at(self).open();
+        if (!allHaveWritten_.wait()) return false;
+        if (mode_ == Mode::Merging) {
+            if (saved_[self] != number) return false;
+            if (!drainUntil([] { return QRVSettingsStoredValues() == fileTree(); })) return false;
+        }
+        QRVSettings::sharedSettings().readQueue().sync([] {});
+        return openDescriptors() <= descriptors + 2 && residentBytes() <= memory + allowedGrowth;
+    }
+
+    /// The file is whole. When processes merge, it has what each of them, killed or not, was told
+    /// is saved.
+    void expectWhatWasSaved() const {
+        std::array<std::int64_t, processes> saved{};
+        for (std::size_t index = 0; index < processes; ++index) saved.at(index) = saved_[index];
+        const bool exists = fs::exists(QRVSettingsLocation());
+        const NSDictionary tree = fileTree();
+        ASSERT_TRUE(!exists || !tree.isNull());
+        if (mode_ != Mode::Merging) return;
+        for (std::size_t index = 0; index < processes; ++index) {
+            if (saved.at(index) == 0) continue;
+            const NSDictionary module = tree.objectForKey(moduleOf(index)).dictionary();
+            const NSArray items =
+                module.objectForKey("Menubar").dictionary().objectForKey("Items").array();
+            ASSERT_GE(module.objectForKey("Number").integerValue(), saved.at(index));
+            ASSERT_GE(items.objectAtIndex(0).integerValue(), saved.at(index));
+        }
+    }
+
+    Mode mode_;
+    Gate endOfWriting_;
+    std::array<Gate, processes> hasWritten_;
+    Gate allHaveWritten_;
+    SharedNumbers saved_{processes};  ///< the last number that each was told is saved
+    std::int64_t firstNumber_ = 0;
+    std::array<std::unique_ptr<ChildProcess>, processes> children_;  // destroyed first
 };
-
-void writeOnce(std::size_t self, std::int64_t number) {
-    const std::string module = "Process" + std::to_string(self);
-    QRVSettingsSetObjectForKeyPath(number, module + ".Number");
-    QRVSettingsSetObjectForKeyPath(NSArray{number, "text"}, module + ".Menubar.Items");
-    finishSaves();
-    DispatchMainQueue::shared().drain();
-}
-
-/// The life of one process. In the end it has to hold what the file holds, and no more memory and
-/// descriptors than after its first writes.
-bool writeAndWatch(std::size_t self, std::int64_t firstNumber, const Gates& gates) {
-    constexpr std::int64_t warmUp = 20;
-    constexpr std::size_t allowedGrowth = 48U << 20U;  // a sanitizer keeps what was freed
-    MachineSupport::startWatching();
-    std::int64_t number = firstNumber;
-    for (; number < firstNumber + warmUp; ++number) writeOnce(self, number);
-    const std::size_t memory = residentBytes();
-    const std::size_t descriptors = openDescriptors();
-    while (!gates.endOfWriting.isOpen()) writeOnce(self, ++number);
-    writeOnce(self, ++number);
-    gates.hasWritten.at(self).open();
-    if (!gates.allHaveWritten.wait()) return false;
-    if (!drainUntil([] { return QRVSettingsStoredValues() == fileTree(); })) return false;
-    QRVSettings::sharedSettings().readQueue().sync([] {});
-    return openDescriptors() <= descriptors + 2 && residentBytes() <= memory + allowedGrowth;
-}
-
-bool fileIsWhole() {
-    return !fs::exists(QRVSettingsLocation()) || !fileTree().isNull();
-}
 
 }  // namespace
 
-TEST(Flood, ProcessesKilledAtAnyMomentLeaveWholeFilesAndTheOthersEndAlike) {
-    const Gates gates;
-    std::mt19937 random(20);
-    std::array<std::unique_ptr<ChildProcess>, processes> children;
-    std::int64_t firstNumber = 0;
-    const auto start = [&](std::size_t index) {
-        constexpr std::int64_t farApart = 1'000'000;
-        firstNumber += farApart;
-        children.at(index) = std::make_unique<ChildProcess>(
-            [&gates, index, number = firstNumber] { return writeAndWatch(index, number, gates); });
-    };
-    for (std::size_t index = 0; index < processes; ++index) start(index);
-    for (int kills = 0; kills < killsWanted(); ++kills) {
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 30'000));  // any moment
-        const std::size_t index = random() % processes;
-        children.at(index)->send(SIGKILL);
-        ASSERT_TRUE(children.at(index)->diedOf(SIGKILL));
-        ASSERT_TRUE(fileIsWhole()) << "after kill " << kills;
-        start(index);
-    }
-    gates.endOfWriting.open();
-    for (const Gate& hasWritten : gates.hasWritten) ASSERT_TRUE(hasWritten.wait());
-    gates.allHaveWritten.open();
-    for (const auto& child : children) EXPECT_TRUE(child->succeeded());
-    const auto folder = fs::path(QRVSettingsLocation()).parent_path();
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2) << "the file and its lock";
+TEST(Flood, WhatWasSavedSurvivesKillsAtAnyMomentAndTheOthersEndAlike) {
+    Flood flood(Mode::Merging);
+    constexpr int aFew = 40;
+    ASSERT_NO_FATAL_FAILURE(flood.killSome(sizeFromEnvironment("QRV_FLOOD_KILLS", aFew)));
+    flood.end();
+}
+
+TEST(Flood, ProcessesThatSaveWholeTreesLeaveWholeFilesWhenTheyAreKilled) {
+    Flood flood(Mode::WholeTrees);
+    constexpr int aFew = 20;
+    ASSERT_NO_FATAL_FAILURE(flood.killSome(aFew));
+    flood.end();
 }

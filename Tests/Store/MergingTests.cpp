@@ -2,12 +2,15 @@
 // Saves that bring only what this process wrote, beside another writer of the file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
+#include <array>
 #include <future>
-#include <set>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
+#include "QRVSettings/NSDictionary+QRV.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
@@ -79,6 +82,37 @@ class HeldQueue {
     std::promise<void> gate_;
 };
 
+/// The renames to the settings file since its creation.
+class Replacements {
+  public:
+    Replacements() : events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        const std::filesystem::path path = QRVSettingsLocation();
+        name_ = path.filename();
+        EXPECT_GE(inotify_add_watch(events_, path.parent_path().c_str(), IN_MOVED_TO), 0);
+    }
+    Replacements(const Replacements&) = delete;
+    Replacements& operator=(const Replacements&) = delete;
+    ~Replacements() { close(events_); }
+
+    [[nodiscard]] int count() const {
+        int count = 0;
+        alignas(inotify_event) std::array<char, 4096> events{};
+        for (;;) {
+            const ssize_t size = read(events_, events.data(), events.size());
+            if (size <= 0) return count;
+            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
+                const auto* event = reinterpret_cast<const inotify_event*>(&events.at(at));
+                if (event->name == name_) ++count;
+                at += sizeof(inotify_event) + event->len;
+            }
+        }
+    }
+
+  private:
+    int events_;
+    std::string name_;
+};
+
 }  // namespace
 
 TEST(Merging, IsOffAtTheStart) {
@@ -122,29 +156,31 @@ TEST(Merging, ARemovalIsSavedAndNothingElseIsRemoved) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"z", 3}}}}));
 }
 
-TEST(Merging, TheRemovalOfAnEmptyDictionaryLeavesOneThatAnotherProcessHasFilled) {
+TEST(Merging, EmptyLevelsThatAnotherProcessHasFilledStay) {
     const MergingHost host;
+    const auto removeWithLevels = [] {
+        QRVSettingsSetObjectForKeyPath(nullptr, "A.B.C");
+        QRVSettingsRemoveEmptyLevelsAbove("A.B.C");
+    };
     QRVSettingsSetObjectForKeyPath(1, "A.B.C");
     finishSaves();
-    const auto removeLevels = [] {
-        for (const char* const keyPath : {"A.B.C", "A.B", "A"})
-            QRVSettingsSetObjectForKeyPath(nullptr, keyPath);
-    };
     {
         const HeldQueue held;
-        removeLevels();
+        removeWithLevels();
         otherSets(NSDictionary{{"B", NSDictionary{{"C", 1}}}, {"D", 2}}, "A");
     }
     finishSaves();
     EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"D", 2}}}}));
     MergingHost::drain();
-    QRVSettingsSetObjectForKeyPath(nullptr, "A");
+    QRVSettingsSetObjectForKeyPath(nullptr, "A.D");
+    QRVSettingsRemoveEmptyLevelsAbove("A.D");
     finishSaves();
-    EXPECT_EQ(fileTree(), NSDictionary()) << "this process knew what it removed";
+    EXPECT_EQ(fileTree(), NSDictionary());
     {
         const HeldQueue held;
         QRVSettingsSetObjectForKeyPath(NSDictionary{{"B", NSDictionary{{"C", 1}}}}, "A");
-        removeLevels();
+        removeWithLevels();
+        removeWithLevels();
     }
     finishSaves();
     EXPECT_EQ(fileTree(), NSDictionary()) << "none of its own writes is left";
@@ -251,6 +287,28 @@ TEST(Merging, SavesInLineBecomeOne) {
     EXPECT_EQ(QRVSettings::sharedSettings().localChanges().count(), 1000U);
 }
 
+TEST(Merging, TenThousandWritesReplaceTheFileAFewTimes) {
+    constexpr int settings = 1000;
+    constexpr int writes = 10'000;
+    const auto keyPath = [](int number) {
+        return "Group" + std::to_string(number % 40) + ".Key" + std::to_string(number % settings);
+    };
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(true, "First");
+    finishSaves();
+    const Replacements replacements;
+    for (int number = 0; number < writes; ++number)
+        QRVSettingsSetObjectForKeyPath(number, keyPath(number));
+    finishSaves();
+    const int count = replacements.count();
+    EXPECT_GE(count, 1);
+    EXPECT_LT(count, writes / 100);
+    RecordProperty("Replacements", count);
+    const NSDictionary tree = fileTree();
+    for (int number = writes - settings; number < writes; ++number)
+        EXPECT_EQ(NSDictionaryQRV::objectAtKeyPath(tree, keyPath(number)), number);
+}
+
 TEST(Merging, SavesWithoutRecordsReplaceTheWholeFile) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(1, "A");
@@ -292,6 +350,63 @@ TEST(Merging, AValueThatNoFileCanHoldDoesNotStopTheOthers) {
     setFileFailureHandler(nullptr);
 }
 
+TEST(Merging, ATreeWithAValueThatNoFileCanHoldIsSavedWithoutItAndStopsNoLaterSave) {
+    const MergingHost host;
+    std::vector<std::string> reported;
+    setFileFailureHandler(
+        [&reported](const FileFailure& failure) { reported.push_back(failure.keyPath); });
+    QRVSettingsSaveObject(NSDictionary{
+        {"Good", 1}, {"Level", NSDictionary{{"Null", NSNull{}}, {"Good", 2}}}, {"Bad", "\xFF"}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"Bad", "Level.Null"}));
+    EXPECT_EQ(fileTree(), NSDictionary({{"Good", 1}, {"Level", NSDictionary{{"Good", 2}}}}));
+    EXPECT_THAT(reported, UnorderedElementsAre("Bad", "Level.Null"));
+    QRVSettingsSetObjectForKeyPath(3, "Later");
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Later"), 3);
+    setFileFailureHandler(nullptr);
+}
+
+TEST(Merging, ATreeThatIsReplacedBeforeItWasSavedHasNotFailed) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths, NSArray({"A"}));
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ATreeThatIsReadAgainReplacesNothing) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    QRVSettings::sharedSettings().setStorageCache(nullptr);
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1);
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
+TEST(Merging, SavesThatGoOnFailingKeepOneRecordOfEachKeyPath) {
+    const MergingHost host;
+    const std::string lock = filesBeside(QRVSettingsLocation()).lock;
+    std::filesystem::create_directories(lock);
+    for (int number = 0; number < 20; ++number) {
+        QRVSettingsSetObjectForKeyPath(number, "A");
+        finishSaves();
+    }
+    std::filesystem::remove(lock);
+    QRVSettingsSetObjectForKeyPath(20, "A");
+    finishSaves();
+    DispatchMainQueue::shared().drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 20}}));
+    EXPECT_EQ(QRVSettings::sharedSettings().localChanges().count(), 2U) << "kept and last";
+}
+
 TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     const MergingHost host;
     const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
@@ -306,6 +421,42 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     QRVSettingsSetObjectForKeyPath(3, "B");
     EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
+TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    QRVSettingsCommitBatchSave();
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+}
+
+TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
+    const MergingHost host;
+    MergingHost::notify();  // no file is known
+    otherSets(2, "Other");
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
+    std::filesystem::remove(QRVSettingsLocation());
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
 }
 
 TEST(Merging, AMigrationThatAnotherProcessHasSavedIsNotDoneAgain) {

@@ -302,6 +302,24 @@ TEST(Monitoring, TwoThatSaveHundredsOfTimesEndWithTheSameSettings) {
     EXPECT_TRUE(other.succeeded());
 }
 
+TEST(Monitoring, AChangeReadBesideAWriteArrivesAndMemoryEndsAsTheFile) {
+    Writer writer([] { QRVSettingsSetObjectForKeyPath("x", "Other"); });
+    const Host host;
+    ASSERT_TRUE(writer.run());
+    const QRVSettings& store = QRVSettings::sharedSettings();
+    ASSERT_TRUE(waitUntil([&store] {
+        const auto attributes = attributesOfItemAtPath(store.location());
+        return attributes && store.modificationDate() == attributes->modificationDate;
+    }));
+    store.readQueue().sync([] {});  // it is read now, and not yet published
+    EXPECT_TRUE(QRVSettingsObjectForKeyPath("Other").isNull());
+    QRVSettingsSetObjectForKeyPath("y", "Own");
+    EXPECT_TRUE(host.receives("Other"));
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Own"), "y");
+    EXPECT_TRUE(drainUntil([] { return QRVSettingsStoredValues() == fileTree(); }));
+}
+
 TEST(Monitoring, WhatChangedBeforeTheWatchBeganReachesTheHandler) {
     StoreSupport::writeSettings(NSDictionary{{"First", 1}});
     MachineSupport::beMachine("1", "M");

@@ -5,15 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
 #include <random>
 #include <string>
 #include <thread>
 
-#include "Support/ChildProcess.h"
-#include "Support/MachineSupport.h"
-#include "Support/StoreSupport.h"
+#include "Support/HostProcess.h"
 
+using namespace HostProcess;
 using StoreSupport::drainUntil;
 using StoreSupport::fileTree;
 using StoreSupport::finishSaves;
@@ -24,8 +22,9 @@ namespace {
 /// else saves any more.
 class Writer {
   public:
-    explicit Writer(std::string keyPath)
-        : process_([this, keyPath] {
+    Writer(std::string keyPath, Mode mode)
+        : process_([this, keyPath, mode] {
+              QRVSettings::sharedSettings().setMergesSaves(mode == Mode::Merging);
               if (!start_.wait()) return false;
               for (int number = 0; number < 100; ++number) {
                   QRVSettingsSetObjectForKeyPath(number, keyPath);
@@ -87,10 +86,13 @@ std::string someKeyPath(std::mt19937& random) {
     return "Host.Group" + std::to_string(random() % 3) + ".Key" + std::to_string(random() % 5);
 }
 
-void doSomething(std::mt19937& random) {
+/// What this host wrote last, by key path.
+using OwnWrites = std::map<std::string, int>;
+
+void doSomething(std::mt19937& random, OwnWrites& own) {
     const std::string keyPath = someKeyPath(random);
     const int number = static_cast<int>(random() % 100);
-    switch (random() % 8) {
+    switch (random() % 10) {
         case 0:
             QRVSettingsPrepareBatchSave();
             break;
@@ -102,6 +104,7 @@ void doSomething(std::mt19937& random) {
             break;
         case 3:
             QRVSettingsSetObjectForKeyPath(number, keyPath);
+            own[keyPath] = number;
             break;
         case 4:
             QRVSettingsClearCacheForKeyPath(keyPath);
@@ -110,34 +113,38 @@ void doSomething(std::mt19937& random) {
             finishSaves();
             DispatchMainQueue::shared().drain();
             break;
+        case 6:
+            QRVSettingsWaitForSaves(std::chrono::milliseconds(number % 2));
+            break;
+        case 7:  // as a notification, also when nothing has changed
+            QRVSettings::sharedSettings().presenterQueue()->addOperation(
+                [] { QRVSettings::sharedSettings().presentedItemDidChange(); });
+            break;
         default:
             QRVSettingsBoolForKeyPath(keyPath);
             QRVSettingsProfileObjectForKeyPath(keyPath);
     }
 }
 
-}  // namespace
-
-TEST(Stress, AHostAmongTwoWritersEndsWithWhatIsInTheFile) {
-    Writer first("First");
-    Writer second("Second");
+OwnWrites runAmongTwoWriters(Mode mode) {
+    Writer first("First", mode);
+    Writer second("Second", mode);
     MachineSupport::beMachine("1", "M");
     QRVSettings& store = QRVSettings::sharedSettings();
     int changes = 0;
-    store.setMonitorFileChanges(true);
     store.setOnChange([&](const NSArray& keyPaths) {
         ++changes;
         for (const PropertyListValue& keyPath : keyPaths)
             QRVSettingsObjectForKeyPath(keyPath.stringValue());
     });
-    store.loadDefaults();
-    store.prepare();
+    HostProcess::start(mode, true);
     const Onlooker onlooker;
     first.start();
     second.start();
 
+    OwnWrites own;
     std::mt19937 random(20);
-    while (!first.manyAreDone() || !second.manyAreDone()) doSomething(random);
+    while (!first.manyAreDone() || !second.manyAreDone()) doSomething(random, own);
     QRVSettingsCommitBatchSave();
     finishSaves();
     EXPECT_TRUE(first.saveTheLast());
@@ -150,4 +157,19 @@ TEST(Stress, AHostAmongTwoWritersEndsWithWhatIsInTheFile) {
     EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
     EXPECT_GT(changes, 0);
     store.setOnChange(nullptr);
+    return own;
+}
+
+}  // namespace
+
+TEST(Stress, AHostAmongTwoWritersEndsWithWhatIsInTheFile) {
+    runAmongTwoWriters(Mode::WholeTrees);
+}
+
+TEST(Stress, AHostThatMergesAmongTwoWritersLosesNothing) {
+    const OwnWrites own = runAmongTwoWriters(Mode::Merging);
+    const NSDictionary tree = fileTree();
+    for (const auto& [keyPath, number] : own)
+        EXPECT_EQ(NSDictionaryQRV::objectAtKeyPath(tree, keyPath), number) << keyPath;
+    EXPECT_FALSE(own.empty());
 }

@@ -40,14 +40,14 @@ std::error_code WriteAccess::putInPlace(const std::string& newFile) {
         ofOld = FileLock::againstReaders(path_);
     if (readersWait_ == ReadersWait::DuringAccess) ofNew = FileLock::againstReaders(newFile);
     // Before the rename: afterwards the path may name the file of somebody who does not coordinate.
-    HeldFile held = HeldFile::at(newFile);
+    const HeldFile held = HeldFile::at(newFile);
     const std::error_code error = PresenterRegistry::replaceFor(performer_, newFile, [&] {
         return std::rename(newFile.c_str(), path_.c_str()) == 0 ? std::error_code()
                                                                 : FileFailures::lastError();
     });
     if (error) return error;
     isReplaced_ = true;
-    newFile_ = std::move(held);
+    newFile_ = held.afterRename();
     lockAgainstReaders_ = std::move(ofNew);
     return {};
 }

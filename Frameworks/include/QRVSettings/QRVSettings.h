@@ -134,8 +134,9 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   every key path whose stored value another process has changed, and no other.
     /// - At most one save runs and one waits. What is written meanwhile joins the waiting one.
     /// - A value that no property list can hold is left out of the save, and reported to the
-    ///   failure handler with its key path. The writes of a save that fails join the next one.
-    /// - The removal of an empty dictionary leaves one that another process has filled meanwhile.
+    ///   failure handler with its key path. Reads give it until the file is read again; then the
+    ///   change handler receives its key path, too. The writes of a save that fails join the next
+    ///   one.
     /// - A migration, or a reset for new hardware, that another process has already saved is not
     ///   done a second time.
     [[nodiscard]] bool mergesSaves() const;
@@ -292,6 +293,11 @@ QRV_EXPORT bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath);
 QRV_EXPORT void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value,
                                                         QRVKeyPath keyPath, bool withCache);
 QRV_EXPORT void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath);
+
+/// Removes the stored dictionaries above the key path that are empty, up to the first that is not:
+/// a read of an empty one answers with it, and not with the default. One write and one save for
+/// each. A merging save leaves those that another process has filled meanwhile.
+QRV_EXPORT void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath);
 
 /// Queues a save of the whole tree, with the change records (or null) that belong to it; while
 /// `inBatchSave()` it only gathers the records. The tree goes to the file as it is when the save

@@ -4,7 +4,6 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
-#include "Settings/EmptyLevels.h"
 #include "Settings/Preparation.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Saving.h"
@@ -49,7 +48,7 @@ void PendingChanges::write(const std::string& storedKeyPath, const std::function
     try {
         change();
         if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
-            removeEmptyLevelsAbove(storedKeyPath);
+            QRVSettingsRemoveEmptyLevelsAbove(storedKeyPath);
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }

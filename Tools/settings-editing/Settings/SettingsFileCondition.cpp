@@ -28,7 +28,7 @@ SettingsFileCondition conditionOfContents(const std::string& bytes) {
 SettingsFileCondition conditionOf(const QRVPlatform::FileContents& file) {
     if (file.isMissing()) return {};
     // A save replaces such a file like any other damaged one.
-    if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB", nullptr, {}};
+    if (file.error == std::errc::file_too_large) return {{}, "larger than 512 MiB", nullptr, {}};
     if (file.error) return {file.error, {}, nullptr, {}};
     return conditionOfContents(file.bytes);
 }
