@@ -336,9 +336,9 @@ NSDictionary UnsavedWrites::onTopOf(const NSDictionary& tree) const {
     return ofBatch.appliedTo(result, Writes::Logging::Off);
 }
 
-void queueMergingSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
-                             const PropertyListValue& value, const NSArray& log) {
-    Write write{std::move(keyPath), frozen(value), StoreInside::state().unless};
+void queueMergingSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSArray& log) {
+    write.value = frozen(write.value);
+    write.unless = StoreInside::state().unless;
     queueOrJoinBatch(tree, log, [&write](Writes& writes) { writes.add(std::move(write)); });
 }
 

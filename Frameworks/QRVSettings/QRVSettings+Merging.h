@@ -17,9 +17,8 @@ namespace QRVInside {
 
 /// As QRVSettingsSaveObjectWithLog.
 void queueMergingSave(const NSDictionary& object, const NSArray& log);
-/// Of one write; `tree` is the stored tree after it. During a batch it only joins the batch.
-void queueMergingSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
-                             const PropertyListValue& value, const NSArray& log);
+/// As `queueSaveOfWrite`. During a batch the write only joins the batch.
+void queueMergingSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSArray& log);
 /// Of the stored tree at the end of a batch, with the records that the batch has gathered.
 void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log);
 

@@ -75,7 +75,8 @@ void queueReload(Reload::Kind kind);
 
 // One at a time: during steady writing each reload needs a second one, and they would multiply.
 void queueSecondReload() {
-    if (StoreInside::state().isSecondReloadQueued.exchange(true)) return;
+    const unsigned ofThisProcess = QRVPlatform::Threads::forkCount() + 1;
+    if (StoreInside::state().queuedSecondReload.exchange(ofThisProcess) == ofThisProcess) return;
     const auto reload = [] { queueReload(Reload::Kind::AfterSaves); };
     if (StoreInside::state().saves.isPending()) {
         store().queue().async(reload);
@@ -117,7 +118,7 @@ void publish(const Reload& reload) {
 
 void runReload(Reload::Kind kind) {
     StoreInside::State& state = StoreInside::state();
-    if (kind == Reload::Kind::AfterSaves) state.isSecondReloadQueued = false;
+    if (kind == Reload::Kind::AfterSaves) state.queuedSecondReload = 0;
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
     Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,

@@ -71,6 +71,13 @@ std::vector<std::string> keyPathsOf(const NSArray& log) {
     return keyPaths;
 }
 
+/// The point in time after the timeout, which may be negative or longer than the clock can count.
+std::chrono::steady_clock::time_point deadlineAfter(std::chrono::milliseconds timeout) {
+    constexpr std::chrono::hours longest(24 * 365);
+    return std::chrono::steady_clock::now() +
+           std::clamp<std::chrono::milliseconds>(timeout, {}, longest);
+}
+
 std::string saveTree(QRVPlatform::WriteAccess& access, const std::string& bytes,
                      const NSArray& log) {
     StoreInside::State& state = StoreInside::state();
@@ -141,10 +148,12 @@ void QRVInside::reportUnsaved(const std::string& keyPath) {
 void QRVInside::coordinateSave(
     SaveOutcome& outcome, const std::function<std::string(QRVPlatform::WriteAccess&)>& accessor) {
     const QRVSettings& store = QRVSettings::sharedSettings();
+    QRVPlatform::LockWait wait;
+    if (const auto timeout = store.saveLockTimeout()) wait.deadline = deadlineAfter(*timeout);
     const std::error_code error = QRVPlatform::coordinateWriting(
         NSFileCoordinator(&store), store.location(),
         NSFileCoordinator::WritingOptions::ForReplacing,
-        [&](QRVPlatform::WriteAccess& access) { outcome.failure = accessor(access); });
+        [&](QRVPlatform::WriteAccess& access) { outcome.failure = accessor(access); }, wait);
     if (error) outcome.failure = error.message();
 }
 
@@ -207,11 +216,11 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std:
     return {};
 }
 
-void QRVInside::queueSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
-                                 const PropertyListValue& value, const NSDictionary& record) {
+void QRVInside::queueSaveOfWrite(const NSMutableDictionary& tree, Write write,
+                                 const NSDictionary& record) {
     const NSArray log = NSArray::arrayWithObject(record);
     if (StoreInside::state().mergesSaves)
-        queueMergingSaveOfWrite(tree, std::move(keyPath), value, log);
+        queueMergingSaveOfWrite(tree, std::move(write), log);
     else
         QRVSettingsSaveObjectWithLog(tree.copy(), log);
 }
@@ -239,9 +248,7 @@ void QRVSettingsSynchronize() {}
 
 QRVSaveStatus QRVSettingsWaitForSaves(std::chrono::milliseconds timeout) {
     requireHostThread();
-    constexpr std::chrono::hours longest(24 * 365);
-    const auto deadline = std::chrono::steady_clock::now() +
-                          std::clamp<std::chrono::milliseconds>(timeout, {}, longest);
+    const auto deadline = deadlineAfter(timeout);
     const StoreInside::State& state = StoreInside::state();
     QRVSaveStatus status;
     const bool haveEnded = state.saves.waitUntil(deadline);

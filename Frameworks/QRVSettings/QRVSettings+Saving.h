@@ -18,9 +18,9 @@ class WriteAccess;
 
 namespace QRVInside {
 
-/// Queues the save of one write, on the host's thread. `tree` is the stored tree after the write.
-void queueSaveOfWrite(const NSMutableDictionary& tree, std::string keyPath,
-                      const PropertyListValue& value, const NSDictionary& record);
+/// Queues the save of one write, on the host's thread. `tree` is the stored tree after the write,
+/// whose value need not be frozen.
+void queueSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSDictionary& record);
 
 void logMissingValue();
 

@@ -10,6 +10,9 @@ namespace QRVInside {
 
 /// Writes at `keyPath`. A value that equals the default at `keyPathOfDefault` is not stored. Throws
 /// as QRVSettingsSetObjectForKeyPath does.
-void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault);
+///
+/// `isOfEmpty`: `Write::isOfEmpty`.
+void writeSetting(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault,
+                  bool isOfEmpty = false);
 
 }  // namespace QRVInside

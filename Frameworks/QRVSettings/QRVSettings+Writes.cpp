@@ -75,7 +75,19 @@ bool leadsThroughAValue(const NSDictionary& tree, std::string_view keyPath, std:
     }
 }
 
+bool holdsAnEmptyDictionary(const NSDictionary& tree, const std::string& keyPath) {
+    const PropertyListValue stored = NSDictionaryQRV::objectAtKeyPath(tree, keyPath);
+    return stored.isDictionary() && stored.dictionary().count() == 0;
+}
+
+// Whether the later of two writes at one key path leaves nothing of the earlier.
+bool supersedes(const Write& later, const Write& earlier) {
+    return (!later.unless || later.unless == earlier.unless) &&
+           (!later.isOfEmpty || earlier.isOfEmpty);
+}
+
 void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging logging) {
+    if (write.isOfEmpty && !holdsAnEmptyDictionary(tree, write.keyPath)) return;
     std::string prefix;
     if (leadsThroughAValue(tree, write.keyPath, prefix)) {
         if (write.value.isNull() && !write.followsAValue) return;  // Nothing is there to remove.
@@ -148,7 +160,7 @@ void Writes::add(Write write) {
     const auto [entry, isNew] = indexes_.try_emplace(write.keyPath, writes_.size());
     if (!isNew) {
         std::optional<Write>& earlier = writes_[std::exchange(entry->second, writes_.size())];
-        if (!write.unless || write.unless == earlier->unless) {
+        if (supersedes(write, *earlier)) {
             write.followsAValue = !earlier->value.isNull() || earlier->followsAValue;
             earlier.reset();
             --count_;

@@ -34,6 +34,8 @@ struct Write {
     PropertyListValue value;  ///< frozen; null removes
     /// Null for a write that is always needed.
     std::shared_ptr<const Settled> unless = nullptr;
+    /// A removal of an empty dictionary, which removes nothing else.
+    bool isOfEmpty = false;
     /// A removal that stands also for an earlier write of a value: to it, too, a value on its way
     /// gives way.
     bool followsAValue = false;

@@ -12,6 +12,8 @@
 // 8. The save is queued with the tree and the record.
 
 #include <array>
+#include <string>
+#include <utility>
 
 #include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/NSDictionary+QRV.h"
@@ -27,6 +29,10 @@ using QRVInside::StoreInside;
 
 namespace {
 
+bool isEmptyDictionary(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() == 0;
+}
+
 NSDictionary changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
     static const PropertyListValue key("key");
@@ -39,7 +45,7 @@ NSDictionary changeRecord(QRVKeyPath keyPath) {
 }  // namespace
 
 void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
-                             QRVKeyPath keyPathOfDefault) {
+                             QRVKeyPath keyPathOfDefault, bool isOfEmpty) {
     requireHostThread();
     const QRVSettings& store = QRVSettings::sharedSettings();
     NSMutableDictionary working = storedTree().mutableCopy();  // 1
@@ -48,11 +54,13 @@ void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
     const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
     const PropertyListValue stored = isDefault ? nullptr : value;
-    const NSDictionary record = changeRecord(keyPath);                       // 4
-    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);           // 5
-    replaceStoredTree(working);                                              // 6
-    store.cache().setObjectForKey(value, keyPath.text());                    // 7
-    queueSaveOfWrite(working, std::string(keyPath.text()), stored, record);  // 8
+    const NSDictionary record = changeRecord(keyPath);  // 4
+    Write write{std::string(keyPath.text()), stored};
+    write.isOfEmpty = isOfEmpty;
+    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
+    replaceStoredTree(working);                                     // 6
+    store.cache().setObjectForKey(value, keyPath.text());           // 7
+    queueSaveOfWrite(working, std::move(write), record);            // 8
 }
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,
@@ -62,6 +70,18 @@ void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRV
 
 void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath) {
     QRVSettingsSetObjectForKeyPathWithCache(value, keyPath, false);
+}
+
+void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath) {
+    requireHostThread();
+    if (keyPath.isNull()) return;
+    std::string level(keyPath.text());
+    for (std::size_t end = level.rfind('.'); end != level.npos; end = level.rfind('.')) {
+        level.resize(end);
+        if (!isEmptyDictionary(NSDictionaryQRV::objectAtKeyPath(QRVInside::storedTree(), level)))
+            return;
+        QRVInside::writeSetting(nullptr, level, level, true);
+    }
 }
 
 void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath) {

@@ -64,6 +64,13 @@ void QRVSettings::setMergesSaves(bool mergesSaves) {
     state_->mergesSaves = mergesSaves;
 }
 
+std::optional<std::chrono::milliseconds> QRVSettings::saveLockTimeout() const {
+    return state_->saveLockTimeout.load();
+}
+void QRVSettings::setSaveLockTimeout(std::optional<std::chrono::milliseconds> saveLockTimeout) {
+    state_->saveLockTimeout.store(saveLockTimeout);
+}
+
 bool QRVSettings::disableCache() const {
     return state_->disableCache;
 }

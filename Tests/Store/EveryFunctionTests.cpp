@@ -115,6 +115,8 @@ Actions ofTheHost() {
              use(store().inBatchSave(), store().batchLogChanges().count());
              store().setInBatchSave(false);
          }},
+        {{"QRVSettingsRemoveEmptyLevelsAbove"},
+         [] { QRVSettingsRemoveEmptyLevelsAbove("Empty.Levels.Key"); }},
         {{"QRVSettings::setModificationDate"}, [] { store().setModificationDate(std::nullopt); }},
         {{"QRVSettings::presentedItemURL", "QRVSettings::presentedItemOperationQueue"},
          [] { use(store().presentedItemURL(), store().presentedItemOperationQueue()); }},
@@ -214,6 +216,8 @@ Actions ofAnyThreadForTheStore() {
                  store().localChanges().count());
          }},
         {{"QRVSettings::modificationDate"}, [] { use(store().modificationDate()); }},
+        {{"QRVSettings::saveLockTimeout", "QRVSettings::setSaveLockTimeout"},
+         [] { store().setSaveLockTimeout(store().saveLockTimeout()); }},
         {{"QRVSettings::queue", "QRVSettings::readQueue", "QRVSettings::presenterQueue"},
          [] {
              store().queue().sync([] {});

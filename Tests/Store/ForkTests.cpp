@@ -79,6 +79,30 @@ TEST(StoreFork, AChildSavesWhatItWrites) {
     EXPECT_TRUE(isInFile("Parent", 3));
 }
 
+TEST(StoreFork, AChildThatMergesSavesWhatItWritesAndNothingOfItsParent) {
+    store().setMergesSaves(true);
+    QRVSettingsSetObjectForKeyPath(1, "Parent");
+    finishSaves();
+    const std::string lockPath = QRVPlatform::filesBeside(store().location()).lock;
+    const int lock = open(lockPath.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    QRVSettingsSetObjectForKeyPath(2, "Parent");  // still unsaved at the fork
+    ChildProcess child([lock] {
+        close(lock);
+        QRVSettingsSetObjectForKeyPath(3, "Child");
+        const auto status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+        if (status.state != QRVSaveStatus::State::Saved || !isInFile("Child", 3)) return false;
+        QRVSettingsSetObjectForKeyPath(4, "Child");
+        QRVSettingsWaitForSaves(std::chrono::seconds(20));
+        return isInFile("Child", 4);
+    });
+    flock(lock, LOCK_UN);
+    close(lock);
+    EXPECT_TRUE(child.succeeded());
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"Parent", 2}, {"Child", 4}}));
+}
+
 TEST(StoreFork, AForkWaitsForTheSavesSoThatNoneRunsTwice) {
     std::atomic<int> runs = 0;
     for (int round = 0; round < 20; ++round) {

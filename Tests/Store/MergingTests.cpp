@@ -6,6 +6,7 @@
 #include <future>
 
 #include "Platform/Files/Files.h"
+#include "Platform/Files/NSFileCoordinator.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Support/FileEvents.h"
 #include "Support/MachineSupport.h"
@@ -120,6 +121,36 @@ TEST(Merging, ARemovalIsSavedAndNothingElseIsRemoved) {
     QRVSettingsSetObjectForKeyPath(nullptr, "A.x");
     finishSaves();
     EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"z", 3}}}}));
+}
+
+TEST(Merging, EmptyLevelsThatAnotherProcessHasFilledStay) {
+    const MergingHost host;
+    const auto removeWithLevels = [] {
+        QRVSettingsSetObjectForKeyPath(nullptr, "A.B.C");
+        QRVSettingsRemoveEmptyLevelsAbove("A.B.C");
+    };
+    QRVSettingsSetObjectForKeyPath(1, "A.B.C");
+    finishSaves();
+    {
+        const HeldQueue held;
+        removeWithLevels();
+        otherSets(NSDictionary{{"B", NSDictionary{{"C", 1}}}, {"D", 2}}, "A");
+    }
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"D", 2}}}}));
+    MergingHost::drain();
+    QRVSettingsSetObjectForKeyPath(nullptr, "A.D");
+    QRVSettingsRemoveEmptyLevelsAbove("A.D");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary());
+    {
+        const HeldQueue held;
+        QRVSettingsSetObjectForKeyPath(NSDictionary{{"B", NSDictionary{{"C", 1}}}}, "A");
+        removeWithLevels();
+        removeWithLevels();
+    }
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary()) << "none of its own writes is left";
 }
 
 TEST(Merging, TheLaterSaveOfAKeyPathWins) {
@@ -490,6 +521,34 @@ TEST(Merging, ADeletedFileIsPublishedAndSavedAnewWithWhatIsWritten) {
     QRVSettingsSetObjectForKeyPath(2, "B");
     finishSaves();
     EXPECT_EQ(fileTree(), NSDictionary({{"B", 2}}));
+}
+
+TEST(Merging, ASaveThatWaitsTooLongForOthersChangesNothing) {
+    const MergingHost host;
+    std::vector<std::error_code> failures;
+    setFileFailureHandler([&](const FileFailure& failure) { failures.push_back(failure.error); });
+    QRVSettings& store = QRVSettings::sharedSettings();
+    EXPECT_FALSE(store.saveLockTimeout());
+    for (const auto timeout : {-1, 0, 50}) {
+        store.setSaveLockTimeout(std::chrono::milliseconds(timeout));
+        NSFileCoordinator other;
+        other.coordinateWritingItemAtURL(
+            QRVSettingsLocation(), NSFileCoordinator::WritingOptions::ForReplacing,
+            [](const std::string&) {
+                QRVSettingsSetObjectForKeyPath(1, "Own");
+                const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::minutes(1));
+                EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+                EXPECT_EQ(status.keyPaths, NSArray{"Own"});
+            });
+        EXPECT_TRUE(fileTree().isNull()) << "also when the lock is free later";
+        EXPECT_THAT(failures, ElementsAre(std::errc::timed_out));
+        failures.clear();
+    }
+    store.setSaveLockTimeout(std::nullopt);
+    QRVSettingsSetObjectForKeyPath(2, "Later");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::minutes(1)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Own", 1}, {"Later", 2}}));
+    setFileFailureHandler(nullptr);
 }
 
 TEST(WaitForSaves, AnswersPendingAtTheTimeoutAndForAnOpenBatch) {

@@ -53,6 +53,22 @@ TEST(Writing, ARealEqualToAnIntegerDefaultIsNotStored) {
     EXPECT_TRUE(cached("A").isReal()) << "the cache holds the value as it was passed";
 }
 
+TEST(Writing, EmptyLevelsAboveAKeyPathAreRemovedUpToTheFirstThatHoldsSomething) {
+    QRVSettingsSetObjectForKeyPath(NSDictionary{{"B", NSDictionary{{"C", NSDictionary{}}}}}, "A");
+    QRVSettingsRemoveEmptyLevelsAbove("A.B.C");
+    EXPECT_FALSE(QRVSettingsStoredObjectForKeyPath("A.B.C").isNull()) << "it is not above";
+    QRVSettingsRemoveEmptyLevelsAbove("A.B.C.D");
+    EXPECT_EQ(QRVSettingsStoredValues(), NSDictionary());
+    QRVSettingsSetObjectForKeyPath(NSDictionary{{"B", NSDictionary{}}, {"C", 1}}, "A");
+    QRVSettingsRemoveEmptyLevelsAbove("A.B.D");
+    QRVSettingsRemoveEmptyLevelsAbove("A.C.D");
+    QRVSettingsRemoveEmptyLevelsAbove("Absent.Key");
+    QRVSettingsRemoveEmptyLevelsAbove("Key");
+    QRVSettingsRemoveEmptyLevelsAbove(nullptr);
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", NSDictionary{{"C", 1}}}}));
+}
+
 TEST(Writing, NullRemovesTheKeyFromTreeAndCacheAndTheDefaultIsCachedAgain) {
     writeSettings(NSDictionary{{"A", NSDictionary{{"B", 1}}}});
     setDefaults({{"A", NSDictionary{{"B", 7}}}});

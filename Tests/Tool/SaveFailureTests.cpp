@@ -6,7 +6,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -65,7 +64,7 @@ TEST(SaveFailure, AFileInPlaceOfTheConfigurationFolderIsNamedAsTheReason) {
     const Outcome outcome = run({"set", "a", "1"});
     EXPECT_EQ(outcome.exitCode, 4);
     EXPECT_EQ(outcome.errors,
-              "qrvsettings: cannot save: Not a directory, " + settingsFile().string() + "\n");
+              "qrvsettings: cannot save a: Not a directory, " + settingsFile().string() + "\n");
     EXPECT_EQ(contentsOf(configurationFolder()), "mine");
     EXPECT_EQ(run({"get", "a"}).exitCode, 1);
 }
@@ -150,7 +149,7 @@ TEST(SaveFailure, AFullDiskLeavesTheOldFile) {
         run({"set", "b", "-"}, {std::string(2 * mostBytes, 'x'), limitFileSize});
     EXPECT_EQ(outcome.exitCode, 4);
     EXPECT_EQ(outcome.errors,
-              "qrvsettings: cannot save: File too large, " + settingsFile().string() + "\n");
+              "qrvsettings: cannot save b: File too large, " + settingsFile().string() + "\n");
     EXPECT_EQ(contentsOf(settingsFile()), before);
     EXPECT_EQ(run({"get", "a"}).output, "1\n");
 }
@@ -161,7 +160,7 @@ TEST(SaveFailure, UnsetFailsLikeSet) {
     const std::string before = contentsOf(settingsFile());
     const Outcome outcome = run({"unset", "a"}, {"", limitFileSize});
     EXPECT_EQ(outcome.exitCode, 4);
-    EXPECT_THAT(outcome.errors, HasSubstr("cannot save: File too large"));
+    EXPECT_THAT(outcome.errors, HasSubstr("cannot save a: File too large"));
     EXPECT_EQ(contentsOf(settingsFile()), before);
 }
 
@@ -170,39 +169,29 @@ TEST(SaveFailure, ADamagedFileStaysWhereTheNewOneCannotBeWritten) {
     const Outcome outcome = run({"set", "a", "-", "--replace-damaged"},
                                 {std::string(2 * mostBytes, 'x'), limitFileSize});
     EXPECT_EQ(outcome.exitCode, 4);
-    EXPECT_THAT(outcome.errors, HasSubstr("cannot save: File too large"));
+    EXPECT_THAT(outcome.errors, HasSubstr("cannot save a: File too large"));
     EXPECT_EQ(contentsOf(settingsFile()), "{broken");
+}
+
+TEST(SaveFailure, OfManyKeyPathsTheFirstAreNamed) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    const std::string changes =
+        "set e " + std::string(2 * mostBytes, 'x') + "\nset b 1\nset c 1\nset d 1\nunset a\n";
+    const Outcome outcome = run({"apply", "-"}, {changes, limitFileSize});
+    EXPECT_EQ(outcome.exitCode, 4);
+    EXPECT_EQ(outcome.errors, "qrvsettings: cannot save a, b, c and 2 more: File too large, " +
+                                  settingsFile().string() + "\n");
+    EXPECT_EQ(run({"get", "a"}).output, "1\n");
 }
 
 TEST(SaveFailure, WhatAFileCannotHoldIsSaidWithTheReason) {
     std::string keyPath = "a";
     for (int level = 0; level < 600; ++level) keyPath += ".a";
-    const Outcome outcome = run({"set", keyPath, "1"});
-    EXPECT_EQ(outcome.exitCode, 4);
-    EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: cannot save: "));
-    EXPECT_THAT(outcome.errors, HasSubstr("512"));
-    EXPECT_FALSE(std::filesystem::exists(settingsFile()));
-}
-
-TEST(Saving, ProcessesAtTheSameTimeLeaveAWholeFile) {
-    constexpr int processes = 8;
-    std::vector<pid_t> children;
-    for (int number = 0; number < processes; ++number) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            const std::string key = "key" + std::to_string(number);
-            const int exitCode = run({"set", key, std::string(1000, 'x')}).exitCode;
-            _exit(exitCode == 0 || exitCode == 4 ? 0 : 1);
-        }
-        children.push_back(child);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"set", keyPath, "1"}, {"color", "set", keyPath, "#000000"}}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 5);
+        EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: there are more than 512 levels"));
+        EXPECT_FALSE(std::filesystem::exists(settingsFile()));
     }
-    for (const pid_t child : children) {
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    }
-    const Outcome outcome = run({"list"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-    EXPECT_THAT(outcome.output, HasSubstr("\nkey"));
 }

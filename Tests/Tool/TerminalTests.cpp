@@ -234,7 +234,7 @@ TEST(WaitingOnATerminal, ASaveTellsForWhomAndGoesOn) {
     std::string told;
     EXPECT_TRUE(waitUntil([&] {
         told += terminal.printed();
-        return told.find("waiting for the save, which waits for the lock of ") != told.npos;
+        return told.find("waiting for the lock of ") != told.npos;
     })) << told;
     holder.letGo();
     EXPECT_EQ(tool.finish().exitCode, 0);

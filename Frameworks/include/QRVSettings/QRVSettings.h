@@ -152,6 +152,12 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] bool mergesSaves() const;
     void setMergesSaves(bool mergesSaves);
 
+    /// How long a save waits while another process is writing the file; empty for as long as it
+    /// takes, as at the start. A save that has waited so long fails with std::errc::timed_out and
+    /// changes nothing. Holds for saves that begin to wait later. Any thread.
+    [[nodiscard]] std::optional<std::chrono::milliseconds> saveLockTimeout() const;
+    void setSaveLockTimeout(std::optional<std::chrono::milliseconds> saveLockTimeout);
+
     /// Whether reads leave the cache unchanged. False at the start. Setting it, to true or false,
     /// also discards the cache for the rest of the process: from then on every read searches the
     /// layers below.
@@ -297,6 +303,11 @@ QRV_EXPORT bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath);
 QRV_EXPORT void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value,
                                                         QRVKeyPath keyPath, bool withCache);
 QRV_EXPORT void QRVSettingsSetObjectForKeyPath(const PropertyListValue& value, QRVKeyPath keyPath);
+
+/// Removes the stored dictionaries above the key path that are empty, up to the first that is not:
+/// a read of an empty one answers with it, and not with the default. One write and one save for
+/// each. A merging save leaves those that another process has filled meanwhile.
+QRV_EXPORT void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath);
 
 /// Queues a save of the whole tree, with the change records (or null) that belong to it; while
 /// `inBatchSave()` it only gathers the records. The tree goes to the file as it is when the save

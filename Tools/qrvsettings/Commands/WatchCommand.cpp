@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Prints the changes of the settings file as they happen.
 
-#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <set>
@@ -22,7 +21,6 @@
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
-#include "Text/ScalarText.h"
 #include "Text/SettingLines.h"
 #include "Text/ShellCommands.h"
 
@@ -35,7 +33,7 @@ struct Options {
     std::optional<std::string> prefix;
     Form form = Form::Lines;
     std::optional<std::size_t> count;
-    std::string timeout;  ///< empty for none
+    std::optional<std::chrono::milliseconds> timeout;
 };
 
 std::string jsonLine(const std::string& keyPath, const PropertyListValue& value) {
@@ -79,20 +77,15 @@ void Watch::begin() {
 
 ExitCode Watch::run(const Interruption& interruption) {
     using Clock = std::chrono::steady_clock;
-    // Practically no deadline, and within the range of the clock.
-    constexpr double longest = 1e9;
     std::optional<Clock::time_point> deadline;
-    if (const auto seconds = realFromText(options_.timeout))
-        deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                      std::chrono::duration<double>(std::min(*seconds, longest)));
+    if (options_.timeout) deadline = Clock::now() + *options_.timeout;
     DispatchMainQueue& mainQueue = DispatchMainQueue::shared();
     while (!isDone()) {
         switch (interruption.waitFor(mainQueue.fd(), deadline)) {
             case Interruption::Reason::Interrupted:
                 return ExitCode::Done;
             case Interruption::Reason::TimedOut:
-                say("timed out after " + options_.timeout + " s, watching " +
-                    QRVSettings::sharedSettings().location());
+                say("timed out, watching " + QRVSettings::sharedSettings().location());
                 return ExitCode::TimedOut;
             case Interruption::Reason::Readable:
                 mainQueue.drain();
@@ -160,11 +153,6 @@ ExitCode watch(const Options& options) {
     return watch.run(interruption);
 }
 
-std::string whyNoTimeout(const std::string& text) {
-    const auto seconds = realFromText(text);
-    return seconds && *seconds > 0 ? "" : "not a number of seconds above 0: " + text;
-}
-
 std::string whyNoCount(const std::string& text) {
     std::size_t count = 0;
     const char* const end = text.data() + text.size();
@@ -174,9 +162,6 @@ std::string whyNoCount(const std::string& text) {
 }
 
 OptionList declare(Options& options) {
-    Option timeout = text("--timeout", options.timeout, "End with exit code 6 after this time");
-    timeout.valueName = "SECONDS";
-    timeout.objection = whyNoTimeout;
     return {
         prefixArgument(options.prefix),
         jsonForm(options.form, "Print JSON objects of keyPath and value, one a line"),
@@ -190,7 +175,7 @@ OptionList declare(Options& options) {
              },
          .valueName = "N",
          .objection = whyNoCount},
-        timeout};
+        timeoutOption(options.timeout, "End with exit code 6 after this time")};
 }
 
 }  // namespace

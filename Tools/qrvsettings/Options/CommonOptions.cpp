@@ -1,9 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "Options/CommonOptions.h"
 
+#include <algorithm>
+
 #include "Settings/SettingsFileCondition.h"
+#include "Text/ScalarText.h"
 
 namespace Tool {
+namespace {
+
+/// Empty unless it is a number of seconds above 0; rounded up, and to years at the longest.
+std::optional<std::chrono::milliseconds> timeFromText(const std::string& text) {
+    constexpr double longest = 1e9;
+    const auto seconds = realFromText(text);
+    if (!seconds || !(*seconds > 0)) return std::nullopt;
+    return std::chrono::ceil<std::chrono::milliseconds>(
+        std::chrono::duration<double>(std::min(*seconds, longest)));
+}
+
+}  // namespace
 
 Option keyPathArgument(std::string& keyPath) {
     Option option = required(text("KEYPATH", keyPath, "Keys joined by dots"));
@@ -66,6 +81,22 @@ Option commandsForm(Form& form, const std::string& description) {
             .excludes = "--json"};
 }
 
+Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
+                     const std::string& description) {
+    return {.name = "--timeout",
+            .description = description,
+            .takes = Takes::Text,
+            .store =
+                [&timeout](const std::vector<std::string>& given) {
+                    timeout = timeFromText(given.front());
+                },
+            .valueName = "SECONDS",
+            .objection =
+                [](const std::string& text) {
+                    return timeFromText(text) ? "" : "not a number of seconds above 0: " + text;
+                }};
+}
+
 OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
     options.push_back(
         {.name = "--replace-damaged",
@@ -76,6 +107,10 @@ OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
         {.name = "--force",
          .description = "Continue when the settings file is read-only, as after chmod 444",
          .store = [&writing](const auto&) { writing.readOnlyFile = ReadOnlyFile::Replaced; }});
+    options.push_back(timeoutOption(
+        writing.timeout,
+        "End with exit code 6, and nothing written, when another process has kept the "
+        "file locked for this time"));
     return options;
 }
 

@@ -3,6 +3,7 @@
 
 // Arguments and options that several commands take.
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ Option jsonFlag(bool& json, const std::string& description);
 enum class Form { Lines, JSON, Commands };
 Option jsonForm(Form& form, const std::string& description);
 Option commandsForm(Form& form, const std::string& description);
+
+/// `--timeout SECONDS`, which stays empty without it.
+Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
+                     const std::string& description);
 
 /// The options of a command, and those that every command takes that writes.
 OptionList withWritingOptions(OptionList options, WritingOptions& writing);

@@ -45,6 +45,8 @@ constexpr ExitCode exitCodeOf(Fault fault) {
             return ExitCode::UnreadableFile;
         case Fault::NotWritten:
             return ExitCode::NotWritten;
+        case Fault::TimedOut:
+            return ExitCode::TimedOut;
         case Fault::WrongValue:
             break;
     }

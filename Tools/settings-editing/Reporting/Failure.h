@@ -12,6 +12,7 @@ enum class Fault {
     NotSet,          ///< there is no such setting, or nothing that matches
     UnreadableFile,  ///< the settings file exists, but is no settings file or cannot be read
     NotWritten,      ///< settings or output did not reach their place
+    TimedOut,        ///< another process kept the settings file locked for too long
     WrongValue,      ///< a value, a name or a file is not what it should be
 };
 

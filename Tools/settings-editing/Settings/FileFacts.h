@@ -49,6 +49,7 @@ struct LockFacts {
         std::int64_t process = 0;
         std::string name{};
         bool isStopped = false;
+        bool isOwn = false;  ///< it is this process
     };
     std::vector<Holder> holders{};  ///< those that the system lists
 };

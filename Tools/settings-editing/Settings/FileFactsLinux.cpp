@@ -75,8 +75,8 @@ std::vector<LockFacts::Holder> holdersOf(const Predicate& isMeant) {
             std::any_of(holders.begin(), holders.end(),
                         [process](const auto& one) { return one.process == process; });
         if (kind != "FLOCK" || !isMeant(file) || process <= 0 || isKnown) continue;
-        holders.push_back(
-            {process, firstLine("/proc/" + std::to_string(process) + "/comm"), isStopped(process)});
+        holders.push_back({process, firstLine("/proc/" + std::to_string(process) + "/comm"),
+                           isStopped(process), process == getpid()});
     }
     return holders;
 }
@@ -210,9 +210,9 @@ std::vector<LockFacts::Holder> holdersOfFile(const std::string& path) {
 
 std::string holdersText(const std::vector<LockFacts::Holder>& holders) {
     std::string text;
-    for (const auto& [process, name, isStopped] : holders)
-        text += (text.empty() ? "process " : ", process ") + std::to_string(process) + " (" + name +
-                (isStopped ? ", stopped)" : ")");
+    for (const LockFacts::Holder& holder : holders)
+        text += (text.empty() ? "process " : ", process ") + std::to_string(holder.process) + " (" +
+                holder.name + (holder.isStopped ? ", stopped)" : ")");
     return text;
 }
 

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Settings/PendingChanges.h"
 
-#include <algorithm>
-
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
-#include "Settings/EmptyLevels.h"
 #include "Settings/Preparation.h"
 #include "Settings/ProfileScope.h"
-#include "Settings/SaveWatch.h"
+#include "Settings/Saving.h"
 #include "Settings/StoredTree.h"
 #include "Text/FileForm.h"
 #include "Text/KeyPaths.h"
@@ -18,11 +14,6 @@
 
 namespace Tool {
 namespace {
-
-bool isSaved(const NSDictionary& file, const std::string& keyPath) {
-    return isKeptAs(QRVSettingsStoredObjectForKeyPath(keyPath),
-                    NSDictionaryQRV::objectAtKeyPath(file, keyPath));
-}
 
 Failure inTheWayOf(const std::string& keyPath, const NSInvalidArgumentException& exception) {
     const auto obstacle = leafAbove(QRVSettingsStoredValues(), keyPath);
@@ -57,21 +48,17 @@ void PendingChanges::write(const std::string& storedKeyPath, const std::function
     try {
         change();
         if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
-            removeEmptyLevelsAbove(storedKeyPath);
+            QRVSettingsRemoveEmptyLevelsAbove(storedKeyPath);
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }
+    requireStorable(QRVSettingsStoredObjectForKeyPath(storedKeyPath), storedKeyPath);
     keyPaths_.insert(storedKeyPath);
 }
 
 void PendingChanges::save() {
     for (const std::string& note : notes_) notice(note);
-    SaveWatch watch;
-    QRVSettingsCommitBatchSave();
-    watch.finish([this](const NSDictionary& file) {
-        return std::all_of(keyPaths_.begin(), keyPaths_.end(),
-                           [&file](const auto& keyPath) { return isSaved(file, keyPath); });
-    });
+    saveAndWait(QRVSettingsCommitBatchSave, keyPaths_);
     for (const std::string& keyPath : keyPaths_)
         if (hasFractionsOfSeconds(QRVSettingsStoredObjectForKeyPath(keyPath)))
             notice("fractions of seconds are not kept, " + keyPath);
@@ -87,10 +74,7 @@ void prepareWithoutStoredSettings() {
 }
 
 void importSettings(const NSDictionary& settings) {
-    SaveWatch watch;
-    QRVSettingsImport(settings);
-    watch.finish(
-        [](const NSDictionary& file) { return isKeptAs(QRVSettingsStoredValues(), file); });
+    saveAndWait([&settings] { QRVSettingsImport(settings); });
 }
 
 void importInMemory(const NSDictionary& settings) {

@@ -34,12 +34,12 @@ class PendingChanges {
              const ProfileScope& scope = ProfileScope(""));
 
     /// Runs `change`, which writes at this stored key path. Throws Failure (WrongValue) that names
-    /// the stored value in its way; then nothing is written.
+    /// the stored value in its way, or what no settings file can hold; then nothing is written.
     void write(const std::string& storedKeyPath, const std::function<void()>& change);
 
-    /// Returns when the file holds at each key path written what this process has stored there, but
-    /// for fractions of seconds: then there is a notice. Throws Failure (NotWritten), with the
-    /// reason, when it does not.
+    /// Returns when the file holds the changes, or what others have saved at the same key paths
+    /// since; there is a notice of fractions of seconds, which no file holds. Throws Failure as
+    /// `saveAndWait` does.
     void save();
 
   private:
@@ -54,10 +54,9 @@ void prepareToRead();
 /// replaced. No stored value can prevent it.
 void prepareWithoutStoredSettings();
 
-/// Replaces all settings, in one save; pending changes are discarded. Returns when the file holds
-/// what this process has stored, as a whole. Throws Failure
-/// (NotWritten) when it does not, and NSInvalidArgumentException when the settings cannot be
-/// migrated.
+/// Replaces all settings, in one save; pending changes are discarded, and so is what others have
+/// saved before. Throws Failure as `saveAndWait` does, and NSInvalidArgumentException when the
+/// settings cannot be migrated.
 void importSettings(const NSDictionary& settings);
 
 /// The same without the save.

@@ -94,12 +94,17 @@ void openToRead() {
 }
 
 void openToWrite(const WritingOptions& options, const WritingAdvice& advice) {
-    const std::string& location = QRVSettings::sharedSettings().location();
-    if (location.empty())
+    QRVSettings& store = QRVSettings::sharedSettings();
+    if (store.location().empty())
         throw Failure(Fault::NotWritten, "there is no home folder, so no settings file");
-    require(openSettingsFile(), options.damagedFile, advice.damagedFile);
+    store.setMergesSaves(true);
+    store.setSaveLockTimeout(options.timeout);
+    // The store has to read the file itself, to know what its saves build on.
+    waitFor(lockOfSettingsFile, [] { QRVSettingsStoredValues(); });
+    if (store.storageCache().isNull())
+        require(conditionOfSettingsFile(), options.damagedFile, advice.damagedFile);
     if (options.dryRun) return;
-    const std::string target = QRVPlatform::resolvedPath(location).path;
+    const std::string target = QRVPlatform::resolvedPath(store.location()).path;
     if (options.readOnlyFile == ReadOnlyFile::Refused) requireWritable(target, advice.readOnlyFile);
     const std::string obstacle = obstacleToSaves(target);
     if (!obstacle.empty()) throw Failure(Fault::NotWritten, "cannot save: " + obstacle);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -45,6 +46,8 @@ struct WritingOptions {
     /// A file whose mode lets not even its owner write. The rights of root do not count.
     ReadOnlyFile readOnlyFile = ReadOnlyFile::Refused;
     bool dryRun = false;  ///< saves nothing
+    /// How long a save waits while another process is writing; empty for as long as it takes.
+    std::optional<std::chrono::milliseconds> timeout{};
 };
 
 /// What ends the message about a file that is refused.
@@ -53,9 +56,10 @@ struct WritingAdvice {
     std::string readOnlyFile;
 };
 
-/// The same for a process that is going to save. Throws Failure (NotWritten) when there is no home
-/// folder and so no place for the file, and, unless it is a dry run, when the file is read-only and
-/// may not be replaced, or when something lies in the way of saves.
+/// The same for a process that is going to save: its saves bring what it wrote, and keep what
+/// others have written. Throws Failure (NotWritten) when there is no home folder and so no place
+/// for the file, and, unless it is a dry run, when the file is read-only and may not be replaced,
+/// or when something lies in the way of saves.
 void openToWrite(const WritingOptions& options, const WritingAdvice& advice);
 
 }  // namespace Tool

@@ -18,6 +18,8 @@ std::string lockOfSettingsFile() {
     const std::string target = QRVPlatform::resolvedPath(location).path;
     std::vector<LockFacts::Holder> holders =
         factsOfLock(QRVPlatform::filesBeside(target).lock).holders;
+    if (std::any_of(holders.begin(), holders.end(), [](const auto& one) { return one.isOwn; }))
+        return "the disk, to save " + location;
     for (LockFacts::Holder& holder : holdersOfFile(target))
         if (std::none_of(holders.begin(), holders.end(),
                          [&holder](const auto& one) { return one.process == holder.process; }))

@@ -5,8 +5,8 @@
 
 namespace Tool {
 
-/// What a process waits for that reads or saves the settings, and which processes hold it: "the
-/// lock of PATH, held by process 4711 (monitor)". Any thread.
+/// What this process waits for when it reads or saves the settings: "the lock of PATH, held by
+/// process 4711 (monitor)", or the disk when it has the lock itself. Any thread.
 std::string lockOfSettingsFile();
 
 }  // namespace Tool

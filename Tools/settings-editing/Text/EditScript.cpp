@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Text/FileForm.h"
@@ -123,9 +122,7 @@ void requireStorableSetting(const Edit& edit) {
     std::string keyPath = edit.keyPath;
     if (!edit.profile.empty())
         keyPath = std::string(QRVStoreKeyPaths::profiles) + "." + edit.profile + "." + keyPath;
-    const NSMutableDictionary tree;
-    NSDictionaryQRV::setObjectAtKeyPath(tree, edit.value, keyPath);
-    requireStorable(tree);
+    requireStorable(edit.value, keyPath);
 }
 
 Edit LineReader::edit(std::size_t number) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "QRVSettings/NSDictionary+QRV.h"
 #include "Reporting/Failure.h"
 
 namespace Tool {
@@ -11,25 +12,6 @@ namespace {
 
 double secondsOf(const PropertyListValue& date) {
     return date.date().timeIntervalSinceReferenceDate();
-}
-
-bool areKeptAs(const NSArray& given, const NSArray& kept) {
-    if (given.count() != kept.count()) return false;
-    for (std::size_t index = 0; index < given.count(); ++index)
-        if (!isKeptAs(given.objectAtIndex(index), kept.objectAtIndex(index))) return false;
-    return true;
-}
-
-bool areKeptAs(const NSDictionary& given, const NSDictionary& kept) {
-    if (given.count() != kept.count()) return false;
-    for (const auto& [key, value] : given)
-        if (!isKeptAs(value, kept.objectForKey(key))) return false;
-    return true;
-}
-
-/// NaN counts as the same as NaN.
-bool isSameReal(double one, double other) {
-    return one == other || (std::isnan(one) && std::isnan(other));
 }
 
 }  // namespace
@@ -45,6 +27,12 @@ void requireStorable(const PropertyListValue& value) {
     if (written.error) throw Failure(Fault::WrongValue, written.error->description());
 }
 
+void requireStorable(const PropertyListValue& value, const std::string& keyPath) {
+    const NSMutableDictionary tree;
+    NSDictionaryQRV::setObjectAtKeyPath(tree, value, keyPath);
+    requireStorable(tree);
+}
+
 bool hasFractionsOfSeconds(const PropertyListValue& value) {
     if (value.isDate()) return secondsOf(value) != std::floor(secondsOf(value));
     if (value.isArray()) {
@@ -56,15 +44,6 @@ bool hasFractionsOfSeconds(const PropertyListValue& value) {
             if (hasFractionsOfSeconds(entry)) return true;
     }
     return false;
-}
-
-bool isKeptAs(const PropertyListValue& given, const PropertyListValue& kept) {
-    if (given.kind() != kept.kind()) return false;
-    if (given.isDate()) return std::abs(secondsOf(given) - secondsOf(kept)) < 1;
-    if (given.isReal()) return isSameReal(given.doubleValue(), kept.doubleValue());
-    if (given.isArray()) return areKeptAs(given.array(), kept.array());
-    if (given.isDictionary()) return areKeptAs(given.dictionary(), kept.dictionary());
-    return given == kept;
 }
 
 }  // namespace Tool

@@ -15,12 +15,10 @@ void requireUTF8(const std::string& text);
 
 /// Throws Failure (WrongValue) when no settings file can hold the value.
 void requireStorable(const PropertyListValue& value);
+/// The same of a value at its key path, which may have too many levels.
+void requireStorable(const PropertyListValue& value, const std::string& keyPath);
 
 /// Whether the value is or holds a date with a fraction of a second.
 bool hasFractionsOfSeconds(const PropertyListValue& value);
-
-/// Whether a file to which the first value was saved holds it as the second one: kinds are the
-/// same, 1 is not 1.0, and dates may differ by less than a second. Both may be null.
-bool isKeptAs(const PropertyListValue& given, const PropertyListValue& kept);
 
 }  // namespace Tool
