@@ -161,7 +161,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// holding the new tree and `cache()` emptied. Key paths are those of values, not of the
     /// dictionaries around them. None at the start.
     ///
-    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed it:
+    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed
+    /// it:
     /// - When nothing else has changed, the handler is not called, and reads keep this process's
     ///   own value until something else changes. With that change the key path is reported, unless
     ///   it is still in `localChanges()`.
