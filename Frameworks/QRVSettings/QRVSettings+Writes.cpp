@@ -95,7 +95,7 @@ std::optional<std::string> refusalOf(const Write& write) {
     return written.error->description();
 }
 
-NSDictionary withoutRefused(const NSDictionary& level, const std::string& start, std::size_t levels,
+NSDictionary withoutRefused(const NSDictionary& level, std::size_t levels, const std::string& start,
                             std::vector<RefusedWrite>& refused) {
     const NSMutableDictionary kept;
     for (const auto& [key, value] : level) {
@@ -108,7 +108,7 @@ NSDictionary withoutRefused(const NSDictionary& level, const std::string& start,
             refused.push_back({keyPath, written.error->description()});
         else if (isLevel)
             kept.setObjectForKey(
-                withoutRefused(value.dictionary(), keyPath + ".", levels - 1, refused), key);
+                withoutRefused(value.dictionary(), levels - 1, keyPath + ".", refused), key);
         else
             kept.setObjectForKey(value, key);
     }
@@ -194,7 +194,7 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
 std::vector<RefusedWrite> Writes::removeRefused() {
     std::vector<RefusedWrite> refused;
     if (!tree_.isNull())
-        tree_ = withoutRefused(tree_, "", NSPropertyListSerialization::maximumLevels, refused);
+        tree_ = withoutRefused(tree_, NSPropertyListSerialization::maximumLevels, "", refused);
     for (std::optional<Write>& write : writes_) {
         if (!write) continue;
         const std::optional<std::string> reason = refusalOf(*write);
