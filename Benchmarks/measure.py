@@ -26,6 +26,8 @@ PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "l
                 "gnustep")
 PROGRAM_OF = {"dconf": "gsettings"}
 LOST_IN_A_ROW = 5
+SECONDS_TOGETHER = 60
+SETTINGS_TOGETHER = 3000  # 900 of them are integers: enough for 100 in each of eight processes
 
 
 def time_of(name):
@@ -42,6 +44,7 @@ class Effort:
         self.minimum_seconds = 0 if is_once else 0.03
         self.processes = 1 if is_once else 40
         self.changes = 3 if is_once else 150
+        self.writes_together = 3 if is_once else 100
 
 
 class Figures:
@@ -133,7 +136,7 @@ class Bench:
 
     def make_files(self):
         """The same settings as property-list files in both formats."""
-        for size in (0, *self.effort.sizes):
+        for size in (0, SETTINGS_TOGETHER, *self.effort.sizes):
             files = self.folder / f"files-{size}"
             files.mkdir()
             folder = self.prepare("own", size)
@@ -264,6 +267,74 @@ class Bench:
                         + (", and then left out" if pair.is_out() else ""))
             self.close_buses()
 
+    # Several processes that write
+
+    def measure_together(self):
+        for processes in (2, 8):
+            for _ in range(self.effort.rounds):
+                for participant in self.participants("together"):
+                    self.write_together(participant, processes, f"Together{processes}")
+                self.write_together("own", processes, f"Together{processes} whole",
+                                    BENCHMARK_WHOLE_TREES="1")
+        for size in (self.effort.sizes[0], self.effort.sizes[-1]):
+            for participant in self.participants("together"):
+                self.take_turns(participant, size)
+
+    def start_together(self, participant, folder, arguments, **environment):
+        return Pair.start([self.program(participant, "together"), *arguments],
+                          {**self.environment(participant, folder), **environment})
+
+    def write_together(self, participant, processes, row, **environment):
+        """Each process writes settings of its own; how long that takes, and how many are lost."""
+        folder = self.prepare(participant, SETTINGS_TOGETHER)
+        writes = self.effort.writes_together
+        started = [self.start_together(participant, folder,
+                                       ["write", folder, index, processes, writes], **environment)
+                   for index in range(processes)]
+        start = time.perf_counter_ns()
+        for process in started:
+            process.stdin.write(b"\n")
+            process.stdin.close()
+        if not self.have_ended(started, participant, row):
+            return
+        self.figures.add(row, 100, participant, time.perf_counter_ns() - start)
+        kept = int(self.run(participant, "together", ["count", folder, processes, writes], folder))
+        self.figures.add(f"{row} lost", 100, participant, processes * writes - kept)
+        self.close_buses()
+        shutil.rmtree(folder)
+
+    def have_ended(self, started, participant, row):
+        deadline = time.monotonic() + SECONDS_TOGETHER
+        try:
+            statuses = [process.wait(max(0, deadline - time.monotonic())) for process in started]
+        except subprocess.TimeoutExpired:
+            for process in started:
+                process.kill()
+                process.wait()
+            note = f"{row}: {participant} did not end within {SECONDS_TOGETHER} s"
+            if note not in self.figures.notes:
+                self.figures.notes.append(note)
+            return False
+        if any(statuses):
+            raise SystemExit(f"{participant}: a process that writes together with others has failed")
+        return True
+
+    def take_turns(self, participant, size):
+        """Two processes save in turns, so that each save finds that of the other."""
+        folder = self.prepare(participant, size)
+        pair = [self.start_together(participant, folder, ["turns", folder]) for _ in range(2)]
+        for turn in range(2 + self.effort.changes):
+            process = pair[turn % 2]
+            process.stdin.write(b"\n")
+            process.stdin.flush()
+            elapsed = int(process.stdout.readline())
+            if turn >= 2:
+                self.figures.add("SaveAfterAnother", size, participant, elapsed)
+        for process in pair:
+            process.stdin.close()
+            process.wait()
+        self.close_buses()
+
     def change(self, participant, pair, size):
         if pair.is_out():
             return
@@ -331,6 +402,7 @@ def main():
         bench.measure_memory()
         bench.measure_tool()
         bench.measure_propagation()
+        bench.measure_together()
         lines, missing = table.lines_and_missing(bench.figures.samples, bench.bytes_of,
                                                  bench.effort.sizes)
     finally:

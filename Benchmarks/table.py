@@ -20,6 +20,8 @@ class Row:
     demands: dict = field(default_factory=dict)
     unit: str = "time"
     percentile: float = 50
+    # The row of the other stores, when it has another name.
+    peers: str = None
 
     def limit_name(self):
         return self.name if self.limit is None else self.limit
@@ -74,6 +76,9 @@ HIT = {None: [at_most_limit(1.5), faster_than_peers(5)]}
 ALL = (100, 1000, 10000)
 BEST = {None: [faster_than_peers()]}
 TOLD = {SMALLEST: [at_most_limit(1.3)], LARGEST: [faster_than_peers(2)]}
+# GSettings on a keyfile replaces the whole file, so it is no measure for saves that keep what others wrote.
+FASTER_THAN_KEEPING = {None: [better_than("kconfig"), better_than("qsettings")]}
+NOTHING_LOST = {None: [at_most(0, "0")]}
 LOADED = {None: [at_most_beside_limit(100_000, "100 us")]}
 
 ROWS = [
@@ -89,6 +94,18 @@ ROWS = [
         demands={None: [better_than("kconfig")], LARGEST: [at_most_smallest(1.3), better_than("kconfig")]}),
     Row("write, first after load", "WriteFirst", ALL, ""),
     Row("save to the disk", "Save", ALL, demands={SMALLEST: [at_most_limit(1.3)], LARGEST: BEST[None]}),
+    Row("burst to the disk", "SaveBurstMerged", ALL, "Save", {SMALLEST: [at_most_limit(3)]},
+        peers="SaveBurst"),
+    Row("  of whole trees", "SaveBurst", ALL, ""),
+    Row("write while a save waits", "WriteWhileASaveWaits", ALL, "WriteBurst",
+        {None: [better_than("kconfig")]}, peers="WriteBurst"),
+    Row("save after another's", "SaveAfterAnother", limit="Save", demands=FASTER_THAN_KEEPING),
+    Row("2 processes together", "Together2", (100,), "", FASTER_THAN_KEEPING),
+    Row("  settings lost", "Together2 lost", (100,), "", NOTHING_LOST, "count"),
+    Row("  lost by whole trees", "Together2 whole lost", (100,), "", unit="count"),
+    Row("8 processes together", "Together8", (100,), "", FASTER_THAN_KEEPING),
+    Row("  settings lost", "Together8 lost", (100,), "", NOTHING_LOST, "count"),
+    Row("  lost by whole trees", "Together8 whole lost", (100,), "", unit="count"),
     Row("XML writing", "XMLWriting", ALL, "", {None: [better_than("libplist", 3)]}, "speed"),
     Row("XML reading", "XMLReading", ALL, "", {None: [better_than("libplist", 3)]}, "speed"),
     Row("binary reading", "BinaryReading", ALL, "", {None: [better_than("libplist", 5)]}, "speed"),
@@ -146,7 +163,7 @@ def cells_of(row, size, samples):
         return None
     peers = {participant: percentile(values, row.percentile)
              for (name, of_size, participant), values in samples.items()
-             if (name, of_size) == (row.name, size) and participant not in (OWN, LIMIT) and values}
+             if (name, of_size) == (row.peers or row.name, size) and participant not in (OWN, LIMIT) and values}
     return Cells(percentile(own, row.percentile), deviation(own),
                  percentile(samples.get((row.limit_name(), size, LIMIT)), row.percentile), peers,
                  percentile(samples.get((row.name, SMALLEST, OWN)), row.percentile))

@@ -100,6 +100,16 @@ void writeBurst(benchmark::State& state, Store& store,
 }
 
 template <Workload::Participant Store>
+void saveBurst(benchmark::State& state, Store& store,
+               std::span<const typename Store::Handle> handles) {
+    static std::int64_t number = 200'000;
+    for ([[maybe_unused]] const auto unused : state) {
+        secondsOfAWrite(store, handles, number);
+        store.save();
+    }
+}
+
+template <Workload::Participant Store>
 void saveOne(benchmark::State& state, Store& store, const typename Store::Handle& handle) {
     static std::int64_t number = 100'000;
     for ([[maybe_unused]] const auto unused : state) {
@@ -118,6 +128,12 @@ void registerWriteRows(StoreOfSize<Store>& of) {
         ("WriteBurst" + of.name).c_str(),
         [&store, burst](benchmark::State& state) { writeBurst(state, store, burst); })
         ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(samplesOfARow);
+    benchmark::RegisterBenchmark(
+        ("SaveBurst" + of.name).c_str(),
+        [&store, burst](benchmark::State& state) { saveBurst(state, store, burst); })
+        ->UseRealTime()
         ->Iterations(1)
         ->Repetitions(samplesOfARow);
     benchmark::RegisterBenchmark(

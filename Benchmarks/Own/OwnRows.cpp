@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <future>
 
 #include "Measures/StoreRows.h"
 #include "Own/OwnStore.h"
@@ -109,6 +110,55 @@ void registerFirstBurst(const Fixture& of, const std::filesystem::path& folder) 
         ->Repetitions(Measures::samplesOfARow);
 }
 
+/// Saves are merged during its life.
+class MergedSaves {
+  public:
+    MergedSaves() { QRVSettings::sharedSettings().setMergesSaves(true); }
+    MergedSaves(const MergedSaves&) = delete;
+    MergedSaves& operator=(const MergedSaves&) = delete;
+    ~MergedSaves() { QRVSettings::sharedSettings().setMergesSaves(false); }
+};
+
+/// Seconds for each write while a save waits, so that the writes join it.
+double secondsOfAJoiningWrite(OwnStore& store, std::span<const std::string> burst,
+                              std::int64_t& number) {
+    std::promise<void> gate;
+    QRVSettings::sharedSettings().queue().async(
+        [passed = gate.get_future().share()] { passed.wait(); });
+    OwnStore::writeInteger(burst.front(), ++number);
+    const double seconds = Measures::secondsOfAWrite(store, burst, number);
+    gate.set_value();
+    return seconds;
+}
+
+void registerMergedSaves(const Fixture& of) {
+    const auto burst = std::span<const std::string>(of.integers)
+                           .first(std::min(Measures::writesInABurst, of.integers.size()));
+    OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(("SaveBurstMerged" + of.name).c_str(),
+                                 [&store, burst](benchmark::State& state) {
+                                     const MergedSaves merged;
+                                     Measures::saveBurst(state, store, burst);
+                                 })
+        ->UseRealTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
+    benchmark::RegisterBenchmark(
+        ("WriteWhileASaveWaits" + of.name).c_str(),
+        [&store, burst](benchmark::State& state) {
+            const MergedSaves merged;
+            std::int64_t number = 300'000;
+            Measures::secondsOfAWrite(store, burst, number);
+            OwnStore::save();
+            for ([[maybe_unused]] const auto unused : state)
+                state.SetIterationTime(secondsOfAJoiningWrite(store, burst, number));
+            OwnStore::save();
+        })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
+}
+
 void registerPropertyLists(const Fixture& of, const std::filesystem::path& files) {
     const auto* const tree = new NSDictionary(readApart(treeOf(of.settings)));
     benchmark::RegisterBenchmark(("XMLWriting" + of.name).c_str(), [tree](benchmark::State& state) {
@@ -169,6 +219,7 @@ int main(int argc, char** argv) {
     Measures::registerStoreRows(of);
     registerHalves(of, arguments.folder);
     registerFirstBurst(of, arguments.folder);
+    registerMergedSaves(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
     registerStart(of);

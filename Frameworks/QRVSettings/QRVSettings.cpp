@@ -130,7 +130,7 @@ NSDictionary QRVSettings::storageCache() const {
 }
 void QRVSettings::setStorageCache(NSDictionary storageCache) {
     state_->storedFile.update([&storageCache](QRVInside::StoredFile& file) {
-        file.unsaved.isTreeReplaced = true;
+        file.unsaved.isTreeReplaced = !storageCache.isNull();
         return std::exchange(file.tree, std::move(storageCache));
     });
 }

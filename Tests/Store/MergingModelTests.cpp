@@ -558,7 +558,8 @@ rc::Gen<Command> anyCommand() {
 }  // namespace
 
 RC_GTEST_PROP(MergingModel, AnySequenceInSeveralProcessesGivesWhatTheModelGives, ()) {
-    const auto commands = *rc::gen::container<std::vector<Command>>(anyCommand());
+    const auto commands =
+        *rc::gen::scale(0.6, rc::gen::container<std::vector<Command>>(anyCommand()));
     Comparison comparison;
     for (const Command& command : commands) comparison.run(command);
     comparison.settle();

@@ -317,6 +317,18 @@ TEST(Merging, SavesWithoutRecordsReplaceTheWholeFile) {
     EXPECT_EQ(fileTree(), NSDictionary({{"Tree", 1}, {"B", 3}, {"Other", 2}}));
 }
 
+TEST(Merging, AfterTheStoredTreeIsDiscardedTheFileIsReadAgainAndKept) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    QRVSettings::sharedSettings().setStorageCache(nullptr);
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), 1);
+    otherSets(2, "Other");
+    QRVSettingsSetObjectForKeyPath(3, "B");
+    finishSaves();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
+}
+
 TEST(Merging, AValueThatNoFileCanHoldDoesNotStopTheOthers) {
     const MergingHost host;
     std::vector<std::string> reported;

@@ -135,8 +135,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   their order, on top of what the file then holds. A dictionary that was written is one
     ///   value. Of two saves of one key path the later wins. A write wins over a value that another
     ///   process stored on the way to its key path. Saves without change records
-    ///   (`QRVSettingsSaveObject`, an import, the first save after `setStorageCache`) replace the
-    ///   whole file.
+    ///   (`QRVSettingsSaveObject`, an import, the first save after `setStorageCache` with a tree)
+    ///   replace the whole file.
     /// - What a save finds in the file is published like a change that the watch noticed, also when
     ///   the file is not watched. Publishing keeps unsaved writes, and those of an open batch, in
     ///   the stored tree.
