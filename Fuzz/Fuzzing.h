@@ -313,18 +313,22 @@ inline bool isSameTree(const PropertyListValue& left, const PropertyListValue& r
     return isSameTree(left, right, [](NSDate date) { return date; });
 }
 
+inline bool takeRoom(std::size_t bytes, std::size_t& room) {
+    if (bytes > room) return false;
+    room -= bytes;
+    return true;
+}
+
 /// Whether the tree is small enough to be written in milliseconds, counted in bytes of text and
 /// data and in values. A few references in a binary file can stand for 64 MiB.
 inline bool isQuicklyWritten(const PropertyListValue& tree, std::size_t& room) {
     constexpr std::size_t bytesOfElement = 16;
     const NSData data = tree.data();
-    const std::size_t bytes = bytesOfElement + tree.stringView().size() + data.size();
-    if (bytes > room) return false;
-    room -= bytes;
+    if (!takeRoom(bytesOfElement + tree.stringView().size() + data.size(), room)) return false;
     for (const PropertyListValue& element : tree.array())
         if (!isQuicklyWritten(element, room)) return false;
     for (const auto& [key, value] : tree.dictionary())
-        if (!isQuicklyWritten(value, room)) return false;
+        if (!takeRoom(key.size(), room) || !isQuicklyWritten(value, room)) return false;
     return true;
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Reading any bytes as a property list gives a value, or an error with its cause and place. A value
-// that was read can be written, except for dates that XML cannot hold.
+// that was read can be written.
 
 #include <string>
+#include <string_view>
 
 #include "Fuzzing.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -38,32 +39,36 @@ void requireUsefulError(const PropertyListReadResult& read, std::size_t size) {
     requireOneLine(error.description());
 }
 
-// The first and the last second that an XML property list can hold, from 2001.
-constexpr double firstSecond = -63145526400;
-constexpr double endOfSeconds = 252423993600;
-
-bool holdsFarDate(const PropertyListValue& value) {
-    if (value.isDate()) {
-        const double seconds = value.date().timeIntervalSinceReferenceDate();
-        return !(seconds >= firstSecond && seconds < endOfSeconds);
+// Whether the file refers to characters that XML 1.0 does not have.
+bool holdsRefusedReference(std::string_view file) {
+    for (std::size_t found = file.find("&#"); found != std::string_view::npos;
+         found = file.find("&#", found + 1)) {
+        const std::string_view reference = file.substr(found, file.find(';', found) - found + 1);
+        if (reference != "&#13;" && reference != "&#127;") return true;
     }
-    for (const PropertyListValue& element : value.array())
-        if (holdsFarDate(element)) return true;
-    for (const auto& [key, element] : value.dictionary())
-        if (holdsFarDate(element)) return true;
     return false;
 }
 
-// Only the binary format holds dates that cannot be written.
+void requireNamedRefusals(const PropertyListValue& value, std::string_view file) {
+    constexpr std::size_t most = 8;
+    const auto refusals = NSPropertyListSerialization::refusalsOfStrictReaders(value, most);
+    require(refusals.empty() != holdsRefusedReference(file), "all refused text is named", file);
+    require(refusals.size() <= most, "no more refusals than asked for");
+    for (const PropertyListError& refusal : refusals) {
+        require(refusal.place == PropertyListError::Place::KeyPath, "refusals have a key path");
+        requireOneLine(refusal.description());
+    }
+}
+
 void requireWritable(const PropertyListReadResult& read) {
+    require(!read.mayBeCutOff ||
+                (read.format == PropertyListFormat::OldStyle && read.value.isDictionary()),
+            "only old-style lines may be cut off");
     if (!Fuzzing::isQuicklyWritten(read.value)) return;
     const auto written = NSPropertyListSerialization::dataWithPropertyList(read.value);
-    require(written.bytes.empty() == written.error.has_value(), "everything is written or nothing");
-    require(holdsFarDate(read.value) == written.error.has_value(), "what was read can be written");
-    if (!written.error) return;
-    require(read.format == PropertyListFormat::Binary, "text formats hold writable dates only");
-    require(written.error->place == PropertyListError::Place::KeyPath,
-            "errors of writing have a key path");
+    require(!written.error, "what was read can be written",
+            written.error ? written.error->description() : "");
+    requireNamedRefusals(read.value, written.bytes);
 }
 
 }  // namespace

@@ -79,7 +79,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto read = Serialization::propertyListWithData(Fuzzing::textOf(data, size));
     if (read.error || !Fuzzing::isQuicklyWritten(read.value)) return 0;
     const auto written = Serialization::dataWithPropertyList(read.value);
-    if (written.error) return 0;  // dates that XML cannot hold
+    require(!written.error, "what was read can be written",
+            written.error ? written.error->description() : "");
 
     const PropertyListValue again = readXML(written.bytes, "what was written is read");
     require(Fuzzing::isSameTree(again, read.value, Fuzzing::wholeSecond),

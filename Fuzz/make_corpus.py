@@ -97,13 +97,21 @@ def binary_lists():
     yield "date-before-first-second", binary([date(-63145526400.5)])
     yield "date-last-second", binary([date(252423993599.9)])
     yield "date-after-last-second", binary([date(252423993600.0)])
+    yield "date-furthest", binary([array(1, 2), date(2.0**62), date(-2.0**62)])
+    yield "date-too-far", binary([date(2.0**62 + 1024)])
     yield "date-far", binary([array(1, 2), date(1.7e308), date(-1.7e308)])
+    yield "dates-of-all-years", binary([array(*range(1, 7)), *map(date, (
+        252423993600.5, -63145526400.5, 1e15 + 0.25, -1e15 - 0.25, 2.0**53 + 2, -1.5e18))])
     yield "date-infinite", binary([date(float("-inf"))])
     yield "date-fraction", binary([array(1, 2, 3), date(-0.25), date(5e-324), date(-5e-324)])
     yield "surrogate-pair", binary([utf16(0xD83D, 0xDE00, 0xFFFF, 0xFFFE, 0)])
     yield "surrogate-high-alone", binary([utf16(0x41, 0xD800)])
     yield "surrogate-low-alone", binary([utf16(0xDC00, 0x41)])
-    yield "ascii-with-high-bytes", binary([sized(5, 2, b"\xc3\xa9")])
+    yield "utf-8", binary([dictionary([1], [2]), sized(5, 2, b"\xc3\xa9"), sized(5, 8, "\u20ac\U0001F600x".encode())])
+    for index, broken in enumerate([b"\xe9", b"\xc3(", b"\xc0\x80", b"\xed\xa0\x80", b"a\xe2\x82"]):
+        yield f"utf-8-broken-{index}", binary([sized(5, len(broken), broken)])
+    yield "refused-by-strict-readers", binary([
+        dictionary([1], [2]), text("k\0"), array(3, 4, 5), utf16(0xFFFE), utf16(0x61, 0xFFFF), text("\t\r\n\x7f")])
     yield "control-characters", binary([text("".join(map(chr, range(0, 32))) + "\x7f")])
     yield "duplicate-keys", binary([dictionary([1, 1], [2, 3]), text("k"), b"\x10\x01", b"\x10\x02"])
     yield "key-no-string", binary([dictionary([1], [1]), b"\x10\x01"])
@@ -115,6 +123,14 @@ def binary_lists():
     yield "fan-out-at-limit", binary([array(*[index + 1] * 14) for index in range(5)] + [b"\x09"])
     yield "fan-out-of-text", binary(
         [array(*[index + 1] * 14) for index in range(4)] + [sized(5, 200, b"t" * 200)])
+    yield "fan-out-of-much-text", binary(
+        [array(*[index + 1] * 14) for index in range(5)] + [sized(5, 200, b"t" * 200)])
+    yield "fan-out-of-data-at-limit", binary(
+        [array(*[index + 1] * 16) for index in range(4)] + [sized(4, 1024, b"d" * 1024, 1)])
+    yield "fan-out-of-data-beyond-limit", binary(
+        [array(*[index + 1] * 16) for index in range(4)] + [sized(4, 1025, b"d" * 1025, 1)])
+    yield "fan-out-of-keys", binary(
+        [array(*[index + 1] * 16) for index in range(4)] + [dictionary([5], [6]), sized(5, 1025, b"k" * 1025, 1), b"\x09"])
     yield "fan-out-of-dictionaries", binary(
         [dictionary([9], [index + 1]) if index % 2 else array(*[index + 1] * 12)
          for index in range(8)] + [b"\x09", text("k")])
@@ -156,6 +172,9 @@ def binary_lists():
     yield "set", binary([b"\xc0"])
     yield "unknown-marker", binary([b"\x70"])
     yield "version-15", binary([b"\x09"], signature=b"bplist15")
+    yield "version-0-and-a-byte", binary([b"\x09"], signature=b"bplist0\xff")
+    yield "version-0-and-nul", binary([b"\x09"], signature=b"bplist0\0")
+    yield "version-10", binary([b"\x09"], signature=b"bplist10")
     yield "signature-only", SIGNATURE
     yield "trailer-cut", binary([b"\x09"])[:-1]
 
@@ -190,6 +209,10 @@ def xml_lists():
     yield "utf-8-past-end", b"<string>\xf4\x90\x80\x80</string>"
     yield "utf-8-cut", b"<string>\xf0\x9f\x98</string>"
     yield "nul", b"<string>a\0b</string>"
+    yield "nul-at-end", b"<plist><true/></plist>\n\0 \0\n"
+    yield "nul-at-end-wide", b"\xff\xfe" + "<true/>\0".encode("utf-16-le")
+    yield "nul-before-text", b"<true/>\0x"
+    yield "nul-in-place-of-end", b"<plist><true/>\0\0\0"
     yield "entities", document("<string>&lt;&gt;&amp;&quot;&apos;&#65;&#x1F600;&#0;&#xFFFF;</string>")
     for name, entity in [("unknown", "&nbsp;"), ("surrogate", "&#xD800;"), ("past-end", "&#x110000;"),
                          ("overflow", "&#4294967296;"), ("open", "&amp"), ("empty", "&;"),
@@ -211,7 +234,7 @@ def xml_lists():
     yield "attributes", b"<plist version='1.0' a = \">\"><string xml:space='preserve' > </string ></plist>"
     yield "attribute-open", b"<plist version='1.0><true/></plist>"
     yield "white-space", b" \t\r\n<plist>\n<string> \t </string>\n</plist>\n "
-    integers = ["0", "-0", "+1", "0x1F", "-0x8000000000000000", "18446744073709551615",
+    integers = ["0", "-0", "+1", "- 1", "+\n0x1F", "0x1F", "-0x8000000000000000", "18446744073709551615",
                 "-9223372036854775808", " 7 "]
     yield "integers", document(
         "<array>" + "".join(f"<integer>{number}</integer>" for number in integers) + "</array>")
@@ -224,11 +247,13 @@ def xml_lists():
     for index, number in enumerate(["1e309", "1e-400", "", ".", "e5", "0x10", "1,5", "1e", "infinit"]):
         yield f"real-refused-{index}", f"<real>{number}</real>".encode()
     dates = ["0000-01-01T00:00:00Z", "9999-12-31T23:59:59Z", "2000-02-29T23:59:59.999999999Z",
-             "1969-12-31T23:59:59.5Z", "2001-01-01T00:00:00.0Z"]
+             "1969-12-31T23:59:59.5Z", "2001-01-01T00:00:00.0Z", "1900-02-29T00:00:00Z", "2024-01-32T00:00:00Z",
+             "2001-00-00T00:00:00Z", "2001-99-99T99:99:99.9Z", "10000-01-01T00:00:00Z", "-0001-12-31T23:59:60Z",
+             "-285428781-01-01T00:00:00.5Z", "146138514314-06-20T07:45:04Z", "-146138510313-07-15T16:14:56Z"]
     yield "dates", document("<array>" + "".join(f"<date>{day}</date>" for day in dates) + "</array>")
-    for index, day in enumerate(["1900-02-29T00:00:00Z", "2001-00-01T00:00:00Z", "2001-13-01T00:00:00Z",
-                                 "2001-01-01T24:00:00Z", "2001-01-01T00:00:60Z", "-001-01-01T00:00:00Z",
-                                 "10000-01-01T00:00:00Z", "2001-01-01T00:00:00.Z", "2001-01-01"]):
+    for index, day in enumerate(["-001-01-01T00:00:00Z", "2001-1-01T00:00:00Z", "2001-001-01T00:00:00Z",
+                                 "146138514314-06-20T07:45:05Z", "9" * 40 + "-01-01T00:00:00Z", "+2001-01-01T00:00:00Z",
+                                 "--2001-01-01T00:00:00Z", "2001-01-01T00:00:00.Z", "2001-01-01"]):
         yield f"date-refused-{index}", f"<date>{day}</date>".encode()
     yield "data", document("<array><data>AAEC\n\tAwQ=</data><data/><data>/+8=</data><data> </data></array>")
     for index, data in enumerate(["A", "AA==AA==", "A===", "====", "A-_=", "AAA"]):
@@ -253,17 +278,21 @@ def xml_lists():
 def old_style_lists():
     yield "plain", b'{ a = "b"; c = ( d, <0fbd77>, { }, ( ), ); "k k" = /* x */ \'q\'; }\n// end'
     yield "bare", b"first = word; second = (1, 2.5, -3);"
+    yield "bare-cut-between", b"first = word;"
     yield "bare-cut", b"first = word; second = (1"
     yield "strings", rb'( "\a\b\f\n\r\t\v\\\"\'", "\U00e9\UD83D\UDE00", "\341\0\12", a$b/c:d.e-f+g_h )'
     yield "octal-ends", rb'( "\0", "\177", "\200", "\375", "\377" )'
-    yield "octal-refused", rb'( "\376" )'
-    yield "octal-overflow", rb'( "\777" )'
+    yield "octal-of-no-character", rb'( "\376" )'
+    yield "octal-overflow", rb'( "\777\400\501" )'
     yield "surrogate-alone", rb'( "\UD800" )'
     yield "surrogates-swapped", rb'( "\UDE00\UD83D" )'
     yield "surrogates-high-twice", rb'( "\UD83D\UD83D\UDE00" )'
-    yield "escape-unknown", rb'( "\q" )'
+    yield "escape-unknown", rb'( "\q\8\u00e9\-" )'
+    yield "escape-of-long-character", '( "\\\u00e9\\\U0001F600" )'.encode()
+    yield "escape-without-digits", rb'( "\Ug" )'
+    yield "escape-short-surrogates", rb'( "\UD83D\UDE0" )'
     yield "escape-at-end", b'"a\\'
-    yield "escape-short", rb'( "\U12" )'
+    yield "escape-short", rb'( "\U12\U9x\Uabc" )'
     yield "line-continued", b'"a\\\nb"'
     yield "data-spaces", b"<0f bd\n77>"
     yield "data-odd", b"<0fb>"
@@ -279,7 +308,9 @@ def old_style_lists():
     yield "lone-string", b'"text"'
     yield "duplicate-keys", b"{ k = a; k = b; }"
     yield "missing-semicolon", b"{ k = a; l = b }"
-    yield "missing-equals", b"{ k; }"
+    yield "key-alone", b"{ k; 'l m'; n = (o); p; }"
+    yield "key-alone-bare", b"k; l = m;"
+    yield "key-alone-unfinished", b"{ k }"
     yield "missing-comma", b"( a b )"
     yield "text-after", b"{ } { }"
     yield "depth-at-limit", b"(" * 512 + b")" * 512
@@ -456,6 +487,35 @@ unset "x y"
 """
 
 
+# Operations of MergeWrites.cpp, by their numbers there, with the process that runs them.
+def merge_writes():
+    keys = "ABC"
+
+    def place(*names):
+        return bytes([keys.index(names[0]), len(names) - 1]) + bytes(keys.index(name) for name in names[1:])
+
+    def operation(process, number, rest=b""):
+        return bytes([process, number]) + rest
+
+    def value(process, names, number):
+        return operation(process, 13, place(*names) + bytes([number]))
+
+    def saved(process, ending=8):
+        return operation(process, 6) + operation(process, ending)
+
+    # A dictionary of one entry, as a value and as a tree.
+    one = bytes([2, 1, 3])
+    yield "both-are-kept", value(0, "A", 1) + value(1, "B", 2) + saved(0) + saved(1)
+    yield "the-later-save-wins", value(0, "A", 1) + value(1, "A", 2) + saved(1) + saved(0)
+    yield "through-a-value", value(0, "AB", 1) + value(1, "A", 2) + saved(1) + operation(0, 0, place(*"AB")) + saved(0)
+    yield "failed-and-again", value(0, "A", 1) + saved(0, 10) + value(1, "B", 1) + saved(1) + value(0, "B", 2) + saved(0)
+    yield "batch", operation(0, 3) + value(0, "A", 1) + saved(0) + operation(0, 11) + operation(0, 4) + saved(0)
+    yield "whole-tree", value(0, "A", 1) + saved(0) + operation(1, 5, one) + saved(1) + value(0, "C", 1) + saved(0)
+    yield "dictionary", operation(0, 13, place("A") + bytes([6]) + one) + saved(0) + value(1, "AB", 1) + saved(1)
+    yield "write-during-a-save", value(0, "A", 1) + operation(0, 6) + value(0, "A", 2) + operation(0, 10) + saved(0)
+    yield "deleted", value(0, "A", 1) + saved(0) + operation(2, 12) + value(0, "B", 1) + saved(0)
+
+
 def tool_inputs():
     lines, json, key_path, text = (bytes([index]) for index in range(4))
     yield "lines", lines + LINES.encode()
@@ -507,6 +567,7 @@ def named(prefix, inputs):
 def main():
     write("CompareTrees", tree_pairs())
     write("StoreOperations", operations())
+    write("MergeWrites", merge_writes())
     write("ColorTexts", ((f"text-{index}", bytes(text, "utf-8")) for index, text in enumerate(COLOR_TEXTS)))
     write("ToolInput", tool_inputs())
     write("PropertyLists", [*named("binary", binary_lists()), *named("xml", xml_lists()),

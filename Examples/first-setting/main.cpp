@@ -6,7 +6,9 @@
 #include "QRVSettings/QRVSettings.h"
 
 int main() {
-    QRVSettings::sharedSettings().loadDefaults();  // before the first read
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMergesSaves(true);  // no process loses what another has written
+    store.loadDefaults();        // before the first read
     const char* const width = "CPU.Menubar.Mode.HistoryGraph.Width";
 
     std::cout << "width by default: " << QRVSettingsObjectForKeyPath(width) << '\n';
@@ -15,6 +17,10 @@ int main() {
               << "in the menu bar: " << QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled") << '\n';
     QRVSettingsSetColorForKeyPath(NSColor{1, 0.5, 0, 1}, "Network.Menubar.Mode.Status.NoIP.Color");
 
-    QRVSettings::sharedSettings().queue().sync([] {});  // the saves queued so far have run
+    const QRVSaveStatus saves = QRVSettingsWaitForSaves(std::chrono::seconds(5));
+    if (saves.state != QRVSaveStatus::State::Saved) {
+        std::cerr << "not saved: " << saves.keyPaths << ' ' << saves.reason << '\n';
+        return 1;
+    }
     std::cout << "saved in " << QRVSettingsLocation() << '\n';
 }

@@ -8,6 +8,7 @@
 #include "KeyPaths.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/System/Terminal.h"
+#include "Processes.h"
 #include "QRVSettings/QRVSettings.h"
 #include "StartUp.h"
 
@@ -61,8 +62,9 @@ class Display {
 
 }  // namespace
 
-void runDisplay(Colours colours) {
+int runDisplay(Colours colours) {
     Display display(colours);
     display.start();
-    for (;;) DispatchMainQueue::shared().run();
+    runUntilAskedToEnd();
+    return endUp(0);
 }

@@ -3,6 +3,6 @@
 
 #include "MenuBarLine.h"
 
-/// Shows the menu bar as the current settings say, until the process is ended. On a terminal it
-/// redraws one line; elsewhere it prints a line for each state. Does not return.
-[[noreturn]] void runDisplay(Colours colours);
+/// Shows the menu bar as the current settings say, until the process is asked to end. On a terminal
+/// it redraws one line; elsewhere it prints a line for each state. Returns an exit status.
+int runDisplay(Colours colours);

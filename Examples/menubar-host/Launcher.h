@@ -3,9 +3,6 @@
 
 #include <string>
 
-/// Records the machine and migrates the settings file. Returns an exit status.
-int runPreparation();
-
 /// Starts the processes of the application: a display, and a settings process that reads standard
 /// input. Waits for the display to end and returns its exit status. The settings process then ends
 /// too.

@@ -5,9 +5,16 @@
 #include <string>
 #include <vector>
 
+/// From now on SIGTERM and SIGINT end the functions below instead of the process, so that it can
+/// wait for its saves. To be called before there are threads.
+void endWithoutLosingSaves();
+
 /// Waits for the next line of standard input, and drains the main queue meanwhile. Returns no line
-/// at the end of the input.
+/// at the end of the input, and when the process is asked to end.
 std::optional<std::string> nextLineOfInput();
+
+/// Drains the main queue until the process is asked to end.
+void runUntilAskedToEnd();
 
 /// Starts this program in a child process, with other arguments. The child ends when its parent
 /// does.

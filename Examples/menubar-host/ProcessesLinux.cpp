@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -47,20 +48,46 @@ bool readInput() {
     return true;
 }
 
-}  // namespace
+/// Readable once the process is asked to end; -1 while that ends it at once.
+int endOfProcess = -1;
 
-std::optional<std::string> nextLineOfInput() {
-    std::array<pollfd, 2> entries = {
-        {{DispatchMainQueue::shared().fd(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+enum class Event { Input, EndOfProcess };
+
+/// Waits for an event; `input` is a descriptor, or -1. Drains the main queue meanwhile.
+Event nextEvent(int input) {
+    std::array<pollfd, 3> entries = {{{DispatchMainQueue::shared().fd(), POLLIN, 0},
+                                      {input, POLLIN, 0},
+                                      {endOfProcess, POLLIN, 0}}};
     for (;;) {
-        if (std::optional<std::string> line = takeLine()) return line;
         if (poll(entries.data(), entries.size(), -1) < 0) {
             if (errno == EINTR) continue;
-            fail("waiting for input");
+            fail("waiting for events");
         }
         if (entries[0].revents != 0) DispatchMainQueue::shared().drain();
-        if (entries[1].revents != 0 && !readInput()) return std::nullopt;
+        if (entries[2].revents != 0) return Event::EndOfProcess;
+        if (entries[1].revents != 0) return Event::Input;
     }
+}
+
+}  // namespace
+
+void endWithoutLosingSaves() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT}) sigaddset(&signals, signal);
+    endOfProcess = signalfd(-1, &signals, SFD_CLOEXEC);
+    if (endOfProcess < 0 || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) fail("signals");
+}
+
+std::optional<std::string> nextLineOfInput() {
+    for (;;) {
+        if (std::optional<std::string> line = takeLine()) return line;
+        if (nextEvent(STDIN_FILENO) == Event::EndOfProcess || !readInput()) return std::nullopt;
+    }
+}
+
+void runUntilAskedToEnd() {
+    nextEvent(-1);
 }
 
 int startProcess(const std::vector<std::string>& arguments) {

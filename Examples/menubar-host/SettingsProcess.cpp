@@ -103,7 +103,6 @@ void beginInTheShownProfile() {
 }  // namespace
 
 int runSettingsProcess() {
-    // This process must follow the others as well: it saves its own tree, which must not be stale.
     startUp(nullptr);
     beginInTheShownProfile();
     int status = 0;
@@ -112,6 +111,5 @@ int runSettingsProcess() {
         std::cerr << "not understood: " << *line << '\n' << settingsCommands;
         status = 1;
     }
-    QRVSettings::sharedSettings().queue().sync([] {});  // the saves queued so far have run
-    return status;
+    return endUp(status);
 }

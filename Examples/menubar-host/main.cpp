@@ -18,7 +18,6 @@ namespace {
 int usage() {
     std::cerr << "usage: menubar-host [--color=auto|always|never]           all processes\n"
                  "       menubar-host display [--color=auto|always|never]   the menu bar\n"
-                 "       menubar-host prepare                               migrates, and exits\n"
                  "       menubar-host settings                              reads lines:\n"
               << settingsCommands;
     return 2;
@@ -33,14 +32,13 @@ std::optional<Colours> coloursOf(const std::string& option) {
 }
 
 int run(std::vector<std::string> words) {
-    if (words.size() == 1 && words[0] == "prepare") return runPreparation();
     if (words.size() == 1 && words[0] == "settings") return runSettingsProcess();
     const bool isDisplay = !words.empty() && words[0] == "display";
     if (isDisplay) words.erase(words.begin());
     if (words.empty()) words.emplace_back("--color=auto");
     const std::optional<Colours> colours = coloursOf(words[0]);
     if (words.size() != 1 || !colours) return usage();
-    if (isDisplay) runDisplay(*colours);
+    if (isDisplay) return runDisplay(*colours);
     return runLauncher(words[0]);
 }
 

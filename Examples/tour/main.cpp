@@ -70,6 +70,7 @@ void meetErrors() {
 
 int main() {
     QRVSettings& store = QRVSettings::sharedSettings();
+    store.setMergesSaves(true);  // no process loses what another has written
     store.loadDefaults();
     store.prepare();
 
@@ -80,6 +81,9 @@ int main() {
     useColours();
     meetErrors();
 
-    store.queue().sync([] {});  // the saves queued so far have run
-    DispatchMainQueue::shared().drain();
+    const QRVSaveStatus saves = QRVSettingsWaitForSaves(std::chrono::seconds(5));
+    if (saves.state != QRVSaveStatus::State::Saved) {
+        std::cerr << "not saved: " << saves.keyPaths << ' ' << saves.reason << '\n';
+        return 1;
+    }
 }

@@ -28,6 +28,7 @@
 #include "QRVSettings/QRVSettings+Merging.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -239,7 +240,9 @@ void queueMissingValue() {
     state.saves.begin();
     state.queue.async([&state] {
         logMissingValue();
-        state.saves.end({});
+        SaveOutcome outcome;
+        outcome.wasWithoutTree = true;
+        state.saves.end(outcome);
     });
 }
 
@@ -340,9 +343,9 @@ void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log) {
     queueOrJoinBatch(tree, log, [](Writes&) {});
 }
 
-UnlessSettled::UnlessSettled(std::string_view keyPath, std::optional<PropertyListValue> value) {
+UnlessSettled::UnlessSettled(QRVKeyPath keyPath, std::optional<PropertyListValue> value) {
     StoreInside::state().unless =
-        std::make_shared<const Settled>(Settled{std::string(keyPath), std::move(value)});
+        std::make_shared<const Settled>(Settled{std::string(keyPath.text()), std::move(value)});
 }
 
 UnlessSettled::~UnlessSettled() {

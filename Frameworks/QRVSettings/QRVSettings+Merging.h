@@ -5,9 +5,9 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 
 namespace QRVInside {
@@ -27,7 +27,7 @@ void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log);
 /// path (or any, when `value` is empty): another process has done the same meanwhile.
 class UnlessSettled {
   public:
-    UnlessSettled(std::string_view keyPath, std::optional<PropertyListValue> value);
+    UnlessSettled(QRVKeyPath keyPath, std::optional<PropertyListValue> value);
     UnlessSettled(const UnlessSettled&) = delete;
     UnlessSettled& operator=(const UnlessSettled&) = delete;
     ~UnlessSettled();

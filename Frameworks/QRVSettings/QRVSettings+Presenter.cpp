@@ -132,7 +132,8 @@ void queueReload(Reload::Kind kind) {
 
 /// To be called on the store's queue.
 bool isLastSave() {
-    return StoreInside::state().lastSaved.isAt(store().location());
+    const QRVPlatform::FileIdentity& saved = StoreInside::state().lastSaved;
+    return !saved.isMissing() && QRVPlatform::identityOfFileAtPath(store().location()) == saved;
 }
 
 }  // namespace

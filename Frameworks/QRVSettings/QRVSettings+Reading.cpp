@@ -7,6 +7,8 @@
 // 3. A stored value answers, and is cached unless the cache is disabled.
 // 4. The default answers, and is cached likewise, a missing one as the null marker.
 
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "Platform/Files/Files.h"
@@ -38,38 +40,41 @@ FileReading readSettingsFile() {
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
-            if (!file.error)
-                reading.root = NSPropertyListSerialization::propertyListWithData(file.bytes)
-                                   .value.dictionary();
-            const bool isHeld = held.identity() == file.identity;
-            if (isHeld && (file.isMissing() || !reading.root.isNull())) reading.file = held;
+            bool mayBeCutOff = false;
+            if (!file.error) {
+                const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);
+                reading.root = read.value.dictionary();
+                mayBeCutOff = read.mayBeCutOff;
+            }
+            const bool isWhole = file.isMissing() || (!reading.root.isNull() && !mayBeCutOff);
+            if (isWhole && held.identity() == file.identity) reading.file = held;
         });
     return reading;
 }
 
 // What reads have cached as absent, and are to find now, has to be published.
 NSDictionary storedTree() {
-    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
-    if (!loaded.isNull()) return loaded;
+    NSDictionary tree = QRVSettings::sharedSettings().storageCache();
+    if (!tree.isNull()) return tree;
     StoreInside::State& state = StoreInside::state();
-    // Before the file: what is saved meanwhile may be in both, but not in neither.
-    const UnsavedWrites unsaved =
-        state.storedFile.read([](const StoredFile& file) { return file.unsaved; });
-    const FileReading reading = readSettingsFile();
-    const NSDictionary tree = unsaved.onTopOf(reading.root);
-    NSMutableDictionary stored = tree.mutableCopy();
-    state.storedFile.update([&](StoredFile& file) {
-        file.noteReading(reading.identity);
-        file.mustBeBackedUp = reading.failed;
-        if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
-            file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
-        file.wasAbsent = reading.root.isNull();
-        file.unsaved.isTreeReplaced = false;
-        if (state.mergesSaves && !file.known) {
-            static_cast<void>(file.know({reading.root, reading.file}));
-        }
-        return std::exchange(file.tree, std::move(stored));
-    });
+    for (bool isRead = false; !isRead;) {
+        const std::uint64_t version =
+            state.storedFile.read([](const StoredFile& file) { return file.knownVersion; });
+        const FileReading reading = readSettingsFile();
+        state.storedFile.update([&](StoredFile& file) -> std::optional<KnownFile> {
+            isRead = file.knownVersion == version;
+            if (!isRead) return std::nullopt;  // What was read may be older.
+            file.noteReading(reading.identity);
+            file.mustBeBackedUp = reading.failed;
+            if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
+                file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
+            file.wasAbsent = reading.root.isNull();
+            file.unsaved.isTreeReplaced = false;
+            tree = file.unsaved.onTopOf(reading.root);
+            file.tree = tree.mutableCopy();
+            return state.mergesSaves ? file.know({reading.root, reading.file}) : std::nullopt;
+        });
+    }
     return tree;
 }
 

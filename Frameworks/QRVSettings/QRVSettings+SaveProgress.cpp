@@ -19,6 +19,7 @@ void eraseAtAndBelow(const std::string& keyPath, std::map<std::string, std::stri
 void SaveProgress::end(const SaveOutcome& outcome) {
     counts_.update([&outcome](Counts& counts) {
         ++counts.ended;
+        if (outcome.wasWithoutTree) return;
         if (!outcome.failure.empty()) {
             counts.lastReason = outcome.failure;
             if (outcome.keyPaths.empty()) counts.failureOfTree = outcome.failure;

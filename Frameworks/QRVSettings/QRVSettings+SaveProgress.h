@@ -14,6 +14,8 @@ namespace QRVInside {
 
 /// What has become of one save.
 struct SaveOutcome {
+    /// There was no tree to save; what could not be saved before is still missing.
+    bool wasWithoutTree = false;
     /// Why nothing was saved; empty when the file was replaced.
     std::string failure;
     /// Key paths of the change records or writes that the save stood for.

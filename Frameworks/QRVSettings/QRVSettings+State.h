@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "Platform/Files/Files.h"
-#include "Platform/Files/HeldFile.h"
 #include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Threads/ThreadAffinity.h"
@@ -55,8 +54,8 @@ struct QRVSettings::State {
     QRVInside::LocalChanges localChanges;
 
     // Used on `queue`.
-    /// The file that the last save left behind; unknown when it failed.
-    QRVPlatform::HeldFile lastSaved;
+    /// The file that the last save left behind; missing when it failed.
+    QRVPlatform::FileIdentity lastSaved;
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();

@@ -78,7 +78,7 @@ bool leadsThroughAValue(const NSDictionary& tree, std::string_view keyPath, std:
 void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging logging) {
     std::string prefix;
     if (leadsThroughAValue(tree, write.keyPath, prefix)) {
-        if (write.value.isNull()) return;  // Nothing can be there to remove.
+        if (write.value.isNull() && !write.followsAValue) return;  // Nothing is there to remove.
         if (logging == Writes::Logging::On)
             NSLog("Prefs write of %@ replaces the value that another process stored at %@",
                   {write.keyPath, prefix});
@@ -141,13 +141,15 @@ bool Settled::isIn(const NSDictionary& tree) const {
 }
 
 // An earlier write at the key path may be dropped: whatever happened between the two, above or
-// below the key path, the later one decides what is there. But one that may turn out not to be
+// below the key path, the later one decides what is there. Only to a removal, other than to a
+// value, a value on its way does not give way: `followsAValue`. One that may turn out not to be
 // needed leaves the earlier one in force.
 void Writes::add(Write write) {
     const auto [entry, isNew] = indexes_.try_emplace(write.keyPath, writes_.size());
     if (!isNew) {
         std::optional<Write>& earlier = writes_[std::exchange(entry->second, writes_.size())];
         if (!write.unless || write.unless == earlier->unless) {
+            write.followsAValue = !earlier->value.isNull() || earlier->followsAValue;
             earlier.reset();
             --count_;
         }
@@ -211,7 +213,7 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
     if (count_ == 0) return start;
     const NSMutableDictionary result = start.isNull() ? NSMutableDictionary() : start.mutableCopy();
     for (const std::optional<Write>& write : writes_)
-        if (write && !(write->unless && write->unless->isIn(tree))) apply(*write, result, logging);
+        if (write && !(write->unless && write->unless->isIn(start))) apply(*write, result, logging);
     return withoutMutableLevels(result, NSPropertyListSerialization::maximumLevels);
 }
 

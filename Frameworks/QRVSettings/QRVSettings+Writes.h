@@ -34,6 +34,9 @@ struct Write {
     PropertyListValue value;  ///< frozen; null removes
     /// Null for a write that is always needed.
     std::shared_ptr<const Settled> unless = nullptr;
+    /// A removal that stands also for an earlier write of a value: to it, too, a value on its way
+    /// gives way.
+    bool followsAValue = false;
 };
 
 /// A write that no property list can hold, and why.
@@ -43,7 +46,8 @@ struct RefusedWrite {
 };
 
 /// Writes in their order, with the change records that belong to them. Of two writes at one key
-/// path the later is kept.
+/// path the later is kept. None leads through a value of an earlier one: the stored tree of the
+/// host has that value, and refuses the write.
 class Writes {
   public:
     void add(Write write);

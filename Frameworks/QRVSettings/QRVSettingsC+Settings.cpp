@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 // The functions that read and write settings, for C.
 
+#include <chrono>
+#include <memory>
+
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
+using QRVInside::CInterface::emptied;
 using QRVInside::CInterface::give;
 using QRVInside::CInterface::giveValue;
 using QRVInside::CInterface::keyPathOf;
+using QRVInside::CInterface::newHandle;
 using QRVInside::CInterface::perform;
 using QRVInside::CInterface::textOf;
 using QRVInside::CInterface::valueOf;
@@ -20,6 +25,18 @@ NSDictionary dictionaryOf(const qrv_value* value) {
 NSArray arrayOrNullOf(const qrv_value* value) {
     if (valueOf(value).isNull()) return nullptr;
     return valueOf(value, PropertyListValue::Kind::Array).array();
+}
+
+qrv_save_state numberOf(QRVSaveStatus::State state) {
+    switch (state) {
+        case QRVSaveStatus::State::Saved:
+            return QRV_SAVE_STATE_SAVED;
+        case QRVSaveStatus::State::Failed:
+            return QRV_SAVE_STATE_FAILED;
+        case QRVSaveStatus::State::Pending:
+            break;
+    }
+    return QRV_SAVE_STATE_PENDING;
 }
 
 }  // namespace
@@ -77,6 +94,22 @@ qrv_result qrv_settings_clear_cache(const char* key_path) {
 
 qrv_result qrv_settings_synchronize(void) {
     return perform([] { QRVSettingsSynchronize(); });
+}
+
+qrv_result qrv_settings_wait_for_saves(int64_t milliseconds, qrv_save_state* state,
+                                       qrv_value** key_paths, qrv_value** reason) {
+    return perform([&] {
+        qrv_save_state& stateOfSaves = emptied(state);
+        qrv_value*& keyPaths = emptied(key_paths);
+        qrv_value*& text = emptied(reason);
+        const QRVSaveStatus status =
+            QRVSettingsWaitForSaves(std::chrono::milliseconds(milliseconds));
+        std::unique_ptr<qrv_value, decltype(&qrv_value_release)> newKeyPaths(
+            newHandle(status.keyPaths), qrv_value_release);
+        text = newHandle(status.reason);
+        keyPaths = newKeyPaths.release();
+        stateOfSaves = numberOf(status.state);
+    });
 }
 
 qrv_result qrv_settings_prepare_batch_save(void) {

@@ -76,6 +76,14 @@ qrv_result qrv_store_set_monitor_file_changes(bool monitor) {
     return perform([&] { store().setMonitorFileChanges(monitor); });
 }
 
+qrv_result qrv_store_merges_saves(bool* merges) {
+    return give(merges, [] { return store().mergesSaves(); });
+}
+
+qrv_result qrv_store_set_merges_saves(bool merges) {
+    return perform([&] { store().setMergesSaves(merges); });
+}
+
 qrv_result qrv_store_disable_cache(bool* disable) {
     return give(disable, [] { return store().disableCache(); });
 }

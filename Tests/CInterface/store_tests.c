@@ -36,6 +36,45 @@ static void flags_are_kept(void) {
     OK(qrv_store_set_monitor_file_changes(true));
     OK(qrv_store_monitor_file_changes(&flag));
     CHECK(flag);
+    OK(qrv_store_merges_saves(&flag));
+    CHECK(!flag);
+    OK(qrv_store_set_merges_saves(true));
+    OK(qrv_store_merges_saves(&flag));
+    CHECK(flag);
+}
+
+static void waiting_tells_what_was_saved(void) {
+    qrv_save_state state = QRV_SAVE_STATE_PENDING;
+    qrv_value* key_paths = NULL;
+    qrv_value* reason = NULL;
+    qrv_value* marker = NULL;
+    qrv_value* key_path = NULL;
+    size_t count = 0;
+    OK(qrv_store_set_merges_saves(true));
+    set_integer("good", 1);
+    OK(qrv_value_create_null_marker(&marker));
+    OK(qrv_settings_set_object(marker, "bad.value"));
+    OK(qrv_settings_wait_for_saves(20000, &state, &key_paths, &reason));
+    CHECK(state == QRV_SAVE_STATE_FAILED);
+    OK(qrv_value_get_count(key_paths, &count));
+    CHECK(count == 1);
+    OK(qrv_value_get_element(key_paths, 0, &key_path));
+    check_text(key_path, "bad.value");
+    qrv_value_release(key_paths);
+    qrv_value_release(reason);
+    set_integer("bad.value", 2);
+    OK(qrv_settings_wait_for_saves(20000, &state, &key_paths, &reason));
+    CHECK(state == QRV_SAVE_STATE_SAVED);
+    check_text(reason, "");
+    qrv_value_release(key_paths);
+    qrv_value_release(marker);
+    OK(qrv_settings_prepare_batch_save());
+    set_integer("good", 2);
+    OK(qrv_settings_wait_for_saves(0, &state, &key_paths, &reason));
+    CHECK(state == QRV_SAVE_STATE_PENDING);
+    qrv_value_release(key_paths);
+    qrv_value_release(reason);
+    FAILS(QRV_ERROR_NULL_POINTER, qrv_settings_wait_for_saves(0, NULL, &key_paths, &reason));
 }
 
 static void a_disabled_cache_is_gone(void) {
@@ -185,6 +224,7 @@ static void a_property_without_a_place_is_an_error(void) {
 const test store_tests[] = {
     {"the file is there after a save", the_file_is_there_after_a_save},
     {"flags are kept", flags_are_kept},
+    {"waiting tells what was saved", waiting_tells_what_was_saved},
     {"a disabled cache is gone", a_disabled_cache_is_gone},
     {"a start makes defaults and a profile", a_start_makes_defaults_and_a_profile},
     {"the machine is the recorded one", the_machine_is_the_recorded_one},

@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 
 #include "Coordination/KernelLocks.h"
 #include "Files/TestFiles.h"
-#include "Platform/Coordination/FileLock.h"
+#include "Platform/Coordination/CoordinatedWrite.h"
+#include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Support/ChildProcess.h"
 
@@ -70,7 +72,7 @@ TEST(Coordination, WritingWithoutOptionsIsCoordinatedToo) {
     bool isHeld = false;
     EXPECT_FALSE(coordinator.coordinateWritingItemAtURL(
         "file", WritingOptions::None,
-        [&](const std::string&) { isHeld = !FileLock::shared(".file.lock").isHeld(); }));
+        [&](const std::string&) { isHeld = isLockedAlone(".file.lock"); }));
     EXPECT_TRUE(isHeld);
 }
 
@@ -142,29 +144,133 @@ TEST(Coordination, APathThatCannotBeIsAnErrorForWritersOnly) {
     EXPECT_EQ(readAt("").runs, 1);
 }
 
-TEST(Coordination, AnExceptionPassesOnWithTheLockReleased) {
+TEST(Coordination, AnExceptionPassesOnWithTheLocksReleased) {
+    writePlainly("file", "x");
     NSFileCoordinator coordinator;
     const auto fail = [](const std::string&) { throw std::out_of_range("passes"); };
     EXPECT_THROW(coordinator.coordinateWritingItemAtURL("file", WritingOptions::None, fail),
                  std::out_of_range);
-    EXPECT_TRUE(FileLock::shared(".file.lock").isHeld());
+    EXPECT_FALSE(isLocked(".file.lock"));
+    EXPECT_FALSE(isLocked("file"));
     EXPECT_THROW(coordinator.coordinateReadingItemAtURL("file", ReadingOptions::None, fail),
                  std::out_of_range);
+    EXPECT_FALSE(isLocked("file"));
     EXPECT_EQ(writeAt("file").runs, 1);
 }
 
-TEST(Coordination, ReadersShareTheLockAndExcludeWriters) {
-    writeAt("file");
+TEST(Coordination, ReadersShareTheFileItselfWithoutALockFile) {
+    writePlainly("file", "x");
     NSFileCoordinator coordinator;
     bool isShared = false;
-    bool isHeld = false;
+    Access second;
     coordinator.coordinateReadingItemAtURL("file", ReadingOptions::None, [&](const std::string&) {
-        isShared = FileLock::shared(".file.lock").isHeld();
-        isHeld = isHeldBySomeone(".file.lock");
+        isShared = isLocked("file") && !isLockedAlone("file");
+        second = readAt("file");
     });
     EXPECT_TRUE(isShared);
-    EXPECT_TRUE(isHeld);
-    EXPECT_FALSE(isHeldBySomeone(".file.lock"));
+    EXPECT_EQ(second.runs, 1);
+    EXPECT_FALSE(isLocked("file"));
+    EXPECT_EQ(everythingIn("."), std::set<std::string>{"file"});
+}
+
+TEST(Coordination, AReaderLeavesTheLockFileToTheWriters) {
+    writePlainly("file", "x");
+    writeAt("file");
+    bool isLockFileLocked = true;
+    NSFileCoordinator().coordinateReadingItemAtURL(
+        "file", ReadingOptions::None,
+        [&](const std::string&) { isLockFileLocked = isLocked(".file.lock"); });
+    EXPECT_FALSE(isLockFileLocked);
+}
+
+TEST(Coordination, ThroughALinkReadersLockTheTarget) {
+    std::filesystem::create_directory("folder");
+    writePlainly("folder/target", "x");
+    std::filesystem::create_symlink("folder/target", "link");
+    bool isTargetLocked = false;
+    NSFileCoordinator().coordinateReadingItemAtURL(
+        "link", ReadingOptions::None,
+        [&](const std::string&) { isTargetLocked = isLocked("folder/target"); });
+    EXPECT_TRUE(isTargetLocked);
+}
+
+TEST(Coordination, AWriterHasTheOldFileAndTheNewOneAloneForTheWholeAccess) {
+    writePlainly("file", "old");
+    bool isOldLocked = false;
+    bool isNewLocked = false;
+    NSFileCoordinator().coordinateWritingItemAtURL("file", WritingOptions::None,
+                                                   [&](const std::string& path) {
+                                                       isOldLocked = isLockedAlone("file");
+                                                       for (const char* bytes : {"new", "newer"}) {
+                                                           EXPECT_FALSE(replaceFile(path, bytes));
+                                                           isNewLocked = isLockedAlone("file");
+                                                           EXPECT_TRUE(isNewLocked) << bytes;
+                                                       }
+                                                   });
+    EXPECT_TRUE(isOldLocked);
+    EXPECT_TRUE(isNewLocked);
+    EXPECT_FALSE(isLocked("file"));
+    EXPECT_EQ(readPlainly("file"), "newer");
+}
+
+TEST(Coordination, AWriterHasAFileThatItCreatesAloneFromItsFirstMoment) {
+    bool isNewLocked = false;
+    NSFileCoordinator().coordinateWritingItemAtURL("folder/file", WritingOptions::None,
+                                                   [&](const std::string& path) {
+                                                       EXPECT_FALSE(replaceFile(path, "new"));
+                                                       isNewLocked = isLockedAlone("folder/file");
+                                                   });
+    EXPECT_TRUE(isNewLocked);
+    EXPECT_FALSE(isLocked("folder/file"));
+}
+
+TEST(Coordination, AWriterThatOnlyReplacesKeepsReadersOutOfNothingBeforeAndAfter) {
+    writePlainly("file", "old");
+    bool wasLocked = true;
+    EXPECT_FALSE(coordinateWriting(NSFileCoordinator(), "file", WritingOptions::ForReplacing,
+                                   [&](WriteAccess& access) {
+                                       wasLocked = isLocked("file");
+                                       EXPECT_FALSE(replaceFile(access, "new"));
+                                       wasLocked = wasLocked || isLocked("file");
+                                       EXPECT_TRUE(isLockedAlone(".file.lock"));
+                                   }));
+    EXPECT_FALSE(wasLocked);
+    EXPECT_EQ(readPlainly("file"), "new");
+}
+
+TEST(Coordination, AReplacementOutsideOfAnAccessWaitsForNobody) {
+    writePlainly("file", "old");
+    NSFileCoordinator().coordinateReadingItemAtURL(
+        "file", ReadingOptions::None, [](const std::string& path) {
+            const auto start = std::chrono::steady_clock::now();
+            EXPECT_FALSE(replaceFile(path, "new"));
+            EXPECT_LT(std::chrono::steady_clock::now() - start, readerLockTimeout);
+        });
+    EXPECT_EQ(readPlainly("file"), "new");
+}
+
+TEST(Coordination, ReadingWithinAWriteOfTheSameThreadWaitsForNobody) {
+    writePlainly("file", "old");
+    Access inner;
+    NSFileCoordinator().coordinateWritingItemAtURL(
+        "file", WritingOptions::None, [&](const std::string&) {
+            const auto start = std::chrono::steady_clock::now();
+            inner = readAt("./file");
+            EXPECT_LT(std::chrono::steady_clock::now() - start, readerLockTimeout);
+        });
+    EXPECT_EQ(inner.runs, 1);
+}
+
+TEST(Coordination, WritingWithinAReadGoesOnAfterTheTimeout) {
+    writePlainly("file", "old");
+    Access inner;
+    NSFileCoordinator().coordinateReadingItemAtURL(
+        "file", ReadingOptions::None, [&](const std::string&) {
+            const auto start = std::chrono::steady_clock::now();
+            inner = writeAt("file");
+            EXPECT_GE(std::chrono::steady_clock::now() - start, readerLockTimeout);
+        });
+    EXPECT_EQ(inner.runs, 1);
 }
 
 TEST(Coordination, AccessesToDifferentFilesDoNotExcludeEachOther) {
@@ -175,14 +281,22 @@ TEST(Coordination, AccessesToDifferentFilesDoNotExcludeEachOther) {
     EXPECT_EQ(inner.runs, 1);
 }
 
-TEST(Coordination, AForkedChildDoesNotKeepTheLock) {
+TEST(Coordination, AForkedChildDoesNotKeepTheLocks) {
+    writePlainly("file", "x");
     NSFileCoordinator coordinator;
     const Gate end;
-    std::optional<ChildProcess> child;
+    std::optional<ChildProcess> ofWriter;
+    std::optional<ChildProcess> ofReader;
     coordinator.coordinateWritingItemAtURL("file", WritingOptions::None, [&](const std::string&) {
-        child.emplace([&] { return end.wait(); });
+        ofWriter.emplace([&] { return end.wait(); });
     });
-    EXPECT_TRUE(FileLock::shared(".file.lock").isHeld());
+    EXPECT_FALSE(isLocked(".file.lock"));
+    EXPECT_FALSE(isLocked("file"));
+    coordinator.coordinateReadingItemAtURL("file", ReadingOptions::None, [&](const std::string&) {
+        ofReader.emplace([&] { return end.wait(); });
+    });
+    EXPECT_FALSE(isLocked("file"));
     end.open();
-    EXPECT_TRUE(child->succeeded());
+    EXPECT_TRUE(ofWriter->succeeded());
+    EXPECT_TRUE(ofReader->succeeded());
 }

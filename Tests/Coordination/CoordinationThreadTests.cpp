@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -33,6 +34,45 @@ TEST(CoordinationAmongThreads, WritersExcludeEachOther) {
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(collisions, 0);
     EXPECT_EQ(runs, 400);
+}
+
+TEST(CoordinationAmongThreads, ReadersAndWritersExcludeEachOther) {
+    using Clock = std::chrono::steady_clock;
+    ASSERT_FALSE(replaceFile("file", "x"));
+    std::atomic<int> readers = 0;
+    std::atomic<int> writers = 0;
+    std::atomic<int> collisions = 0;
+    const auto visit = [&](std::atomic<int>& own, Clock::time_point start) {
+        // Who has waited so long goes on beside others.
+        if (Clock::now() - start >= readerLockTimeout) return;
+        ++own;
+        std::this_thread::yield();
+        if (writers > 1 || (writers == 1 && readers > 0)) ++collisions;
+        --own;
+    };
+    const auto readOften = [&] {
+        for (int count = 0; count < 100; ++count)
+            NSFileCoordinator().coordinateReadingItemAtURL(
+                "file", NSFileCoordinator::ReadingOptions::None,
+                [&, start = Clock::now()](const std::string&) { visit(readers, start); });
+    };
+    const auto writeOften = [&] {
+        for (int count = 0; count < 100; ++count)
+            NSFileCoordinator().coordinateWritingItemAtURL(
+                "file", NSFileCoordinator::WritingOptions::ForReplacing,
+                [&, start = Clock::now()](const std::string& path) {
+                    visit(writers, start);
+                    EXPECT_FALSE(replaceFile(path, "y"));
+                    visit(writers, start);
+                });
+    };
+    std::vector<std::thread> threads;
+    for (int pair = 0; pair < 2; ++pair) {
+        threads.emplace_back(readOften);
+        threads.emplace_back(writeOften);
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(collisions, 0);
 }
 
 TEST(CoordinationAmongThreads, ReplacingReadingAndReportingAtOnceIsSafe) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "Support/ChildProcess.h"
 #include "Tool/ToolSupport.h"
 
@@ -41,15 +43,21 @@ bool prints(const ToolSupport::RunningTool& host, const std::string& text) {
 }  // namespace
 
 TEST_P(WatchingHost, PrintsWhatAnotherProcessChanges) {
-    // What a first start records is saved before: the host has nothing to save then, which could go
-    // over the change.
-    ASSERT_EQ(ToolSupport::run({"set", "UpdateFrequency", "3"}).exitCode, 0);
     const ToolSupport::RunningTool host(GetParam().program, {}, {});
     ASSERT_TRUE(prints(host, "watching")) << host.errors();
     EXPECT_EQ(ToolSupport::run({"set", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
     EXPECT_TRUE(prints(host, "CPU.Menubar.Enabled: false\n")) << host.output();
     EXPECT_EQ(ToolSupport::run({"set", "UpdateFrequency", "5"}).exitCode, 0);
     EXPECT_TRUE(prints(host, "UpdateFrequency: 5\n")) << host.output();
+}
+
+TEST_P(WatchingHost, LosesNothingWhenItIsAskedToEnd) {
+    ToolSupport::RunningTool host(GetParam().program, {}, {});
+    ASSERT_TRUE(prints(host, "watching")) << host.errors();
+    host.send(SIGTERM);
+    EXPECT_EQ(host.finish().exitCode, 0) << host.errors();
+    // What a first start writes.
+    EXPECT_THAT(ToolSupport::contentsOf(settingsFile()), HasSubstr("<key>Migration</key>"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Loop, WatchingHost, testing::ValuesIn(watchingHosts),

@@ -21,11 +21,6 @@ namespace {
 
 class MenubarHost : public testing::Test {
   protected:
-    /// As the launcher does it: nothing is left to be saved by a start.
-    void SetUp() override {
-        ASSERT_EQ(ToolSupport::runProgram(QRV_MENUBAR_HOST, {"prepare"}).exitCode, 0);
-    }
-
     static ToolSupport::Outcome settings(const std::string& lines) {
         return ToolSupport::runProgram(QRV_MENUBAR_HOST, {"settings"}, {lines, {}});
     }

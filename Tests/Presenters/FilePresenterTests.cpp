@@ -127,7 +127,7 @@ TEST(FilePresenter, OfManyChangesTheLastOneIsNotifiedLast) {
     }
 }
 
-TEST(FilePresenter, IsNotNotifiedOfOtherFilesInTheFolder) {
+TEST(FilePresenter, IsNotNotifiedOfOtherFilesInTheFolderNorOfAccessesThatChangeNothing) {
     writePlainly("file", "same");
     const Reader reader("file");
     for (const char* name : {".file.lock", ".file.tmp", "file~", "fil", "other"}) {
@@ -142,6 +142,8 @@ TEST(FilePresenter, IsNotNotifiedOfOtherFilesInTheFolder) {
                     .coordinateWritingItemAtURL("file", NSFileCoordinator::WritingOptions::None,
                                                 [](const std::string&) {})
                     .value() == 0);
+    NSFileCoordinator().coordinateReadingItemAtURL("file", NSFileCoordinator::ReadingOptions::None,
+                                                   [](const std::string&) {});
     readPlainly("file");
     EXPECT_EQ(finalCount(reader), 0);
 }

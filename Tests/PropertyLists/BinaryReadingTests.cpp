@@ -88,6 +88,35 @@ TEST(BinaryReading, DatesKeepTheirFractions) {
     EXPECT_EQ(refusal(single("\x32" + std::string(4, '\0'))), "bad size of a date, byte 8");
 }
 
+TEST(BinaryReading, DatesOfAllYearsAreReadAndCanBeWritten) {
+    constexpr double furthest = NSPropertyListSerialization::maximumDateInterval;
+    for (const double seconds :
+         {-63145526400.0, -63145526401.0, 252423993599.0, 252423993600.0, -6e10 * 1e3, 1e15,
+          9007199254740993.0, -1e18, std::nextafter(furthest, 0.0), furthest, -furthest}) {
+        const auto value = readableBinary(single("\x33" + doubleBytes(seconds)));
+        EXPECT_TRUE(sameTree(value, NSDate(seconds))) << seconds;
+        EXPECT_TRUE(sameTree(readableXML(written(value)), value)) << written(value);
+    }
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const double seconds :
+         {std::nextafter(furthest, infinity), std::nextafter(-furthest, -infinity), 1e300,
+          -std::numeric_limits<double>::max()}) {
+        EXPECT_EQ(refusal(single("\x33" + doubleBytes(seconds))),
+                  "a date is more than 146 billion years from 2001, byte 8");
+    }
+}
+
+TEST(BinaryReading, StringsOfOneByteACharacterMayHoldUTF8) {
+    EXPECT_TRUE(
+        sameTree(readableBinary(single("\x5A\u00e9\u20ac\U0001F600x")), "\u00e9\u20ac\U0001F600x"));
+    const BinaryFile key{.objects = {binaryContainer(0xD0, 1, {1, 2}), "\x52\u00e9", "\x09"}};
+    EXPECT_TRUE(sameTree(readableBinary(key.bytes()), NSDictionary{{"\u00e9", true}}));
+    for (const char* bytes : {"\x51\x80", "\x51\xE9", "\x52\xC3(", "\x52\xC0\x80",
+                              "\x53\xED\xA0\x80", "\x53x\xE2\x82", "\x54\xF4\x90\x80\x80"}) {
+        EXPECT_EQ(refusal(single(bytes)), "a string is neither ASCII nor UTF-8, byte 8") << bytes;
+    }
+}
+
 TEST(BinaryReading, StringsAreASCIIOrUTF16) {
     EXPECT_TRUE(sameTree(readableBinary(single("\x53"
                                                "abc")),
@@ -95,7 +124,6 @@ TEST(BinaryReading, StringsAreASCIIOrUTF16) {
     EXPECT_TRUE(sameTree(readableBinary(single("\x51\0"s)), std::string_view("\0", 1)));
     EXPECT_TRUE(
         sameTree(readableBinary(single("\x63\x00\xE9\xD8\x3D\xDE\x00"s)), "\u00e9\U0001F600"));
-    EXPECT_EQ(refusal(single("\x51\x80")), "an ASCII string holds other bytes, byte 8");
     EXPECT_EQ(refusal(single("\x61\xD8\x3D")), "a string is not valid UTF-16, byte 8");
     EXPECT_EQ(refusal(single("\x61\xDE\x00"s)), "a string is not valid UTF-16, byte 8");
     EXPECT_EQ(refusal(single("\x62\xD8\x3D\x00\x41"s)), "a string is not valid UTF-16, byte 8");
@@ -221,9 +249,25 @@ TEST(BinaryReading, OffsetsOutsideTheObjectsAreRefused) {
     }
 }
 
+TEST(BinaryReading, TheSecondDigitOfTheVersionMayBeAnyByte) {
+    std::string file = smallDictionary().bytes();
+    const PropertyListValue expected = readableBinary(file);
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        file[7] = static_cast<char>(static_cast<unsigned char>(byte));
+        EXPECT_TRUE(sameTree(readableBinary(file), expected)) << byte;
+    }
+}
+
 TEST(BinaryReading, OtherVersionsAndShortFilesAreRefused) {
     std::string file = smallDictionary().bytes();
     EXPECT_EQ(refusal("bplist00"), "the file is too short, byte 8");
+    EXPECT_EQ(refusal("bplist0?"), "the file is too short, byte 8");
+    EXPECT_EQ(NSPropertyListSerialization::propertyListWithData("bplist0").format,
+              PropertyListFormat::OldStyle);
+    EXPECT_EQ(refusal(std::string(file).replace(6, 2, "10")),
+              "unknown version of the binary format, byte 6");
+    EXPECT_NE(refusal(std::string(file).replace(6, 2, "a0")), "");
+    EXPECT_NE(refusal(std::string(file).replace(5, 1, "T")), "");
     EXPECT_EQ(refusal(file.replace(6, 2, "15")), "unknown version of the binary format, byte 6");
 }
 

@@ -104,7 +104,23 @@ TEST(Encoding, NulCharactersAreRefused) {
               "the text contains the character U+0000, line 1, column 10");
     EXPECT_NE(refusal("{ a = \"b\0\"; }"s), "");
     EXPECT_NE(refusal("{}\0"s), "");
-    EXPECT_NE(refusal("\xFE\xFF"s + widened("<true/>", 2, true) + "\0\0"s), "");
+    EXPECT_NE(refusal("a = b;\0"s), "");
+    EXPECT_NE(refusal("\xFE\xFF"s + widened("{}", 2, true) + "\0\0"s), "");
+}
+
+TEST(Encoding, NulCharactersMayFollowXML) {
+    EXPECT_TRUE(sameTree(readableXML("<true/>\0"s), true));
+    EXPECT_TRUE(sameTree(readableXML("<plist><true/></plist>\n<!-- end -->\0\0 \n\0"s), true));
+    EXPECT_TRUE(sameTree(readableXML("\xFE\xFF"s + widened("<true/>", 2, true) + "\0\0"s), true));
+    const std::string message = "the text contains the character U+0000, line 1, column ";
+    EXPECT_EQ(refusal("<true/>\0x"s), message + "8");
+    EXPECT_EQ(refusal("<true/>\0<!-- -->"s), message + "8");
+    EXPECT_EQ(refusal("<true/>\0\xFF"s), message + "8");
+    EXPECT_EQ(refusal(" \0<true/>"s), message + "2");
+    EXPECT_EQ(refusal("<plist><true/>\0</plist>"s), message + "15");
+    EXPECT_EQ(refusal("<plist><true/>\0\0\0"s),
+              "malformed XML: <plist> is not closed, line 1, column 1");
+    EXPECT_NE(refusal("<string>abc\0"s), "");
 }
 
 TEST(Encoding, DeclarationsOfOtherEncodingsAreRefused) {

@@ -47,7 +47,9 @@ rc::Gen<PropertyListValue> valueOf(rc::Gen<Source> source) {
 }
 
 rc::Gen<PropertyListValue> scalar() {
-    const auto seconds = rc::gen::inRange<std::int64_t>(-63145526400, 252423993600);
+    constexpr std::int64_t furthest = std::int64_t{1} << 62U;
+    const auto seconds = rc::gen::oneOf(rc::gen::inRange<std::int64_t>(-63145526400, 252423993600),
+                                        rc::gen::inRange<std::int64_t>(-furthest, furthest));
     return rc::gen::oneOf(
         valueOf(rc::gen::arbitrary<bool>()), valueOf(rc::gen::arbitrary<std::int64_t>()),
         valueOf(rc::gen::arbitrary<std::uint64_t>()), valueOf(anyReal()), valueOf(text()),

@@ -21,7 +21,7 @@ TEST(OldStyleReading, SeparatorsBeforeTheEndMayBeThereOrMissing) {
     EXPECT_TRUE(sameTree(readableOldStyle("{a=b;c=d}"), NSDictionary{{"a", "b"}, {"c", "d"}}));
     EXPECT_TRUE(sameTree(readableOldStyle("(a,b,)"), NSArray{"a", "b"}));
     for (const char* text : {"{;}", "{a=b;;}", "(,)", "(a,,b)", "{a=b c=d;}", "(a b)", "{a}",
-                             "{a;}", "{=b;}", "{a=;}", "{a b;}"}) {
+                             "{=b;}", "{a=;}", "{a b;}"}) {
         EXPECT_NE(refusal(text), "") << text;
     }
 }
@@ -32,6 +32,28 @@ TEST(OldStyleReading, TheOuterBracesMayBeMissing) {
     EXPECT_EQ(refusal("a = b; c = d"), "; is expected after a value, line 1, column 13");
     EXPECT_NE(refusal("a = b; c"), "");
     EXPECT_NE(refusal("a = b; }"), "");
+}
+
+TEST(OldStyleReading, AKeyWithoutValueIsItsOwnValue) {
+    EXPECT_TRUE(sameTree(readableOldStyle("{a;}"), NSDictionary{{"a", "a"}}));
+    EXPECT_TRUE(sameTree(readableOldStyle("{ 'b c' ; d = e; \"\\U20\"; }"),
+                         NSDictionary{{"b c", "b c"}, {"d", "e"}, {" ", " "}}));
+    EXPECT_TRUE(sameTree(readableOldStyle("a; b = (c); d;"),
+                         NSDictionary{{"a", "a"}, {"b", NSArray{"c"}}, {"d", "d"}}));
+    EXPECT_EQ(refusal("{a}"), "= or ; is expected after a key, line 1, column 3");
+    for (const char* text : {"{(a);}", "{<00>;}", "{;}", "{a;b}", "(a;)", "a; b", "{a;", ";"}) {
+        EXPECT_NE(refusal(text), "") << text;
+    }
+}
+
+TEST(OldStyleReading, OnlyLinesWithoutBracesMayBeCutOff) {
+    const auto mayBeCutOff = [](std::string_view text) {
+        return NSPropertyListSerialization::propertyListWithData(text).mayBeCutOff;
+    };
+    for (const char* text : {"a = b;", "a = {};\nc = d;", "\"a\" = (b); // end", "a;"})
+        EXPECT_TRUE(mayBeCutOff(text)) << text;
+    for (const char* text : {"{ a = b; }", "{}", "(a)", "<00>", "\"a\"", "<true/>", "a = b; c"})
+        EXPECT_FALSE(mayBeCutOff(text)) << text;
 }
 
 TEST(OldStyleReading, OfEqualKeysTheLastWins) {
@@ -85,21 +107,30 @@ TEST(OldStyleReading, QuotesOfTheOtherKindNeedNoEscape) {
 TEST(OldStyleReading, UnicodeEscapesAreUTF16Units) {
     EXPECT_TRUE(
         sameTree(readableOldStyle(R"("\U00e9\U20AC\UD83D\UDE00")"), "\u00e9\u20ac\U0001F600"));
-    for (const char* text : {R"("\U00e")", R"("\U00eg")", R"("\UD83D")", R"("\UD83Dx")",
-                             R"("\UDE00")", R"("\UD83D\U0041")", R"("\u00e9")"}) {
+    EXPECT_TRUE(sameTree(readableOldStyle(R"("\U9\Ue9\U20acx\U00e90")"), "\t\u00e9\u20acx\u00e90"));
+    EXPECT_EQ(refusal(R"("\Ug")"), R"(a hexadecimal digit is expected after \U, line 1, column 2)");
+    for (const char* text : {R"("\U")", R"("\U)", R"("\UD83D")", R"("\UD83Dx")", R"("\UDE00")",
+                             R"("\UD83D\U0041")", R"("\UD83D\U")", R"("\UD83D\UDE0")"}) {
         EXPECT_NE(refusal(text), "") << text;
     }
+}
+
+TEST(OldStyleReading, ABackslashBeforeACharacterWithoutMeaningIsDropped) {
+    EXPECT_TRUE(sameTree(readableOldStyle(R"("\z\q\8\9\-\ \u00e9\x41")"), "zq89- u00e9x41"));
+    EXPECT_TRUE(sameTree(readableOldStyle("\"\\\u00e9\\\U0001F600\""), "\u00e9\U0001F600"));
+    EXPECT_EQ(refusal(R"("a\)"), "a string is not closed, line 1, column 4");
+    EXPECT_NE(refusal(R"("\")"), "");
+    EXPECT_NE(refusal(R"((\z))"), "") << "outside quotes a backslash is no character of a string";
 }
 
 TEST(OldStyleReading, OctalEscapesAreInTheNeXTSTEPEncoding) {
     EXPECT_TRUE(sameTree(readableOldStyle(R"("\101\12\0")"), std::string("A\n\0", 3)));
     EXPECT_TRUE(sameTree(readableOldStyle(R"("\200\341\243\256\3751\373")"),
                          "\u00a0\u00c6\u00a3\ufb01\u00ff1\u00df"));
-    EXPECT_EQ(refusal(R"("\376")"), "an octal escape stands for no character, line 1, column 2");
-    EXPECT_NE(refusal(R"("\377")"), "");
-    EXPECT_NE(refusal(R"("\400")"), "");
-    EXPECT_NE(refusal(R"("\8")"), "");
-    EXPECT_NE(refusal(R"("\q")"), "");
+    EXPECT_TRUE(sameTree(readableOldStyle(R"("\375\376\377")"), "\u00ff\uFFFD\uFFFD"));
+    EXPECT_TRUE(sameTree(readableOldStyle(R"("\501\741\777\1012")"), "A\u00c6\uFFFDA2"))
+        << "three digits are more than a byte can hold: its low 8 bits count";
+    EXPECT_TRUE(sameTree(readableOldStyle(R"("\400")"), std::string_view("\0", 1)));
 }
 
 TEST(OldStyleReading, DataIsWholeBytesInHexadecimal) {

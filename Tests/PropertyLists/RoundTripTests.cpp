@@ -5,6 +5,7 @@
 #include <rapidcheck.h>
 
 #include <clocale>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <utility>
@@ -44,7 +45,24 @@ std::vector<std::string> wellFormedFiles() {
         binary.bytes()};
 }
 
-// Dates of the binary format are the only values that can be read but not written.
+// A tree as it is written: dates lose their fractions.
+PropertyListValue inWholeSeconds(const PropertyListValue& value) {
+    if (value.isDate()) return NSDate(std::floor(value.date().timeIntervalSinceReferenceDate()));
+    if (value.isArray()) {
+        const NSMutableArray result;
+        for (const PropertyListValue& element : value.array())
+            result.addObject(inWholeSeconds(element));
+        return result;
+    }
+    if (value.isDictionary()) {
+        const NSMutableDictionary result;
+        for (const auto& [key, element] : value.dictionary())
+            result.setObjectForKey(inWholeSeconds(element), key);
+        return result;
+    }
+    return value;
+}
+
 void requireOneOutcome(std::string_view file) {
     const auto read = NSPropertyListSerialization::propertyListWithData(file);
     RC_ASSERT(read.value.isNull() == read.error.has_value());
@@ -54,11 +72,10 @@ void requireOneOutcome(std::string_view file) {
         return;
     }
     const auto again = NSPropertyListSerialization::dataWithPropertyList(read.value);
-    RC_ASSERT(again.bytes.empty() == again.error.has_value());
-    RC_ASSERT(!again.error || read.format == PropertyListFormat::Binary);
-    if (again.error || read.format == PropertyListFormat::Binary) return;
+    RC_ASSERT(!again.error);
     const auto reread = NSPropertyListSerialization::propertyListWithData(again.bytes);
-    RC_ASSERT(isSameTree(reread.value, read.value));
+    RC_ASSERT(!reread.error);
+    RC_ASSERT(isSameTree(reread.value, inWholeSeconds(read.value)));
 }
 
 std::string mutated(std::string file, const std::vector<std::pair<std::size_t, char>>& changes) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -108,17 +109,30 @@ TEST(Writing, DatesAreWholeSecondsRoundedDown) {
     EXPECT_EQ(writtenElement(NSDate(252423993599.5)), "<date>9999-12-31T23:59:59Z</date>");
 }
 
-TEST(Writing, DatesOutsideTheCalendarAreRefused) {
-    const std::string message =
-        "a date outside the years 0000 to 9999 cannot be stored, at the root";
-    constexpr double firstOfYear0 = -63145526400 + 0.0;
-    EXPECT_EQ(writtenElement(NSDate(firstOfYear0)), "<date>0000-01-01T00:00:00Z</date>");
-    for (const double seconds :
-         {252423993600.0, firstOfYear0 - 0.5, 1e300, -1e300,
-          std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
-          std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_EQ(writeRefusal(NSDate(seconds)), message) << seconds;
+TEST(Writing, DatesOfAllYears) {
+    EXPECT_EQ(writtenElement(NSDate(252423993600)), "<date>10000-01-01T00:00:00Z</date>");
+    EXPECT_EQ(writtenElement(NSDate(-63145526400)), "<date>0000-01-01T00:00:00Z</date>");
+    EXPECT_EQ(writtenElement(NSDate(-63145526400.5)), "<date>-0001-12-31T23:59:59Z</date>");
+    EXPECT_EQ(writtenElement(NSDate(9007199254740992)), "<date>285428782-11-12T07:36:32Z</date>");
+    EXPECT_EQ(writtenElement(NSDate(0x1p62)), "<date>146138514314-06-20T07:45:04Z</date>");
+    EXPECT_EQ(writtenElement(NSDate(-0x1p62)), "<date>-146138510313-07-15T16:14:56Z</date>");
+}
+
+TEST(Writing, DatesThatNoFileHoldsAreRefused) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const double seconds : {infinity, -infinity, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(writeRefusal(NSDate(seconds)), "a date is not finite, at the root") << seconds;
+    for (const double seconds : {std::nextafter(0x1p62, infinity), 1e300, -1e300}) {
+        EXPECT_EQ(writeRefusal(NSArray{1, NSDate(seconds)}),
+                  "a date is more than 146 billion years from 2001, key path [1]")
+            << seconds;
     }
+}
+
+TEST(Writing, DeepLevelsAreNotIndentedFurther) {
+    const std::string file = written(nestedArrays(100));
+    EXPECT_NE(file.find("\n" + std::string(16, '\t') + "<array>\n"), std::string::npos);
+    EXPECT_EQ(file.find(std::string(17, '\t')), std::string::npos);
 }
 
 TEST(Writing, DataIsBase64InIndentedLines) {

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "PropertyLists/PropertyListTesting.h"
 
@@ -205,12 +207,36 @@ TEST(XMLReading, IntegersReachFromTheLowestSignedToTheHighestUnsigned) {
     EXPECT_TRUE(sameTree(integer("-0"), 0));
     EXPECT_TRUE(sameTree(integer("007"), 7));
     EXPECT_TRUE(sameTree(integer("&#49;2"), 12));
+    EXPECT_TRUE(sameTree(integer("- 1"), -1));
+    EXPECT_TRUE(sameTree(integer("\n+ \t\r\n0x1F "), 31));
 }
 
 TEST(XMLReading, MalformedAndTooLargeIntegersAreRefused) {
-    for (const char* text : {"", " ", "-", "+", "0x", "1.0", "1e3", "1 2", "- 1", "--1", "+-1",
-                             "abc", "0xG", "1x", "18446744073709551616", "-9223372036854775809",
-                             "0x10000000000000000", "-0x8000000000000001", "\u0661"}) {
+    for (const char* text : {"",
+                             " ",
+                             "-",
+                             "+",
+                             "0x",
+                             "1.0",
+                             "1e3",
+                             "1 2",
+                             "- ",
+                             "--1",
+                             "+-1",
+                             "- -1",
+                             "- + 1",
+                             "- 1 2",
+                             "0x 1",
+                             "-0 x1",
+                             "-\v1",
+                             "abc",
+                             "0xG",
+                             "1x",
+                             "18446744073709551616",
+                             "-9223372036854775809",
+                             "0x10000000000000000",
+                             "-0x8000000000000001",
+                             "\u0661"}) {
         EXPECT_EQ(elementRefusal("<integer>" + std::string(text) + "</integer>"),
                   "malformed integer, line 1, column 22")
             << text;
@@ -265,6 +291,49 @@ TEST(XMLReading, DatesOfAllYearsAreRead) {
     EXPECT_TRUE(sameTree(date("0000-12-30T00:00:00Z"), NSDate(-63114076800)));
     EXPECT_TRUE(sameTree(date("9999-12-31T23:59:59Z"), NSDate(252423993599)));
     EXPECT_TRUE(sameTree(date(" 2001-01-01T00:00:01.25Z\n"), NSDate(1.25)));
+    EXPECT_TRUE(sameTree(date("10000-01-01T00:00:00Z"), NSDate(252423993600)));
+    EXPECT_TRUE(sameTree(date("-0001-12-31T23:59:59Z"), NSDate(-63145526401)));
+    EXPECT_TRUE(sameTree(date("-0000-01-01T00:00:00Z"), NSDate(-63145526400)));
+    EXPECT_TRUE(sameTree(date("02001-01-01T00:00:00Z"), NSDate(0)));
+    EXPECT_TRUE(sameTree(date("402001-01-01T00:00:00Z"), NSDate(400000 / 400 * 146097 * 86400.0)));
+}
+
+TEST(XMLReading, FieldsOfDatesRollOver) {
+    const std::vector<std::pair<std::string, std::string>> dates{
+        {"2024-01-32T00:00:00Z", "2024-02-01T00:00:00Z"},
+        {"2001-02-29T00:00:00Z", "2001-03-01T00:00:00Z"},
+        {"1900-02-29T00:00:00Z", "1900-03-01T00:00:00Z"},
+        {"2001-04-31T00:00:00Z", "2001-05-01T00:00:00Z"},
+        {"2001-13-01T00:00:00Z", "2002-01-01T00:00:00Z"},
+        {"2001-99-99T00:00:00Z", "2009-06-07T00:00:00Z"},
+        {"2001-00-01T00:00:00Z", "2000-12-01T00:00:00Z"},
+        {"2001-01-00T00:00:00Z", "2000-12-31T00:00:00Z"},
+        {"0000-00-00T00:00:00Z", "-0001-11-30T00:00:00Z"},
+        {"9999-12-31T24:00:00Z", "10000-01-01T00:00:00Z"},
+        {"2001-01-01T99:99:99Z", "2001-01-05T04:40:39Z"},
+        {"2001-01-01T00:60:00Z", "2001-01-01T01:00:00Z"},
+        {"2016-12-31T23:59:60Z", "2017-01-01T00:00:00Z"},
+        {"2016-12-31T23:59:60.5Z", "2017-01-01T00:00:00.5Z"},
+    };
+    for (const auto& [text, meaning] : dates) {
+        EXPECT_TRUE(
+            sameTree(element("<date>" + text + "</date>"), element("<date>" + meaning + "</date>")))
+            << text;
+    }
+}
+
+TEST(XMLReading, DatesBeyondAllYearsAreRefused) {
+    const double furthest = NSPropertyListSerialization::maximumDateInterval;
+    EXPECT_TRUE(sameTree(element("<date>146138514314-06-20T07:45:04Z</date>"), NSDate(furthest)));
+    EXPECT_TRUE(sameTree(element("<date>-146138510313-07-15T16:14:56Z</date>"), NSDate(-furthest)));
+    for (const char* text :
+         {"146138514314-06-21T00:00:00Z", "-146138510313-07-15T00:00:00Z",
+          "200000000001-01-01T00:00:00Z", "99999999999999999999999999999999-01-01T00:00:00Z",
+          "-99999999999999999999999999999999-01-01T00:00:00Z"}) {
+        EXPECT_EQ(elementRefusal("<date>" + std::string(text) + "</date>"),
+                  "a date is more than 146 billion years from 2001, line 1, column 22")
+            << text;
+    }
 }
 
 TEST(XMLReading, MalformedDatesAreRefused) {
@@ -273,20 +342,23 @@ TEST(XMLReading, MalformedDatesAreRefused) {
                              "2001-01-01T00:00:00",
                              "2001-01-01 00:00:00Z",
                              "2001-1-01T00:00:00Z",
-                             "2001-02-29T00:00:00Z",
-                             "1900-02-29T00:00:00Z",
-                             "2001-00-01T00:00:00Z",
-                             "2001-13-01T00:00:00Z",
-                             "2001-01-00T00:00:00Z",
-                             "2001-04-31T00:00:00Z",
-                             "2001-01-01T24:00:00Z",
-                             "2001-01-01T00:60:00Z",
-                             "2001-01-01T00:00:60Z",
+                             "2001-1-1T00:00:00Z",
+                             "2001-01-1T00:00:00Z",
+                             "2001-001-01T00:00:00Z",
+                             "2001-01-032T00:00:00Z",
+                             "2001-01-01T024:00:00Z",
+                             "2001-01-01T00:00:060Z",
+                             "2001--1-01T00:00:00Z",
+                             "201-01-01T00:00:00Z",
+                             "-01-01T00:00:00Z",
+                             "--2001-01-01T00:00:00Z",
+                             "+2001-01-01T00:00:00Z",
+                             "- 2001-01-01T00:00:00Z",
+                             "2001-01-01T00:00:00z",
                              "2001-01-01T00:00:00+01:00",
                              "2001-01-01T00:00:00.Z",
                              "2001-01-01T00:00:00.1e3Z",
                              "-001-01-01T00:00:00Z",
-                             "12001-01-01T00:00:00Z",
                              "2001-01-01T00:00:00ZZ",
                              "2001-01-01T-1:00:00Z"}) {
         EXPECT_EQ(elementRefusal("<date>" + std::string(text) + "</date>"),

@@ -90,6 +90,9 @@ Actions ofTheHost() {
     const auto colour = [] { return QRVKeyPath("Network.Menubar.Mode.Status.NoIP.Color"); };
     return {
         {{"QRVSettings::migrate"}, [] { store().migrate(); }},
+        {{"QRVSettings::setMergesSaves"}, [] { store().setMergesSaves(!store().mergesSaves()); }},
+        {{"QRVSettingsWaitForSaves"},
+         [] { use(QRVSettingsWaitForSaves(std::chrono::milliseconds(1)).keyPaths); }},
         {{"QRVSettings::disableCache", "QRVSettings::setDisableCache", "QRVSettings::setCache"},
          [] {
              store().setDisableCache(!store().disableCache());
@@ -204,6 +207,7 @@ Actions ofAnyThreadForTheStore() {
         {{"QRVSettings::deviceID", "QRVSettings::modelIdentifier"},
          [] { use(store().deviceID(), store().modelIdentifier()); }},
         {{"QRVSettings::monitorFileChanges"}, [] { use(store().monitorFileChanges()); }},
+        {{"QRVSettings::mergesSaves"}, [] { use(store().mergesSaves()); }},
         {{"QRVSettings::cache", "QRVSettings::storageCache", "QRVSettings::localChanges"},
          [] {
              use(store().cache().count(), store().storageCache().count(),
@@ -354,10 +358,12 @@ Actions ofAnyThreadForValues() {
                  NSDictionaryQRV::objectAtKeyPath(seen, "Deep.Deeper"));
          }},
         {{"NSPropertyListSerialization::dataWithPropertyList",
-          "NSPropertyListSerialization::propertyListWithData", "PropertyListError::description"},
+          "NSPropertyListSerialization::propertyListWithData",
+          "NSPropertyListSerialization::refusalsOfStrictReaders", "PropertyListError::description"},
          [] {
              const auto written = NSPropertyListSerialization::dataWithPropertyList(sharedArray());
              use(NSPropertyListSerialization::propertyListWithData(written.bytes));
+             use(NSPropertyListSerialization::refusalsOfStrictReaders(sharedArray(), 1));
              use(NSPropertyListSerialization::propertyListWithData("<plist>").error->description());
          }},
         {{"NSData::NSData", "NSData::bytes", "NSData::view", "NSData::size", "NSDate::now"},

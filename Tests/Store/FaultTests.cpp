@@ -6,6 +6,7 @@
 
 #include <span>
 
+#include "Files/SystemCallFilter.h"
 #include "Platform/Files/Files.h"
 #include "Support/TracedSave.h"
 
@@ -174,4 +175,24 @@ TEST(Faults, ASystemThatCrashesAtAnyMomentOfASaveLeavesAWholeFile) {
     ASSERT_EQ(steps, inOrder);
     for (std::size_t done = 0; done <= steps.size(); ++done)
         EXPECT_TRUE(isWholeAfterACrash(std::span(steps).first(done))) << "after " << done;
+}
+
+TEST(Faults, AProcessReadsTheOldFileWhileTheDiskHoldsUpTheSaveOfAnother) {
+    StoreSupport::writeSettings(before);
+    const Gate isSyncing;
+    ChildProcess writer([&] {
+        static const Gate* const gate = &isSyncing;
+        const auto hang = [](int) {
+            gate->open();
+            pause();
+        };
+        if (signal(SIGSYS, hang) == SIG_ERR) return false;
+        answerCallWith(SystemCall::SyncData, SECCOMP_RET_TRAP);
+        return write("A", "first");
+    });
+    ASSERT_TRUE(isSyncing.wait());
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(QRVSettingsStorage(), before);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, QRVPlatform::readerLockTimeout);
+    EXPECT_FALSE(writer.hasEnded());
 }

@@ -395,6 +395,59 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
 }
 
+TEST(Merging, AWholeTreeIsSavedWithoutWhatNoFileCanHold) {
+    const MergingHost host;
+    const NSDictionary level{{"Good", 1}, {"Null", NSNull{}}, {"\xFF", 1}};
+    QRVSettingsImport(NSDictionary{
+        {"Level", level},
+        {"List", NSArray{1, NSNull{}}},
+        {"Migration", NSDictionary{{"CombinedPowerItems", true}, {"Profiles", true}}}});
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray({"Level.Null", "Level.\xFF", "List"}));
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Level"), NSDictionary({{"Good", 1}}));
+    EXPECT_EQ(fileTree().objectForKey("A"), 2);
+    EXPECT_EQ(fileTree().count(), 3U);
+}
+
+TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+    std::filesystem::remove_all(temporary);
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+    EXPECT_EQ(fileTree(), NSDictionary({{"Whole", 1}}));
+}
+
+TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
+    const MergingHost host;
+    const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
+    std::filesystem::create_directories(std::filesystem::path(temporary) / "inside");
+    QRVSettingsSaveObject(NSDictionary{{"Whole", 1}});
+    QRVSettingsCommitBatchSave();
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state,
+              QRVSaveStatus::State::Failed);
+}
+
+TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
+    const MergingHost host;
+    MergingHost::notify();  // no file is known
+    StoreSupport::writeSettings(NSDictionary{{"Other", 2}});
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
+    std::filesystem::remove(QRVSettingsLocation());
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+}
+
 TEST(Merging, AMigrationThatAnotherProcessHasSavedIsNotDoneAgain) {
     MachineSupport::beMachine("1", "M");
     const NSDictionary old{{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", false}}}}}};

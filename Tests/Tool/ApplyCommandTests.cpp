@@ -117,6 +117,63 @@ TEST(Apply, RefusesLinesThatAreNone) {
     expectRefused("SET a 1\n", "1: neither set nor unset: SET\n");
 }
 
+TEST(Apply, OptionsOfSetWorkInALine) {
+    ASSERT_EQ(
+        apply("set --type string a 5\nset --type=int b 1\nset c --type=data AQI=\n"
+              "set  --type  real\td  2 \nset --type string \"e f\" x y\nset --type=json g \"1\"\n")
+            .exitCode,
+        0);
+    EXPECT_EQ(storedSettings(),
+              R"({"a":"5","b":1,"c":{"$data":"AQI="},"d":2.0,"e f":"x y","g":"1"})");
+}
+
+TEST(Apply, ALineMayNameAProfile) {
+    ASSERT_EQ(apply("set --profile work a 1\nset --profile \"at home\" --type string a 2\n"
+                    "set --profile=\"at home\" b 3\nset --profile=work c 4\n")
+                  .exitCode,
+              0);
+    EXPECT_EQ(run({"get", "a", "--profile", "work"}).output, "1\n");
+    EXPECT_EQ(run({"list", "--profile", "at home", "--layer", "stored"}).output,
+              "a\t\"2\"\nb\t3\n");
+    EXPECT_EQ(run({"get", "a"}).exitCode, 1);
+    ASSERT_EQ(apply("unset --profile work a\nunset c --profile=work\n").exitCode, 0);
+    EXPECT_EQ(run({"list", "--profile", "work", "--layer", "stored"}).exitCode, 1);
+}
+
+TEST(Apply, WhatBeginsWithTwoDashesNeedsTwoDashesBefore) {
+    ASSERT_EQ(apply("set -- --type 1\nset \"--profile\" 2\nset a -- --b --c\nset -x -5\n"
+                    "set --type string -- --s --t\nset -- -- --\n")
+                  .exitCode,
+              0);
+    EXPECT_EQ(storedSettings(),
+              R"({"--":"--","--profile":2,"--s":"--t","--type":1,"-x":-5,"a":"--b --c"})");
+    ASSERT_EQ(apply("unset -- --type\nunset -- --profile\n").exitCode, 0);
+    EXPECT_EQ(storedSettings(), R"({"--":"--","--s":"--t","-x":-5,"a":"--b --c"})");
+}
+
+TEST(Apply, RefusesOptionsThatAreNone) {
+    expectRefused(
+        "set --typ string a 5\n",
+        "1: no option of set in a line: --typ (a key path or value that begins with -- goes after "
+        "--)\n");
+    expectRefused("unset --type string a\n", "1: no option of unset in a line: --type (");
+    expectRefused("set a --b\n", "1: no option of set in a line: --b (");
+    expectRefused("set --replace-damaged a 1\n",
+                  "1: no option of set in a line: --replace-damaged");
+    expectRefused("set --type\n", "1: no value for --type\n");
+    expectRefused("set --type= a 1\n",
+                  "1: not a type of values (bool, int, real, string, date, data, json): \n");
+    expectRefused("set --type text a 1\n", "1: not a type of values");
+    expectRefused("set --type int a x\n", "1: not a decimal integer: x\n");
+    expectRefused("set --profile= a 1\n", "1: the name of the profile is empty\n");
+    expectRefused("set --profile \"a\"b c 1\n",
+                  "1: no blank after the value of --profile: b c 1\n");
+    std::string deep = "a";
+    for (int level = 1; level < 511; ++level) deep += ".a";
+    EXPECT_EQ(apply("set " + deep + " 1\n", {"--dry-run"}).exitCode, 0);
+    expectRefused("set --profile p " + deep + " 1\n", "1: ");
+}
+
 TEST(Apply, RefusesValuesThatNoFileHolds) {
     expectRefused("set a 1\nset a {\n", "2: not JSON: ");
     expectRefused("set a null\nset a [null]\n", "2: null is no value of a setting");
@@ -186,6 +243,13 @@ TEST(Apply, ADamagedFileIsReplacedWhenAskedFor) {
     EXPECT_EQ(apply("set a 1\n", {"--replace-damaged"}).exitCode, 0);
     EXPECT_EQ(storedSettings(), "{\"a\":1}");
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
+}
+
+TEST(Apply, SaysWhatStrictXMLReadersRefuse) {
+    const std::string said =
+        "qrvsettings: strict XML readers refuse the file because of U+001B, a.b\n";
+    EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\n", {"--dry-run"}).errors, said);
+    EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\nunset a.d\n").errors, said);
 }
 
 TEST(Apply, SaysWhatIsMigrated) {

@@ -141,6 +141,7 @@ TEST(ColorUnset, BringsTheDefaultBack) {
     EXPECT_EQ(run({"color", "unset", keyPath}).exitCode, 0);
     EXPECT_EQ(run({"color", "get", keyPath}).output, "0.384 0.729 0.274 1\n");
     EXPECT_EQ(run({"get", keyPath, "--layer", "stored"}).exitCode, 1);
+    EXPECT_EQ(ToolSupport::storedSettings(), "{}") << "no empty levels";
 }
 
 TEST(ColorUnset, SaysWhenNothingIsStored) {

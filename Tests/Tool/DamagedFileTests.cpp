@@ -115,10 +115,10 @@ TEST(DamagedFile, ALoopOfLinksCannotBeRead) {
 
 TEST(DamagedFile, AFileThatIsTooLargeIsDamaged) {
     writeSettings("<");
-    std::filesystem::resize_file(settingsFile(), std::uintmax_t{64} * 1024 * 1024 + 1);
+    std::filesystem::resize_file(settingsFile(), std::uintmax_t{512} * 1024 * 1024 + 1);
     const Outcome outcome = run({"get", "a"});
     EXPECT_EQ(outcome.exitCode, 3);
-    EXPECT_THAT(outcome.errors, HasSubstr("larger than 64 MiB"));
+    EXPECT_THAT(outcome.errors, HasSubstr("larger than 512 MiB"));
 }
 
 TEST(DamagedFile, DefaultsAndPathDoNotNeedIt) {

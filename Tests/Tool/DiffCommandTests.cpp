@@ -157,6 +157,32 @@ TEST(DiffOfAFile, AKeyThatNoKeyPathReachesIsToldButNoCommand) {
               "qrvsettings set -- 'c' '1'\n");
 }
 
+TEST(DiffOfAFile, ComparesTrees) {
+    writeSettings(propertyList("<key>a.b</key><true/><key>e</key><dict/>"));
+    writeFile("tree.json", R"({"a":{"b":true},"f":{}})");
+    expectDifference({"diff", "tree.json"},
+                     "a.b\tnull -> true\na.b\ttrue -> null\ne\t{} -> null\nf\tnull -> {}\n");
+    writeSettings(propertyList("<key>a</key><dict><key>b</key><true/></dict><key>e</key><dict/>"));
+    writeFile("tree.json", R"({"a":{},"e":{"x":1}})");
+    expectDifference({"diff", "tree.json"}, "a\t{\"b\":true} -> {}\ne.x\tnull -> 1\n");
+    const Outcome replay =
+        ToolSupport::runShell(run({"diff", "tree.json", "--as-commands"}).output);
+    ASSERT_EQ(replay.exitCode, 0) << replay.errors;
+    EXPECT_EQ(run({"list", "a", "--json", "--layer", "stored"}).output, "{\"a\":{}}\n");
+    EXPECT_EQ(run({"get", "e"}).output, "{\"x\":1}\n");
+}
+
+TEST(DiffOfAFile, ReadsWhatListPrints) {
+    set({"CPU.Menubar.Enabled", "false"});
+    set({"a", R"({"b":{},"c":[{"x.y":1}]})"});
+    const std::string flat = run({"list", "--json", "--layer", "stored"}).output;
+    EXPECT_THAT(flat, HasSubstr("\"a.b\":{}"));
+    writeFile("flat.json", flat);
+    expectDifference({"diff", "flat.json"}, "");
+    set({"a.b.d", "1"});
+    expectDifference({"diff", "flat.json"}, "a.b\t{\"d\":1} -> {}\n");
+}
+
 TEST(DiffOfAFile, WhatIsNoSettingsFileIsNamed) {
     const Outcome missing = run({"diff", "absent"});
     EXPECT_EQ(missing.exitCode, 5);

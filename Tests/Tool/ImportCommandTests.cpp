@@ -103,6 +103,78 @@ TEST(Import, GivesBackWhatWasExported) {
     }
 }
 
+TEST(Import, TakesWhatListPrints) {
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
+    const std::string before = contentsOf(settingsFile());
+    writeFile("list.json", run({"list", "--json", "--layer", "stored"}).output);
+    EXPECT_EQ(run({"diff", "list.json"}).exitCode, 0);
+    EXPECT_EQ(run({"import", "list.json", "--dry-run"}).errors,
+              "qrvsettings: nothing would change\n");
+    ASSERT_EQ(run({"import", "list.json"}).exitCode, 0);
+    EXPECT_EQ(contentsOf(settingsFile()), before);
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled"}).output, "false\n");
+}
+
+TEST(Import, GivesTheSameFileForOddTrees) {
+    const std::vector<std::string> trees = {
+        "<key></key><dict><key></key><integer>1</integer></dict><key>a</key><dict/>",
+        "<key>a</key><dict><key>b</key><dict/><key>c&#9;&#10;</key><real>1</real></dict>",
+        "<key>$date</key><string>x</string>",
+        "<key>$dictionary</key><dict/>",
+        "<key>\"q\" 'x' $HOME</key><array><dict><key>x.y</key><data>AQI=</data></dict></array>",
+        "<key>--type</key><dict><key>\xc2\x9b</key><string>\xc2\x85&#27;\xef\xbf\xbe</string></"
+        "dict>",
+        "<key>d</key><date>2020-01-01T00:00:00Z</date><key>n</key><real>nan</real>",
+    };
+    for (const std::string& tree : trees) {
+        writeSettings(propertyList(tree + flags));
+        const std::string before = run({"export"}).output;
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"list", "--json", "--layer", "stored"},
+              {"export", "--json"},
+              {"export"}}) {
+            const std::string printed = run(command).output;
+            EXPECT_EQ(run({"diff", "-"}, {printed, {}}).exitCode, 0) << printed;
+            writeFile(settingsFile(), propertyList(""));
+            ASSERT_EQ(run({"import", "-"}, {printed, {}}).exitCode, 0) << printed;
+            EXPECT_EQ(contentsOf(settingsFile()), before) << printed;
+        }
+    }
+}
+
+TEST(Import, TakesKeysWithDotsOnlyWhenAskedFor) {
+    writeSettings(propertyList(std::string("<key>a.b</key><integer>1</integer>") + flags));
+    const std::string before = run({"export"}).output;
+    EXPECT_EQ(run({"list", "--json", "--layer", "stored"}).errors,
+              "qrvsettings: no key path reaches this key, a.b\n");
+    writeFile("saved.plist", before);
+    for (const char* command : {"import", "diff"}) {
+        const Outcome refused = run({command, "saved.plist"});
+        EXPECT_EQ(refused.exitCode, 5);
+        EXPECT_THAT(refused.errors,
+                    HasSubstr("a key holds a dot, so that no key path reaches it: a.b; "
+                              "--keep-dotted-keys takes it as it is, saved.plist\n"));
+        EXPECT_EQ(run({command, "saved.plist", "--keep-dotted-keys"}).exitCode, 0);
+    }
+    EXPECT_EQ(run({"export"}).output, before);
+    const std::string marked = run({"export", "--json"}).output;
+    EXPECT_THAT(marked, StartsWith("{\"$dictionary\":{"));
+    ASSERT_EQ(run({"import", "-"}, {marked, {}}).exitCode, 0);
+    EXPECT_EQ(run({"export"}).output, before);
+    ASSERT_EQ(run({"import", "-"}, {"{\"a.b\":2}", {}}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a.b"}).output, "2\n");
+    ASSERT_EQ(run({"import", "-", "--keep-dotted-keys"}, {"{\"a.b\":2}", {}}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a.b"}).exitCode, 1);
+}
+
+TEST(Import, NamesKeyPathsThatExcludeEachOther) {
+    expectRefused(R"({"CPU.Menubar":1,"CPU.Menubar.Enabled":false})",
+                  "cannot be imported: CPU.Menubar has a value, so that there can be no "
+                  "CPU.Menubar.Enabled");
+    expectRefused(R"({"CPU":{"Width":1},"CPU.Width":2})",
+                  "cannot be imported: two values for one key path: CPU.Width");
+}
+
 TEST(Import, SettingsOfAnEarlierVersionAreMigrated) {
     ASSERT_EQ(run({"set", "old", "1"}).exitCode, 0);
     writeFile("earlier.plist", ofAnEarlierVersion());
@@ -172,6 +244,19 @@ TEST(Import, ADamagedFileIsReplacedWhenAskedFor) {
     EXPECT_EQ(run({"import", "new.plist", "--replace-damaged"}).exitCode, 0);
     EXPECT_EQ(storedSettings(), "{\"a\":true}");
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
+}
+
+TEST(Import, SaysWhatStrictXMLReadersRefuse) {
+    writeFile("new.json", R"({"a":{"b":"\u0001","c":"fine"},"d.e":"\ufffe","f":"1"})");
+    EXPECT_THAT(run({"import", "new.json"}).errors,
+                HasSubstr("qrvsettings: strict XML readers refuse the file because of U+0001, a.b\n"
+                          "qrvsettings: strict XML readers refuse the file because of U+FFFE, "
+                          "d.e\n"));
+    std::string many = "{";
+    for (const char key : {'a', 'b', 'c', 'd', 'e', 'f', 'g'})
+        many += std::string(1, key) + " = \"\\001\"; ";
+    EXPECT_THAT(run({"import", "-"}, {many + "}", {}}).errors,
+                HasSubstr("U+0001, e\nqrvsettings: they refuse 2 more settings\n"));
 }
 
 TEST(Import, SaysWhenFractionsOfSecondsAreLost) {

@@ -2,12 +2,17 @@
 // Saves that fail: what the tool says, and what it leaves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <iomanip>
+#include <sstream>
 
 #include "Tool/ToolSupport.h"
 
@@ -31,6 +36,28 @@ void limitFileSize() {
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(1);
 }
 
+std::string beside(const std::string& suffix) {
+    return settingsFile().parent_path() / ("." + settingsFile().filename().string() + suffix);
+}
+
+void expectNotSaved(const std::string& reason) {
+    const Outcome outcome = run({"set", "a", "1"});
+    EXPECT_EQ(outcome.exitCode, 4);
+    EXPECT_EQ(outcome.errors, "qrvsettings: cannot save: " + reason + "\n");
+}
+
+/// Root too is refused what its own mode refuses.
+void obeyModes() {
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+}
+
+std::string octal(unsigned mode) {
+    std::ostringstream digits;
+    digits << std::oct << std::setw(3) << std::setfill('0') << mode;
+    return digits.str();
+}
+
 }  // namespace
 
 TEST(SaveFailure, AFileInPlaceOfTheConfigurationFolderIsNamedAsTheReason) {
@@ -43,14 +70,77 @@ TEST(SaveFailure, AFileInPlaceOfTheConfigurationFolderIsNamedAsTheReason) {
     EXPECT_EQ(run({"get", "a"}).exitCode, 1);
 }
 
-TEST(SaveFailure, SomethingInPlaceOfTheLockFileIsAFailure) {
-    const auto lock =
-        settingsFile().parent_path() / ("." + settingsFile().filename().string() + ".lock");
+TEST(SaveFailure, WhatLiesInThePlaceOfTheLockFileIsNamed) {
+    const std::string lock = beside(".lock");
     std::filesystem::create_directories(lock);
-    const Outcome outcome = run({"set", "a", "1"});
-    EXPECT_EQ(outcome.exitCode, 4);
-    EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: cannot save: "));
+    expectNotSaved("a folder lies in the place of the lock file, " + lock);
+    std::filesystem::remove(lock);
+    std::filesystem::create_symlink("elsewhere", lock);
+    expectNotSaved("a link lies in the place of the lock file, " + lock);
+    std::filesystem::remove(lock);
+    ASSERT_EQ(mkfifo(lock.c_str(), 0600), 0);
+    expectNotSaved("what is neither file nor folder lies in the place of the lock file, " + lock);
+    EXPECT_FALSE(std::filesystem::exists("elsewhere"));
     EXPECT_FALSE(std::filesystem::exists(settingsFile()));
+}
+
+TEST(SaveFailure, ALockFileThatCannotBeOpenedIsNamed) {
+    writeFile(beside(".lock"), "");
+    std::filesystem::permissions(beside(".lock"), std::filesystem::perms::none);
+    const Outcome outcome = run({"set", "a", "1"}, {"", obeyModes});
+    EXPECT_EQ(outcome.exitCode, 4);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: cannot save: the lock file cannot be opened: Permission denied, " +
+                  beside(".lock") + "\n");
+}
+
+TEST(SaveFailure, AFolderWhereSavesBeginIsNamed) {
+    std::filesystem::create_directories(beside(".tmp"));
+    expectNotSaved("a folder lies where saves begin, " + beside(".tmp"));
+    EXPECT_EQ(run({"apply", "-", "--dry-run"}, {"set a 1\n", {}}).exitCode, 0) << "saves nothing";
+}
+
+TEST(ReadOnlyFile, IsNotReplacedUnlessForced) {
+    ASSERT_EQ(run({"set", "a.b", "1"}).exitCode, 0);
+    writeFile("new.json", R"({"a":{"b":2}})");
+    const std::string before = contentsOf(settingsFile());
+    const std::vector<std::vector<std::string>> commands = {
+        {"set", "a.b", "2"},          {"unset", "a.b"}, {"color", "set", "c", "#000000"},
+        {"color", "unset", "a.b"},    {"apply", "-"},   {"import", "new.json"},
+        {"appearance", "set", "dark"}};
+    for (const auto& command : commands) {
+        writeFile(settingsFile(), before);
+        for (const auto mode : {0444U, 0400U, 0466U}) {
+            std::filesystem::permissions(settingsFile(), std::filesystem::perms(mode));
+            const Outcome outcome = run(command, {"set a.b 2\n", {}});
+            EXPECT_EQ(outcome.exitCode, 4) << command.front();
+            EXPECT_EQ(outcome.errors, "qrvsettings: the settings file is read-only: mode 0" +
+                                          octal(mode) + ", " + settingsFile().string() +
+                                          "; --force overwrites it\n");
+            EXPECT_EQ(contentsOf(settingsFile()), before);
+        }
+        std::filesystem::permissions(settingsFile(), std::filesystem::perms(0444));
+        std::vector<std::string> forced = command;
+        forced.emplace_back("--force");
+        EXPECT_EQ(run(forced, {"set a.b 2\n", {}}).exitCode, 0) << command.front();
+        EXPECT_NE(contentsOf(settingsFile()), before) << command.front();
+        EXPECT_EQ(std::filesystem::status(settingsFile()).permissions(),
+                  std::filesystem::perms(0444));
+        std::filesystem::remove(settingsFile());
+    }
+}
+
+TEST(ReadOnlyFile, IsAnObstacleBehindALinkToo) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    const auto target = std::filesystem::absolute("target.plist");
+    std::filesystem::rename(settingsFile(), target);
+    std::filesystem::create_symlink(target, settingsFile());
+    std::filesystem::permissions(target, std::filesystem::perms(0444));
+    EXPECT_EQ(run({"set", "a", "2"}).exitCode, 4);
+    EXPECT_EQ(run({"apply", "-", "--dry-run"}, {"set a 2\n", {}}).output, "a\t1 -> 2\n");
+    EXPECT_EQ(run({"get", "a"}).output, "1\n");
+    EXPECT_EQ(run({"set", "a", "2", "--force"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a"}).output, "2\n");
 }
 
 TEST(SaveFailure, AFullDiskLeavesTheOldFile) {

@@ -123,6 +123,12 @@ void RunningTool::send(int signal) const {
     kill(child_, signal);
 }
 
+bool RunningTool::hasEnded() const {
+    siginfo_t ended{};
+    return waitid(P_PID, static_cast<id_t>(child_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           ended.si_pid == child_;
+}
+
 Outcome RunningTool::finish() {
     Outcome outcome;
     outcome.exitCode = exitCodeOf(std::exchange(child_, -1));

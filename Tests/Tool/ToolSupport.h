@@ -41,6 +41,8 @@ class RunningTool {
     [[nodiscard]] std::string output() const;
     [[nodiscard]] std::string errors() const;
     void send(int signal) const;
+    /// `finish` does not wait then.
+    [[nodiscard]] bool hasEnded() const;
     /// Waits for its end.
     Outcome finish();
 

@@ -40,13 +40,37 @@ TEST(Set, WritesAnEqualNumberOfAnotherKind) {
     EXPECT_EQ(run({"get", "a"}).output, "1.0\n");
 }
 
-TEST(Set, ReplacesADictionaryAndSaysSo) {
+TEST(Set, ReplacesADictionaryAndSaysWhatWasInIt) {
     ASSERT_EQ(run({"set", "a.b", "1"}).exitCode, 0);
     const Outcome outcome = run({"set", "a", "2"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors,
-              "qrvsettings: this replaces all settings that were stored below, a\n");
+    EXPECT_EQ(outcome.errors, "qrvsettings: this replaces what was stored below, a: a.b was 1\n");
     EXPECT_EQ(storedSettings(), "{\"a\":2}");
+}
+
+TEST(Set, ADictionaryReplacesWhatWasStoredBelowAndSaysWhat) {
+    ASSERT_EQ(run({"set", "a", R"({"b":1,"c":{"d":"x","e":true},"same":[1]})"}).exitCode, 0);
+    EXPECT_EQ(run({"set", "a", R"({"b":1.0,"new":1,"same":[1]})"}).errors,
+              "qrvsettings: this replaces what was stored below, a: a.b was 1, a.c.d was \"x\", "
+              "a.c.e was true\n");
+    EXPECT_EQ(run({"set", "a", R"({"b":1.0,"new":1,"same":[1],"more":{}})"}).errors, "");
+    EXPECT_EQ(run({"set", "a", "{}", "--quiet"}).errors, "");
+    ASSERT_EQ(run({"set", "a", R"({"b":1,"c":2,"d":3,"e":4,"f":5,"g":6,"h":7})"}).exitCode, 0);
+    EXPECT_EQ(run({"set", "a", "{}"}).errors,
+              "qrvsettings: this replaces what was stored below, a: a.b was 1, a.c was 2, a.d was "
+              "3, a.e was 4, a.f was 5, and 2 more\n");
+    EXPECT_EQ(run({"get", "a"}).output, "{}\n");
+}
+
+TEST(Set, ADefaultIsNotStoredAndLeavesNoEmptyLevel) {
+    const std::string byDefault = run({"get", "CPU.Menubar"}).output;
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "true"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "CPU.Menubar"}).output, byDefault);
+    EXPECT_EQ(storedSettings(), "{}");
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "true"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "CPU.Menubar"}).output, byDefault);
+    EXPECT_EQ(storedSettings(), "{}");
 }
 
 TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
@@ -56,6 +80,22 @@ TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
     EXPECT_EQ(outcome.errors,
               "qrvsettings: the default is of another kind, boolean, CPU.Menubar.Enabled\n");
     EXPECT_EQ(run({"set", "UpdateFrequency", "4.0"}).errors, "") << "a number all the same";
+}
+
+TEST(Set, SaysWhichCharactersStrictXMLReadersRefuse) {
+    const std::string start = "qrvsettings: strict XML readers refuse the file because of ";
+    EXPECT_EQ(run({"set", "a", "\x1b[m"}).errors, start + "U+001B, a\n");
+    EXPECT_EQ(run({"set", "b", "\xef\xbf\xbe"}).errors, start + "U+FFFE, b\n");
+    EXPECT_EQ(run({"set", "c", "[\"x\",{\"\\uffff\":1}]"}).errors, start + "U+FFFF, c\n");
+    EXPECT_EQ(run({"set", "d", R"({"e":{"f\u0000":{"g":1}}})"}).errors,
+              start + "U+0000, d.e.f\\x00\n");
+    EXPECT_EQ(run({"set", "e\x01", "1"}).errors, start + "U+0001, e\\x01\n");
+    EXPECT_EQ(run({"set", "f", "\t\r\n\x7f\xc2\x9b\xef\xbf\xbd😀"}).errors, "");
+    EXPECT_EQ(run({"set", "a", "\x1b", "--quiet"}).errors, "");
+    const auto python = ToolSupport::runProgram(
+        QRV_PYTHON,
+        {"-c", "import plistlib, sys\nplistlib.load(open(sys.argv[1], 'rb'))", settingsFile()});
+    EXPECT_NE(python.exitCode, 0) << "a strict reader";
 }
 
 TEST(Set, AnEmptyFileIsNoObstacle) {
@@ -87,6 +127,36 @@ TEST(Unset, RemovesWhatIsStored) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output + outcome.errors, "");
     EXPECT_EQ(storedSettings(), "{\"a\":{\"d\":3}}");
+}
+
+TEST(Unset, BringsTheDefaultBackAlsoOfTheLevelsAbove) {
+    const std::string location = "Astronomical.Global.Location";
+    const std::string byDefault = run({"get", location}).output;
+    ASSERT_NE(byDefault, "{}\n");
+    ASSERT_EQ(run({"set", location + ".identifier", "5"}).exitCode, 0);
+    ASSERT_EQ(run({"unset", location + ".identifier"}).exitCode, 0);
+    EXPECT_EQ(run({"get", location}).output, byDefault);
+    EXPECT_EQ(storedSettings(), "{}");
+    ASSERT_EQ(run({"set", location + ".identifier", "5"}).exitCode, 0);
+    ASSERT_EQ(run({"apply", "-"}, {"unset " + location + ".identifier\n", {}}).exitCode, 0);
+    EXPECT_EQ(storedSettings(), "{}");
+}
+
+TEST(Unset, LeavesLevelsThatStillHoldSomething) {
+    ASSERT_EQ(run({"set", "a", R"({"b":{"c":{"d":1}},"e":{}})"}).exitCode, 0);
+    ASSERT_EQ(run({"unset", "a.b.c.d"}).exitCode, 0);
+    EXPECT_EQ(storedSettings(), R"({"a":{"e":{}}})");
+    ASSERT_EQ(run({"apply", "-"}, {"unset a.e.absent\n", {}}).exitCode, 0);
+    EXPECT_EQ(storedSettings(), R"({"a":{"e":{}}})") << "which is what was stored";
+    ASSERT_EQ(run({"unset", "a.e"}).exitCode, 0);
+    EXPECT_EQ(storedSettings(), "{}");
+}
+
+TEST(Unset, AProfileWithoutSettingsIsGone) {
+    ASSERT_EQ(run({"set", "--profile", "work", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
+    EXPECT_EQ(run({"profiles"}).output, "default\nwork\n");
+    ASSERT_EQ(run({"unset", "--profile", "work", "CPU.Menubar.Enabled"}).exitCode, 0);
+    EXPECT_EQ(run({"profiles"}).output, "default\n");
 }
 
 TEST(Unset, NamesWhatIsNotSetAndRemovesTheRest) {

@@ -122,6 +122,22 @@ TEST(Conversions, ToStringIsTheShortestThatReadsBack) {
     EXPECT_EQ(PropertyListValue(NSDate(std::nan(""))).stringValue(), "invalid date");
 }
 
+TEST(Conversions, DatesOfAllYearsHaveText) {
+    const auto text = [](double seconds) {
+        return PropertyListValue(NSDate(seconds)).stringValue();
+    };
+    EXPECT_EQ(text(-63145526400.5), "-0001-12-31T23:59:59.5Z");
+    EXPECT_EQ(text(252423993600), "10000-01-01T00:00:00Z");
+    EXPECT_EQ(text(0x1p53), "285428782-11-12T07:36:32Z");
+    EXPECT_EQ(text(0x1p62), "146138514314-06-20T07:45:04Z");
+    EXPECT_EQ(text(-0x1p62), "-146138510313-07-15T16:14:56Z");
+    EXPECT_EQ(text(std::nextafter(0x1p62, 0x1p63)), "invalid date");
+    EXPECT_EQ(text(-std::numeric_limits<double>::infinity()), "invalid date");
+    EXPECT_EQ(text(-0.0000004), "2001-01-01T00:00:00Z") << "rounded to microseconds";
+    EXPECT_EQ(text(0.9999996), "2001-01-01T00:00:01Z");
+    EXPECT_EQ(text(0.0000006), "2001-01-01T00:00:00.000001Z");
+}
+
 TEST(Conversions, TheUsersLocaleChangesNothing) {
     ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "the locale is not installed";
     EXPECT_EQ(PropertyListValue("1,5").doubleValue(), 1);

@@ -14,10 +14,14 @@
 
 namespace QRVPlatform {
 
-/// As `coordinateWritingItemAtURL`, but the accessor gets the access, which has the path.
+/// As `coordinateWritingItemAtURL`, but the accessor gets the access, which has the path, and
+/// changes the file by `replaceFile` only. So readers are kept out only while the new file is put
+/// in place, when it is on the disk already. `wait` is for the other writers; when its deadline
+/// passes, the accessor does not run.
 std::error_code coordinateWriting(const NSFileCoordinator& coordinator, const std::string& url,
                                   NSFileCoordinator::WritingOptions options,
-                                  const std::function<void(WriteAccess& access)>& accessor);
+                                  const std::function<void(WriteAccess& access)>& accessor,
+                                  const LockWait& wait = {});
 
 /// Replaces the file that the access is to, as the `replaceFile` of `Files.h` does.
 std::error_code replaceFile(WriteAccess& access, std::string_view bytes);

@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <thread>
 
 #include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/Files.h"
+#include "Platform/Files/FolderOwner.h"
 #include "Platform/Files/NSFileCoordinator.h"
 
 namespace QRVPlatform {
@@ -19,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Never waits for a pipe in the place of the lock file.
+// Never waits for a pipe in the place of the file.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 CloseOnFork::Handle opened(const std::string& path, int flags) {
@@ -31,81 +36,133 @@ CloseOnFork::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
     auto file = CloseOnFork::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
     if (file) fchmod(file->number(), mode);
+    if (file) FolderOwner::give(*file, path);
     return file;
 }
 
-bool isRegular(const FileDescriptor& file) {
-    struct stat status {};
+bool isRegular(const FileDescriptor& file, struct stat& status) {
     return fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 /// Opened for writing, because some file systems lock exclusively only then.
-std::error_code openOrCreate(const std::string& path, CloseOnFork::Handle& file) {
+std::error_code openOrCreate(const std::string& path, CloseOnFork::Handle& file,
+                             struct stat& status) {
     for (;;) {
         file = opened(path, O_RDWR);
         if (!file && errno == ENOENT) file = created(path);
         if (file)
-            return isRegular(*file) ? std::error_code()
-                                    : make_error_code(std::errc::invalid_argument);
+            return isRegular(*file, status) ? std::error_code()
+                                            : make_error_code(std::errc::invalid_argument);
         if (errno == EEXIST) continue;  // Another process has created it.
         if (errno != ENOENT) return FileFailures::lastError();
         if (const auto error = FilePaths::createFolder(FilePaths::folderOf(path))) return error;
     }
 }
 
-/// Otherwise the lock file was deleted or replaced between opening and locking, and others lock
-/// another one.
-bool isNamedBy(const FileDescriptor& file, const std::string& path) {
-    struct stat locked {};
+/// Otherwise the file was deleted or replaced between opening and locking, and others lock another
+/// one.
+bool isNamedBy(const struct stat& locked, const std::string& path) {
     struct stat named {};
-    return fstat(file.number(), &locked) == 0 && lstat(path.c_str(), &named) == 0 &&
-           locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+    return lstat(path.c_str(), &named) == 0 && locked.st_dev == named.st_dev &&
+           locked.st_ino == named.st_ino;
 }
 
-std::error_code waitForExclusiveLock(const FileDescriptor& file) {
+// The first pauses are short: those who wait for each other for the sake of one replacement do so
+// for microseconds.
+std::error_code pollForLock(const FileDescriptor& file, int operation, Clock::time_point deadline) {
+    constexpr std::chrono::microseconds longestPause(5'000);
+    std::chrono::microseconds pause(10);
+    while (flock(file.number(), operation | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EWOULDBLOCK) return FileFailures::lastError();
+        if (Clock::now() >= deadline) return make_error_code(std::errc::timed_out);
+        std::this_thread::sleep_for(pause);
+        pause = std::min(pause * 2, longestPause);
+    }
+    return {};
+}
+
+std::error_code waitForLock(const FileDescriptor& file) {
     while (flock(file.number(), LOCK_EX) != 0)
         if (errno != EINTR) return FileFailures::lastError();
     return {};
 }
 
-// The first pauses are short: a reader often comes just when a writer has replaced the file, and
-// the writer then releases the lock within microseconds.
-bool waitForSharedLock(const FileDescriptor& file, Clock::time_point deadline) {
-    constexpr std::chrono::microseconds longestPause(20'000);
-    std::chrono::microseconds pause(10);
-    while (flock(file.number(), LOCK_SH | LOCK_NB) != 0) {
-        if (errno == EINTR) continue;
-        if (errno != EWOULDBLOCK || Clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(pause);
-        pause = std::min(pause * 2, longestPause);
+/// Waits as `wait` says, and sets its handler to null when that was called.
+std::error_code waitForLock(const FileDescriptor& file, LockWait& wait) {
+    const std::error_code error = pollForLock(file, LOCK_EX, Clock::time_point::min());
+    if (error != std::errc::timed_out) return error;
+    if (const auto onWaiting = std::exchange(wait.onWaiting, nullptr)) onWaiting();
+    return wait.deadline ? pollForLock(file, LOCK_EX, *wait.deadline) : waitForLock(file);
+}
+
+/// To replace a file that somebody has open, these file systems rename the old one away before:
+/// for a moment there would be no file. Or they refuse.
+bool movesOpenFilesAway(const std::string& folder) {
+    struct statfs system {};
+    if (statfs(folder.c_str(), &system) != 0) return errno != ENOENT && errno != ENOTDIR;
+    switch (static_cast<std::uint32_t>(system.f_type)) {
+        case AFS_FS_MAGIC:
+        case AFS_SUPER_MAGIC:
+        case CIFS_SUPER_MAGIC:
+        case FUSE_SUPER_MAGIC:
+        case NFS_SUPER_MAGIC:
+        case SMB2_SUPER_MAGIC:
+        case SMB_SUPER_MAGIC:
+            return true;
+        default:
+            return false;
     }
-    return true;
+}
+
+/// Readers and writers lock the file at `path` itself.
+bool locksFileItself(const std::string& path) {
+    return !movesOpenFilesAway(FilePaths::folderOf(path));
 }
 
 }  // namespace
 
 // Closing alone would keep the lock while another process has the descriptor: one that was made
-// without the fork handlers (vfork, clone).
+// without the fork handlers (vfork, clone). And it may take long: when the file has been replaced,
+// it frees the space.
 FileLock::~FileLock() {
     if (isHeld()) flock(file_->number(), LOCK_UN);
 }
 
-FileLock FileLock::shared(const std::string& path) {
+bool FileLock::isOn(const std::string& path) const {
+    struct stat locked {};
+    return isHeld() && fstat(file_->number(), &locked) == 0 && isNamedBy(locked, path);
+}
+
+FileLock FileLock::withinTimeout(const std::string& path, int operation) {
     const Clock::time_point deadline = Clock::now() + readerLockTimeout;
     do {
         CloseOnFork::Handle file = opened(path, O_RDONLY);
-        if (!file || !isRegular(*file) || !waitForSharedLock(*file, deadline)) return {};
-        if (isNamedBy(*file, path)) return FileLock(std::move(file));
+        struct stat status {};
+        if (!file || !isRegular(*file, status)) return {};
+        if (pollForLock(*file, operation, deadline)) return {};
+        if (isNamedBy(status, path)) return FileLock(std::move(file));
     } while (Clock::now() < deadline);
     return {};
 }
 
-std::error_code FileLock::acquireExclusive(const std::string& path, FileLock& lock) {
+FileLock FileLock::ofReader(const std::string& path) {
+    return withinTimeout(locksFileItself(path) ? path : filesBeside(path).lock, LOCK_SH);
+}
+
+FileLock FileLock::againstReaders(const std::string& path) {
+    return locksFileItself(path) ? withinTimeout(path, LOCK_EX) : FileLock();
+}
+
+std::error_code FileLock::acquireExclusive(const std::string& lockPath, FileLock& lock,
+                                           const LockWait& wait) {
+    LockWait waitLeft = wait;
     for (;;) {
         CloseOnFork::Handle file;
-        if (const auto error = openOrCreate(path, file)) return error;
-        if (const auto error = waitForExclusiveLock(*file)) return error;
-        if (isNamedBy(*file, path)) {
+        struct stat status {};
+        if (const auto error = openOrCreate(lockPath, file, status)) return error;
+        if (const auto error = waitForLock(*file, waitLeft)) return error;
+        if (isNamedBy(status, lockPath)) {
             lock = FileLock(std::move(file));
             return {};
         }

@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Replacing a file as a whole, under a coordinated write or without (`replaceFile` of Files.h).
 
-#include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <utility>
 
 #include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Coordination/WriteAccess.h"
@@ -17,52 +12,25 @@
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/FileStatus.h"
 #include "Platform/Files/NewFile.h"
-#include "Platform/Presenters/PresenterRegistry.h"
 
 namespace QRVPlatform {
 
 namespace {
 
 /// Removes what an earlier process has left there.
-std::error_code createTemporary(NewFile& file, const std::string& path, const struct stat* model) {
+std::error_code createTemporary(NewFile& file, const std::string& path, const FileModel* model) {
     const std::error_code error = file.create(path, model);
     if (error != std::errc::file_exists) return error;
     unlink(path.c_str());
     return file.create(path, model);
 }
 
-std::error_code writeNewFile(NewFile& file, const std::string& path, const struct stat* model,
+std::error_code writeNewFile(NewFile& file, const std::string& path, const FileModel* model,
                              std::string_view bytes) {
     if (const auto error = createTemporary(file, path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
     if (const auto error = file.date(model)) return error;
     return file.finish();
-}
-
-std::error_code putInPlace(const std::string& newFile, const std::string& path,
-                           const NSFilePresenter* performer) {
-    return PresenterRegistry::replaceFor(performer, newFile, [&] {
-        return rename(newFile.c_str(), path.c_str()) == 0 ? std::error_code()
-                                                          : FileFailures::lastError();
-    });
-}
-
-/// These file systems rename an open file away before it is replaced: for a moment there would be
-/// no file.
-bool movesOpenFilesAway(const FileDescriptor& file) {
-    struct statfs system {};
-    if (fstatfs(file.number(), &system) != 0) return true;
-    return system.f_type == NFS_SUPER_MAGIC || system.f_type == AFS_SUPER_MAGIC ||
-           system.f_type == AFS_FS_MAGIC;
-}
-
-/// Keeps the old file open across the rename. Otherwise the rename would free the space of the old
-/// file, which can take as long as all the rest, while readers wait. O_PATH needs no permission to
-/// read, and closing it is no event.
-FileDescriptor openedToBeReplaced(const std::string& path) {
-    FileDescriptor file(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (file.isOpen() && movesOpenFilesAway(file)) file.close();
-    return file;
 }
 
 std::error_code replaceUnder(WriteAccess& access, std::string_view bytes) {
@@ -74,15 +42,12 @@ std::error_code replaceUnder(WriteAccess& access, std::string_view bytes) {
         return error;
     const std::string temporary = filesBeside(path).temporary;
     if (temporary.empty()) return make_error_code(std::errc::is_a_directory);
+    const FileModel model{path, old};
     NewFile file;
-    if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
+    if (const auto error = writeNewFile(file, temporary, exists ? &model : nullptr, bytes))
         return error;
-    FileDescriptor oldFile = openedToBeReplaced(path);
-    // Before the rename: afterwards the path may name the file of somebody who does not coordinate.
-    FileDescriptor newFile(open(temporary.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (const auto error = putInPlace(temporary, path, access.performer())) return error;
+    if (const auto error = access.putInPlace(temporary)) return error;
     file.keep();
-    access.noteReplacement(std::move(oldFile), HeldFile(std::move(newFile)));
     return {};
 }
 

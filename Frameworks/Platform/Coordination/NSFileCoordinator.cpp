@@ -12,48 +12,63 @@ using namespace QRVPlatform;
 
 namespace {
 
-std::error_code lockForWriting(const std::string& path, FileLock& lock) {
+using AccessAccessor = std::function<void(WriteAccess& access)>;
+
+std::error_code lockForWriting(const std::string& path, const LockWait& wait, FileLock& lock) {
     const std::string lockPath = filesBeside(path).lock;
     if (lockPath.empty()) return make_error_code(std::errc::is_a_directory);
-    return FileLock::acquireExclusive(lockPath, lock);
+    return FileLock::acquireExclusive(lockPath, lock, wait);
+}
+
+// The access outlives the lock, so that nobody need wait for the sync of the folder. Another writer
+// may come before that sync. It syncs the folder too, and each sync writes the latest name, so
+// their order does not matter.
+std::error_code coordinate(const NSFilePresenter* performer, const std::string& url,
+                           WriteAccess::ReadersWait readersWait, const LockWait& wait,
+                           const AccessAccessor& accessor) {
+    auto [path, error] = resolvedPath(url);
+    WriteAccess access(performer, path, readersWait);
+    FileLock lock;
+    if (!error) error = lockForWriting(path, wait, lock);
+    if (error) return FileFailures::reported("coordinate writing", url, error);
+    access.lockAgainstReaders();
+    accessor(access);
+    return {};
 }
 
 }  // namespace
 
-// Without a lock file no writer is at work, and one that starts now replaces the file as a whole.
-// So reading without the lock is safe, there and wherever the lock cannot be had.
+// Where the lock cannot be had, reading without it is safe, because writers replace the file as a
+// whole.
 std::error_code NSFileCoordinator::coordinateReadingItemAtURL(const std::string& url,
                                                               ReadingOptions,
                                                               const Accessor& accessor) {
     const auto [path, error] = resolvedPath(url);
     if (error) return FileFailures::reported("coordinate reading", url, error);
-    const FileLock lock = FileLock::shared(filesBeside(path).lock);
+    FileLock lock;
+    if (WriteAccess::onThisThreadTo(path) == nullptr) lock = FileLock::ofReader(path);
     accessor(path);
     return {};
 }
 
-// The access outlives the lock, so that readers need not wait for the sync of the folder. Another
-// writer may come before that sync. It syncs the folder too, and each sync writes the latest name,
-// so their order does not matter.
-std::error_code QRVPlatform::coordinateWriting(
-    const NSFileCoordinator& coordinator, const std::string& url, NSFileCoordinator::WritingOptions,
-    const std::function<void(WriteAccess& access)>& accessor) {
-    auto [path, error] = resolvedPath(url);
-    WriteAccess access(coordinator.performer(), path);
-    FileLock lock;
-    if (!error) error = lockForWriting(path, lock);
-    if (error) return FileFailures::reported("coordinate writing", url, error);
-    accessor(access);
-    return {};
+std::error_code QRVPlatform::coordinateWriting(const NSFileCoordinator& coordinator,
+                                               const std::string& url,
+                                               NSFileCoordinator::WritingOptions,
+                                               const AccessAccessor& accessor,
+                                               const LockWait& wait) {
+    return coordinate(coordinator.performer(), url, WriteAccess::ReadersWait::DuringReplacement,
+                      wait, accessor);
 }
 
+// The accessor of a host may change the file by any means, at any moment.
 std::error_code NSFileCoordinator::coordinateWritingItemAtURL(const std::string& url,
-                                                              WritingOptions options,
+                                                              WritingOptions,
                                                               const Accessor& accessor) {
-    return coordinateWriting(*this, url, options, [&accessor](WriteAccess& access) {
-        const WriteAccess::OnThisThread current(access);
-        accessor(access.path());
-    });
+    return coordinate(performer_, url, WriteAccess::ReadersWait::DuringAccess, {},
+                      [&accessor](WriteAccess& access) {
+                          const WriteAccess::OnThisThread current(access);
+                          accessor(access.path());
+                      });
 }
 
 void NSFileCoordinator::addFilePresenter(NSFilePresenter& presenter) {

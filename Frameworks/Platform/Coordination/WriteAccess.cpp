@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Coordination/WriteAccess.h"
 
+#include <cstdio>
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Presenters/PresenterRegistry.h"
 
 namespace QRVPlatform {
 
@@ -14,17 +17,39 @@ thread_local WriteAccess::OnThisThread* innermost = nullptr;
 
 }  // namespace
 
-WriteAccess::WriteAccess(const NSFilePresenter* performer, const std::string& path)
-    : performer_(performer), path_(path) {}
+WriteAccess::WriteAccess(const NSFilePresenter* performer, const std::string& path,
+                         ReadersWait readersWait)
+    : performer_(performer), path_(path), readersWait_(readersWait) {}
 
 WriteAccess::~WriteAccess() {
+    lockAgainstReaders_ = {};
     if (isReplaced_) FilePaths::syncFolder(FilePaths::folderOf(path_));
 }
 
-void WriteAccess::noteReplacement(FileDescriptor oldFile, HeldFile newFile) {
+void WriteAccess::lockAgainstReaders() {
+    if (readersWait_ == ReadersWait::DuringAccess)
+        lockAgainstReaders_ = FileLock::againstReaders(path_);
+}
+
+// The new file is locked before anybody can open it under its name. The lock of the old one ends
+// here, behind the rename, and its readers turn to the new one.
+std::error_code WriteAccess::putInPlace(const std::string& newFile) {
+    FileLock ofOld;
+    FileLock ofNew;
+    if (readersWait_ != ReadersWait::Never && !lockAgainstReaders_.isOn(path_))
+        ofOld = FileLock::againstReaders(path_);
+    if (readersWait_ == ReadersWait::DuringAccess) ofNew = FileLock::againstReaders(newFile);
+    // Before the rename: afterwards the path may name the file of somebody who does not coordinate.
+    const HeldFile held = HeldFile::at(newFile);
+    const std::error_code error = PresenterRegistry::replaceFor(performer_, newFile, [&] {
+        return std::rename(newFile.c_str(), path_.c_str()) == 0 ? std::error_code()
+                                                                : FileFailures::lastError();
+    });
+    if (error) return error;
     isReplaced_ = true;
-    oldFile_ = std::move(oldFile);
-    newFile_ = std::move(newFile);
+    newFile_ = held.afterRename();
+    lockAgainstReaders_ = std::move(ofNew);
+    return {};
 }
 
 WriteAccess* WriteAccess::onThisThreadTo(const std::string& path) {

@@ -3,8 +3,9 @@
 
 #include <cstdint>
 #include <string>
+#include <system_error>
 
-#include "Platform/Descriptors/FileDescriptor.h"
+#include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/HeldFile.h"
 
 class NSFilePresenter;
@@ -15,18 +16,27 @@ namespace QRVPlatform {
 /// A replacement that it is passed to belongs to it. Lives on the stack.
 class WriteAccess {
   public:
+    /// When coordinated readers of the file are kept out. DuringAccess: from `lockAgainstReaders`
+    /// until the end of the access.
+    enum class ReadersWait { Never, DuringReplacement, DuringAccess };
+
     /// `path` is the file's own, not that of a link. Replacements are the performer's own; without
     /// a performer, nobody's.
-    WriteAccess(const NSFilePresenter* performer, const std::string& path);
+    WriteAccess(const NSFilePresenter* performer, const std::string& path,
+                ReadersWait readersWait = ReadersWait::Never);
     WriteAccess(const WriteAccess&) = delete;
     WriteAccess& operator=(const WriteAccess&) = delete;
-    /// Syncs the folder and closes the old file if there was a replacement.
+    /// Lets readers read, and syncs the folder if there was a replacement.
     ~WriteAccess();
 
     [[nodiscard]] const NSFilePresenter* performer() const { return performer_; }
     [[nodiscard]] const std::string& path() const { return path_; }
-    /// The file has been replaced. The end of the access does the rest, when readers may read.
-    void noteReplacement(FileDescriptor oldFile, HeldFile newFile);
+    /// Has an effect with DuringAccess only. Waits for the readers that are there, for
+    /// `readerLockTimeout` at the longest.
+    void lockAgainstReaders();
+    /// Renames the file at `newFile` to the path, when the readers of the old file have ended;
+    /// waits for them as `lockAgainstReaders` does.
+    std::error_code putInPlace(const std::string& newFile);
     /// What the last replacement has put in place; nothing known without one.
     [[nodiscard]] const HeldFile& newFile() const { return newFile_; }
 
@@ -40,8 +50,9 @@ class WriteAccess {
   private:
     const NSFilePresenter* performer_;
     std::string path_;
+    ReadersWait readersWait_;
     bool isReplaced_ = false;
-    FileDescriptor oldFile_;
+    FileLock lockAgainstReaders_;
     HeldFile newFile_;
 };
 

@@ -16,10 +16,10 @@ class HeldFile {
   public:
     /// Nothing is known: no file is it.
     HeldFile() = default;
-    /// The file of an open descriptor (O_PATH is enough) as it is now.
-    explicit HeldFile(FileDescriptor file);
     /// What `path` names now, or its absence. Links are followed.
     static HeldFile at(const std::string& path);
+    /// The same file in its state of now. Renaming it has changed its state.
+    [[nodiscard]] HeldFile afterRename() const;
 
     /// Whether `path` still names this file and nobody has written to it; for an absence, whether
     /// there is still nothing.

@@ -10,21 +10,24 @@
 
 namespace QRVPlatform {
 
-HeldFile::HeldFile(FileDescriptor file) {
+HeldFile HeldFile::afterRename() const {
+    HeldFile now = *this;
     struct stat status {};
-    if (!file.isOpen() || fstat(file.number(), &status) != 0) return;
-    isKnown_ = true;
-    identity_ = FileStatus::identityOf(status);
-    file_ = std::make_shared<const FileDescriptor>(std::move(file));
+    now.isKnown_ = file_ && fstat(file_->number(), &status) == 0;
+    if (now.isKnown_) now.identity_ = FileStatus::identityOf(status);
+    return now;
 }
 
 // O_PATH: needs no right to read the file, and closing it is no event.
 HeldFile HeldFile::at(const std::string& path) {
+    HeldFile held;
     FileDescriptor file(open(path.c_str(), O_PATH | O_CLOEXEC));
-    if (file.isOpen()) return HeldFile(std::move(file));
-    HeldFile absence;
-    absence.isKnown_ = errno == ENOENT || errno == ENOTDIR;
-    return absence;
+    if (!file.isOpen()) {
+        held.isKnown_ = errno == ENOENT || errno == ENOTDIR;
+        return held;
+    }
+    held.file_ = std::make_shared<const FileDescriptor>(std::move(file));
+    return held.afterRename();
 }
 
 bool HeldFile::isAt(const std::string& path) const {

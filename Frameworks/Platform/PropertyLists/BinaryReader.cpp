@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/PropertyLists/BinaryLayout.h"
 #include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/Values/ImmutableContainers.h"
@@ -20,55 +21,6 @@
 
 namespace QRVPlatform::PropertyLists {
 namespace {
-
-constexpr std::size_t headerSize = 8;
-constexpr std::size_t trailerSize = 32;
-
-/// Big-endian bytes; at most eight.
-std::uint64_t unsignedOf(std::string_view bytes) {
-    std::uint64_t value = 0;
-    for (const char byte : bytes) value = value << 8U | static_cast<unsigned char>(byte);
-    return value;
-}
-
-/// Where the parts of the file are. All sums stay far below 2^64, because each term has been
-/// compared with the size of the file.
-struct Layout {
-    std::size_t offsetSize = 0;
-    std::size_t referenceSize = 0;
-    std::size_t objectCount = 0;
-    std::size_t topObject = 0;
-    std::size_t offsetTable = 0;
-};
-
-Layout readLayout(std::string_view bytes) {
-    if (bytes.size() < headerSize + 1 + trailerSize) fail("the file is too short", bytes.size());
-    if (!bytes.starts_with("bplist00")) fail("unknown version of the binary format", 6);
-    const std::size_t trailer = bytes.size() - trailerSize;
-    const std::size_t room = trailer - headerSize;
-    const auto field = [bytes, trailer](std::size_t offset, std::size_t size) {
-        return unsignedOf(bytes.substr(trailer + offset, size));
-    };
-    const std::uint64_t offsetSize = field(6, 1);
-    const std::uint64_t referenceSize = field(7, 1);
-    const std::uint64_t objectCount = field(8, 8);
-    const std::uint64_t topObject = field(16, 8);
-    const std::uint64_t offsetTable = field(24, 8);
-    if (offsetSize < 1 || offsetSize > 8) fail("bad size of an offset", trailer + 6);
-    if (referenceSize < 1 || referenceSize > 8) fail("bad size of a reference", trailer + 7);
-    if (objectCount < 1 || objectCount > room) fail("bad number of objects", trailer + 8);
-    if (topObject >= objectCount) fail("the top object does not exist", trailer + 16);
-    if (offsetTable <= headerSize || offsetTable > trailer) {
-        fail("the offset table is outside the file", trailer + 24);
-    }
-    // A gap, or a table that runs into the trailer, shows that bytes are missing.
-    if (offsetTable + objectCount * offsetSize != trailer) {
-        fail("the offset table does not end where the trailer begins", trailer + 24);
-    }
-    // Each value has at most one key, so no tree within the limit has more objects.
-    if (objectCount > 2 * maximumValues) fail(tooManyValues(), trailer + 8);
-    return {offsetSize, referenceSize, objectCount, topObject, offsetTable};
-}
 
 enum class Marker : unsigned {
     Singleton = 0x0,
@@ -85,29 +37,52 @@ enum class Marker : unsigned {
     Dictionary = 0xD,
 };
 
-/// Reads each object once, however many places refer to it.
+std::uint32_t contentsOf(const PropertyListValue& scalar, std::size_t offset) {
+    if (scalar.kind() < PropertyListValue::Kind::String) return 0;
+    const std::size_t bytes = scalar.isData() ? scalar.data().size() : scalar.stringView().size();
+    if (bytes > maximumContents) fail(tooMuchContents(), offset);
+    return static_cast<std::uint32_t>(bytes);
+}
+
+/// Reads each object once, however many places refer to it. The containers that are being read are
+/// in a list, so that the depth of a tree costs no stack.
 class BinaryReader {
   public:
     explicit BinaryReader(std::string_view bytes)
         : bytes_(bytes),
-          layout_(readLayout(bytes)),
+          layout_(readBinaryLayout(bytes)),
           objects_(layout_.objectCount),
-          unclaimedBytes_(layout_.offsetTable - headerSize) {}
+          unclaimedBytes_(layout_.offsetTable - BinaryLayout::headerSize) {}
 
-    PropertyListValue read() {
-        PropertyListValue root = OneThread::copy(object(layout_.topObject, 0).value);
-        for (Object& object : objects_) OneThread::clear(object.value);
-        return root;
-    }
+    PropertyListValue read();
 
   private:
-    enum class State : std::uint8_t { Unread, UnderWay, Read };
+    enum class State : std::uint8_t { Unread, UnderWay, Scalar, Container };
 
     struct Object {
         PropertyListValue value;
-        std::uint32_t expandedValues = 1;  // at most maximumValues
-        std::uint16_t levels = 0;          // at most maximumLevels
+        // Of a scalar the bytes of its text or data; of a container its place in `extents_`.
+        std::uint32_t extent = 0;
         State state = State::Unread;
+    };
+    static_assert(sizeof(Object) == 24, "there are many of them");
+
+    /// What a container holds, each part as often as it is referred to.
+    struct ContainerExtent {
+        std::size_t contents = 0;  // bytes of text and data
+        std::size_t values = 1;
+        std::size_t levels = 1;
+    };
+
+    /// A container that is being read.
+    struct Frame {
+        std::size_t object;
+        const char* next;           // the reference to the next element, or key
+        const char* end;            // of these references
+        std::size_t valueDistance;  // from the reference to a key to that of its value, else 0
+        std::size_t first;          // of its contents in `entries_` or `elements_`
+        bool isDictionary;
+        ContainerExtent extent = {};
     };
 
     /// An object's place in the file, and the two halves of its marker.
@@ -122,14 +97,16 @@ class BinaryReader {
         std::size_t contents;  // offset
     };
 
-    const Object& object(std::size_t number, std::size_t levelsAbove) {
-        const Object& found = objects_[number];
-        if (found.state == State::Read && levelsAbove + found.levels <= maximumLevels) return found;
-        return objectReadNow(number, levelsAbove);
-    }
-    const Object& objectReadNow(std::size_t number, std::size_t levelsAbove);
-    void readObject(Object& object, std::size_t number, std::size_t levelsAbove);
     Encoded encoded(std::size_t number) const;
+    void begin(std::size_t number);
+    std::uint64_t numberAt(const char* reference) const;
+    const Object* referenced(const char* reference);
+    const Object* referencedFirst(const char* reference, std::uint64_t number);
+    bool addContents(Frame& frame);
+    bool addNext(Frame& frame);
+    void count(Frame& frame, const Object& added) const;
+    [[noreturn]] void failTooLarge(const Frame& frame) const;
+    void finishInnermost();
 
     std::string_view claim(std::size_t offset, std::size_t size, std::size_t objectOffset);
     std::string_view numberBytes(const Encoded& encoded, std::size_t largestPower);
@@ -141,58 +118,160 @@ class BinaryReader {
     PropertyListValue integer(const Encoded& encoded);
     PropertyListValue real(const Encoded& encoded);
     PropertyListValue date(const Encoded& encoded);
-    PropertyListValue asciiString(const Encoded& encoded);
+    PropertyListValue string(const Encoded& encoded);
     PropertyListValue utf16String(const Encoded& encoded);
 
-    void array(Object& result, const Encoded& encoded, std::size_t levelsAbove);
-    void dictionary(Object& result, const Encoded& encoded, std::size_t levelsAbove);
-    const Object& referenced(const char* reference, std::size_t levelsAbove);
-    PropertyListValue element(Object& container, const char* reference, std::size_t levelsAbove);
-
     const std::string_view bytes_;
-    const Layout layout_;
+    const BinaryLayout layout_;
     std::vector<Object> objects_;
+    std::vector<ContainerExtent> extents_;
     // Without it, objects that overlap could take far more memory than the file has bytes.
     std::size_t unclaimedBytes_;
-    // The contents of the containers that are being read, the innermost last.
+    // The containers that are being read, and their contents; the innermost last.
+    std::vector<Frame> frames_;
     std::vector<KeyedValue> entries_;
     std::vector<PropertyListValue> elements_;
 };
 
-const BinaryReader::Object& BinaryReader::objectReadNow(std::size_t number,
-                                                        std::size_t levelsAbove) {
-    Object& found = objects_[number];
-    if (found.state == State::UnderWay) fail("a container holds itself", encoded(number).offset);
-    if (found.state == State::Unread) {
-        found.state = State::UnderWay;
-        readObject(found, number, levelsAbove);
-        found.state = State::Read;
+PropertyListValue BinaryReader::read() {
+    begin(layout_.topObject);
+    while (!frames_.empty()) {
+        if (addContents(frames_.back())) finishInnermost();
     }
-    if (levelsAbove + found.levels > maximumLevels) {
-        fail(tooManyLevels(), encoded(number).offset);
-    }
-    return found;
+    PropertyListValue root = OneThread::copy(objects_[layout_.topObject].value);
+    for (Object& object : objects_) OneThread::clear(object.value);
+    return root;
 }
 
-void BinaryReader::readObject(Object& object, std::size_t number, std::size_t levelsAbove) {
+// Reads a scalar, or puts a container into `frames_`.
+void BinaryReader::begin(std::size_t number) {
     const Encoded place = encoded(number);
-    if (place.marker != Marker::Array && place.marker != Marker::Dictionary) {
+    Object& object = objects_[number];
+    const bool isDictionary = place.marker == Marker::Dictionary;
+    if (place.marker != Marker::Array && !isDictionary) {
         object.value = scalar(place);
+        object.extent = contentsOf(object.value, place.offset);
+        object.state = State::Scalar;
         return;
     }
-    object.levels = 1;
-    if (levelsAbove >= maximumLevels) fail(tooManyLevels(), place.offset);
-    if (place.marker == Marker::Array) {
-        array(object, place, levelsAbove + 1);
-    } else {
-        dictionary(object, place, levelsAbove + 1);
+    if (frames_.size() >= maximumLevels) fail(tooManyLevels(), place.offset);
+    object.state = State::UnderWay;
+    const std::size_t lists = isDictionary ? 2 : 1;
+    const std::string_view references = contents(place, lists * layout_.referenceSize);
+    const std::size_t sizeOfList = references.size() / lists;
+    frames_.push_back({.object = number,
+                       .next = references.data(),
+                       .end = references.data() + sizeOfList,
+                       .valueDistance = references.size() - sizeOfList,
+                       .first = isDictionary ? entries_.size() : elements_.size(),
+                       .isDictionary = isDictionary});
+}
+
+std::uint64_t BinaryReader::numberAt(const char* reference) const {
+    // The usual sizes, without a loop.
+    const auto first = static_cast<unsigned char>(reference[0]);
+    if (layout_.referenceSize == 1) return first;
+    if (layout_.referenceSize == 2)
+        return unsigned{first} << 8U | static_cast<unsigned char>(reference[1]);
+    return unsignedOf({reference, layout_.referenceSize});
+}
+
+// Null when the object is a container that has only now begun.
+inline const BinaryReader::Object* BinaryReader::referenced(const char* reference) {
+    const std::uint64_t number = numberAt(reference);
+    if (number < layout_.objectCount && objects_[number].state == State::Scalar)
+        return &objects_[number];
+    return referencedFirst(reference, number);
+}
+
+// The same for a container, and for an object that has not been read.
+const BinaryReader::Object* BinaryReader::referencedFirst(const char* reference,
+                                                          std::uint64_t number) {
+    if (number >= layout_.objectCount) {
+        fail("a reference to an object that does not exist",
+             static_cast<std::size_t>(reference - bytes_.data()));
     }
+    const Object& found = objects_[number];
+    if (found.state == State::UnderWay) fail("a container holds itself", encoded(number).offset);
+    if (found.state == State::Unread) {
+        begin(number);
+        return found.state == State::Scalar ? &found : nullptr;
+    }
+    if (frames_.size() + extents_[found.extent].levels > maximumLevels) {
+        fail(tooManyLevels(), encoded(number).offset);
+    }
+    return &found;
+}
+
+// False when a nested container has begun, which comes first. The frame may have moved then.
+bool BinaryReader::addContents(Frame& frame) {
+    for (; frame.next != frame.end; frame.next += layout_.referenceSize) {
+        if (!addNext(frame)) return false;
+    }
+    return true;
+}
+
+inline void BinaryReader::count(Frame& frame, const Object& added) const {
+    ContainerExtent& extent = frame.extent;
+    if (added.state == State::Scalar) {
+        extent.contents += added.extent;
+        ++extent.values;
+    } else {
+        const ContainerExtent& nested = extents_[added.extent];
+        extent.contents += nested.contents;
+        extent.values += nested.values;
+        extent.levels = std::max(extent.levels, nested.levels + 1);
+    }
+    if (extent.values > maximumValues || extent.contents > maximumContents) failTooLarge(frame);
+}
+
+void BinaryReader::failTooLarge(const Frame& frame) const {
+    const auto offset = static_cast<std::size_t>(frame.next - bytes_.data());
+    fail(frame.extent.values > maximumValues ? tooManyValues() : tooMuchContents(), offset);
+}
+
+bool BinaryReader::addNext(Frame& frame) {
+    const char* const reference = frame.next;
+    if (!frame.isDictionary) {
+        const Object* const element = referenced(reference);
+        if (element == nullptr) return false;
+        count(frame, *element);
+        elements_.push_back(OneThread::copy(element->value));
+        return true;
+    }
+    const std::size_t number = frame.object;
+    const Object* const key = referenced(reference);
+    if (key == nullptr || !key->value.isString()) {
+        fail("a key is not a string", encoded(number).offset);
+    }
+    const Object* const value = referenced(reference + frame.valueDistance);
+    if (value == nullptr) return false;
+    frame.extent.contents += key->extent;
+    count(frame, *value);
+    entries_.push_back({OneThread::copy(key->value), OneThread::copy(value->value)});
+    return true;
+}
+
+void BinaryReader::finishInnermost() {
+    const Frame& frame = frames_.back();
+    Object& object = objects_[frame.object];
+    if (frame.isDictionary) {
+        object.value = immutableDictionary(std::span(entries_).subspan(frame.first));
+        entries_.resize(frame.first);
+    } else {
+        object.value = immutableArray(std::span(elements_).subspan(frame.first));
+        elements_.resize(frame.first);
+    }
+    object.extent = static_cast<std::uint32_t>(extents_.size());
+    extents_.push_back(frame.extent);
+    object.state = State::Container;
+    frames_.pop_back();
 }
 
 BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
     const std::size_t entry = layout_.offsetTable + number * layout_.offsetSize;
     const std::uint64_t offset = unsignedOf({bytes_.data() + entry, layout_.offsetSize});
-    if (offset < headerSize || offset >= layout_.offsetTable) {
+    if (offset < BinaryLayout::headerSize || offset >= layout_.offsetTable) {
         fail("the offset of an object is outside the file", entry);
     }
     const auto byte = static_cast<unsigned char>(bytes_[offset]);
@@ -250,7 +329,7 @@ PropertyListValue BinaryReader::scalar(const Encoded& encoded) {
         case Marker::Data:
             return NSData(contents(encoded, 1));
         case Marker::ASCIIString:
-            return asciiString(encoded);
+            return string(encoded);
         case Marker::UTF16String:
             return utf16String(encoded);
         case Marker::UID:
@@ -260,7 +339,7 @@ PropertyListValue BinaryReader::scalar(const Encoded& encoded) {
             fail("a set is no value of a property list", encoded.offset);
         case Marker::Array:
         case Marker::Dictionary:
-            break;  // no scalars: `readObject` reads them
+            break;  // no scalars: `begin` reads them
     }
     fail("unknown object", encoded.offset);
 }
@@ -304,13 +383,18 @@ PropertyListValue BinaryReader::date(const Encoded& encoded) {
     const std::string_view bytes = numberBytes(encoded, 3);
     if (bytes.size() != 8) fail("bad size of a date", encoded.offset);
     const double seconds = std::bit_cast<double>(unsignedOf(bytes));
-    if (!std::isfinite(seconds)) fail("a date is not finite", encoded.offset);
+    if (std::string fault = faultOf(NSDate(seconds)); !fault.empty()) {
+        fail(std::move(fault), encoded.offset);
+    }
     return NSDate(seconds);
 }
 
-PropertyListValue BinaryReader::asciiString(const Encoded& encoded) {
+// ASCII by the format, but some writers put UTF-8 there.
+PropertyListValue BinaryReader::string(const Encoded& encoded) {
     const std::string_view text = contents(encoded, 1);
-    if (!isASCII(text)) fail("an ASCII string holds other bytes", encoded.offset);
+    if (!isASCII(text) && positionOfBrokenUTF8(text)) {
+        fail("a string is neither ASCII nor UTF-8", encoded.offset);
+    }
     return text;
 }
 
@@ -321,57 +405,6 @@ PropertyListValue BinaryReader::utf16String(const Encoded& encoded) {
         fail("a string is not valid UTF-16", encoded.offset);
     }
     return text;
-}
-
-// Reads the object that a container refers to.
-const BinaryReader::Object& BinaryReader::referenced(const char* reference,
-                                                     std::size_t levelsAbove) {
-    const std::uint64_t number = unsignedOf({reference, layout_.referenceSize});
-    if (number >= layout_.objectCount) {
-        fail("a reference to an object that does not exist",
-             static_cast<std::size_t>(reference - bytes_.data()));
-    }
-    return object(number, levelsAbove);
-}
-
-// Adds the element's values and levels to those of its container.
-PropertyListValue BinaryReader::element(Object& container, const char* reference,
-                                        std::size_t levelsAbove) {
-    const Object& found = referenced(reference, levelsAbove);
-    container.expandedValues += found.expandedValues;
-    if (container.expandedValues > maximumValues) {
-        fail(tooManyValues(), static_cast<std::size_t>(reference - bytes_.data()));
-    }
-    container.levels = std::max(container.levels, static_cast<std::uint16_t>(found.levels + 1));
-    return OneThread::copy(found.value);
-}
-
-void BinaryReader::array(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
-    const std::string_view references = contents(encoded, layout_.referenceSize);
-    const std::size_t first = elements_.size();
-    for (std::size_t next = 0; next < references.size(); next += layout_.referenceSize) {
-        PropertyListValue read = element(result, references.data() + next, levelsAbove);
-        elements_.push_back(std::move(read));
-    }
-    result.value = immutableArray(std::span(elements_).subspan(first));
-    elements_.resize(first);
-}
-
-void BinaryReader::dictionary(Object& result, const Encoded& encoded, std::size_t levelsAbove) {
-    const std::string_view references = contents(encoded, 2 * layout_.referenceSize);
-    const std::size_t first = entries_.size();
-    const char* key = references.data();
-    const char* value = key + references.size() / 2;
-    for (const char* const firstValue = value; key != firstValue;
-         key += layout_.referenceSize, value += layout_.referenceSize) {
-        const Object& name = referenced(key, levelsAbove);  // keys do not count
-        if (!name.value.isString()) fail("a key is not a string", encoded.offset);
-        PropertyListValue sameName = OneThread::copy(name.value);
-        PropertyListValue read = element(result, value, levelsAbove);
-        entries_.push_back({std::move(sameName), std::move(read)});
-    }
-    result.value = immutableDictionary(std::span(entries_).subspan(first));
-    entries_.resize(first);
 }
 
 }  // namespace

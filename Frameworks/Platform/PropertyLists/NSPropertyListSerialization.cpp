@@ -18,8 +18,9 @@ using PropertyLists::ReadFailure;
 bool isBinary(std::string_view bytes) {
     constexpr std::string_view signature = "bplist";
     const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
-    return bytes.starts_with(signature) && bytes.size() >= signature.size() + 2 &&
-           isDigit(bytes[signature.size()]) && isDigit(bytes[signature.size() + 1]);
+    if (!bytes.starts_with(signature) || bytes.size() < signature.size() + 2) return false;
+    const char version = bytes[signature.size()];
+    return version == '0' || (isDigit(version) && isDigit(bytes[signature.size() + 1]));
 }
 
 // "<" begins XML and, followed by hexadecimal digits alone, old-style data. No element of a
@@ -68,17 +69,33 @@ PropertyListReadResult readBinary(std::string_view bytes) {
     }
 }
 
+// XML may end with U+0000, as text does that was saved with its terminator. Elsewhere, and in the
+// other text format, zeros are a sign of a damaged file.
+void checkNul(PropertyLists::DecodedText& decoded, PropertyListFormat format) {
+    const std::size_t nul = decoded.text.find('\0');
+    if (nul == std::string_view::npos) return;
+    const auto isBlank = [](char character) {
+        return character == '\0' || PropertyLists::isSpace(character);
+    };
+    const std::string_view tail = decoded.text.substr(nul);
+    decoded.text = decoded.text.substr(0, nul);
+    const bool isTerminator = format == PropertyListFormat::XML && decoded.fault.empty() &&
+                              std::all_of(tail.begin(), tail.end(), isBlank);
+    if (!isTerminator) decoded.fault = "the text contains the character U+0000";
+}
+
 PropertyListReadResult readText(std::string_view bytes) {
     std::string converted;
-    const PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes, converted);
+    PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes, converted);
     const auto format =
         isXML(decoded.text) ? PropertyListFormat::XML : PropertyListFormat::OldStyle;
+    checkNul(decoded, format);
     try {
         if (!decoded.fault.empty()) PropertyLists::fail(decoded.fault, decoded.text.size());
-        if (format == PropertyListFormat::OldStyle) {
-            return {PropertyLists::readOldStyle(decoded.text), format, std::nullopt};
-        }
-        return {PropertyLists::readXML(decoded.text), format, std::nullopt};
+        if (format == PropertyListFormat::XML)
+            return {PropertyLists::readXML(decoded.text), format, std::nullopt};
+        PropertyLists::OldStyleList list = PropertyLists::readOldStyle(decoded.text);
+        return {std::move(list.value), format, std::nullopt, !list.hasOuterBraces};
     } catch (const ReadFailure& failure) {
         PropertyListReadResult result = failedRead(failure, format);
         locate(*result.error, decoded.text);
@@ -118,7 +135,7 @@ std::string PropertyListError::description() const {
 PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::string_view bytes) {
     const bool binary = isBinary(bytes);
     if (bytes.size() > maximumSize) {
-        return failedRead({PropertyLists::tooLarge("is"), maximumSize},
+        return failedRead({PropertyLists::tooLarge(), maximumSize},
                           binary ? PropertyListFormat::Binary : PropertyListFormat::XML);
     }
     return binary ? readBinary(bytes) : readText(bytes);

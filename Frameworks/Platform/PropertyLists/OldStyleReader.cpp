@@ -13,6 +13,7 @@
 #include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
+#include "Platform/Values/ImmutableContainers.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
@@ -31,6 +32,7 @@ class OldStyleScanner {
     std::size_t position() const { return position_; }
     bool isAtEnd() const { return position_ == text_.size(); }
     bool isAt(char character) const { return !isAtEnd() && text_[position_] == character; }
+    void returnTo(std::size_t position) { position_ = position; }
     bool isAtQuote() const { return isAt('"') || isAt('\''); }
 
     /// Skips white space and comments.
@@ -114,7 +116,7 @@ std::string OldStyleScanner::quoted() {
     }
 }
 
-// The backslash has been taken.
+// The backslash has been taken. Before a character without meaning it is dropped.
 void OldStyleScanner::appendEscape(std::string& result) {
     constexpr std::string_view letters = "abfnrtv\\\"'\n";
     constexpr std::string_view meanings = "\a\b\f\n\r\t\v\\\"'\n";
@@ -129,7 +131,8 @@ void OldStyleScanner::appendEscape(std::string& result) {
     } else if (letter >= '0' && letter <= '7') {
         appendUTF8(result, octal());
     } else {
-        fail("unknown escape", position_ - 1);
+        result += letter;
+        ++position_;
     }
 }
 
@@ -140,20 +143,19 @@ char32_t OldStyleScanner::octal() {
            text_[position_] <= '7') {
         value = value * 8 + static_cast<unsigned>(text_[position_++] - '0');
     }
-    const auto character = characterOfNextStepByte(value);
-    if (!character) fail("an octal escape stands for no character", begin - 1);
-    return *character;
+    return characterOfNextStepByte(value & 0xFFU);
 }
 
-// `Uxxxx`
+// `U` and one to four digits
 char32_t OldStyleScanner::hexadecimalUnit() {
     const std::size_t begin = position_++;
     char32_t unit = 0;
-    for (; position_ < begin + 5; ++position_) {
-        const auto digit = isAtEnd() ? std::nullopt : hexadecimalDigit(text_[position_]);
-        if (!digit) fail("four hexadecimal digits are expected after \\U", begin - 1);
+    for (; position_ < begin + 5 && !isAtEnd(); ++position_) {
+        const auto digit = hexadecimalDigit(text_[position_]);
+        if (!digit) break;
         unit = unit * 16 + *digit;
     }
+    if (position_ == begin + 1) fail("a hexadecimal digit is expected after \\U", begin - 1);
     return unit;
 }
 
@@ -187,107 +189,183 @@ std::string OldStyleScanner::data() {
     return bytes;
 }
 
+/// The containers that are being read are in a list, so that the depth of a tree costs no stack.
 class OldStyleReader {
   public:
     explicit OldStyleReader(std::string_view text) : scanner_(text) {}
 
-    PropertyListValue read() {
+    OldStyleList read() {
         scanner_.skipSpace();
         if (scanner_.isAtEnd()) fail("there is no value", scanner_.position());
-        PropertyListValue result = root();
+        OldStyleList result = root();
         if (!scanner_.isAtEnd()) fail("unexpected text after the value", scanner_.position());
         return result;
     }
 
   private:
-    PropertyListValue root();
+    enum class Form { Array, Dictionary, BareDictionary };
+
+    struct Container {
+        Form form;
+        std::size_t first;  // of its contents in `entries_` or `elements_`
+    };
+
+    OldStyleList root();
     PropertyListValue value();
-    PropertyListValue array();
-    PropertyListValue dictionary();
-    PropertyListValue bareDictionary(std::string firstKey, std::size_t begin);
-    PropertyListValue valueAfterKey() {
-        scanner_.require('=', "= is expected after a key");
-        return value();
-    }
+    PropertyListValue contentsOfContainers(PropertyListValue read);
+    PropertyListValue valueOrStart();
+    PropertyListValue start(Form form);
+    PropertyListValue restOfArray(PropertyListValue nested);
+    PropertyListValue restOfDictionary(PropertyListValue nested);
+    PropertyListValue valueAfterKey();
+    PropertyListValue string();
+    PropertyListValue data();
+    void endElement();
+    void endEntry();
+    void leaveContainer();
 
     OldStyleScanner scanner_;
     Extent extent_;
-    // The elements of the arrays that are being read, the innermost last.
+    // The containers that are being read, and their contents; the innermost last.
+    std::vector<Container> containers_;
+    std::vector<KeyedValue> entries_;
     std::vector<PropertyListValue> elements_;
 };
 
-PropertyListValue OldStyleReader::root() {
-    if (scanner_.isAt('{') || scanner_.isAt('(') || scanner_.isAt('<')) return value();
+OldStyleList OldStyleReader::root() {
+    if (scanner_.isAt('{') || scanner_.isAt('(') || scanner_.isAt('<')) return {value()};
     const std::size_t begin = scanner_.position();
     const bool isQuoted = scanner_.isAtQuote();
-    std::string text = scanner_.string();
-    if (scanner_.isAt('=')) return bareDictionary(std::move(text), begin);
-    // Any text may begin with a word; accepting it would hide that the file is damaged.
-    if (!isQuoted) fail("a lone word is no property list", begin);
-    return text;
+    PropertyListValue text = string();
+    if (!scanner_.isAt('=') && !scanner_.isAt(';')) {
+        // Any text may begin with a word; accepting it would hide that the file is damaged.
+        if (!isQuoted) fail("a lone word is no property list", begin);
+        return {std::move(text)};
+    }
+    scanner_.returnTo(begin);
+    extent_ = {};
+    extent_.addValue(begin);
+    return {contentsOfContainers(start(Form::BareDictionary)), false};
 }
 
 PropertyListValue OldStyleReader::value() {
-    extent_.addValue(scanner_.position());
-    if (scanner_.isAt('{')) return dictionary();
-    if (scanner_.isAt('(')) return array();
-    if (scanner_.isAt('<')) return NSData(scanner_.data());
-    return scanner_.string();
+    return contentsOfContainers(valueOrStart());
 }
 
-PropertyListValue OldStyleReader::array() {
-    const std::size_t begin = scanner_.position();
-    extent_.enterContainer(begin);
-    scanner_.take('(');
-    const std::size_t first = elements_.size();
-    while (!scanner_.take(')')) {
-        PropertyListValue element = value();
-        elements_.push_back(std::move(element));
-        if (!scanner_.take(',') && !scanner_.isAt(')')) {
-            fail(scanner_.isAtEnd() ? "an array is not closed" : ", or ) is expected",
-                 scanner_.position());
-        }
+PropertyListValue OldStyleReader::contentsOfContainers(PropertyListValue read) {
+    while (!containers_.empty()) {
+        read = containers_.back().form == Form::Array ? restOfArray(std::move(read))
+                                                      : restOfDictionary(std::move(read));
     }
-    NSArray result(std::span<const PropertyListValue>(elements_).subspan(first));
+    return read;
+}
+
+// Null when the value is a container: it has been put into `containers_`.
+PropertyListValue OldStyleReader::valueOrStart() {
+    extent_.addValue(scanner_.position());
+    if (scanner_.isAt('{')) return start(Form::Dictionary);
+    if (scanner_.isAt('(')) return start(Form::Array);
+    if (scanner_.isAt('<')) return data();
+    return string();
+}
+
+PropertyListValue OldStyleReader::start(Form form) {
+    extent_.enterContainer(scanner_.position());
+    containers_.push_back({form, form == Form::Array ? elements_.size() : entries_.size()});
+    scanner_.take(form == Form::Array ? '(' : '{');
+    return nullptr;
+}
+
+// Continues with the innermost container after its last element, which was a container; null when
+// it has only started. Returns null when the next element starts a container, else the array.
+PropertyListValue OldStyleReader::restOfArray(PropertyListValue nested) {
+    if (!nested.isNull()) {
+        elements_.push_back(std::move(nested));
+        endElement();
+    }
+    while (!scanner_.take(')')) {
+        PropertyListValue read = valueOrStart();
+        if (read.isNull()) return read;
+        elements_.push_back(std::move(read));
+        endElement();
+    }
+    const std::size_t first = containers_.back().first;
+    PropertyListValue result = immutableArray(std::span(elements_).subspan(first));
     elements_.resize(first);
-    extent_.leaveContainer();
+    leaveContainer();
     return result;
 }
 
-PropertyListValue OldStyleReader::dictionary() {
-    extent_.enterContainer(scanner_.position());
-    scanner_.take('{');
-    const NSMutableDictionary result;
-    while (!scanner_.take('}')) {
-        const std::string key = scanner_.string();
-        result.setObjectForKey(valueAfterKey(), key);
-        if (!scanner_.take(';') && !scanner_.isAt('}')) {
-            fail(scanner_.isAtEnd() ? "a dictionary is not closed" : "; or } is expected",
-                 scanner_.position());
-        }
+// The same for a dictionary.
+PropertyListValue OldStyleReader::restOfDictionary(PropertyListValue nested) {
+    if (!nested.isNull()) {
+        entries_.back().value = std::move(nested);
+        endEntry();
     }
-    extent_.leaveContainer();
-    return result.copy();
+    const bool isBare = containers_.back().form == Form::BareDictionary;
+    while (isBare ? !scanner_.isAtEnd() : !scanner_.take('}')) {
+        entries_.push_back({string(), nullptr});
+        PropertyListValue read = valueAfterKey();
+        if (read.isNull()) return read;
+        entries_.back().value = std::move(read);
+        endEntry();
+    }
+    const std::size_t first = containers_.back().first;
+    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first));
+    entries_.resize(first);
+    leaveContainer();
+    return result;
 }
 
-// Here the last ";" is required: without it, a value that was cut off would look complete.
-PropertyListValue OldStyleReader::bareDictionary(std::string firstKey, std::size_t begin) {
-    extent_.addValue(begin);
-    extent_.enterContainer(begin);
-    const NSMutableDictionary result;
-    std::string key = std::move(firstKey);
-    while (true) {
-        result.setObjectForKey(valueAfterKey(), key);
-        scanner_.require(';', "; is expected after a value");
-        if (scanner_.isAtEnd()) break;
-        key = scanner_.string();
+// A key without value is its own value.
+PropertyListValue OldStyleReader::valueAfterKey() {
+    if (!scanner_.isAt(';')) {
+        scanner_.require('=', "= or ; is expected after a key");
+        return valueOrStart();
     }
-    return result.copy();
+    const PropertyListValue& key = entries_.back().key;
+    extent_.addValue(scanner_.position());
+    extent_.addContents(key.stringView().size(), scanner_.position());
+    return key;
+}
+
+PropertyListValue OldStyleReader::string() {
+    const std::size_t begin = scanner_.position();
+    const std::string text = scanner_.string();
+    extent_.addContents(text.size(), begin);
+    return text;
+}
+
+PropertyListValue OldStyleReader::data() {
+    const std::size_t begin = scanner_.position();
+    const std::string bytes = scanner_.data();
+    extent_.addContents(bytes.size(), begin);
+    return NSData(bytes);
+}
+
+void OldStyleReader::endElement() {
+    if (scanner_.take(',') || scanner_.isAt(')')) return;
+    fail(scanner_.isAtEnd() ? "an array is not closed" : ", or ) is expected", scanner_.position());
+}
+
+// Without braces the last ";" is required, too: without it, a value that was cut off would look
+// complete.
+void OldStyleReader::endEntry() {
+    if (containers_.back().form == Form::BareDictionary)
+        return scanner_.require(';', "; is expected after a value");
+    if (scanner_.take(';') || scanner_.isAt('}')) return;
+    fail(scanner_.isAtEnd() ? "a dictionary is not closed" : "; or } is expected",
+         scanner_.position());
+}
+
+void OldStyleReader::leaveContainer() {
+    containers_.pop_back();
+    extent_.leaveContainer();
 }
 
 }  // namespace
 
-PropertyListValue readOldStyle(std::string_view text) {
+OldStyleList readOldStyle(std::string_view text) {
     return OldStyleReader(text).read();
 }
 

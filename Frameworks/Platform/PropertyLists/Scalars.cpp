@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+
+#include "Platform/Values/Calendar.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
@@ -53,18 +54,22 @@ class DateFields {
 
     [[nodiscard]] bool isWhole() const { return !hasFault_ && text_.empty(); }
 
-    int number(std::size_t digits) {
-        int value = 0;
-        for (std::size_t index = 0; index < digits; ++index) {
-            if (index >= text_.size() || !isDigit(text_[index])) return fault();
-            value = value * 10 + (text_[index] - '0');
-        }
+    // Four digits or more, perhaps with a minus.
+    std::int64_t year() {
+        const bool isNegative = removePrefix(text_, "-");
+        std::int64_t value = 0;
+        std::size_t digits = 0;
+        for (; digits < text_.size() && isDigit(text_[digits]); ++digits)
+            value = std::min(value * 10 + (text_[digits] - '0'), Calendar::furthestYear);
+        if (digits < 4) return fault();
         text_.remove_prefix(digits);
-        return value;
+        return isNegative ? -value : value;
     }
-    int numberUpTo(int largest) {
-        const int value = number(2);
-        return value <= largest ? value : fault();
+    int twoDigits() {
+        if (text_.size() < 2 || !isDigit(text_[0]) || !isDigit(text_[1])) return fault();
+        const int value = (text_[0] - '0') * 10 + (text_[1] - '0');
+        text_.remove_prefix(2);
+        return value;
     }
     void expect(char character) {
         if (!removePrefix(text_, {&character, 1})) fault();
@@ -89,22 +94,6 @@ class DateFields {
     std::string_view text_;
     bool hasFault_ = false;
 };
-
-constexpr double secondsPerDay = 86400;
-constexpr std::chrono::sys_days referenceDay = std::chrono::year(2001) / 1 / 1;
-
-/// Writes `number` with that many digits and returns their end.
-char* writePadded(char* place, int number, std::size_t digits) {
-    for (char* digit = place + digits; digit != place; number /= 10) {
-        *--digit = static_cast<char>('0' + number % 10);
-    }
-    return place + digits;
-}
-
-char* writeCharacter(char* place, char character) {
-    *place = character;
-    return place + 1;
-}
 
 /// The 24 bits of three bytes; missing bytes are 0.
 std::uint32_t groupOf(std::string_view bytes) {
@@ -164,7 +153,9 @@ std::optional<unsigned> hexadecimalDigit(char character) noexcept {
 }
 
 std::optional<PropertyListValue> parseInteger(std::string_view text) noexcept {
+    const std::size_t length = text.size();
     const bool isNegative = removeSign(text);
+    if (text.size() < length) text = withoutSpaceAround(text);
     const bool isHexadecimal = removePrefix(text, "0x") || removePrefix(text, "0X");
     std::uint64_t magnitude = 0;
     if (!convertsWhole(text, magnitude, isHexadecimal ? 16 : 10)) return std::nullopt;
@@ -190,23 +181,22 @@ std::optional<double> parseReal(std::string_view text) noexcept {
 
 std::optional<NSDate> parseDate(std::string_view text) noexcept {
     DateFields fields(text);
-    const std::chrono::year year(fields.number(4));
+    Calendar::Fields date;
+    date.year = fields.year();
     fields.expect('-');
-    const std::chrono::month month(static_cast<unsigned>(fields.number(2)));
+    date.month = fields.twoDigits();
     fields.expect('-');
-    const std::chrono::day day(static_cast<unsigned>(fields.number(2)));
+    date.day = fields.twoDigits();
     fields.expect('T');
-    int seconds = fields.numberUpTo(23);
+    date.hour = fields.twoDigits();
     fields.expect(':');
-    seconds = seconds * 60 + fields.numberUpTo(59);
+    date.minute = fields.twoDigits();
     fields.expect(':');
-    seconds = seconds * 60 + fields.numberUpTo(59);
+    date.second = fields.twoDigits();
     const double fraction = fields.fraction();
     fields.expect('Z');
-    const std::chrono::year_month_day date = year / month / day;
-    if (!fields.isWhole() || !date.ok()) return std::nullopt;
-    const auto days = (std::chrono::sys_days(date) - referenceDay).count();
-    return NSDate(static_cast<double>(days) * secondsPerDay + seconds + fraction);
+    if (!fields.isWhole()) return std::nullopt;
+    return NSDate(static_cast<double>(Calendar::secondOf(date)) + fraction);
 }
 
 std::optional<std::string> parseBase64(std::string_view text) {
@@ -248,33 +238,10 @@ void appendReal(TextBuilder& text, double value) {
         [value](char* place) { return std::to_chars(place, place + longest, value).ptr; });
 }
 
-bool appendDate(TextBuilder& text, NSDate date) {
-    const double seconds = std::floor(date.timeIntervalSinceReferenceDate());
-    const double day = std::floor(seconds / secondsPerDay);
-    // Compared as doubles: a date may be too far away for any calendar, infinite or NaN.
-    constexpr double firstDay =
-        (std::chrono::sys_days(std::chrono::year(0) / 1 / 1) - referenceDay).count();
-    constexpr double lastDay =
-        (std::chrono::sys_days(std::chrono::year(9999) / 12 / 31) - referenceDay).count();
-    if (!(day >= firstDay && day <= lastDay)) return false;
-    const std::chrono::year_month_day calendar(referenceDay +
-                                               std::chrono::days(static_cast<int>(day)));
-    const int secondOfDay = static_cast<int>(seconds - day * secondsPerDay);
-    text.appendInPlace([&](char* place) {
-        place = writePadded(place, static_cast<int>(calendar.year()), 4);
-        place = writeCharacter(place, '-');
-        place = writePadded(place, static_cast<int>(static_cast<unsigned>(calendar.month())), 2);
-        place = writeCharacter(place, '-');
-        place = writePadded(place, static_cast<int>(static_cast<unsigned>(calendar.day())), 2);
-        place = writeCharacter(place, 'T');
-        place = writePadded(place, secondOfDay / 3600, 2);
-        place = writeCharacter(place, ':');
-        place = writePadded(place, secondOfDay / 60 % 60, 2);
-        place = writeCharacter(place, ':');
-        place = writePadded(place, secondOfDay % 60, 2);
-        return writeCharacter(place, 'Z');
-    });
-    return true;
+void appendDate(TextBuilder& text, NSDate date) {
+    const auto second =
+        static_cast<std::int64_t>(std::floor(date.timeIntervalSinceReferenceDate()));
+    text.appendInPlace([second](char* place) { return Calendar::writeText(place, second); });
 }
 
 void appendBase64(TextBuilder& text, std::string_view bytes) {

@@ -25,11 +25,12 @@ std::optional<unsigned> hexadecimalDigit(char character) noexcept;
 /// @name Parsing; empty when the text is malformed or its value is out of range.
 /// @{
 
-/// Decimal, or hexadecimal after `0x`; with or without sign.
+/// Decimal, or hexadecimal after `0x`; with or without sign. White space may follow the sign.
 std::optional<PropertyListValue> parseInteger(std::string_view text) noexcept;
 /// Decimal with or without exponent, `nan`, `inf` and `infinity` in any case; with or without sign.
 std::optional<double> parseReal(std::string_view text) noexcept;
-/// `YYYY-MM-DDThh:mm:ssZ`, with or without a fraction of seconds.
+/// `YYYY-MM-DDThh:mm:ssZ`, with or without a fraction of seconds. A year has four digits or more,
+/// and may have a minus; other fields roll over. The date may be too far away to be written.
 std::optional<NSDate> parseDate(std::string_view text) noexcept;
 /// Base64, with white space anywhere; the decoded bytes.
 std::optional<std::string> parseBase64(std::string_view text);
@@ -39,8 +40,8 @@ std::optional<std::string> parseBase64(std::string_view text);
 void appendInteger(TextBuilder& text, const PropertyListValue& value);
 /// The shortest form that reads back as the same number.
 void appendReal(TextBuilder& text, double value);
-/// Whole seconds, rounded down; false, and nothing appended, outside the years 0000 to 9999.
-[[nodiscard]] bool appendDate(TextBuilder& text, NSDate date);
+/// Whole seconds, rounded down. `faultOf(date)` must be empty.
+void appendDate(TextBuilder& text, NSDate date);
 /// Base64 without white space.
 void appendBase64(TextBuilder& text, std::string_view bytes);
 

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/PropertyLists/Limits.h"
+
 namespace QRVPlatform::PropertyLists {
 
 /// Builds a long text from many short pieces. They are buffered, because appending a short piece to
@@ -76,7 +78,8 @@ class TextBuilder {
     void appendToText(std::string_view piece) {
         constexpr std::size_t step = 4;
         const std::size_t needed = text_.size() + piece.size();
-        if (needed > text_.capacity()) text_.reserve(needed * step);
+        if (needed > text_.capacity())
+            text_.reserve(std::max(needed, std::min(needed * step, maximumSize)));
         text_ += piece;
     }
 

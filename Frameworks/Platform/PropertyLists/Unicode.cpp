@@ -184,14 +184,8 @@ DecodedText decodeText(std::string_view bytes, std::string& converted) {
         encodings.begin(), encodings.end(),
         [bytes](const Encoding& candidate) { return bytes.starts_with(candidate.beginning); });
     if (encoding->isMark) bytes.remove_prefix(encoding->beginning.size());
-    DecodedText decoded = encoding->name == "UTF-8" ? decodeUTF8(bytes)
-                                                    : decodeWide(bytes, encoding->name, converted);
-    const std::size_t nul = decoded.text.find('\0');
-    if (nul != std::string_view::npos) {
-        decoded.text = decoded.text.substr(0, nul);
-        decoded.fault = "the text contains the character U+0000";
-    }
-    return decoded;
+    return encoding->name == "UTF-8" ? decodeUTF8(bytes)
+                                     : decodeWide(bytes, encoding->name, converted);
 }
 
 }  // namespace QRVPlatform::PropertyLists

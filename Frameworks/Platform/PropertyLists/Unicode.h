@@ -55,8 +55,8 @@ struct DecodedText {
 };
 
 /// A byte-order mark decides the encoding. Without one it is UTF-16 or UTF-32 when the first
-/// character is "<" in that encoding, and UTF-8 otherwise. U+0000 is a fault. The text is part of
-/// `bytes` when these are UTF-8, otherwise of `converted`.
+/// character is "<" in that encoding, and UTF-8 otherwise. The text is part of `bytes` when these
+/// are UTF-8, otherwise of `converted`.
 DecodedText decodeText(std::string_view bytes, std::string& converted);
 
 }  // namespace QRVPlatform::PropertyLists

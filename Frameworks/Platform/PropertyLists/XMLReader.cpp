@@ -32,6 +32,7 @@ std::string shown(const XMLTag& tag) {
 }
 
 /// Builds the values while the text is scanned. The offset of a malformed value is that of its tag.
+/// The containers that are being read are in a list, so that the depth of a tree costs no stack.
 class XMLReader {
   public:
     explicit XMLReader(std::string_view text) : scanner_(text) {}
@@ -39,10 +40,23 @@ class XMLReader {
     PropertyListValue read();
 
   private:
+    struct Container {
+        XMLTag tag;
+        bool isDictionary;
+        std::size_t first = 0;  // of its contents in `entries_` or `elements_`
+    };
+
     PropertyListValue contentsOfPlist(const XMLTag& plist);
     PropertyListValue value(const XMLTag& tag);
-    PropertyListValue dictionary(const XMLTag& tag);
-    PropertyListValue array(const XMLTag& tag);
+    PropertyListValue valueOrStart(const XMLTag& tag);
+    PropertyListValue start(const XMLTag& tag, bool isDictionary);
+    PropertyListValue restOfDictionary(PropertyListValue nested);
+    PropertyListValue restOfArray(PropertyListValue nested);
+    PropertyListValue string(const XMLTag& tag) {
+        const std::string_view text = scanner_.textOf(tag);
+        extent_.addContents(text.size(), tag.offset);
+        return strings_.stringOf(text);
+    }
     PropertyListValue boolean(const XMLTag& tag, bool truth);
     PropertyListValue integer(const XMLTag& tag);
     PropertyListValue real(const XMLTag& tag);
@@ -60,7 +74,8 @@ class XMLReader {
     XMLScanner scanner_;
     SharedStrings strings_;
     Extent extent_;
-    // The contents of the containers that are being read, the innermost last.
+    // The containers that are being read, and their contents; the innermost last.
+    std::vector<Container> containers_;
     std::vector<KeyedValue> entries_;
     std::vector<PropertyListValue> elements_;
 };
@@ -89,48 +104,80 @@ PropertyListValue XMLReader::contentsOfPlist(const XMLTag& plist) {
 }
 
 PropertyListValue XMLReader::value(const XMLTag& tag) {
+    PropertyListValue read = valueOrStart(tag);
+    while (!containers_.empty()) {
+        read = containers_.back().isDictionary ? restOfDictionary(std::move(read))
+                                               : restOfArray(std::move(read));
+    }
+    return read;
+}
+
+// Null when the value is a container: it has been put into `containers_`.
+PropertyListValue XMLReader::valueOrStart(const XMLTag& tag) {
     extent_.addValue(tag.offset);
-    if (is(tag.name, "string")) return strings_.stringOf(scanner_.textOf(tag));
-    if (is(tag.name, "dict")) return dictionary(tag);
+    if (is(tag.name, "string")) return string(tag);
+    if (is(tag.name, "dict")) return start(tag, true);
     if (is(tag.name, "integer")) return integer(tag);
     if (is(tag.name, "true")) return boolean(tag, true);
     if (is(tag.name, "false")) return boolean(tag, false);
     if (is(tag.name, "real")) return real(tag);
-    if (is(tag.name, "array")) return array(tag);
+    if (is(tag.name, "array")) return start(tag, false);
     if (is(tag.name, "data")) return data(tag);
     if (is(tag.name, "date")) return date(tag);
     if (is(tag.name, "key")) fail("a key where a value is expected", tag.offset);
     fail("unknown element " + shown(tag), tag.offset);
 }
 
-PropertyListValue XMLReader::dictionary(const XMLTag& tag) {
+PropertyListValue XMLReader::start(const XMLTag& tag, bool isDictionary) {
     extent_.enterContainer(tag.offset);
-    const std::size_t first = entries_.size();
+    containers_.push_back({tag, isDictionary});
+    return nullptr;
+}
+
+// Continues with the innermost container after its last element, which was a container; null when
+// it has only started. Returns null when the next element starts a container, else the dictionary.
+PropertyListValue XMLReader::restOfDictionary(PropertyListValue nested) {
+    if (nested.isNull())
+        containers_.back().first = entries_.size();
+    else
+        entries_.back().value = std::move(nested);
+    const XMLTag tag = containers_.back().tag;
     for (XMLTag key; nextElement(tag, key);) {
         if (!is(key.name, "key")) fail(shown(key) + " where a key is expected", key.offset);
-        PropertyListValue name = strings_.stringOf(scanner_.textOf(key));
+        PropertyListValue name = string(key);
         XMLTag valueTag;
         if (!scanner_.nextElement(valueTag)) fail("a key without a value", key.offset);
-        PropertyListValue read = value(valueTag);
+        PropertyListValue read = valueOrStart(valueTag);
+        const bool isStarted = read.isNull();
         entries_.push_back({std::move(name), std::move(read)});
+        if (isStarted) return nullptr;
     }
     scanner_.endElement(tag);
+    const std::size_t first = containers_.back().first;
     PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first));
     entries_.resize(first);
+    containers_.pop_back();
     extent_.leaveContainer();
     return result;
 }
 
-PropertyListValue XMLReader::array(const XMLTag& tag) {
-    extent_.enterContainer(tag.offset);
-    const std::size_t first = elements_.size();
+// The same for an array.
+PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
+    if (nested.isNull())
+        containers_.back().first = elements_.size();
+    else
+        elements_.push_back(std::move(nested));
+    const XMLTag tag = containers_.back().tag;
     for (XMLTag element; nextElement(tag, element);) {
-        PropertyListValue read = value(element);
+        PropertyListValue read = valueOrStart(element);
+        if (read.isNull()) return read;
         elements_.push_back(std::move(read));
     }
     scanner_.endElement(tag);
+    const std::size_t first = containers_.back().first;
     PropertyListValue result = immutableArray(std::span(elements_).subspan(first));
     elements_.resize(first);
+    containers_.pop_back();
     extent_.leaveContainer();
     return result;
 }
@@ -156,12 +203,14 @@ PropertyListValue XMLReader::real(const XMLTag& tag) {
 PropertyListValue XMLReader::date(const XMLTag& tag) {
     const auto instant = parseDate(withoutSpaceAround(scanner_.textOf(tag)));
     if (!instant) fail("malformed date", tag.offset);
+    if (std::string fault = faultOf(*instant); !fault.empty()) fail(std::move(fault), tag.offset);
     return *instant;
 }
 
 PropertyListValue XMLReader::data(const XMLTag& tag) {
     const auto bytes = parseBase64(scanner_.textOf(tag));
     if (!bytes) fail("malformed base64 data", tag.offset);
+    extent_.addContents(bytes->size(), tag.offset);
     return NSData(*bytes);
 }
 

@@ -45,7 +45,9 @@ constexpr std::string_view beginningOfComment = "<!--";
 }  // namespace
 
 XMLScanner::XMLScanner(std::string_view text)
-    : text_(text), hasEscapes_(text.find('&') < text.size() || text.find('\r') < text.size()) {}
+    : text_(text),
+      hasReturns_(text.find('\r') != std::string_view::npos),
+      hasEscapes_(hasReturns_ || text.find('&') != std::string_view::npos) {}
 
 bool XMLScanner::nextElement(XMLTag& tag) {
     for (;;) {
@@ -223,10 +225,6 @@ std::string_view XMLScanner::joinedText(const XMLTag& tag, std::string_view firs
     }
     endElement(tag);
     return joined_;
-}
-
-bool XMLScanner::needsDecoding(std::string_view raw) const {
-    return hasEscapes_ && raw.find_first_of("&\r") != std::string_view::npos;
 }
 
 void XMLScanner::appendToJoined(std::string_view raw, XMLTextKind kind) {

@@ -58,11 +58,15 @@ class XMLScanner {
     void documentType();
     std::string_view characters(const XMLTag& tag);
     std::string_view joinedText(const XMLTag& tag, std::string_view first);
-    [[nodiscard]] bool needsDecoding(std::string_view raw) const;
+    [[nodiscard]] bool needsDecoding(std::string_view raw) const {
+        return hasEscapes_ && (raw.find('&') != std::string_view::npos ||
+                               (hasReturns_ && raw.find('\r') != std::string_view::npos));
+    }
     void appendToJoined(std::string_view raw, XMLTextKind kind);
 
     const std::string_view text_;
-    const bool hasEscapes_;
+    const bool hasReturns_;
+    const bool hasEscapes_;  // returns or entities
     bool hasElement_ = false;
     std::size_t position_ = 0;
     std::string joined_;

@@ -2,20 +2,14 @@
 #include "Platform/PropertyLists/XMLWriter.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <iterator>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "Platform/PropertyLists/Limits.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/TextBuilder.h"
-#include "Platform/PropertyLists/Unicode.h"
+#include "Platform/PropertyLists/TreeWalk.h"
 #include "Platform/PropertyLists/XMLText.h"
 
 namespace QRVPlatform::PropertyLists {
@@ -28,116 +22,79 @@ constexpr std::string_view header =
     "<plist version=\"1.0\">\n";
 constexpr std::string_view footer = "</plist>\n";
 
-/// Refers to the contents that a dictionary's iterator keeps alive.
-struct Entry {
-    std::string_view key;
-    std::uint64_t beginning;  // the key's first bytes, which sort like the key
-    const PropertyListValue* value;
-};
+constexpr std::size_t deepestIndentation = 16;
 
-std::uint64_t beginningOf(std::string_view key) {
-    std::uint64_t beginning = 0;
-    if (key.size() >= sizeof beginning) {
-        std::memcpy(&beginning, key.data(), sizeof beginning);
-        return std::endian::native == std::endian::big ? beginning : __builtin_bswap64(beginning);
-    }
-    for (const char character : key)
-        beginning = beginning << 8U | static_cast<unsigned char>(character);
-    return key.empty() ? 0 : beginning << (sizeof beginning - key.size()) * 8;
-}
-
-bool isBefore(const Entry& left, const Entry& right) {
-    return left.beginning != right.beginning ? left.beginning < right.beginning
-                                             : left.key < right.key;
-}
+// Every tree that can be read fits into a file that can be read. A byte of text takes at most
+// "&#127;", and a value at most what data of one byte under a key takes.
+constexpr std::size_t longestByte = 6;
+constexpr std::size_t longestValue = 128;
+static_assert(header.size() + footer.size() + maximumValues * longestValue +
+                  maximumContents * longestByte <=
+              maximumSize);
 
 class XMLWriter {
   public:
-    std::string write(const PropertyListValue& root) {
-        text_.append(header);
-        value(root);
-        text_.append(footer);
-        requireRoom(0);
-        return text_.take();
-    }
+    explicit XMLWriter(const PropertyListValue& root) : walk_(root) {}
+
+    std::string write();
 
   private:
-    /// A key, or the index of an array's element.
-    struct Step {
-        std::string_view key;
-        std::size_t index;
-        bool isIndex;
-    };
+    using Kind = PropertyListValue::Kind;
 
     [[noreturn]] void fail(std::string_view message) const {
-        throw WriteFailure{std::string(message), keyPath()};
+        throw WriteFailure{std::string(message), walk_.keyPath()};
     }
-    std::string keyPath() const;
-    std::size_t level() const { return path_.size(); }
-
-    // Called before anything long is appended, so that the text never exceeds the limit by much.
-    void requireRoom(std::size_t size) const {
-        if (text_.size() + size > maximumSize) fail(tooLarge("would be"));
+    void indent() { text_.appendTabs(std::min(walk_.level(), deepestIndentation)); }
+    void countContents(std::size_t bytes) {
+        contents_ += bytes;
+        if (contents_ > maximumContents) fail(tooMuchContents());
     }
-    void indent() { text_.appendTabs(level()); }
     void characters(std::string_view characters, std::string_view what);
 
+    void key(std::string_view key);
     void value(const PropertyListValue& value);
-    void dictionary(const NSDictionary& dictionary);
-    void pushSorted(NSDictionary::Iterator& contents);
-    // By value: a nested dictionary makes `entries_` grow, which moves the entries in it.
-    void entry(Entry entry);
-    void array(const NSArray& array);
+    void container(Kind kind);
     void data(std::string_view bytes);
     void date(NSDate date);
-    void requireLevel() const {
-        if (level() >= maximumLevels) fail(tooManyLevels());
-    }
 
     TextBuilder text_;
-    std::vector<Step> path_;
-    // The entries of the dictionaries that are being written, the innermost last.
-    std::vector<Entry> entries_;
+    TreeWalk walk_;
     std::size_t values_ = 0;
+    std::size_t contents_ = 0;
 };
 
-// Bytes that are not UTF-8 become \xNN.
-void appendReadable(std::string& text, std::string_view key) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    while (!key.empty()) {
-        const std::size_t length = lengthOfFirstCharacter(key);
-        if (length == 0) {
-            const auto byte = static_cast<unsigned char>(key.front());
-            text += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
-        }
-        text += key.substr(0, length);
-        key.remove_prefix(std::max<std::size_t>(1, length));
+std::string XMLWriter::write() {
+    text_.append(header);
+    for (;;) {
+        const TreeWalk::Step step = walk_.next();
+        if (step == TreeWalk::Step::EndOfTree) break;
+        if (step == TreeWalk::Step::Value && walk_.hasKey()) key(walk_.key());
+        indent();
+        if (step == TreeWalk::Step::Value)
+            value(walk_.value());
+        else if (step == TreeWalk::Step::EndOfDictionary)
+            text_.append("</dict>\n");
+        else
+            text_.append("</array>\n");
     }
-}
-
-std::string XMLWriter::keyPath() const {
-    std::string keyPath;
-    for (const Step& step : path_) {
-        if (step.isIndex) {
-            keyPath += "[" + std::to_string(step.index) + "]";
-        } else {
-            if (!keyPath.empty()) keyPath += '.';
-            appendReadable(keyPath, step.key);
-        }
-    }
-    return keyPath;
+    text_.append(footer);
+    return text_.take();
 }
 
 void XMLWriter::characters(std::string_view characters, std::string_view what) {
-    requireRoom(characters.size());
+    countContents(characters.size());
     if (!appendXMLText(text_, characters)) fail(std::string(what) + " is not valid UTF-8");
 }
 
-void XMLWriter::value(const PropertyListValue& value) {
-    using Kind = PropertyListValue::Kind;
-    if (++values_ > maximumValues) fail(tooManyValues());
-    requireRoom(0);
+void XMLWriter::key(std::string_view key) {
     indent();
+    text_.append("<key>");
+    characters(key, "a key");
+    text_.append("</key>\n");
+}
+
+void XMLWriter::value(const PropertyListValue& value) {
+    if (++values_ > maximumValues) fail(tooManyValues());
     switch (value.kind()) {
         case Kind::Boolean:
             if (value.boolValue())
@@ -169,10 +126,8 @@ void XMLWriter::value(const PropertyListValue& value) {
             break;
         }
         case Kind::Array:
-            array(value.array());
-            break;
         case Kind::Dictionary:
-            dictionary(value.dictionary());
+            container(value.kind());
             break;
         case Kind::Null:
             fail("there is no value to store");
@@ -184,70 +139,30 @@ void XMLWriter::value(const PropertyListValue& value) {
 }
 
 void XMLWriter::date(NSDate date) {
+    if (const std::string fault = faultOf(date); !fault.empty()) fail(fault);
     text_.append("<date>");
-    if (!appendDate(text_, date)) fail("a date outside the years 0000 to 9999 cannot be stored");
+    appendDate(text_, date);
     text_.append("</date>\n");
 }
 
-// A container may change while it is written; the iterator keeps the contents as they were.
-void XMLWriter::dictionary(const NSDictionary& dictionary) {
-    requireLevel();
-    NSDictionary::Iterator contents = dictionary.begin();
-    const std::size_t first = entries_.size();
-    pushSorted(contents);
-    const std::size_t end = entries_.size();
-    if (end == first) return text_.append("<dict/>\n");
-    text_.append("<dict>\n");
-    for (std::size_t index = first; index < end; ++index) entry(entries_[index]);
-    entries_.resize(first);
-    indent();
-    text_.append("</dict>\n");
-}
-
-void XMLWriter::pushSorted(NSDictionary::Iterator& contents) {
-    const auto first = static_cast<std::ptrdiff_t>(entries_.size());
-    for (; contents != std::default_sentinel; ++contents) {
-        const NSDictionary::Entry entry = *contents;
-        entries_.push_back(
-            {.key = entry.key, .beginning = beginningOf(entry.key), .value = &entry.value});
-    }
-    std::sort(entries_.begin() + first, entries_.end(), isBefore);
-}
-
-void XMLWriter::entry(Entry entry) {
-    path_.push_back({.key = entry.key, .index = 0, .isIndex = false});
-    indent();
-    text_.append("<key>");
-    characters(entry.key, "a key");
-    text_.append("</key>\n");
-    value(*entry.value);
-    path_.pop_back();
-}
-
-void XMLWriter::array(const NSArray& array) {
-    requireLevel();
-    NSArray::Iterator element = array.begin();
-    if (element == std::default_sentinel) return text_.append("<array/>\n");
-    text_.append("<array>\n");
-    for (std::size_t index = 0; element != std::default_sentinel; ++element, ++index) {
-        path_.push_back({.key = {}, .index = index, .isIndex = true});
-        value(*element);
-        path_.pop_back();
-    }
-    indent();
-    text_.append("</array>\n");
+void XMLWriter::container(Kind kind) {
+    if (walk_.level() >= maximumLevels) fail(tooManyLevels());
+    const bool hasContents = walk_.enter();
+    if (kind == Kind::Dictionary)
+        text_.append(hasContents ? std::string_view("<dict>\n") : "<dict/>\n");
+    else
+        text_.append(hasContents ? std::string_view("<array>\n") : "<array/>\n");
 }
 
 void XMLWriter::data(std::string_view bytes) {
     constexpr std::size_t lineWidth = 76;
     constexpr std::size_t tabWidth = 8;
     constexpr std::size_t narrowest = 16;
-    const std::size_t indentation = std::min(level() * tabWidth, lineWidth - narrowest);
+    const std::size_t indentation = std::min(walk_.level() * tabWidth, lineWidth - narrowest);
     const std::size_t bytesPerLine = (lineWidth - indentation) / 4 * 3;
-    requireRoom(bytes.size());
+    countContents(bytes.size());
     text_.append("<data>\n");
     for (std::size_t position = 0; position < bytes.size(); position += bytesPerLine) {
-        requireRoom(0);
         indent();
         appendBase64(text_, bytes.substr(position, bytesPerLine));
         text_.append("\n");
@@ -259,7 +174,7 @@ void XMLWriter::data(std::string_view bytes) {
 }  // namespace
 
 std::string writeXML(const PropertyListValue& value) {
-    return XMLWriter().write(value);
+    return XMLWriter(value).write();
 }
 
 }  // namespace QRVPlatform::PropertyLists

@@ -12,8 +12,8 @@ namespace QRVPlatform::ReadableScalars {
 std::string real(double value);
 
 /// `2020-01-31T23:59:59.25Z`: UTC, rounded to microseconds, without a fraction when it is 0. A year
-/// outside 0 to 9999 has a sign. `invalid date` when the date is not finite, or more than 9e11 s
-/// (28,000 years) from 1970.
+/// before 0 has a sign, one after 9999 more digits. `invalid date` when the date is not finite, or
+/// beyond `Calendar::furthestSecond`.
 std::string date(NSDate date);
 
 }  // namespace QRVPlatform::ReadableScalars

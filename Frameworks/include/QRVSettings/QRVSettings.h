@@ -134,7 +134,9 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   every key path whose stored value another process has changed, and no other.
     /// - At most one save runs and one waits. What is written meanwhile joins the waiting one.
     /// - A value that no property list can hold is left out of the save, and reported to the
-    ///   failure handler with its key path. The writes of a save that fails join the next one.
+    ///   failure handler with its key path. Reads give it until the file is read again; then the
+    ///   change handler receives its key path, too. The writes of a save that fails join the next
+    ///   one.
     /// - A migration, or a reset for new hardware, that another process has already saved is not
     ///   done a second time.
     [[nodiscard]] bool mergesSaves() const;
@@ -159,7 +161,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// holding the new tree and `cache()` emptied. Key paths are those of values, not of the
     /// dictionaries around them. None at the start.
     ///
-    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed it:
+    /// When `mergesSaves()` is false, a key path in `localChanges()` is left out, whoever changed
+    /// it:
     /// - When nothing else has changed, the handler is not called, and reads keep this process's
     ///   own value until something else changes. With that change the key path is reported, unless
     ///   it is still in `localChanges()`.

@@ -197,6 +197,8 @@ QRV_EXPORT qrv_result qrv_store_migrate(void);
 
 QRV_EXPORT qrv_result qrv_store_monitor_file_changes(bool* monitor);
 QRV_EXPORT qrv_result qrv_store_set_monitor_file_changes(bool monitor);
+QRV_EXPORT qrv_result qrv_store_merges_saves(bool* merges);
+QRV_EXPORT qrv_result qrv_store_set_merges_saves(bool merges);
 QRV_EXPORT qrv_result qrv_store_disable_cache(bool* disable);
 QRV_EXPORT qrv_result qrv_store_set_disable_cache(bool disable);
 QRV_EXPORT qrv_result qrv_store_prepared(bool* prepared);
@@ -226,7 +228,8 @@ QRV_EXPORT qrv_result qrv_store_local_changes(qrv_value** changes);
 QRV_EXPORT qrv_result qrv_store_batch_log_changes(qrv_value** changes);
 /// A date, or null.
 QRV_EXPORT qrv_result qrv_store_modification_date(qrv_value** date);
-/// Returns when the saves queued so far have run: `queue().sync`. Any thread.
+/// Returns when the saves queued so far have run, whatever became of them: `queue().sync`. Any
+/// thread. `qrv_settings_wait_for_saves` has a timeout, and tells what failed.
 QRV_EXPORT qrv_result qrv_store_wait_for_saves(void);
 /// @}
 
@@ -257,6 +260,16 @@ QRV_EXPORT qrv_result qrv_settings_save_object_with_log(const qrv_value* object,
 QRV_EXPORT qrv_result qrv_settings_save_object(const qrv_value* object);
 QRV_EXPORT qrv_result qrv_settings_clear_cache(const char* key_path);
 QRV_EXPORT qrv_result qrv_settings_synchronize(void);
+
+typedef int32_t qrv_save_state;
+enum {
+    QRV_SAVE_STATE_SAVED = 0,
+    QRV_SAVE_STATE_FAILED = 1,
+    QRV_SAVE_STATE_PENDING = 2,
+};
+/// `key_paths` is an array of strings, `reason` a string: the members of QRVSaveStatus.
+QRV_EXPORT qrv_result qrv_settings_wait_for_saves(int64_t milliseconds, qrv_save_state* state,
+                                                  qrv_value** key_paths, qrv_value** reason);
 /// @}
 
 /// @name Batches and import

@@ -2,17 +2,16 @@
 // Reads and writes the appearance of the menu bar.
 
 #include "Commands/CommandTable.h"
+#include "Commands/PrintedValue.h"
 #include "Options/CommonOptions.h"
 #include "Platform/System/NSAppearance.h"
 #include "Process/ExitCode.h"
-#include "Process/StandardOutput.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/LetterCase.h"
-#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
@@ -33,22 +32,22 @@ ExitCode get() {
     prepareToRead();
     const PropertyListValue appearance = QRVSettingsCurrentAppearance();
     if (appearance.isNull()) throw Failure(Fault::NotSet, "not set, " + std::string(keyPath));
-    print(bareText(appearance) + "\n");
+    printValue(appearance);
     return ExitCode::Done;
 }
 
 struct Options {
     std::string name;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 ExitCode set(const Options& options) {
     const std::string platformName = appearanceName(options.name);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     PendingChanges changes;
     changes.write(std::string(keyPath), [&] { QRVSettingsSetCurrentAppearance(platformName); });
     changes.save();
-    print(bareText(QRVSettingsCurrentAppearance()) + "\n");
+    printValue(QRVSettingsCurrentAppearance());
     return ExitCode::Done;
 }
 
@@ -56,7 +55,7 @@ OptionList declare(Options& options) {
     Option name = required(
         text("NAME", options.name, "dark, light, or the platform's name of an appearance"));
     name.words = {"dark", "light"};
-    return {name, replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({name}, options.writing);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
+#include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/EditScript.h"
 #include "Text/KeyPaths.h"
@@ -19,26 +20,31 @@ namespace {
 
 struct Options {
     std::string file;
-    bool dryRun = false;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
     for (const Edit& edit : edits) {
         try {
-            changes.set(edit.value, edit.keyPath);
+            changes.set(edit.value, edit.keyPath, ProfileScope(edit.profile));
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
         }
     }
 }
 
+NSDictionary valuesOf(const std::vector<Edit>& edits) {
+    const NSMutableDictionary values;
+    for (const Edit& edit : edits) values.setObjectForKey(edit.value, edit.keyPath);
+    return values;
+}
+
 void preview(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges neverSaved;
-    const NSDictionary before = leavesByKeyPath(QRVSettingsStoredValues());
+    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
     makeAll(edits, name, neverSaved);
     for (const std::string& note : neverSaved.notes()) remark(note);
-    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+    printWhatWouldChange(before, QRVSettingsStoredValues());
 }
 
 void saveAll(const std::vector<Edit>& edits, const std::string& name) {
@@ -50,13 +56,14 @@ void saveAll(const std::vector<Edit>& edits, const std::string& name) {
 ExitCode apply(const Options& options) {
     const std::string name = nameOfInput(options.file);
     const std::vector<Edit> edits = editsFromScript(contentsOfInput(options.file), name);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     if (edits.empty())
         remark("no changes, " + name);
-    else if (options.dryRun)
+    else if (options.writing.dryRun)
         preview(edits, name);
     else
         saveAll(edits, name);
+    remarkWhatStrictXMLRefuses(valuesOf(edits));
     return ExitCode::Done;
 }
 
@@ -64,7 +71,7 @@ OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file, "Lines of changes, see below; - reads standard input"));
     file.takes = Takes::File;
-    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({file, dryRunFlag(options.writing.dryRun)}, options.writing);
 }
 
 }  // namespace

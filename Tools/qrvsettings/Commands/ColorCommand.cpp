@@ -6,10 +6,10 @@
 
 #include "Commands/CommandTable.h"
 #include "Options/CommonOptions.h"
-#include "Platform/System/Terminal.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
+#include "Process/StandardStreams.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
@@ -27,7 +27,7 @@ struct Options {
     std::string profile;
     std::vector<std::string> color;
     bool hexadecimal = false;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 bool isSet(const char* variable) {
@@ -43,7 +43,7 @@ bool has24Bits() {
 
 bool showsColors() {
     const char* const terminal = std::getenv("TERM");
-    return QRVPlatform::standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
+    return standardOutputIsTerminal() && !isSet("NO_COLOR") && terminal != nullptr &&
            std::string_view(terminal) != "dumb";
 }
 
@@ -75,7 +75,8 @@ ExitCode get(const Options& options) {
     prepareToRead();
     const NSColor color = colorOf(scope, options.keyPath);
     const std::string text = options.hexadecimal ? hexadecimalColorText(color) : colorText(color);
-    print(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") + "\n");
+    printWithEscapeSequences(text + (showsColors() ? "  " + swatch(color, has24Bits()) : "") +
+                             "\n");
     return ExitCode::Done;
 }
 
@@ -88,7 +89,7 @@ ExitCode set(const Options& options) {
     const NSColor color = colorFromTexts(options.color);
     const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     PendingChanges changes;
     changes.write(storedKeyPath, [&] {
         scope.extendDefault(options.keyPath);
@@ -105,7 +106,7 @@ ExitCode unset(const Options& options) {
     requireUTF8(options.keyPath);
     const ProfileScope scope(options.profile);
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
         throw Failure(Fault::NotSet, "not set, " + options.keyPath);
     PendingChanges changes;
@@ -124,14 +125,14 @@ OptionList declareSet(Options& options) {
     Option color =
         required(texts("COLOR", options.color,
                        "R G B [A], numbers usually from 0 to 1, or '#rrggbb' or '#rrggbbaa'"));
-    return {keyPathArgument(options.keyPath), profileOption(options.profile), color,
-            replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {keyPathArgument(options.keyPath), profileOption(options.profile), color}, options.writing);
 }
 
 OptionList declareUnset(Options& options) {
     Option keyPath = keyPathArgument(options.keyPath);
     keyPath.takes = Takes::StoredKeyPath;
-    return {keyPath, profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({keyPath, profileOption(options.profile)}, options.writing);
 }
 
 }  // namespace

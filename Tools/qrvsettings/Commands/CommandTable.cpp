@@ -20,13 +20,14 @@ Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40)";
 constexpr std::string_view applyFooter =
     R"(A line is one of these, blank, or a comment that begins with #:
 
-  set KEYPATH VALUE
-  unset KEYPATH
+  set [--type NAME] [--profile NAME] KEYPATH VALUE
+  unset [--profile NAME] KEYPATH
 
 VALUE is the rest of the line, without the blanks at its end, and is read as in "set": text
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
-that holds blanks is written as a JSON string. The changes are made in the order of their
-lines. Unsetting a key that is not set does nothing.
+or the NAME of a profile that holds blanks is written as a JSON string. What begins with two
+dashes and is no option goes after --. The changes are made in the order of their lines.
+Unsetting a key that is not set does nothing.
 
 Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
 
@@ -76,7 +77,8 @@ constexpr std::array commands = {
     Command{"unset", "Remove stored settings, so that the defaults hold again",
             "Key paths that are not stored are named on standard error, and the exit code is 1; "
             "the\n"
-            "others are removed all the same.\n\n"
+            "others are removed all the same. Dictionaries above that are empty then are removed "
+            "too.\n\n"
             "Example: qrvsettings unset Menu.Theme.Dark CPU.Menubar.Enabled",
             configureUnset},
     Command{"list", "Print settings, a line each: key path, tab, value as JSON",
@@ -127,7 +129,11 @@ constexpr std::array commands = {
     Command{"apply", "Make many changes at once: all of them in one save, or none", applyFooter,
             configureApply},
     Command{"import", "Replace all stored settings by those of a file, in one save",
-            "Settings of an earlier version are migrated.\n\n"
+            "Settings of an earlier version are migrated. In JSON, keys of the root that hold dots "
+            "are\n"
+            "key paths, as list prints them, unless the root is {\"$dictionary\":{...}}. In a "
+            "property\n"
+            "list they are refused, because no key path reaches them.\n\n"
             "Example: qrvsettings import settings.plist --dry-run",
             configureImport},
     Command{

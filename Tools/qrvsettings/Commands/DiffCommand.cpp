@@ -13,7 +13,7 @@
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/Differences.h"
-#include "Text/KeyPaths.h"
+#include "Text/JSON.h"
 #include "Text/ShellCommands.h"
 
 namespace Tool {
@@ -22,35 +22,34 @@ namespace {
 struct Options {
     std::optional<std::string> file;
     std::string profile;
+    DottedKeys dottedKeys = DottedKeys::Refused;
     Form form = Form::Lines;
 };
 
 struct Comparison {
     std::vector<Difference> differences;
-    NSDictionary oldTree;
     NSDictionary newTree;
 };
 
-/// The defaults of these key paths. Reads of stored settings must come before.
-NSDictionary defaultsOf(const NSDictionary& leaves) {
-    prepareWithoutStoredSettings();
-    NSMutableDictionary defaults;
-    for (const auto& [keyPath, value] : leaves)
-        defaults.setObjectForKey(QRVSettingsDefaultForKeyPath(std::string(keyPath)), keyPath);
-    return defaults;
+bool hasNoEntries(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() == 0;
 }
 
 Comparison comparisonWithDefaults(const std::string& profile) {
     const NSDictionary stored = ProfileScope(profile).storedTree().copy();
-    const NSDictionary leaves = leavesByKeyPath(stored);
-    const NSDictionary defaults = defaultsOf(leaves);
-    return {differencesBetween(defaults, leaves), QRVSettings::sharedSettings().defaults(), stored};
+    std::vector<Difference> differences = differencesBetween(nullptr, stored);
+    prepareWithoutStoredSettings();
+    for (Difference& leaf : differences)
+        if (leaf.isReached) leaf.oldValue = QRVSettingsDefaultForKeyPath(leaf.keyPath);
+    std::erase_if(differences, [](const Difference& leaf) {
+        return hasNoEntries(leaf.newValue) || jsonText(leaf.oldValue) == jsonText(leaf.newValue);
+    });
+    return {differences, stored};
 }
 
 Comparison comparisonWithStored(const NSDictionary& settings) {
     const NSDictionary stored = QRVSettingsStoredValues();
-    return {differencesBetween(leavesByKeyPath(stored), leavesByKeyPath(settings)), stored,
-            settings};
+    return {differencesBetween(stored, settings), settings};
 }
 
 std::string textOf(const Comparison& comparison, const Options& options) {
@@ -58,8 +57,7 @@ std::string textOf(const Comparison& comparison, const Options& options) {
         case Form::JSON:
             return differenceObjects(comparison.differences);
         case Form::Commands:
-            return shellCommands(comparison.differences, comparison.oldTree, comparison.newTree,
-                                 options.profile);
+            return shellCommands(comparison.differences, comparison.newTree, options.profile);
         case Form::Lines:
             break;
     }
@@ -69,7 +67,8 @@ std::string textOf(const Comparison& comparison, const Options& options) {
 ExitCode diff(const Options& options) {
     // Before the settings file is read: a fault of the argument is reported first.
     const NSDictionary settings =
-        options.file ? settingsOfInput(*options.file, "compared") : NSDictionary(nullptr);
+        options.file ? settingsOfInput(*options.file, "compared", options.dottedKeys)
+                     : NSDictionary(nullptr);
     openToRead();
     const Comparison comparison =
         options.file ? comparisonWithStored(settings) : comparisonWithDefaults(options.profile);
@@ -81,11 +80,12 @@ OptionList declare(Options& options) {
     Option profile = profileOption(options.profile);
     profile.excludes = "FILE";
     return {{.name = "FILE",
-             .description = "A property list in any format, or JSON as export prints it; - reads "
-                            "standard input",
+             .description = "A property list in any format, or JSON as export or list prints it; "
+                            "- reads standard input",
              .takes = Takes::File,
              .store = [&options](
                           const std::vector<std::string>& given) { options.file = given.front(); }},
+            keepDottedKeysFlag(options.dottedKeys),
             profile,
             jsonForm(options.form, "Print JSON objects of keyPath, before and after, one a line"),
             commandsForm(options.form,

@@ -9,6 +9,7 @@
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
+#include "Reporting/PrintableText.h"
 #include "Text/JSON.h"
 
 namespace Tool {
@@ -30,23 +31,15 @@ bool needsAPerson(const Finding& finding) {
     return finding.level != Finding::Level::Note;
 }
 
-/// Messages quote paths and keys, which may hold anything.
-std::string onOneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(),
-        [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');
-    return text;
-}
-
 std::string linesOf(const Diagnosis& diagnosis) {
     std::vector<Fact> facts;
     facts.reserve(diagnosis.facts.size());
     for (const ExaminedFact& fact : diagnosis.facts)
-        facts.push_back({fact.name, onOneLine(fact.text)});
+        facts.push_back({fact.name, printable(fact.text)});
     std::string text = factLines(facts);
     for (const Finding& finding : diagnosis.findings)
-        text += "\n" + levelText(finding.level) + ": " + onOneLine(finding.message) +
-                "\n  to do: " + onOneLine(finding.advice) + "\n";
+        text += "\n" + levelText(finding.level) + ": " + printable(finding.message) +
+                "\n  to do: " + printable(finding.advice) + "\n";
     return text;
 }
 
@@ -73,6 +66,7 @@ struct Options {
 ExitCode doctor(const Options& options) {
     Diagnosis diagnosis;
     const NSDictionary settings = examineFile(diagnosis);
+    examineMachine(diagnosis, settings);
     examineSettings(diagnosis, settings);
     print(options.json ? jsonOf(diagnosis) : linesOf(diagnosis));
     return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(), needsAPerson)

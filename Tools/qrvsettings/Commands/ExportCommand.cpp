@@ -11,7 +11,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/SettingsFileCondition.h"
-#include "Text/JSON.h"
+#include "Text/SettingsText.h"
 
 namespace Tool {
 namespace {
@@ -31,7 +31,7 @@ ExitCode exportSettings(const Options& options) {
     openToRead();
     const NSDictionary tree = QRVSettingsStoredValues();
     if (!NSDictionaryQRV::hasValues(tree)) throw Failure(Fault::NotSet, "nothing is set");
-    const std::string text = options.json ? jsonText(tree) + "\n" : propertyListText(tree);
+    const std::string text = options.json ? jsonOfSettings(tree) + "\n" : propertyListText(tree);
     if (options.file == "-") {
         print(text);
     } else if (const auto error = QRVPlatform::replaceFile(options.file, text)) {

@@ -2,6 +2,7 @@
 // Prints the value of a setting.
 
 #include "Commands/CommandTable.h"
+#include "Commands/PrintedValue.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
@@ -11,7 +12,6 @@
 #include "Settings/SettingsLayer.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
-#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
@@ -30,7 +30,10 @@ ExitCode get(const Options& options) {
     const PropertyListValue value = layer.value(options.keyPath);
     if (value.isNull())
         throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
-    print((options.json ? jsonText(value) : bareText(value)) + "\n");
+    if (options.json)
+        print(jsonText(value) + "\n");
+    else
+        printValue(value);
     return ExitCode::Done;
 }
 

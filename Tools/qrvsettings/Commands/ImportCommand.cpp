@@ -13,35 +13,35 @@
 #include "Settings/Preparation.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/FileForm.h"
-#include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
 
 struct Options {
     std::string file;
-    bool dryRun = false;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    DottedKeys dottedKeys = DottedKeys::Refused;
+    WritingOptions writing;
 };
 
 void preview(const NSDictionary& settings) {
-    const NSDictionary before = leavesByKeyPath(QRVSettingsStorage());
+    const NSDictionary before = QRVSettingsStorage();
     importInMemory(settings);
-    printWhatWouldChange(before, leavesByKeyPath(QRVSettingsStoredValues()));
+    printWhatWouldChange(before, QRVSettingsStoredValues());
 }
 
 ExitCode runImport(const Options& options) {
-    const NSDictionary settings = settingsOfInput(options.file, "imported");
+    const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     prepareWithoutStoredSettings();
     try {
-        options.dryRun ? preview(settings) : importSettings(settings);
+        options.writing.dryRun ? preview(settings) : importSettings(settings);
     } catch (const NSInvalidArgumentException& exception) {
         throw Failure(Fault::WrongValue,
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
     if (needMigration(settings)) remark(migrationNote);
+    remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
     return ExitCode::Done;
 }
@@ -49,10 +49,12 @@ ExitCode runImport(const Options& options) {
 OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file,
-                      "A property list in any format, or JSON as export prints it; - reads "
-                      "standard input"));
+                      "A property list in any format, or JSON as export or list prints it; - "
+                      "reads standard input"));
     file.takes = Takes::File;
-    return {file, dryRunFlag(options.dryRun), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {file, dryRunFlag(options.writing.dryRun), keepDottedKeysFlag(options.dottedKeys)},
+        options.writing);
 }
 
 }  // namespace

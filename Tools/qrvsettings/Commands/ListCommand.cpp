@@ -43,7 +43,9 @@ ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
     const SettingsLayer layer(options.layer, ProfileScope(options.profile));
     layer.open();
-    const NSDictionary leaves = withPrefix(layer.leaves(), options.prefix);
+    const bool isWhole = options.json && !options.keysOnly;
+    const NSDictionary leaves =
+        withPrefix(isWhole ? layer.leavesAndEmptyDictionaries() : layer.leaves(), options.prefix);
     if (leaves.count() == 0)
         throw Failure(Fault::NotSet,
                       "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));

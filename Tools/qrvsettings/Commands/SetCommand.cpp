@@ -2,15 +2,20 @@
 // Stores one setting.
 
 #include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
 #include "QRVSettings/QRVSettings.h"
+#include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
+#include "Text/Differences.h"
 #include "Text/FileForm.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
 #include "Text/ValueText.h"
 
 namespace Tool {
@@ -21,7 +26,7 @@ struct Options {
     std::string value;
     std::string type;
     std::string profile;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 std::string textOf(const Options& options) {
@@ -37,11 +42,26 @@ PropertyListValue valueOf(const Options& options) {
     return value;
 }
 
+/// Settings below a dictionary that a new value there changes or removes, with their values.
+std::string replacedBelow(const std::string& keyPath, const PropertyListValue& replaced,
+                          const PropertyListValue& value) {
+    constexpr std::size_t mostNamed = 5;
+    std::string text;
+    std::size_t count = 0;
+    for (const Difference& difference :
+         differencesBetween(replaced.dictionary(), value.dictionary()))
+        if (!difference.oldValue.isNull() && ++count <= mostNamed)
+            text += (text.empty() ? "" : ", ") + keyPathText(keyPath + "." + difference.keyPath) +
+                    " was " + shortened(jsonText(difference.oldValue));
+    return count <= mostNamed ? text
+                              : text + ", and " + std::to_string(count - mostNamed) + " more";
+}
+
 /// It is allowed, but a typo in the key path or the value looks the same.
 void remarkWhatIsUnusual(const PropertyListValue& value, const PropertyListValue& replaced,
                          const std::string& keyPath) {
-    if (replaced.isDictionary() && !value.isDictionary())
-        remark("this replaces all settings that were stored below, " + keyPath);
+    const std::string below = replacedBelow(keyPath, replaced, value);
+    if (!below.empty()) remark("this replaces what was stored below, " + keyPath + ": " + below);
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
     if (!byDefault.isNull() && !byDefault.isSameKindAs(value))
         remark("the default is of another kind, " + kindWord(byDefault) + ", " + keyPath);
@@ -51,12 +71,13 @@ ExitCode set(const Options& options) {
     requireUTF8(options.keyPath);
     const PropertyListValue value = valueOf(options);
     const ProfileScope scope(options.profile);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     const PropertyListValue replaced = scope.stored(options.keyPath);
     PendingChanges changes;
     changes.set(value, options.keyPath, scope);
     changes.save();
     remarkWhatIsUnusual(value, replaced, options.keyPath);
+    remarkWhatStrictXMLRefuses({{options.keyPath, value}});
     return ExitCode::Done;
 }
 
@@ -64,11 +85,13 @@ OptionList declare(Options& options) {
     Option type = text("--type", options.type,
                        "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64");
     type.valueName = "NAME";
-    type.words = {"bool", "int", "real", "string", "date", "data", "json"};
+    type.words = valueTypes();
     type.takesOnlyWords = true;
-    return {keyPathArgument(options.keyPath),
-            required(text("VALUE", options.value, "See below; - reads standard input")), type,
-            profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions(
+        {keyPathArgument(options.keyPath),
+         required(text("VALUE", options.value, "See below; - reads standard input")), type,
+         profileOption(options.profile)},
+        options.writing);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace {
 struct Options {
     std::vector<std::string> keyPaths;
     std::string profile;
-    DamagedFile damagedFile = DamagedFile::Refused;
+    WritingOptions writing;
 };
 
 /// The others are named on standard error.
@@ -41,7 +41,7 @@ void remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths)
 
 ExitCode unset(const Options& options) {
     for (const std::string& keyPath : options.keyPaths) requireUTF8(keyPath);
-    openToWrite(options.damagedFile);
+    openToWrite(options.writing);
     const ProfileScope scope(options.profile);
     const std::vector<std::string> stored = storedOnes(scope, options.keyPaths);
     if (!stored.empty()) remove(scope, stored);
@@ -52,7 +52,7 @@ OptionList declare(Options& options) {
     Option keyPaths =
         required(texts("KEYPATH", options.keyPaths, "Keys joined by dots; one or more"));
     keyPaths.takes = Takes::StoredKeyPath;
-    return {keyPaths, profileOption(options.profile), replaceDamagedFlag(options.damagedFile)};
+    return withWritingOptions({keyPaths, profileOption(options.profile)}, options.writing);
 }
 
 }  // namespace

@@ -7,16 +7,23 @@
 
 #include "Options/Option.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "Text/SettingsText.h"
 
 namespace Tool {
 
 Option dryRunFlag(bool& dryRun);
-/// Prints a line for each difference, or says on standard error that there is none.
-void printWhatWouldChange(const NSDictionary& oldByKeyPath, const NSDictionary& newByKeyPath);
+/// Prints a line for each difference of the trees, or says on standard error that there is none.
+void printWhatWouldChange(const NSDictionary& oldTree, const NSDictionary& newTree);
+
+/// Says which of these settings strict readers of XML refuse to read.
+void remarkWhatStrictXMLRefuses(const NSDictionary& settings);
+
+Option keepDottedKeysFlag(DottedKeys& dottedKeys);
 
 /// The settings in a file that an argument names; `-` is standard input. Throws Failure
 /// (WrongValue) when they cannot be read or are no settings: "cannot be `participle`", the reason
 /// and the file.
-NSDictionary settingsOfInput(const std::string& file, const std::string& participle);
+NSDictionary settingsOfInput(const std::string& file, const std::string& participle,
+                             DottedKeys dottedKeys);
 
 }  // namespace Tool

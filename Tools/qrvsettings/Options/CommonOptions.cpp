@@ -66,16 +66,22 @@ Option commandsForm(Form& form, const std::string& description) {
             .excludes = "--json"};
 }
 
-Option replaceDamagedFlag(DamagedFile& damagedFile) {
-    return {.name = "--replace-damaged",
-            .description =
-                "Continue when the settings file is damaged: it counts as empty, and a "
-                "backup of it stays beside the new file",
-            .store = [&damagedFile](const auto&) { damagedFile = DamagedFile::Replaced; }};
+OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
+    options.push_back(
+        {.name = "--replace-damaged",
+         .description = "Continue when the settings file is damaged: it counts as empty, and a "
+                        "backup of it stays beside the new file",
+         .store = [&writing](const auto&) { writing.damagedFile = DamagedFile::Replaced; }});
+    options.push_back(
+        {.name = "--force",
+         .description = "Continue when the settings file is read-only, as after chmod 444",
+         .store = [&writing](const auto&) { writing.readOnlyFile = ReadOnlyFile::Replaced; }});
+    return options;
 }
 
-void openToWrite(DamagedFile damagedFile) {
-    openToWrite(damagedFile, "; --replace-damaged backs it up and goes on");
+void openToWrite(const WritingOptions& writing) {
+    openToWrite(writing,
+                {"; --replace-damaged backs it up and goes on", "; --force overwrites it"});
 }
 
 }  // namespace Tool

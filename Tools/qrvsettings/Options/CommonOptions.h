@@ -30,8 +30,9 @@ enum class Form { Lines, JSON, Commands };
 Option jsonForm(Form& form, const std::string& description);
 Option commandsForm(Form& form, const std::string& description);
 
-Option replaceDamagedFlag(DamagedFile& damagedFile);
-/// Opens the settings file for a command with this flag; see `openToWrite`.
-void openToWrite(DamagedFile damagedFile);
+/// The options of a command, and those that every command takes that writes.
+OptionList withWritingOptions(OptionList options, WritingOptions& writing);
+/// Opens the settings file for such a command; see `openToWrite`.
+void openToWrite(const WritingOptions& writing);
 
 }  // namespace Tool

@@ -19,7 +19,7 @@ std::string standardInput() {
     while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), stdin)) {
         text.append(buffer.data(), count);
         if (text.size() > largest)
-            throw Failure(Fault::WrongValue, "more than 64 MiB, standard input");
+            throw Failure(Fault::WrongValue, "more than 512 MiB, standard input");
     }
     if (std::ferror(stdin) != 0) throw Failure(Fault::WrongValue, "cannot be read, standard input");
     return text;

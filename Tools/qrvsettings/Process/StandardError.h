@@ -6,7 +6,7 @@
 namespace Tool {
 
 /// Writes one line to standard error, after the name of the program. Control characters, which may
-/// come from arguments and files, are written as `\x1b`.
+/// come from arguments and files, are made printable.
 void say(std::string_view text);
 
 /// The same for what does not make the command fail. Writes nothing after `keepQuiet`.

@@ -5,11 +5,20 @@
 #include <cstdio>
 #include <system_error>
 
+#include "Process/StandardStreams.h"
 #include "Reporting/Failure.h"
+#include "Reporting/PrintableText.h"
 
 namespace Tool {
 
 void print(std::string_view text) {
+    if (standardOutputIsTerminal())
+        printWithEscapeSequences(printable(text, "\n\t"));
+    else
+        printWithEscapeSequences(text);
+}
+
+void printWithEscapeSequences(std::string_view text) {
     const bool isWritten =
         std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
     if (isWritten) return;

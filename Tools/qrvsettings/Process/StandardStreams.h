@@ -4,6 +4,7 @@
 namespace Tool {
 
 /// Whether a person reads what is written there.
+bool standardOutputIsTerminal();
 bool standardErrorIsTerminal();
 
 }  // namespace Tool

@@ -95,6 +95,11 @@ class Descriptor {
     int number_;
 };
 
+// As a save opens it: for writing, and never through a link.
+int openedAsLock(const std::string& path) {
+    return open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
 std::uint64_t limitOfWatching(const std::string& what) {
     std::uint64_t limit = 0;
     std::ifstream("/proc/sys/fs/inotify/max_user_" + what) >> limit;
@@ -122,6 +127,13 @@ LockFacts factsOfOpenLock(const Descriptor& lockFile, const struct stat& status)
 
 }  // namespace
 
+std::string modeText(unsigned mode) {
+    std::string digits;
+    for (; mode != 0 || digits.size() < 4; mode >>= 3U)
+        digits.insert(digits.begin(), static_cast<char>('0' + (mode & 7U)));
+    return digits;
+}
+
 PathFacts factsOfPath(const std::string& path) {
     struct stat status {};
     PathFacts facts;
@@ -135,7 +147,20 @@ PathFacts factsOfPath(const std::string& path) {
     facts.mode = status.st_mode & permissionBits;
     facts.owner = nameOfUser(status.st_uid);
     facts.isOwnedByUser = status.st_uid == geteuid();
+    facts.isOwnedByRoot = status.st_uid == 0;
     return facts;
+}
+
+bool isRoot() {
+    return geteuid() == 0;
+}
+
+std::string nameOfThisUser() {
+    return nameOfUser(geteuid());
+}
+
+bool isReadableFile(const std::string& path) {
+    return faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
 }
 
 bool isWritableFolder(const std::string& path) {
@@ -144,15 +169,43 @@ bool isWritableFolder(const std::string& path) {
            faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-// Opened as a save opens it: for writing, and never through a link.
+std::string kindName(PathFacts::Kind kind) {
+    switch (kind) {
+        case PathFacts::Kind::Missing:
+            return "nothing";
+        case PathFacts::Kind::File:
+            return "a file";
+        case PathFacts::Kind::Folder:
+            return "a folder";
+        case PathFacts::Kind::Link:
+            return "a link";
+        case PathFacts::Kind::Other:
+            break;
+    }
+    return "what is neither file nor folder";
+}
+
+std::error_code errorOfOpeningLock(const std::string& path) {
+    const Descriptor lockFile(openedAsLock(path));
+    return lockFile.number() < 0 ? lastError() : std::error_code();
+}
+
 LockFacts factsOfLock(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return {};
     if (!S_ISREG(status.st_mode)) return {LockFacts::State::NoFile, {}, {}};
-    const Descriptor lockFile(
-        open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor lockFile(openedAsLock(path));
     if (lockFile.number() < 0) return {LockFacts::State::Unusable, lastError(), {}};
     return factsOfOpenLock(lockFile, status);
+}
+
+// Not opened for writing: whoever watches the file would take the closing for the end of a change.
+std::vector<LockFacts::Holder> holdersOfFile(const std::string& path) {
+    const Descriptor file(
+        open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (file.number() < 0 || fstat(file.number(), &status) != 0) return {};
+    return factsOfOpenLock(file, status).holders;
 }
 
 std::string holdersText(const std::vector<LockFacts::Holder>& holders) {

@@ -7,6 +7,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
+#include "Settings/EmptyLevels.h"
 #include "Settings/Preparation.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SaveWatch.h"
@@ -44,15 +45,19 @@ PendingChanges::PendingChanges(Preparation preparation) {
 
 void PendingChanges::set(const PropertyListValue& value, const std::string& keyPath,
                          const ProfileScope& scope) {
-    write(scope.storedKeyPath(keyPath), [&] {
-        // To remove what is not set would create the levels above it.
-        if (!value.isNull() || !scope.stored(keyPath).isNull()) scope.set(value, keyPath);
-    });
+    const std::string storedKeyPath = scope.storedKeyPath(keyPath);
+    // To remove what is not set would create the levels above it.
+    if (value.isNull() && scope.stored(keyPath).isNull())
+        keyPaths_.insert(storedKeyPath);
+    else
+        write(storedKeyPath, [&] { scope.set(value, keyPath); });
 }
 
 void PendingChanges::write(const std::string& storedKeyPath, const std::function<void()>& change) {
     try {
         change();
+        if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
+            removeEmptyLevelsAbove(storedKeyPath);
     } catch (const NSInvalidArgumentException& exception) {
         throw inTheWayOf(storedKeyPath, exception);
     }

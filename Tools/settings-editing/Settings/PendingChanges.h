@@ -27,7 +27,8 @@ class PendingChanges {
     /// notices.
     [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
 
-    /// Stores a value, or removes the setting where it is null: one that is not set stays so.
+    /// Stores a value, or removes the setting where it is null: one that is not set stays so. What
+    /// is not stored, such as a default, leaves no empty levels above it.
     /// Throws as `write` does.
     void set(const PropertyListValue& value, const std::string& keyPath,
              const ProfileScope& scope = ProfileScope(""));

@@ -8,6 +8,8 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
+#include "Settings/FileFacts.h"
+#include "Settings/SavePlaces.h"
 #include "Settings/SettingsLock.h"
 #include "Settings/StoredTree.h"
 
@@ -26,7 +28,7 @@ SettingsFileCondition conditionOfContents(const std::string& bytes) {
 SettingsFileCondition conditionOf(const QRVPlatform::FileContents& file) {
     if (file.isMissing()) return {};
     // A save replaces such a file like any other damaged one.
-    if (file.error == std::errc::file_too_large) return {{}, "larger than 64 MiB", nullptr, {}};
+    if (file.error == std::errc::file_too_large) return {{}, "larger than 512 MiB", nullptr, {}};
     if (file.error) return {file.error, {}, nullptr, {}};
     return conditionOfContents(file.bytes);
 }
@@ -47,6 +49,13 @@ void require(const SettingsFileCondition& condition, DamagedFile damagedFile,
     if (condition.error) throw Failure(Fault::UnreadableFile, condition.fault());
     if (!condition.damage.empty() && damagedFile == DamagedFile::Refused)
         throw Failure(Fault::UnreadableFile, condition.fault() + advice);
+}
+
+void requireWritable(const std::string& target, const std::string& advice) {
+    const PathFacts facts = factsOfPath(target);
+    if (facts.kind == PathFacts::Kind::File && (facts.mode & PathFacts::ownerMayWrite) == 0)
+        throw Failure(Fault::NotWritten, "the settings file is read-only: mode " +
+                                             modeText(facts.mode) + ", " + target + advice);
 }
 
 }  // namespace
@@ -84,10 +93,16 @@ void openToRead() {
     requireReadable(openSettingsFile());
 }
 
-void openToWrite(DamagedFile damagedFile, const std::string& advice) {
-    if (QRVSettings::sharedSettings().location().empty())
+void openToWrite(const WritingOptions& options, const WritingAdvice& advice) {
+    const std::string& location = QRVSettings::sharedSettings().location();
+    if (location.empty())
         throw Failure(Fault::NotWritten, "there is no home folder, so no settings file");
-    require(openSettingsFile(), damagedFile, advice);
+    require(openSettingsFile(), options.damagedFile, advice.damagedFile);
+    if (options.dryRun) return;
+    const std::string target = QRVPlatform::resolvedPath(location).path;
+    if (options.readOnlyFile == ReadOnlyFile::Refused) requireWritable(target, advice.readOnlyFile);
+    const std::string obstacle = obstacleToSaves(target);
+    if (!obstacle.empty()) throw Failure(Fault::NotWritten, "cannot save: " + obstacle);
 }
 
 }  // namespace Tool

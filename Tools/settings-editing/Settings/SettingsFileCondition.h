@@ -37,9 +37,25 @@ void openToRead();
 
 enum class DamagedFile { Refused, Replaced };
 
-/// The same for a process that is going to save. A damaged file is accepted when it may be
-/// replaced; when not, `advice` ends the message. Throws Failure (NotWritten) when there is no home
-/// folder and so no place for the file.
-void openToWrite(DamagedFile damagedFile, const std::string& advice);
+enum class ReadOnlyFile { Refused, Replaced };
+
+/// What a command that writes may do.
+struct WritingOptions {
+    DamagedFile damagedFile = DamagedFile::Refused;
+    /// A file whose mode lets not even its owner write. The rights of root do not count.
+    ReadOnlyFile readOnlyFile = ReadOnlyFile::Refused;
+    bool dryRun = false;  ///< saves nothing
+};
+
+/// What ends the message about a file that is refused.
+struct WritingAdvice {
+    std::string damagedFile;
+    std::string readOnlyFile;
+};
+
+/// The same for a process that is going to save. Throws Failure (NotWritten) when there is no home
+/// folder and so no place for the file, and, unless it is a dry run, when the file is read-only and
+/// may not be replaced, or when something lies in the way of saves.
+void openToWrite(const WritingOptions& options, const WritingAdvice& advice);
 
 }  // namespace Tool

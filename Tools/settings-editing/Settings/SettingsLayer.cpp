@@ -5,9 +5,11 @@
 
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
+#include "Reporting/Notices.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
+#include "Text/Differences.h"
 
 namespace Tool {
 
@@ -47,6 +49,18 @@ NSDictionary SettingsLayer::leaves() const {
         if (!answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
     }
     return leaves;
+}
+
+NSDictionary SettingsLayer::leavesAndEmptyDictionaries() const {
+    if (name_ != Name::Stored) return leaves();
+    NSMutableDictionary values;
+    for (const Difference& leaf : differencesBetween(nullptr, scope_.storedTree())) {
+        if (leaf.isReached)
+            values.setObjectForKey(leaf.newValue, leaf.keyPath);
+        else
+            notice("no key path reaches this key, " + leaf.keyPath);
+    }
+    return values;
 }
 
 }  // namespace Tool

@@ -25,6 +25,9 @@ class SettingsLayer {
     /// What `value` answers for each key path of a leaf, by key path. No key path reaches a key
     /// that holds a ".": what is below it is left out.
     [[nodiscard]] NSDictionary leaves() const;
+    /// The same, and of the stored layer the empty dictionaries too: all that gives the same tree
+    /// again. Keys there that no key path reaches are left out, with a notice.
+    [[nodiscard]] NSDictionary leavesAndEmptyDictionaries() const;
 
   private:
     enum class Name { Effective, Stored, Default };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Text/Differences.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -8,37 +9,84 @@
 #include "Text/KeyPaths.h"
 
 namespace Tool {
+namespace {
 
-std::vector<Difference> differencesBetween(const NSDictionary& oldByKeyPath,
-                                           const NSDictionary& newByKeyPath) {
-    std::set<std::string> keyPaths;
-    for (const auto& [keyPath, value] : oldByKeyPath) keyPaths.emplace(keyPath);
-    for (const auto& [keyPath, value] : newByKeyPath) keyPaths.emplace(keyPath);
-    std::vector<Difference> differences;
-    for (const std::string& keyPath : keyPaths) {
-        Difference difference{keyPath, oldByKeyPath.objectForKey(keyPath),
-                              newByKeyPath.objectForKey(keyPath)};
-        if (jsonText(difference.oldValue) != jsonText(difference.newValue))
-            differences.push_back(std::move(difference));
+bool isEmptyDictionary(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() == 0;
+}
+
+bool hasEntries(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() != 0;
+}
+
+NSDictionary entriesOf(const PropertyListValue& value) {
+    return value.isDictionary() ? value.dictionary() : NSDictionary();
+}
+
+PropertyListValue leafOf(const PropertyListValue& value) {
+    return hasEntries(value) ? PropertyListValue() : value;
+}
+
+class Comparison {
+  public:
+    void compare(const NSDictionary& before, const NSDictionary& after, const std::string& start,
+                 bool isReached) {
+        std::set<std::string> keys;
+        for (const auto& [key, value] : before) keys.emplace(key);
+        for (const auto& [key, value] : after) keys.emplace(key);
+        for (const std::string& key : keys)
+            compareValues(before.objectForKey(key), after.objectForKey(key), start + key,
+                          isReached && key.find('.') == key.npos);
     }
-    return differences;
+    std::vector<Difference> sorted() {
+        std::stable_sort(found_.begin(), found_.end(), [](const auto& one, const auto& other) {
+            return one.keyPath < other.keyPath;
+        });
+        return std::move(found_);
+    }
+
+  private:
+    void compareValues(const PropertyListValue& before, const PropertyListValue& after,
+                       const std::string& keyPath, bool isReached) {
+        if (hasEntries(before) && isEmptyDictionary(after)) {
+            found_.push_back({keyPath, before, after, isReached});
+            return;
+        }
+        const bool gainsEntries = isEmptyDictionary(before) && hasEntries(after);
+        if (!gainsEntries && jsonText(leafOf(before)) != jsonText(leafOf(after)))
+            found_.push_back({keyPath, leafOf(before), leafOf(after), isReached});
+        if (hasEntries(before) || hasEntries(after))
+            compare(entriesOf(before), entriesOf(after), keyPath + ".", isReached);
+    }
+
+    std::vector<Difference> found_;
+};
+
+}  // namespace
+
+std::vector<Difference> differencesBetween(const NSDictionary& oldTree,
+                                           const NSDictionary& newTree) {
+    Comparison comparison;
+    comparison.compare(entriesOf(oldTree), entriesOf(newTree), "", true);
+    return comparison.sorted();
 }
 
 std::string differenceLines(const std::vector<Difference>& differences) {
     std::string text;
-    for (const auto& [keyPath, oldValue, newValue] : differences) {
-        text.append(keyPathText(keyPath)).append("\t").append(jsonText(oldValue));
-        text.append(" -> ").append(jsonText(newValue)).append("\n");
+    for (const Difference& difference : differences) {
+        text.append(keyPathText(difference.keyPath)).append("\t");
+        text.append(jsonText(difference.oldValue)).append(" -> ");
+        text.append(jsonText(difference.newValue)).append("\n");
     }
     return text;
 }
 
 std::string differenceObjects(const std::vector<Difference>& differences) {
     std::string text;
-    for (const auto& [keyPath, oldValue, newValue] : differences) {
-        text.append(R"({"keyPath":)").append(jsonText(keyPath));
-        text.append(R"(,"before":)").append(jsonText(oldValue));
-        text.append(R"(,"after":)").append(jsonText(newValue)).append("}\n");
+    for (const Difference& difference : differences) {
+        text.append(R"({"keyPath":)").append(jsonText(difference.keyPath));
+        text.append(R"(,"before":)").append(jsonText(difference.oldValue));
+        text.append(R"(,"after":)").append(jsonText(difference.newValue)).append("}\n");
     }
     return text;
 }

@@ -14,11 +14,13 @@ struct Difference {
     std::string keyPath;
     PropertyListValue oldValue;  ///< null where there was none
     PropertyListValue newValue;  ///< null where there is none
+    bool isReached = true;       ///< false where a key holds a ".": no key path leads to that value
 };
 
-/// The key paths whose values differ, in kind too.
-std::vector<Difference> differencesBetween(const NSDictionary& oldByKeyPath,
-                                           const NSDictionary& newByKeyPath);
+/// The leaves of two trees that differ, in kind too, sorted by the bytes of their key paths. An
+/// empty dictionary is a leaf; where it replaces one with entries, that is the old value.
+std::vector<Difference> differencesBetween(const NSDictionary& oldTree,
+                                           const NSDictionary& newTree);
 
 /// A line for each: key path, tab, `old -> new`, as JSON.
 std::string differenceLines(const std::vector<Difference>& differences);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
@@ -40,37 +41,106 @@ std::string_view takeQuoted(std::string_view& rest) {
     return takeUpTo(rest, end + 1);
 }
 
-std::string takeKeyPath(std::string_view& rest) {
-    if (rest.empty()) refuse("no key path");
+/// A word, or a JSON string that may hold blanks.
+std::string takeName(std::string_view& rest, const std::string& what) {
     if (!rest.starts_with('"')) return std::string(takeWord(rest));
-    std::string keyPath = valueFromJSON(takeQuoted(rest)).stringValue();
+    std::string name = valueFromJSON(takeQuoted(rest)).stringValue();
     if (!rest.empty() && blanks.find(rest.front()) == blanks.npos)
-        refuse("no blank after the key path: " + shortened(rest));
-    return keyPath;
+        refuse("no blank after " + what + ": " + shortened(rest));
+    return name;
+}
+
+std::string typeNamed(const std::string& name) {
+    if (std::find(valueTypes().begin(), valueTypes().end(), name) != valueTypes().end())
+        return name;
+    std::string names;
+    for (const std::string& type : valueTypes()) names += (names.empty() ? "" : ", ") + type;
+    refuse("not a type of values (" + names + "): " + shortened(name));
+}
+
+std::string profileNamed(const std::string& name) {
+    if (name.empty()) refuse("the name of the profile is empty");
+    return name;
+}
+
+/// Reads one line from its start.
+class LineReader {
+  public:
+    explicit LineReader(std::string_view line) : rest_(line) {}
+    Edit edit(std::size_t number);
+
+  private:
+    void takeOptions();
+    void takeOption(std::string_view name);
+    std::string takeKeyPath();
+    PropertyListValue takeValue(const std::string& keyPath);
+
+    std::string_view rest_;
+    std::string operation_;
+    std::string type_;
+    std::string profile_;
+    bool areOptionsOver_ = false;
+};
+
+void LineReader::takeOptions() {
+    skipBlanks(rest_);
+    while (!areOptionsOver_ && rest_.starts_with("--")) {
+        const std::string_view name = takeUpTo(rest_, rest_.find_first_of(" \t="));
+        if (name == "--" && !rest_.starts_with('='))
+            areOptionsOver_ = true;
+        else
+            takeOption(name);
+        skipBlanks(rest_);
+    }
+}
+
+void LineReader::takeOption(std::string_view name) {
+    const bool isType = name == "--type" && operation_ == "set";
+    if (!isType && name != "--profile")
+        refuse("no option of " + operation_ + " in a line: " + shortened(name) +
+               " (a key path or value that begins with -- goes after --)");
+    if (rest_.starts_with('='))
+        rest_.remove_prefix(1);
+    else
+        skipBlanks(rest_);
+    if (rest_.empty()) refuse("no value for " + std::string(name));
+    const std::string value = takeName(rest_, "the value of " + std::string(name));
+    (isType ? type_ : profile_) = isType ? typeNamed(value) : profileNamed(value);
+}
+
+std::string LineReader::takeKeyPath() {
+    if (rest_.empty()) refuse("no key path");
+    return takeName(rest_, "the key path");
+}
+
+PropertyListValue LineReader::takeValue(const std::string& keyPath) {
+    if (rest_.empty()) refuse("no value for " + shortened(keyPath) + " (\"\" is empty text)");
+    return valueFromText(std::string(rest_), type_);
 }
 
 /// A storable value is not enough: the key path may have too many levels.
 void requireStorableSetting(const Edit& edit) {
+    std::string keyPath = edit.keyPath;
+    if (!edit.profile.empty())
+        keyPath = std::string(QRVStoreKeyPaths::profiles) + "." + edit.profile + "." + keyPath;
     const NSMutableDictionary tree;
-    NSDictionaryQRV::setObjectAtKeyPath(tree, edit.value, edit.keyPath);
+    NSDictionaryQRV::setObjectAtKeyPath(tree, edit.value, keyPath);
     requireStorable(tree);
 }
 
-Edit editFromLine(std::string_view line, std::size_t number) {
-    const std::string_view operation = takeWord(line);
-    if (operation != "set" && operation != "unset")
-        refuse("neither set nor unset: " + shortened(operation));
-    skipBlanks(line);
-    Edit edit{number, takeKeyPath(line), nullptr};
-    skipBlanks(line);
-    if (operation == "set") {
-        if (line.empty())
-            refuse("no value for " + shortened(edit.keyPath) + " (\"\" is empty text)");
-        edit.value = valueFromText(std::string(line), "");
-        requireStorableSetting(edit);
-    } else if (!line.empty()) {
-        refuse("more than a key path: " + shortened(line));
-    }
+Edit LineReader::edit(std::size_t number) {
+    operation_ = takeWord(rest_);
+    if (operation_ != "set" && operation_ != "unset")
+        refuse("neither set nor unset: " + shortened(operation_));
+    takeOptions();
+    Edit edit{number, takeKeyPath(), nullptr, {}};
+    takeOptions();
+    if (operation_ == "set")
+        edit.value = takeValue(edit.keyPath);
+    else if (!rest_.empty())
+        refuse("more than a key path: " + shortened(rest_));
+    edit.profile = profile_;
+    if (operation_ == "set") requireStorableSetting(edit);
     return edit;
 }
 
@@ -92,7 +162,7 @@ std::vector<Edit> editsFromScript(std::string_view text, const std::string& name
         try {
             requireUTF8(std::string(line));
             if (!line.empty() && !line.starts_with('#'))
-                edits.push_back(editFromLine(line, number));
+                edits.push_back(LineReader(line).edit(number));
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, number, failure.what()));
         }

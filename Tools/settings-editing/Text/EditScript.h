@@ -4,12 +4,14 @@
 /// Edits of settings as a script, one a line:
 ///
 ///     # a comment
-///     set KEYPATH VALUE
-///     unset KEYPATH
+///     set [--type NAME] [--profile NAME] KEYPATH VALUE
+///     unset [--profile NAME] KEYPATH
 ///
-/// Words are separated by spaces or tabs. A key path that holds one, or begins with a quotation
-/// mark, is a JSON string. The value is the rest of the line without the blanks at its end, and is
-/// read as `valueFromText` does without a type. Empty lines are skipped.
+/// Words are separated by spaces or tabs. A key path or profile that holds one, or begins with a
+/// quotation mark, is a JSON string. Options stand before the value; `--name=value` is one, too. A
+/// key path or value that begins with two dashes needs the word `--` before it. The value is the
+/// rest of the line without the blanks at its end, and is read as `valueFromText` does. Empty lines
+/// are skipped.
 
 #include <cstddef>
 #include <string>
@@ -23,6 +25,7 @@ struct Edit {
     std::size_t line;  ///< counted from 1
     std::string keyPath;
     PropertyListValue value;  ///< null to remove the setting
+    std::string profile;      ///< whose setting it is; empty for the application's
 };
 
 /// `name` is the name of the script in messages. Throws Failure (WrongValue), with name and line,

@@ -254,16 +254,34 @@ PropertyListValue interpreted(const PropertyListValue& value, std::size_t level)
     return specialValue((*entry).key, (*entry).value, level);
 }
 
+/// A path in a message may hold other bytes than UTF-8; what a property list holds does not.
+std::string textOf(const json& value) {
+    return withControlsEscaped(value.dump(-1, ' ', false, json::error_handler_t::replace));
+}
+
 }  // namespace
 
 std::string jsonText(const PropertyListValue& value) {
-    return withControlsEscaped(jsonOf(value).dump());
+    return textOf(jsonOf(value));
+}
+
+std::string markedDictionary(const NSDictionary& dictionary) {
+    json entries = json::object();
+    for (const auto& [key, value] : dictionary) entries[std::string(key)] = jsonOf(value);
+    return textOf(specialObject(dictionaryKey, std::move(entries)));
+}
+
+JSONDocument documentFromJSON(std::string_view text) {
+    TreeBuilder builder;
+    if (!json::sax_parse(text.begin(), text.end(), &builder)) refuse(builder.fault());
+    const PropertyListValue& root = builder.tree();
+    const bool isMarked = root.isDictionary() && looksSpecial(root.dictionary()) &&
+                          (*root.dictionary().begin()).key == dictionaryKey;
+    return {interpreted(root, 1), isMarked};
 }
 
 PropertyListValue valueFromJSON(std::string_view text) {
-    TreeBuilder builder;
-    if (!json::sax_parse(text.begin(), text.end(), &builder)) refuse(builder.fault());
-    return interpreted(builder.tree(), 1);
+    return documentFromJSON(text).value;
 }
 
 }  // namespace Tool

@@ -16,12 +16,23 @@
 
 namespace Tool {
 
-/// One line of UTF-8, keys sorted by their bytes. `value` is one that a property list holds.
+/// One line of UTF-8, keys sorted by their bytes. `value` is one that a property list holds;
+/// in other strings, U+FFFD stands for what is not UTF-8.
 std::string jsonText(const PropertyListValue& value);
+
+/// The same in `{"$dictionary":{...}}`, also where the dictionary looks like nothing else.
+std::string markedDictionary(const NSDictionary& dictionary);
 
 /// The value, of immutable containers. Of two entries with one key the later wins. Throws Failure
 /// (WrongValue) for text that is not JSON in UTF-8, null, a number out of range, one of the forms
 /// above with contents that it does not know, and more than 512 levels.
 PropertyListValue valueFromJSON(std::string_view text);
+
+struct JSONDocument {
+    PropertyListValue value;
+    bool isMarkedDictionary;  ///< the text is `{"$dictionary":{...}}`
+};
+/// Throws as `valueFromJSON` does.
+JSONDocument documentFromJSON(std::string_view text);
 
 }  // namespace Tool

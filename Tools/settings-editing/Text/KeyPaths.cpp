@@ -1,20 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Text/KeyPaths.h"
 
-#include <algorithm>
-
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "Reporting/PrintableText.h"
 #include "Text/JSON.h"
 
 namespace Tool {
-namespace {
-
-bool isControl(char character) {
-    return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
-}
-
-}  // namespace
-
 bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
     return keyPath.starts_with(prefix) &&
            (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
@@ -36,10 +27,18 @@ NSDictionary leavesByKeyPath(const NSDictionary& tree) {
     return leaves;
 }
 
+NSDictionary snapshotOf(const NSDictionary& tree) {
+    const NSMutableDictionary copy;
+    if (tree.isNull()) return copy;
+    for (const auto& [key, value] : tree)
+        copy.setObjectForKey(
+            value.isDictionary() ? PropertyListValue(snapshotOf(value.dictionary())) : value, key);
+    return copy.copy();
+}
+
 std::string keyPathText(std::string_view keyPath) {
-    const bool isPlain =
-        !keyPath.starts_with('"') && std::none_of(keyPath.begin(), keyPath.end(), isControl);
-    return isPlain ? std::string(keyPath) : jsonText(keyPath);
+    return !keyPath.starts_with('"') && !holdsControls(keyPath) ? std::string(keyPath)
+                                                                : jsonText(keyPath);
 }
 
 }  // namespace Tool

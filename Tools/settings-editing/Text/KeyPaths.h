@@ -18,6 +18,9 @@ std::optional<std::string> leafAbove(const NSDictionary& tree, std::string_view 
 /// The leaves of a tree by key path, as they are at this moment: the store's trees change in place.
 NSDictionary leavesByKeyPath(const NSDictionary& tree);
 
+/// A copy that no change of the tree reaches.
+NSDictionary snapshotOf(const NSDictionary& tree);
+
 /// The key path on one line: one that holds control characters or begins with a quotation mark is a
 /// JSON string.
 std::string keyPathText(std::string_view keyPath);

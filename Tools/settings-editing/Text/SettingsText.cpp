@@ -5,38 +5,63 @@
 #include "Reporting/Failure.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
+#include "Text/KeyPathTree.h"
 #include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
 
-PropertyListValue jsonOrFault(const std::string& bytes, const PropertyListError& fault) {
+struct Root {
+    enum class Keys { AreKeys, AreKeyPaths, OfAPropertyList };
+    PropertyListValue value;
+    Keys keys;
+};
+
+Root jsonOrFault(const std::string& bytes, const PropertyListError& fault) {
     try {
-        return valueFromJSON(bytes);
+        const JSONDocument document = documentFromJSON(bytes);
+        return {document.value,
+                document.isMarkedDictionary ? Root::Keys::AreKeys : Root::Keys::AreKeyPaths};
     } catch (const Failure& failure) {
         throw Failure(failure.fault(),
                       "not a property list: " + fault.description() + "; " + failure.what());
     }
 }
 
-PropertyListValue valueFromBytes(const std::string& bytes) {
+Root rootFromBytes(const std::string& bytes) {
     const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
-    if (!read.error) return read.value;
+    if (!read.error) return {read.value, Root::Keys::OfAPropertyList};
     // What is neither binary nor XML looks like old-style text.
     if (read.format == PropertyListFormat::OldStyle) return jsonOrFault(bytes, *read.error);
     throw Failure(Fault::WrongValue, read.error->description());
 }
 
+void requireNoDottedKey(const NSDictionary& tree, const std::string& advice) {
+    if (const auto key = keyWithDot(tree))
+        throw Failure(Fault::WrongValue,
+                      "a key holds a dot, so that no key path reaches it: " + *key + advice);
+}
+
 }  // namespace
 
-NSDictionary settingsFromText(const std::string& bytes) {
+NSDictionary settingsFromText(const std::string& bytes, DottedKeys dottedKeys,
+                              const std::string& advice) {
     // A settings file without contents is valid: nothing is set there.
     if (bytes.find_first_not_of(" \t\r\n") == bytes.npos) throw Failure(Fault::WrongValue, "empty");
-    const PropertyListValue root = valueFromBytes(bytes);
+    const auto [root, keys] = rootFromBytes(bytes);
     if (!root.isDictionary())
         throw Failure(Fault::WrongValue, "the root is " + kindName(root) + ", not a dictionary");
-    requireStorable(root);
-    return root.dictionary();
+    NSDictionary tree = root.dictionary();
+    if (dottedKeys == DottedKeys::Refused) {
+        if (keys == Root::Keys::OfAPropertyList) requireNoDottedKey(tree, advice);
+        if (keys == Root::Keys::AreKeyPaths && keyWithDot(tree)) tree = treeOfKeyPaths(tree);
+    }
+    requireStorable(tree);
+    return tree;
+}
+
+std::string jsonOfSettings(const NSDictionary& tree) {
+    return keyWithDot(tree) ? markedDictionary(tree) : jsonText(tree);
 }
 
 }  // namespace Tool

@@ -10,16 +10,20 @@
 
 namespace Tool {
 
-/// One word for a POSIX shell.
+/// One word for a POSIX shell, printable whatever the text holds but U+0000, which no word can
+/// hold.
 std::string shellWord(std::string_view text);
+
+/// The command that removes the setting.
+std::string unsetCommand(const std::string& keyPath);
 
 /// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
 /// named, hold at the key path what this tree holds. Empty, with a notice, where none can.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
                          const std::string& profile = "");
 
-/// The commands that make the changes, which lead from one tree to the other.
-std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& oldTree,
-                          const NSDictionary& newTree, const std::string& profile = "");
+/// The commands that make the changes, which lead from another tree to this one.
+std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& newTree,
+                          const std::string& profile = "");
 
 }  // namespace Tool

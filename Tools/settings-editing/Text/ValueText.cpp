@@ -67,6 +67,12 @@ PropertyListValue guessed(const std::string& text) {
 
 }  // namespace
 
+const std::vector<std::string>& valueTypes() {
+    static const auto& types =
+        *new std::vector<std::string>{"bool", "int", "real", "string", "date", "data", "json"};
+    return types;
+}
+
 PropertyListValue valueFromText(const std::string& text, const std::string& type) {
     using Reader = PropertyListValue (*)(const std::string&);
     static const std::map<std::string, Reader> readers = {

@@ -3,14 +3,18 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
 
 namespace Tool {
 
+/// The types that a text can be read as.
+const std::vector<std::string>& valueTypes();
+
 /// The value that a text means. Throws Failure (WrongValue).
 ///
-/// `type` is one of "bool", "int", "real", "string", "date", "data", "json". When it is empty, the
+/// `type` is one of `valueTypes`. When it is empty, the
 /// text decides: `true` and `false` are booleans, a decimal integer is an integer, a decimal number
 /// with a point or an exponent is a real, what begins with `{`, `[` or `"` is JSON, and anything
 /// else a string. A number that is out of range is refused.

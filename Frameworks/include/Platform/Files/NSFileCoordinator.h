@@ -3,13 +3,28 @@
 
 /// Coordinated access to one file among threads and processes that all go through a coordinator.
 ///
-/// An access is guarded by an advisory lock on a lock file beside the file meant
-/// (`QRVPlatform::filesBeside`; mode 0600, never deleted). Readers share it, a writer excludes
-/// everyone else. The lock is held while the accessor runs, and ends with the process however that
-/// ends.
+/// Writers exclude each other by an advisory lock on a lock file beside the file meant
+/// (`QRVPlatform::filesBeside`; mode 0600, never deleted). Readers and writers exclude each other
+/// by a lock on the file itself, which readers share. So readers need no lock file, wherever the
+/// file comes from. A lock is held while the accessor runs, and ends with the process however that
+/// ends. A file that `QRVPlatform::replaceFile` puts in place is locked from its first moment on.
 ///
-/// What is not promised: nothing keeps out a program that does not coordinate, nor one that reaches
-/// the file through another hard link. Waiting writers are served in no particular order.
+/// What the library itself saves keeps readers out only while the new file is put in place, when
+/// that is on the disk already. So no reader waits for the disk of a save.
+///
+/// Readers and writers wait for each other for `readerLockTimeout` at the longest, and then go on:
+/// nobody who is stopped, and nobody who may only read the file, holds them up for longer. What a
+/// reader reads is whole all the same, as long as writers replace the file (`replaceFile`). Writers
+/// wait for each other as long as it takes.
+///
+/// What is not promised:
+/// - Nothing keeps out a program that does not coordinate, nor a writer that reaches the file
+///   through another hard link. Waiting writers are served in no particular order.
+/// - Where there is no file, readers have nothing to lock: the accessor of one may run while a
+///   writer creates the file. It finds no file or the new one, whole if `replaceFile` made it.
+/// - A file that an accessor puts in place by other means than `replaceFile` is not locked.
+/// - On file systems that cannot replace an open file in one step (network ones, FUSE), readers
+///   share the lock file of the writers instead, if there is one. There they wait for the disk too.
 
 #include <chrono>
 #include <functional>
@@ -22,7 +37,7 @@ class NSFilePresenter;
 
 namespace QRVPlatform {
 
-/// How long a coordinated reader waits for a writer before it reads without the lock.
+/// How long coordinated readers and writers wait for each other before they go on without the lock.
 inline constexpr std::chrono::seconds readerLockTimeout(2);
 
 }  // namespace QRVPlatform
@@ -35,8 +50,9 @@ inline constexpr std::chrono::seconds readerLockTimeout(2);
 ///
 /// The accessor runs exactly once, on the calling thread, before the call returns, or not at all;
 /// the answer is empty when it ran, and says why when it did not. An exception from it passes on
-/// with the lock released. It must not coordinate writing of the same file again, which would wait
-/// for itself forever.
+/// with the lock released. The accessor of a write may coordinate reading of the same file on its
+/// thread, but not writing, which would wait for itself forever. Writing within the accessor of a
+/// read waits for `readerLockTimeout`.
 class QRV_EXPORT NSFileCoordinator {
   public:
     enum class ReadingOptions : unsigned { None = 0 };
@@ -68,16 +84,15 @@ class QRV_EXPORT NSFileCoordinator {
     /// to the file, for one. A presenter that is not registered is ignored.
     static void removeFilePresenter(NSFilePresenter& presenter);
 
-    /// Creates nothing on disk. After `readerLockTimeout`, and where the lock cannot be had at all,
-    /// the accessor runs without it. What it reads is whole all the same, as long as writers
-    /// replace the file (`replaceFile`).
+    /// Creates nothing on disk. Where the lock cannot be had, and where there is no file, the
+    /// accessor runs without it.
     std::error_code coordinateReadingItemAtURL(const std::string& url, ReadingOptions options,
                                                const Accessor& accessor);
 
-    /// Creates the missing folders above the file (each of mode 0700) and the lock file, and waits
-    /// for the other accesses as long as it takes. Fails when there is something else than a
-    /// regular file in the lock file's place, a symbolic link included. What `replaceFile` has put
-    /// in place outlasts a crash of the system from the return on; others may read it before.
+    /// Creates the missing folders above the file (each of mode 0700) and the lock file. Fails when
+    /// there is something else than a regular file in the lock file's place, a symbolic link
+    /// included. What `replaceFile` has put in place outlasts a crash of the system from the return
+    /// on; others may read it when the accessor has ended.
     std::error_code coordinateWritingItemAtURL(const std::string& url, WritingOptions options,
                                                const Accessor& accessor);
 
