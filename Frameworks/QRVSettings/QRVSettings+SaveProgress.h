@@ -64,6 +64,10 @@ class SaveProgress {
         std::string failureOfTree;
         std::map<std::string, std::string> failures;  ///< reasons by key path
         std::string lastReason;
+
+        void noteFailed(const SaveOutcome& outcome);
+        void noteSaved(const SaveOutcome& outcome);
+        void noteRefused(const RefusedWrite& refused);
     };
     QRVPlatform::WaitableProperty<Counts> counts_;
 };
