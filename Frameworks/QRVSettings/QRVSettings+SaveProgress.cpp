@@ -16,28 +16,35 @@ void eraseAtAndBelow(const std::string& keyPath, std::map<std::string, std::stri
 
 }  // namespace
 
+void SaveProgress::Counts::noteFailed(const SaveOutcome& outcome) {
+    lastReason = outcome.failure;
+    if (outcome.keyPaths.empty()) failureOfTree = outcome.failure;
+    for (const std::string& keyPath : outcome.keyPaths) failures[keyPath] = outcome.failure;
+}
+
+void SaveProgress::Counts::noteSaved(const SaveOutcome& outcome) {
+    failureOfTree.clear();
+    if (outcome.wasWholeTree) failures.clear();
+    for (const std::string& keyPath : outcome.keyPaths) eraseAtAndBelow(keyPath, failures);
+}
+
+void SaveProgress::Counts::noteRefused(const RefusedWrite& refused) {
+    lastReason = refused.reason;
+    if (refused.keyPath.empty())
+        failureOfTree = refused.reason;
+    else
+        failures[refused.keyPath] = refused.reason;
+}
+
 void SaveProgress::end(const SaveOutcome& outcome) {
     counts_.update([&outcome](Counts& counts) {
         ++counts.ended;
         if (outcome.wasWithoutTree) return;
-        if (!outcome.failure.empty()) {
-            counts.lastReason = outcome.failure;
-            if (outcome.keyPaths.empty()) counts.failureOfTree = outcome.failure;
-            for (const std::string& keyPath : outcome.keyPaths)
-                counts.failures[keyPath] = outcome.failure;
-        } else {
-            counts.failureOfTree.clear();
-            if (outcome.wasWholeTree) counts.failures.clear();
-            for (const std::string& keyPath : outcome.keyPaths)
-                eraseAtAndBelow(keyPath, counts.failures);
-        }
-        for (const RefusedWrite& refused : outcome.refused) {
-            counts.lastReason = refused.reason;
-            if (refused.keyPath.empty())
-                counts.failureOfTree = refused.reason;
-            else
-                counts.failures[refused.keyPath] = refused.reason;
-        }
+        if (outcome.failure.empty())
+            counts.noteSaved(outcome);
+        else
+            counts.noteFailed(outcome);
+        for (const RefusedWrite& refused : outcome.refused) counts.noteRefused(refused);
     });
 }
 

@@ -77,6 +77,9 @@ class SaveProgress {
             return forks == QRVPlatform::Threads::forkCount();
         }
         [[nodiscard]] bool arePending() const { return begun != ended && areOfThisProcess(); }
+        void noteFailed(const SaveOutcome& outcome);
+        void noteSaved(const SaveOutcome& outcome);
+        void noteRefused(const RefusedWrite& refused);
     };
     QRVPlatform::WaitableProperty<Counts> counts_;
 };

@@ -144,13 +144,16 @@ INSTANTIATE_TEST_SUITE_P(Hosts, Together,
 
 namespace {
 
+std::chrono::seconds durationOfWriting() {
+    return std::chrono::seconds(sizeFromEnvironment("QRV_TOGETHER_SECONDS", 2));
+}
+
 bool writeAndMirror(const Hosts& hosts, std::size_t self, const SharedNumbers& received) {
     constexpr int keyPaths = 12;
     start(Mode::Merging, true);
     Mirror mirror;
     std::mt19937 random(static_cast<unsigned>(self));
-    const auto end =
-        Clock::now() + std::chrono::seconds(sizeFromEnvironment("QRV_TOGETHER_SECONDS", 2));
+    const auto end = Clock::now() + durationOfWriting();
     for (std::int64_t number = 0; Clock::now() < end; ++number) {
         const std::string keyPath = sharedKeyPath(static_cast<int>(random() % keyPaths));
         const PropertyListValue value = static_cast<std::int64_t>(self) + 10 * number;
@@ -184,7 +187,7 @@ TEST(Together, EveryChangeByOthersThatStayedIsReported) {
     Hosts hosts(count);
     for (std::size_t self = 0; self < count; ++self)
         hosts.add([&, self] { return writeAndMirror(hosts, self, received); });
-    EXPECT_TRUE(hosts.letMeet());
+    EXPECT_TRUE(hosts.letMeet(durationOfWriting()));
     hosts.expectSuccess();
     for (std::size_t self = 0; self < count; ++self) EXPECT_GT(received[self], 0);
     RecordProperty("ReceivedByTheFirst", static_cast<int>(received[0]));

@@ -45,7 +45,9 @@ class Gate {
     }
     [[nodiscard]] bool isOpen() const { return pollFor(std::chrono::milliseconds(0)); }
     /// False when it stays shut until the deadline.
-    [[nodiscard]] bool wait() const { return pollFor(testDeadline); }
+    [[nodiscard]] bool wait(std::chrono::seconds deadline = testDeadline) const {
+        return pollFor(deadline);
+    }
 
     /// Paths by which a program that this process starts opens the gate, by writing, and waits at
     /// it, by reading one byte.

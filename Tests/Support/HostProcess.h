@@ -134,10 +134,10 @@ class Hosts {
         arrived_.at(self).open();
         return allHaveArrived_.wait();
     }
-    /// In the parent: lets them go on when all have arrived.
-    [[nodiscard]] bool letMeet() const {
+    /// In the parent: lets them go on when all have arrived, for which they take at least `work`.
+    [[nodiscard]] bool letMeet(std::chrono::seconds work = {}) const {
         for (const Gate& gate : arrived_)
-            if (!gate.wait()) return false;
+            if (!gate.wait(work + testDeadline)) return false;
         allHaveArrived_.open();
         return true;
     }
