@@ -11,10 +11,12 @@
 #include "Fuzzing.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Reporting/Failure.h"
+#include "Reporting/PrintableText.h"
 #include "Text/EditScript.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
 #include "Text/SettingLines.h"
+#include "Text/SettingsText.h"
 #include "Text/ValueText.h"
 
 using Fuzzing::isSameTree;
@@ -40,12 +42,6 @@ bool isStorable(const PropertyListValue& value) {
     return !NSPropertyListSerialization::dataWithPropertyList(value).error;
 }
 
-bool hasControls(std::string_view text) {
-    for (const char character : text)
-        if (static_cast<unsigned char>(character) < ' ' || character == '\x7f') return true;
-    return false;
-}
-
 /// What the text of a date can tell: in the second before 2001 a double can tell more than the
 /// whole second and a fraction do.
 NSDate asInText(NSDate date) {
@@ -55,7 +51,7 @@ NSDate asInText(NSDate date) {
 
 void requireJSONIsReadAgain(const PropertyListValue& value) {
     const std::string text = Tool::jsonText(value);
-    require(!hasControls(text), "JSON is one line without control characters", text);
+    require(!Tool::holdsControls(text), "JSON is one line without control characters", text);
     PropertyListValue again;
     require(isRead(text, "", [&] { again = Tool::valueFromJSON(text); }), "JSON is read", text);
     require(isSameTree(again, value, asInText), "JSON is read as the same value", text, value,
@@ -63,21 +59,35 @@ void requireJSONIsReadAgain(const PropertyListValue& value) {
     require(Tool::jsonText(again) == text, "the same value is the same JSON", text);
 }
 
+void readSettings(std::string_view text) {
+    NSDictionary tree;
+    if (!isRead(text, "", [&] { tree = Tool::settingsFromText(std::string(text)); })) return;
+    const std::string json = Tool::jsonOfSettings(tree);
+    NSDictionary again;
+    require(isRead(json, "", [&] { again = Tool::settingsFromText(json); }), "settings are read",
+            json);
+    require(isSameTree(again, tree, asInText), "settings are read as the same", text, json);
+}
+
 void readJSON(std::string_view text) {
     PropertyListValue value;
     if (!isRead(text, "", [&] { value = Tool::valueFromJSON(text); })) return;
     require(!value.isNull(), "there is a value", text);
     requireJSONIsReadAgain(value);
+    readSettings(text);
 }
 
 void requireEditIsReadAgain(const Tool::Edit& edit) {
     const bool isRemoval = edit.value.isNull();
-    std::string line = (isRemoval ? "unset " : "set ") + Tool::jsonText(edit.keyPath);
+    std::string line = isRemoval ? "unset " : "set ";
+    if (!edit.profile.empty()) line += "--profile " + Tool::jsonText(edit.profile) + " ";
+    line += Tool::jsonText(edit.keyPath);
     if (!isRemoval) line += " " + Tool::jsonText(edit.value);
     std::vector<Tool::Edit> again;
     require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
             "an edit is read again", line);
     require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
+                again[0].profile == edit.profile &&
                 isSameTree(again[0].value, edit.value, asInText),
             "an edit is read as the same", line);
 }
@@ -101,10 +111,10 @@ void readLines(std::string_view text) {
 void readKeyPath(std::string_view keyPath) {
     if (!isStorable(keyPath)) return;  // not UTF-8
     const std::string text = Tool::keyPathText(keyPath);
-    require(!hasControls(text), "a key path is one line", text);
+    require(!Tool::holdsControls(text), "a key path is one line", text);
     if (keyPath.empty() || text.find(' ') != std::string::npos) return;
     std::vector<Tool::Edit> edits;
-    const std::string line = "unset " + text;
+    const std::string line = "unset -- " + text;
     require(isRead(line, "", [&] { edits = Tool::editsFromScript(line, "line"); }),
             "a key path that was printed is read", line);
     require(edits.size() == 1 && edits[0].keyPath == keyPath,

@@ -56,30 +56,62 @@ FileReading readSettingsFile() {
     return reading;
 }
 
-// What reads have cached as absent, and are to find now, has to be published.
-NSDictionary storedTree() {
-    NSDictionary tree = QRVSettings::sharedSettings().storageCache();
-    if (!tree.isNull()) return tree;
+namespace {
+
+struct TreeOfFile {
+    std::uint64_t version = 0;  ///< of what was known of the file before it was read
+    FileReading reading;
+    NSDictionary tree = nullptr;       ///< with what is unsaved on top
+    NSArray foundByReading = nullptr;  ///< everything that was read, if there was nothing before
+};
+
+// The lock of the state is not held meanwhile.
+TreeOfFile treeOfFile() {
+    TreeOfFile result;
+    UnsavedWrites unsaved;
+    bool wasAbsent = false;
+    StoreInside::state().storedFile.read([&](const StoredFile& file) {
+        result.version = file.knownVersion;
+        unsaved = file.unsaved;
+        wasAbsent = file.wasAbsent;
+    });
+    result.reading = readSettingsFile();
+    const NSDictionary& root = result.reading.root;
+    result.tree = unsaved.onTopOf(root);
+    if (wasAbsent && !root.isNull())
+        result.foundByReading = NSDictionaryQRV::changedKeys(nullptr, root);
+    return result;
+}
+
+// False when a save or a reload has ended since the file was read: what was read may be older. What
+// reads have cached as absent, and are to find now, has to be published.
+bool becomesStoredTree(const TreeOfFile& found) {
     StoreInside::State& state = StoreInside::state();
-    for (bool isRead = false; !isRead;) {
-        const std::uint64_t version =
-            state.storedFile.read([](const StoredFile& file) { return file.knownVersion; });
-        const FileReading reading = readSettingsFile();
-        state.storedFile.update([&](StoredFile& file) -> std::optional<KnownFile> {
-            isRead = file.knownVersion == version;
-            if (!isRead) return std::nullopt;  // What was read may be older.
-            file.noteReading(reading.identity);
-            file.mustBeBackedUp = reading.failed;
-            if (file.wasAbsent && !reading.root.isNull() && state.monitorFileChanges)
-                file.foundByReading = NSDictionaryQRV::changedKeys(nullptr, reading.root);
-            file.wasAbsent = reading.root.isNull();
-            file.unsaved.isTreeReplaced = false;
-            tree = file.unsaved.onTopOf(reading.root);
-            file.tree = tree.mutableCopy();
-            return state.mergesSaves ? file.know({reading.root, reading.file}) : std::nullopt;
-        });
-    }
-    return tree;
+    const FileReading& reading = found.reading;
+    bool isCurrent = false;
+    state.storedFile.update([&](StoredFile& file) -> std::optional<KnownFile> {
+        isCurrent = file.knownVersion == found.version;
+        if (!isCurrent) return std::nullopt;
+        file.noteReading(reading.identity);
+        file.mustBeBackedUp = reading.failed;
+        if (!found.foundByReading.isNull() && state.monitorFileChanges)
+            file.foundByReading = found.foundByReading;
+        file.wasAbsent = reading.root.isNull();
+        file.unsaved.isTreeReplaced = false;
+        file.tree = found.tree.mutableCopy();
+        return state.mergesSaves ? file.know({reading.root, reading.file}) : std::nullopt;
+    });
+    return isCurrent;
+}
+
+}  // namespace
+
+NSDictionary storedTree() {
+    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
+    if (!loaded.isNull()) return loaded;
+    TreeOfFile found = treeOfFile();
+    while (!becomesStoredTree(found)) found = treeOfFile();
+    return found.tree;
 }
 
 void replaceStoredTree(NSDictionary tree) {

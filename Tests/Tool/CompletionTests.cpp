@@ -145,7 +145,8 @@ TEST(Candidates, ADamagedFileLeavesTheDefaults) {
 
 TEST(Candidates, AKeyPathThatNoLineHoldsIsLeftOut) {
     ToolSupport::writeSettings(
-        ToolSupport::propertyList("<key>odd&#10;</key><true/><key>odd one</key><true/>"));
+        ToolSupport::propertyList("<key>odd&#10;</key><true/><key>odd\xc2\x9b"
+                                  "b</key><true/><key>odd one</key><true/>"));
     expectCandidates({"get", "odd"}, "odd one\n");
 }
 

@@ -34,7 +34,7 @@ void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingCha
 }
 
 NSDictionary valuesOf(const std::vector<Edit>& edits) {
-    const NSMutableDictionary values;
+    NSMutableDictionary values;
     for (const Edit& edit : edits) values.setObjectForKey(edit.value, edit.keyPath);
     return values;
 }

@@ -18,21 +18,35 @@ bool areContinuations(std::string_view text, std::size_t count) {
            });
 }
 
+std::size_t lengthByFirstByte(unsigned first) {
+    if (first < 0x80) return 1;
+    if (first < 0xC2 || first > 0xF4) return 0;
+    if (first < 0xE0) return 2;
+    return first < 0xF0 ? 3 : 4;
+}
+
+/// The others would be a longer form of a character, a surrogate, or too large.
+bool canBeSecond(unsigned first, unsigned second) {
+    switch (first) {
+        case 0xE0:
+            return second >= 0xA0;
+        case 0xED:
+            return second < 0xA0;
+        case 0xF0:
+            return second >= 0x90;
+        case 0xF4:
+            return second < 0x90;
+        default:
+            return true;
+    }
+}
+
 /// How many bytes the first character has; 0 when they are not UTF-8.
 std::size_t lengthOfFirst(std::string_view text) {
     const unsigned first = byteAt(text, 0);
-    const unsigned second = byteAt(text, 1);
-    if (first < 0x80) return 1;
-    if (first >= 0xC2 && first < 0xE0) return areContinuations(text, 1) ? 2 : 0;
-    if (first >= 0xE0 && first < 0xF0) {
-        const bool isWithout = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F);
-        return areContinuations(text, 2) && !isWithout ? 3 : 0;
-    }
-    if (first >= 0xF0 && first < 0xF5) {
-        const bool isWithout = (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
-        return areContinuations(text, 3) && !isWithout ? 4 : 0;
-    }
-    return 0;
+    const std::size_t length = lengthByFirstByte(first);
+    if (length < 2) return length;
+    return areContinuations(text, length - 1) && canBeSecond(first, byteAt(text, 1)) ? length : 0;
 }
 
 std::string inHexadecimal(const char* start, unsigned byte) {

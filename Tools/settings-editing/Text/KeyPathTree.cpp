@@ -13,7 +13,7 @@ namespace {
 /// The dictionary under `key`, which changes may reach only here.
 NSMutableDictionary ownLevel(const NSMutableDictionary& parent, std::string_view key) {
     const PropertyListValue present = parent.objectForKey(key);
-    const NSMutableDictionary level =
+    NSMutableDictionary level =
         present.isNull() ? NSMutableDictionary() : present.dictionary().mutableCopy();
     parent.setObjectForKey(level, key);
     return level;
@@ -60,7 +60,7 @@ std::optional<std::string> keyWithDot(const NSDictionary& level) {
 NSDictionary treeOfKeyPaths(const NSDictionary& valuesByKeyPath) {
     std::set<std::string> keyPaths;
     for (const auto& [keyPath, value] : valuesByKeyPath) keyPaths.emplace(keyPath);
-    const NSMutableDictionary root;
+    NSMutableDictionary root;
     for (const std::string& keyPath : keyPaths)
         put(root, valuesByKeyPath.objectForKey(keyPath), keyPath);
     return root;

@@ -28,7 +28,7 @@ NSDictionary leavesByKeyPath(const NSDictionary& tree) {
 }
 
 NSDictionary snapshotOf(const NSDictionary& tree) {
-    const NSMutableDictionary copy;
+    NSMutableDictionary copy;
     if (tree.isNull()) return copy;
     for (const auto& [key, value] : tree)
         copy.setObjectForKey(

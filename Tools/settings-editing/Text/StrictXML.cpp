@@ -24,7 +24,7 @@ std::string refusedWithin(const PropertyListValue& value);
 
 std::string refusedInElements(const NSArray& array) {
     for (const PropertyListValue& element : array) {
-        const std::string refused = refusedWithin(element);
+        std::string refused = refusedWithin(element);
         if (!refused.empty()) return refused;
     }
     return "";
@@ -33,7 +33,7 @@ std::string refusedInElements(const NSArray& array) {
 std::string refusedInEntries(const NSDictionary& dictionary) {
     for (const auto& [key, entry] : dictionary) {
         const std::string inKey = refusedCharacter(key);
-        const std::string refused = inKey.empty() ? refusedWithin(entry) : inKey;
+        std::string refused = inKey.empty() ? refusedWithin(entry) : inKey;
         if (!refused.empty()) return refused;
     }
     return "";
