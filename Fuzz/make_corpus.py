@@ -487,6 +487,35 @@ unset "x y"
 """
 
 
+# Operations of MergeWrites.cpp, by their numbers there, with the process that runs them.
+def merge_writes():
+    keys = "ABC"
+
+    def place(*names):
+        return bytes([keys.index(names[0]), len(names) - 1]) + bytes(keys.index(name) for name in names[1:])
+
+    def operation(process, number, rest=b""):
+        return bytes([process, number]) + rest
+
+    def value(process, names, number):
+        return operation(process, 13, place(*names) + bytes([number]))
+
+    def saved(process, ending=8):
+        return operation(process, 6) + operation(process, ending)
+
+    # A dictionary of one entry, as a value and as a tree.
+    one = bytes([2, 1, 3])
+    yield "both-are-kept", value(0, "A", 1) + value(1, "B", 2) + saved(0) + saved(1)
+    yield "the-later-save-wins", value(0, "A", 1) + value(1, "A", 2) + saved(1) + saved(0)
+    yield "through-a-value", value(0, "AB", 1) + value(1, "A", 2) + saved(1) + operation(0, 0, place(*"AB")) + saved(0)
+    yield "failed-and-again", value(0, "A", 1) + saved(0, 10) + value(1, "B", 1) + saved(1) + value(0, "B", 2) + saved(0)
+    yield "batch", operation(0, 3) + value(0, "A", 1) + saved(0) + operation(0, 11) + operation(0, 4) + saved(0)
+    yield "whole-tree", value(0, "A", 1) + saved(0) + operation(1, 5, one) + saved(1) + value(0, "C", 1) + saved(0)
+    yield "dictionary", operation(0, 13, place("A") + bytes([6]) + one) + saved(0) + value(1, "AB", 1) + saved(1)
+    yield "write-during-a-save", value(0, "A", 1) + operation(0, 6) + value(0, "A", 2) + operation(0, 10) + saved(0)
+    yield "deleted", value(0, "A", 1) + saved(0) + operation(2, 12) + value(0, "B", 1) + saved(0)
+
+
 def tool_inputs():
     lines, json, key_path, text = (bytes([index]) for index in range(4))
     yield "lines", lines + LINES.encode()
@@ -538,6 +567,7 @@ def named(prefix, inputs):
 def main():
     write("CompareTrees", tree_pairs())
     write("StoreOperations", operations())
+    write("MergeWrites", merge_writes())
     write("ColorTexts", ((f"text-{index}", bytes(text, "utf-8")) for index, text in enumerate(COLOR_TEXTS)))
     write("ToolInput", tool_inputs())
     write("PropertyLists", [*named("binary", binary_lists()), *named("xml", xml_lists()),

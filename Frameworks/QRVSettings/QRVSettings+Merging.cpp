@@ -28,6 +28,7 @@
 #include "QRVSettings/QRVSettings+Merging.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>

@@ -70,7 +70,9 @@ bool wasBesideAWrite(const Reload& reload) {
 
 void queueReload(Reload::Kind kind);
 
+// One at a time: during steady writing each reload needs a second one, and they would multiply.
 void queueSecondReload() {
+    if (StoreInside::state().isSecondReloadQueued.exchange(true)) return;
     const auto reload = [] { queueReload(Reload::Kind::AfterSaves); };
     if (StoreInside::state().saves.isPending()) {
         store().queue().async(reload);
@@ -111,7 +113,8 @@ void publish(const Reload& reload) {
 }
 
 void runReload(Reload::Kind kind) {
-    const StoreInside::State& state = StoreInside::state();
+    StoreInside::State& state = StoreInside::state();
+    if (kind == Reload::Kind::AfterSaves) state.isSecondReloadQueued = false;
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
     Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,
@@ -129,7 +132,8 @@ void queueReload(Reload::Kind kind) {
 
 /// To be called on the store's queue.
 bool isLastSave() {
-    return StoreInside::state().lastSaved.isAt(store().location());
+    const QRVPlatform::FileIdentity& saved = StoreInside::state().lastSaved;
+    return !saved.isMissing() && QRVPlatform::identityOfFileAtPath(store().location()) == saved;
 }
 
 }  // namespace

@@ -40,11 +40,14 @@ FileReading readSettingsFile() {
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
-            if (!file.error)
-                reading.root = NSPropertyListSerialization::propertyListWithData(file.bytes)
-                                   .value.dictionary();
-            const bool isHeld = held.identity() == file.identity;
-            if (isHeld && (file.isMissing() || !reading.root.isNull())) reading.file = held;
+            bool mayBeCutOff = false;
+            if (!file.error) {
+                const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);
+                reading.root = read.value.dictionary();
+                mayBeCutOff = read.mayBeCutOff;
+            }
+            const bool isWhole = file.isMissing() || (!reading.root.isNull() && !mayBeCutOff);
+            if (isWhole && held.identity() == file.identity) reading.file = held;
         });
     return reading;
 }

@@ -3,6 +3,19 @@
 
 namespace QRVInside {
 
+namespace {
+
+// A value that was saved has replaced whatever was below its key path.
+void eraseAtAndBelow(const std::string& keyPath, std::map<std::string, std::string>& failures) {
+    failures.erase(keyPath);
+    const std::string start = keyPath + '.';
+    for (auto below = failures.lower_bound(start);
+         below != failures.end() && below->first.starts_with(start);)
+        below = failures.erase(below);
+}
+
+}  // namespace
+
 void SaveProgress::end(const SaveOutcome& outcome) {
     counts_.update([&outcome](Counts& counts) {
         ++counts.ended;
@@ -15,11 +28,15 @@ void SaveProgress::end(const SaveOutcome& outcome) {
         } else {
             counts.failureOfTree.clear();
             if (outcome.wasWholeTree) counts.failures.clear();
-            for (const std::string& keyPath : outcome.keyPaths) counts.failures.erase(keyPath);
+            for (const std::string& keyPath : outcome.keyPaths)
+                eraseAtAndBelow(keyPath, counts.failures);
         }
         for (const RefusedWrite& refused : outcome.refused) {
-            counts.failures[refused.keyPath] = refused.reason;
             counts.lastReason = refused.reason;
+            if (refused.keyPath.empty())
+                counts.failureOfTree = refused.reason;
+            else
+                counts.failures[refused.keyPath] = refused.reason;
         }
     });
 }

@@ -82,7 +82,8 @@ std::string saveTree(QRVPlatform::WriteAccess& access, const std::string& bytes,
                      const NSArray& log) {
     StoreInside::State& state = StoreInside::state();
     // The file of this process's last save is not damaged, and need not be read to know that.
-    if (!state.lastSaved.isAt(access.path())) {  // 2
+    if (state.lastSaved.isMissing() ||
+        QRVPlatform::identityOfFileAtPath(access.path()) != state.lastSaved) {  // 2
         const OldFile old = QRVInside::readOldFile(access.path());
         std::string failure = QRVInside::secured(old, access.path());
         if (!failure.empty()) return failure;
@@ -169,9 +170,11 @@ OldFile QRVInside::readOldFile(const std::string& url) {
         return old;
     }
     if (!contents.error && contents.bytes.empty()) return old;
-    if (!contents.error)
-        old.root =
-            NSPropertyListSerialization::propertyListWithData(contents.bytes).value.dictionary();
+    if (!contents.error) {
+        const auto read = NSPropertyListSerialization::propertyListWithData(contents.bytes);
+        old.root = read.value.dictionary();
+        old.mayBeCutOff = read.mayBeCutOff;
+    }
     old.condition = old.root.isNull() ? OldFile::Condition::Damaged : OldFile::Condition::Settings;
     return old;
 }
@@ -190,6 +193,7 @@ std::string QRVInside::secured(const OldFile& old, const std::string& url) {
         case OldFile::Condition::Settings:
             break;
     }
+    if (old.mayBeCutOff) return backedUp(url, "may have been cut off");
     const bool isUnknown = StoreInside::state().storedFile.read(
         [](const StoredFile& stored) { return stored.mustBeBackedUp; });
     return isUnknown ? backedUp(url, "could not be read before") : std::string();
@@ -207,7 +211,7 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std:
         state.lastSaved = {};
         return error.message();
     }
-    state.lastSaved = access.newFile();
+    state.lastSaved = access.newFile().identity();
     state.storedFile.update([](StoredFile& file) { file.mustBeBackedUp = false; });
     return {};
 }

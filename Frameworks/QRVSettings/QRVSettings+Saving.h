@@ -45,6 +45,7 @@ struct OldFile {
     };
     Condition condition = Condition::Missing;
     NSDictionary root = nullptr;  ///< the settings
+    bool mayBeCutOff = false;     ///< the settings may be a part of those of a longer file
     QRVPlatform::HeldFile file;   ///< what was read
     std::error_code error;
 };

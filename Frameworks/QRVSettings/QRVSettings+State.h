@@ -10,7 +10,6 @@
 #include <string_view>
 
 #include "Platform/Files/Files.h"
-#include "Platform/Files/HeldFile.h"
 #include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Threads/ThreadAffinity.h"
@@ -31,6 +30,8 @@ struct QRVSettings::State {
     std::atomic<bool> monitorFileChanges = false;
     std::atomic<bool> mergesSaves = false;
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
+    /// A reload that follows another one is queued, and has not begun.
+    std::atomic<bool> isSecondReloadQueued = false;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;
@@ -56,8 +57,8 @@ struct QRVSettings::State {
     QRVInside::LocalChanges localChanges;
 
     // Used on `queue`.
-    /// The file that the last save left behind; unknown when it failed.
-    QRVPlatform::HeldFile lastSaved;
+    /// The file that the last save left behind; missing when it failed.
+    QRVPlatform::FileIdentity lastSaved;
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();

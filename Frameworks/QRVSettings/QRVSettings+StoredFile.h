@@ -19,8 +19,8 @@ struct FileReading {
     NSDictionary root = nullptr;  ///< null when there is no file that holds settings
     /// The file as it was just before it was read.
     QRVPlatform::FileIdentity identity;
-    /// The file that was read, when the store merges saves; unknown when it holds no settings, so
-    /// that a save reads it again.
+    /// The file that was read, when the store merges saves; unknown when it holds no settings, or
+    /// may have been cut off, so that a save reads it again and backs it up.
     QRVPlatform::HeldFile file;
     bool failed = false;  ///< there is a file, and what it holds is not known
 };

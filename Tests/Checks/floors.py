@@ -27,7 +27,7 @@ ROOMS = {
     "Tools/settings-editing/Text": ("Values", "PropertyLists", "QRVSettings", "Reporting"),
     "Tools/settings-editing/Settings": ("Values", "PropertyLists", "Log", "Files", "Coordination",
                                         "QRVLogger", "QRVSettings", "Reporting", "Text"),
-    "Tools/settings-editing/Doctor": ("Values", "Files", "Presenters", "QRVSettings", "Reporting",
+    "Tools/settings-editing/Doctor": ("Values", "PropertyLists", "Files", "Presenters", "QRVSettings", "Reporting",
                                       "Text", "Settings"),
     "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
     "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process"),

@@ -18,6 +18,7 @@
 
 /// WriteMuch: sanitizers write a few bytes for purposes of their own, which must not be hit.
 enum class SystemCall {
+    ChangeDate,
     ChangeMode,
     ChangeOwner,
     EventDescriptor,
@@ -27,7 +28,9 @@ enum class SystemCall {
     InotifyStart,
     Link,
     Open,
+    RemoveAttribute,
     Rename,
+    SetAttribute,
     Sync,
     SyncData,
     WriteMuch
@@ -36,6 +39,8 @@ enum class SystemCall {
 /// One operation of ours can be more than one call, depending on the machine.
 inline std::vector<long> numbersOf(SystemCall call) {
     switch (call) {
+        case SystemCall::ChangeDate:
+            return {SYS_utimensat};
         case SystemCall::ChangeMode:
             return {SYS_fchmod};
         case SystemCall::ChangeOwner:
@@ -58,12 +63,16 @@ inline std::vector<long> numbersOf(SystemCall call) {
 #endif
         case SystemCall::Open:
             return {SYS_openat};
+        case SystemCall::RemoveAttribute:
+            return {SYS_fremovexattr};
         case SystemCall::Rename:
 #ifdef SYS_rename
             return {SYS_rename, SYS_renameat, SYS_renameat2};
 #else
             return {SYS_renameat, SYS_renameat2};
 #endif
+        case SystemCall::SetAttribute:
+            return {SYS_fsetxattr};
         case SystemCall::Sync:
             return {SYS_fsync};
         case SystemCall::SyncData:

@@ -6,9 +6,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <string>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/UserFolders.h"
+#include "Support/PrivilegedProgram.h"
 
 using namespace QRVPlatform;
 
@@ -24,12 +26,28 @@ std::string relativeHome() {
     return "database";
 }
 
+std::string configurationFolderOf(uid_t user) {
+    const passwd* const entry = getpwuid(user);
+    return entry == nullptr ? "" : std::string(entry->pw_dir) + "/.config";
+}
+
 }  // namespace
 
 TEST(UserLibraryFolder, IsTheConfigurationHomeWhenThatIsAbsolute) {
     EXPECT_EQ(UserFolders::libraryFolder("/configuration", "/home", databaseHome),
               "/configuration");
-    EXPECT_EQ(UserFolders::libraryFolder("/", "/home", databaseHome), "/");
+}
+
+TEST(UserLibraryFolder, HasNoSlashAtItsEndWhateverTheEnvironmentHas) {
+    EXPECT_EQ(UserFolders::libraryFolder("/configuration///", "/home", databaseHome),
+              "/configuration");
+    EXPECT_EQ(UserFolders::libraryFolder("//a//b/", "/home", databaseHome), "//a//b");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/home//", databaseHome), "/home/.config");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/", databaseHome), "/.config");
+    EXPECT_EQ(UserFolders::libraryFolder(nullptr, nullptr, [] { return std::string("/root/"); }),
+              "/root/.config");
+    for (const char* top : {"/", "//"})
+        EXPECT_EQ(UserFolders::libraryFolder(top, "/home", databaseHome), "/.");
 }
 
 TEST(UserLibraryFolder, IsInTheHomeFolderWhenTheConfigurationHomeIsNoAbsolutePath) {
@@ -59,6 +77,13 @@ TEST(UserLibraryFolder, FollowsTheEnvironment) {
 TEST(UserLibraryFolder, AsksThePasswordDatabaseLast) {
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("HOME");
-    const passwd* entry = getpwuid(geteuid());
-    EXPECT_EQ(userLibraryFolder(), entry == nullptr ? "" : std::string(entry->pw_dir) + "/.config");
+    EXPECT_EQ(userLibraryFolder(), configurationFolderOf(geteuid()));
+}
+
+TEST(UserLibraryFolder, OfAPrivilegedProgramIsNotChosenByItsCaller) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
+    EXPECT_EQ(PrivilegedProgram::printedWithoutPrivileges().at(0), "/of/the/caller");
+    const auto lines = PrivilegedProgram::printedWithPrivileges();
+    if (lines.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
+    EXPECT_EQ(lines.at(0), configurationFolderOf(PrivilegedProgram::nobody));
 }

@@ -2,6 +2,7 @@
 // The user's locale of times, and its short time pattern.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <cstdlib>
@@ -10,9 +11,14 @@
 #include <vector>
 
 #include "Files/SystemCallFilter.h"
+#include "Platform/Machine/ICUTimePattern.h"
+#include "Platform/Machine/TimePatternTable.h"
 #include "Platform/Machine/UserLocale.h"
 #include "Platform/System/System.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Support/ChildProcess.h"
+#include "Support/MachineSupport.h"
+#include "Support/PrivilegedProgram.h"
 
 using namespace QRVPlatform;
 
@@ -29,6 +35,15 @@ bool hasLoadedICU() {
     for (std::string line; std::getline(maps, line);)
         if (line.find("libicu") != std::string::npos) return true;
     return false;
+}
+
+/// All that it can have, with encoding and modifier.
+std::vector<std::string> localesOfTheCLibrary() {
+    std::vector<std::string> names;
+    std::ifstream list("/usr/share/i18n/SUPPORTED");
+    for (std::string line; std::getline(list, line);)
+        if (line.find(' ') != std::string::npos) names.push_back(line.substr(0, line.find(' ')));
+    return names;
 }
 
 }  // namespace
@@ -90,19 +105,66 @@ TEST(ShortTimePattern, DoesNotDependOnTheLocaleOfTheProgram) {
     EXPECT_EQ(shortTimePattern("kn_IN"), "hh:mm a");
 }
 
-TEST(ShortTimePattern, IsWhatLoadsICU) {
+// Which may be a newer one than the build has asked.
+TEST(ShortTimePattern, OfEachKnownLocaleIsThatOfTheInstalledICU) {
+    EXPECT_GT(TimePatternTable::rows.size(), 800U);
+    for (const TimePatternTable::Row& row : TimePatternTable::rows)
+        EXPECT_EQ(ICUTimePattern::of(row.locale.data()), shortTimePattern(row.locale.data()))
+            << row.locale.data();
+}
+
+TEST(ShortTimePattern, OfEachLocaleOfTheCLibraryIsKnown) {
+    const std::vector<std::string> locales = localesOfTheCLibrary();
+    if (locales.empty()) GTEST_SKIP() << "the C library lists no locales here";
+    for (const std::string& locale : locales) shortTimePattern(locale);
     EXPECT_FALSE(hasLoadedICU());
-    shortTimePattern("de_DE");
+    for (const std::string& locale : locales)
+        EXPECT_EQ(shortTimePattern(locale), ICUTimePattern::of(locale)) << locale;
+}
+
+TEST(ShortTimePattern, OfAKnownLocaleDoesNotLoadICU) {
+    for (const char* name : {"de_DE", "de_DE.UTF-8", "de_DE.UTF-8@euro", "C", "POSIX", "en_US.utf8",
+                             "zh_CN.GB18030", "sr_RS@latin", "no_NO", "de"})
+        shortTimePattern(name);
+    EXPECT_FALSE(hasLoadedICU());
+    EXPECT_EQ(shortTimePattern("de_XX"), "HH:mm") << "as the language has it";
     EXPECT_TRUE(hasLoadedICU());
 }
 
-TEST(ShortTimePattern, IsEmptyWhereICUCannotBeLoadedWhichIsLoggedOnce) {
+TEST(ShortTimePattern, OfTheDefaultsOfAKnownLocaleDoesNotLoadICU) {
+    setVariables("de_DE.UTF-8", "", "");
+    MachineSupport::beMachine("1", "M");
+    QRVSettings::sharedSettings().loadDefaults();
+    EXPECT_FALSE(QRVSettings::sharedSettings().defaults().isNull());
+    EXPECT_FALSE(hasLoadedICU());
+}
+
+TEST(ShortTimePattern, WithoutICUIsTheSameForKnownLocalesAndThatOfCForOthers) {
     ChildProcess child([] {
-        std::vector<std::string> logged;
-        setNSLogSink([&logged](const std::string& text) { logged.push_back(text); });
+        int logged = 0;
+        setNSLogSink([&logged](const std::string&) { ++logged; });
         failCall(SystemCall::Open, EACCES);
-        return shortTimePattern("de_DE").empty() && shortTimePattern("kn_IN").empty() &&
-               logged.size() == 1 && logged.front().find("libicui18n.so") != std::string::npos;
+        return shortTimePattern("de_DE.UTF-8") == "HH:mm" &&
+               shortTimePattern("kn_IN") == "hh:mm a" &&
+               shortTimePattern("bg_BG").starts_with("H:mm") &&
+               shortTimePattern("xx_YY") == shortTimePattern("C") &&
+               shortTimePattern("").starts_with("h:mm") && logged == 0;
     });
     EXPECT_TRUE(child.succeeded());
+}
+
+// A modifier of ICU's own can change the pattern.
+TEST(ShortTimePattern, OfALocaleWithAKeywordIsThatOfICU) {
+    EXPECT_EQ(shortTimePattern("de_DE@calendar=buddhist"),
+              ICUTimePattern::of("de_DE@calendar=buddhist"));
+    EXPECT_TRUE(hasLoadedICU());
+}
+
+// Whose environment says where ICU has its data.
+TEST(ShortTimePattern, OfAPrivilegedProgramDoesNotComeFromICU) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
+    EXPECT_EQ(PrivilegedProgram::printedWithoutPrivileges().at(1), "HH:mm");
+    const auto lines = PrivilegedProgram::printedWithPrivileges();
+    if (lines.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
+    EXPECT_EQ(lines.at(1), shortTimePattern("C"));
 }

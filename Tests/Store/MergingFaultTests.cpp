@@ -3,7 +3,12 @@
 // fails, also when another process has written before.
 
 #include <gtest/gtest.h>
+#include <ucontext.h>
 
+#include <atomic>
+#include <csignal>
+
+#include "Files/SystemCallFilter.h"
 #include "Platform/Files/Files.h"
 #include "Support/HostProcess.h"
 #include "Support/TracedSave.h"
@@ -176,6 +181,73 @@ TEST_P(MergingFaults, WhicheverCallOfASaveFailsTheNextSaveBringsEverything) {
     }
     EXPECT_GT(failures, 40);
     RecordProperty("FailedCalls", failures);
+}
+
+namespace {
+
+/// Holds up the next sync of a folder, which is the last thing that a save does.
+struct HeldSync {
+    const Gate isThere;
+    const Gate goesOn;
+    std::atomic<bool> isArmed = false;
+};
+HeldSync* heldSync = nullptr;
+
+/// In the place of each sync of a folder, on its thread.
+void onSyncOfFolder(int, siginfo_t*, void* context) {
+    if (heldSync->isArmed.exchange(false)) {
+        heldSync->isThere.open();
+        if (!heldSync->goesOn.wait()) _exit(2);
+    }
+    static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RAX] = 0;
+}
+
+void watchSyncsOfFolders(HeldSync& held) {
+    heldSync = &held;
+    struct sigaction action {};
+    action.sa_sigaction = onSyncOfFolder;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    sigaction(SIGSYS, &action, nullptr);
+    answerCallWith(SystemCall::Sync, SECCOMP_RET_TRAP);
+}
+
+bool hearsWhatIsWrittenWhileItSyncs() {
+    HeldSync held;
+    watchSyncsOfFolders(held);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    std::vector<std::string> received;
+    store.setMergesSaves(true);
+    store.setMonitorFileChanges(true);
+    store.setOnChange([&received](const NSArray& keyPaths) {
+        for (const PropertyListValue& keyPath : keyPaths) received.push_back(keyPath.stringValue());
+    });
+    const auto drain = [&store] {
+        store.readQueue().sync([] {});
+        DispatchMainQueue::shared().drain();
+    };
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    StoreSupport::finishSaves();
+    held.isArmed = true;
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    if (!held.isThere.wait()) return false;
+    const NSDictionary others{{"A", 3}};
+    EXPECT_FALSE(replaceFile(QRVSettingsLocation(),
+                             NSPropertyListSerialization::dataWithPropertyList(others).bytes));
+    store.presentedItemDidChange();
+    drain();
+    held.goesOn.open();
+    StoreSupport::finishSaves();
+    drain();
+    EXPECT_EQ(received, std::vector<std::string>{"A"});
+    EXPECT_EQ(QRVSettingsStoredValues(), others);
+    return !testing::Test::HasFailure();
+}
+
+}  // namespace
+
+TEST(MergingSync, AChangeThatAReloadReadsBeforeTheEndOfASaveIsReported) {
+    ChildProcess host(hearsWhatIsWrittenWhileItSyncs);
+    EXPECT_TRUE(host.succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, MergingFaults,

@@ -2,15 +2,13 @@
 // Saves that bring only what this process wrote, beside another writer of the file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/inotify.h>
-#include <unistd.h>
 
-#include <array>
 #include <future>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "Support/FileEvents.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
@@ -80,37 +78,6 @@ class HeldQueue {
 
   private:
     std::promise<void> gate_;
-};
-
-/// The renames to the settings file since its creation.
-class Replacements {
-  public:
-    Replacements() : events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-        const std::filesystem::path path = QRVSettingsLocation();
-        name_ = path.filename();
-        EXPECT_GE(inotify_add_watch(events_, path.parent_path().c_str(), IN_MOVED_TO), 0);
-    }
-    Replacements(const Replacements&) = delete;
-    Replacements& operator=(const Replacements&) = delete;
-    ~Replacements() { close(events_); }
-
-    [[nodiscard]] int count() const {
-        int count = 0;
-        alignas(inotify_event) std::array<char, 4096> events{};
-        for (;;) {
-            const ssize_t size = read(events_, events.data(), events.size());
-            if (size <= 0) return count;
-            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
-                const auto* event = reinterpret_cast<const inotify_event*>(&events.at(at));
-                if (event->name == name_) ++count;
-                at += sizeof(inotify_event) + event->len;
-            }
-        }
-    }
-
-  private:
-    int events_;
-    std::string name_;
 };
 
 }  // namespace
@@ -242,6 +209,30 @@ TEST(Merging, AReloadKeepsUnsavedWrites) {
     EXPECT_EQ(host.calls().size(), 1U);
 }
 
+// A large value takes long on the way from the stored tree to the waiting writes.
+TEST(Merging, AReloadInTheMidstOfAWriteKeepsTheWrite) {
+    constexpr int elements = 100'000;
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    MergingHost::drain();
+    otherSets(2, "Other");
+    const NSMutableArray large;
+    for (int number = 0; number < elements; ++number) large.addObject(NSMutableArray{number});
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.readQueue().async([&store, before = store.storageCache()] {
+        while (store.storageCache().isIdenticalTo(before)) std::this_thread::yield();
+        store.presentedItemDidChange();
+    });
+    QRVSettingsSetObjectForKeyPath(large, "Own");
+    store.readQueue().sync([] {});
+    store.readQueue().sync([] {});  // the reload, which the first one has queued
+    DispatchMainQueue::shared().drain();
+    EXPECT_THAT(host.calls(), ElementsAre(std::vector<std::string>{"Other"}));
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Own").array().count(), std::size_t{elements});
+    MergingHost::drain();
+    EXPECT_EQ(QRVSettingsStoredValues(), fileTree());
+}
+
 TEST(Merging, AReloadKeepsTheWritesOfAnOpenBatch) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(1, "A");
@@ -274,7 +265,6 @@ TEST(Merging, AnOpenBatchIsNoPartOfAnEarlierSave) {
 
 TEST(Merging, SavesInLineBecomeOne) {
     const MergingHost host;
-    FileIdentity first;
     {
         const HeldQueue held;
         for (int number = 0; number < 1000; ++number)
@@ -296,7 +286,7 @@ TEST(Merging, TenThousandWritesReplaceTheFileAFewTimes) {
     const MergingHost host;
     QRVSettingsSetObjectForKeyPath(true, "First");
     finishSaves();
-    const Replacements replacements;
+    FileEvents replacements(QRVSettingsLocation(), IN_MOVED_TO);
     for (int number = 0; number < writes; ++number)
         QRVSettingsSetObjectForKeyPath(number, keyPath(number));
     finishSaves();
@@ -367,6 +357,19 @@ TEST(Merging, ATreeWithAValueThatNoFileCanHoldIsSavedWithoutItAndStopsNoLaterSav
     setFileFailureHandler(nullptr);
 }
 
+TEST(Merging, AValueThatReplacesOneThatNoFileCanHoldIsAllThatWasWritten) {
+    const MergingHost host;
+    QRVSettingsSetObjectForKeyPath(NSNull{}, "Level.Bad");
+    QRVSettingsSetObjectForKeyPath(NSNull{}, "LevelBeside.Bad");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"Level.Bad", "LevelBeside.Bad"}));
+    QRVSettingsSetObjectForKeyPath(nullptr, "Level");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).keyPaths,
+              NSArray({"LevelBeside.Bad"}));
+    QRVSettingsSetObjectForKeyPath(nullptr, "LevelBeside.Bad");
+    EXPECT_EQ(QRVSettingsWaitForSaves(std::chrono::seconds(20)).state, QRVSaveStatus::State::Saved);
+}
+
 TEST(Merging, ATreeThatIsReplacedBeforeItWasSavedHasNotFailed) {
     const MergingHost host;
     const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
@@ -423,6 +426,23 @@ TEST(Merging, TheWritesOfAFailedSaveJoinTheNext) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}, {"Other", 2}, {"B", 3}}));
 }
 
+TEST(Merging, AWholeTreeIsSavedWithoutWhatNoFileCanHold) {
+    const MergingHost host;
+    const NSDictionary level{{"Good", 1}, {"Null", NSNull{}}, {"\xFF", 1}};
+    QRVSettingsImport(NSDictionary{
+        {"Level", level},
+        {"List", NSArray{1, NSNull{}}},
+        {"Migration", NSDictionary{{"CombinedPowerItems", true}, {"Profiles", true}}}});
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(20));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray({"Level.Null", "Level.\xFF", "List"}));
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    finishSaves();
+    EXPECT_EQ(fileTree().objectForKey("Level"), NSDictionary({{"Good", 1}}));
+    EXPECT_EQ(fileTree().objectForKey("A"), 2);
+    EXPECT_EQ(fileTree().count(), 3U);
+}
+
 TEST(Merging, AWholeTreeThatIsSavedLeavesNothingMissing) {
     const MergingHost host;
     const std::string temporary = filesBeside(QRVSettingsLocation()).temporary;
@@ -449,7 +469,7 @@ TEST(Merging, ACommitWithoutATreeLeavesAFailureKnown) {
 TEST(Merging, AFileThatIsReadAgainAfterItsDeletionIsTheKnownOne) {
     const MergingHost host;
     MergingHost::notify();  // no file is known
-    otherSets(2, "Other");
+    StoreSupport::writeSettings(NSDictionary{{"Other", 2}});
     EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("Other"), 2);
     std::filesystem::remove(QRVSettingsLocation());
     QRVSettingsSetObjectForKeyPath(1, "A");

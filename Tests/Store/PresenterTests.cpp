@@ -11,6 +11,7 @@
 #include <future>
 
 #include "Platform/Files/Files.h"
+#include "Support/FileEvents.h"
 #include "Support/StoreSupport.h"
 
 using namespace QRVPlatform;
@@ -331,6 +332,28 @@ TEST(Reload, FromBeforeASaveThatEndsMeanwhileIsPublishedAndReadOnceMore) {
     EXPECT_EQ(monitoring.calls(), 2);
     EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
     EXPECT_EQ(QRVSettingsObjectForKeyPath("Own"), 5);
+}
+
+TEST(Reload, HoweverManyAreBesideAWriteTheFileIsReadOnceMoreForAllOfThem) {
+    constexpr int many = 50;
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    std::promise<void> gate;
+    QRVSettings::sharedSettings().queue().async(
+        [passed = gate.get_future().share()] { passed.wait(); });
+    QRVSettingsSetObjectForKeyPath(5, "Own");
+    for (int number = 1; number <= many; ++number) {
+        rewriteSettings({{"A", number}});
+        Monitoring::notify();
+    }
+    EXPECT_EQ(monitoring.calls(), many);
+    FileEvents openings(QRVSettingsLocation(), IN_OPEN);
+    gate.set_value();
+    StoreSupport::finishSaves();
+    Monitoring::settle();
+    EXPECT_LE(openings.count(), 3) << "the save, the second reading and at most a third";
+    EXPECT_EQ(QRVSettingsStoredValues(), StoreSupport::fileTree());
 }
 
 TEST(Reload, WhoseSecondReadingFindsOnlyOwnChangesTakesThemOverWithoutReportingThem) {

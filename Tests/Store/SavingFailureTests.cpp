@@ -170,3 +170,21 @@ TEST(SavingFailure, AnOldFileThatCannotBeReadIsLeftAlone) {
     EXPECT_FALSE(std::filesystem::exists(backup(1)));
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr(QRVSettingsLocation())));
 }
+
+TEST(SavingFailure, AFileThatMayHaveBeenCutOffIsReadAndBackedUpOnceBeforeItIsReplaced) {
+    const std::string cut = "A = 1;\nB = 2;\n";
+    const std::string backup = filesBeside(QRVSettingsLocation()).backupStart;
+    for (const bool merges : {false, true}) {
+        std::filesystem::remove(QRVSettingsLocation());
+        QRVSettings::sharedSettings().setMergesSaves(merges);
+        QRVSettings::sharedSettings().setStorageCache(nullptr);
+        writeSettings(cut);
+        EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("A"), "1");
+        QRVSettingsSetObjectForKeyPath(3, "C");
+        QRVSettingsSetObjectForKeyPath(4, "D");
+        finishSaves();
+        EXPECT_EQ(fileTree(), NSDictionary({{"A", "1"}, {"B", "2"}, {"C", 3}, {"D", 4}}));
+        EXPECT_EQ(contentsOf(backup + (merges ? "2" : "1")), cut);
+    }
+    EXPECT_FALSE(std::filesystem::exists(backup + "3"));
+}

@@ -7,6 +7,7 @@
 
 #include <random>
 
+#include "Platform/Files/Files.h"
 #include "Support/HostProcess.h"
 
 using namespace HostProcess;
@@ -155,9 +156,12 @@ bool writeAndMirror(const Hosts& hosts, std::size_t self, const SharedNumbers& r
         const PropertyListValue value = static_cast<std::int64_t>(self) + 10 * number;
         mirror.write(keyPath, random() % 10 == 0 ? PropertyListValue() : value);
         if (random() % 4 == 0) finishSaves();
+        if (random() % 30 == 0) QRVSettingsPrepareBatchSave();
+        if (random() % 10 == 0) QRVSettingsCommitBatchSave();
         DispatchMainQueue::shared().drain();
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
     }
+    QRVSettingsCommitBatchSave();
     if (!allIsSaved() || !hosts.meet(self)) return false;
     const bool isAlike = drainUntil([&mirror] {
         const Settings stored = settingsOf(fileTree());
@@ -184,6 +188,57 @@ TEST(Together, EveryChangeByOthersThatStayedIsReported) {
     hosts.expectSuccess();
     for (std::size_t self = 0; self < count; ++self) EXPECT_GT(received[self], 0);
     RecordProperty("ReceivedByTheFirst", static_cast<int>(received[0]));
+}
+
+namespace {
+
+bool writeWhileSavesFail(const Hosts& hosts, std::size_t self, const Gate& endOfFailures,
+                         const SharedNumbers& failed) {
+    QRVPlatform::setFileFailureHandler([&failed](const QRVPlatform::FileFailure&) { ++failed[0]; });
+    start(Mode::Merging, true);
+    Pauses pauses(self);
+    int number = 0;
+    while (number < keyPathsOfEach || !endOfFailures.isOpen()) {
+        QRVSettingsSetObjectForKeyPath(number, ownKeyPath(self, number % keyPathsOfEach));
+        ++number;
+        pauses.pause();
+    }
+    // The next save brings what the failed ones could not.
+    QRVSettingsSetObjectForKeyPath(number, ownKeyPath(self, keyPathsOfEach));
+    if (!allIsSaved() || !hosts.meet(self) || !memoryEqualsTheFile()) return false;
+    for (int count = 0; count < keyPathsOfEach; ++count) {
+        const PropertyListValue left = QRVSettingsStoredObjectForKeyPath(ownKeyPath(self, count));
+        const int last = (number - 1 - count) / keyPathsOfEach * keyPathsOfEach + count;
+        EXPECT_EQ(left, last) << ownKeyPath(self, count);
+    }
+    return !testing::Test::HasFailure();
+}
+
+}  // namespace
+
+TEST(Together, WritesWhoseSavesFailNowAndThenAreSavedInTheEnd) {
+    constexpr std::size_t count = 3;
+    constexpr int failures = 20;
+    StoreSupport::writeSettings(NSDictionary{{"Begun", true}});
+    const Gate endOfFailures;
+    const SharedNumbers failed(1);
+    Hosts hosts(count);
+    for (std::size_t self = 0; self < count; ++self)
+        hosts.add([&, self] { return writeWhileSavesFail(hosts, self, endOfFailures, failed); });
+    const std::string obstacle =
+        QRVPlatform::filesBeside(QRVSettingsLocation()).temporary + "/inside";
+    for (int failure = 0; failure < failures; ++failure) {
+        std::error_code error;  // a save may be there at this moment
+        std::filesystem::create_directories(obstacle, error);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::filesystem::remove_all(std::filesystem::path(obstacle).parent_path(), error);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    endOfFailures.open();
+    EXPECT_TRUE(hosts.letMeet());
+    hosts.expectSuccess();
+    EXPECT_GT(failed[0], 0);
+    RecordProperty("FailedSaves", static_cast<int>(failed[0]));
 }
 
 namespace {

@@ -52,7 +52,8 @@ inline bool mayFail(const Call& call) {
     if (call.is({SYS_openat})) return isOnPath(call, 1);
     if (call.is({SYS_rename, SYS_unlink, SYS_mkdir})) return isOnPath(call, 0);
     if (call.is({SYS_write})) return isFileWrite(call);
-    return call.is({SYS_fsync, SYS_fdatasync, SYS_flock, SYS_fchmod, SYS_fchown, SYS_utimensat});
+    return call.is({SYS_fsync, SYS_fdatasync, SYS_flock, SYS_fchmod, SYS_fchown, SYS_utimensat,
+                    SYS_llistxattr, SYS_lgetxattr, SYS_fgetxattr});
 }
 
 /// Nothing fails after this.

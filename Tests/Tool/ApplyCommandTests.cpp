@@ -245,6 +245,13 @@ TEST(Apply, ADamagedFileIsReplacedWhenAskedFor) {
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
 }
 
+TEST(Apply, SaysWhatStrictXMLReadersRefuse) {
+    const std::string said =
+        "qrvsettings: strict XML readers refuse the file because of U+001B, a.b\n";
+    EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\n", {"--dry-run"}).errors, said);
+    EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\nunset a.d\n").errors, said);
+}
+
 TEST(Apply, SaysWhatIsMigrated) {
     ToolSupport::writeSettings(propertyList("<key>a</key><integer>1</integer>"));
     EXPECT_THAT(apply("set a 2\n", {"--dry-run"}).errors, HasSubstr("of an earlier version"));

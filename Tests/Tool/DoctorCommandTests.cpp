@@ -33,6 +33,7 @@ struct Report {
     int exitCode = -1;
     json facts;
     std::vector<std::string> messages;  ///< "level: message"
+    std::vector<std::string> advices;
     std::vector<std::string> keyPaths;  ///< of the findings that have one
 };
 
@@ -41,14 +42,17 @@ Report examine(const Surroundings& surroundings = {}) {
     const Outcome outcome = run({"doctor", "--json"}, surroundings);
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(ToolSupport::snapshot(ToolSupport::configurationFolder()), before);
-    Report report{outcome.exitCode, {}, {}, {}};
+    Report report{outcome.exitCode, {}, {}, {}, {}};
     const json object = json::parse(outcome.output, nullptr, false);
     if (!object.is_object()) return report;
     report.facts = object["facts"];
     for (const json& finding : object["findings"]) {
+        // The machine of the test is not examined here.
+        if (finding["message"].get<std::string>().starts_with("this machine has no id")) continue;
         report.messages.push_back(finding["level"].get<std::string>() + ": " +
                                   finding["message"].get<std::string>());
-        EXPECT_NE(finding["advice"], "");
+        report.advices.push_back(finding["advice"]);
+        EXPECT_NE(report.advices.back(), "");
         if (!finding["keyPath"].is_null()) report.keyPaths.push_back(finding["keyPath"]);
     }
     return report;
@@ -203,6 +207,30 @@ TEST(Doctor, WarnsOfAnotherOwner) {
     EXPECT_EQ(report.facts["owner"], "54321");
 }
 
+TEST(Doctor, WarnsOfAFolderThatOthersMayWrite) {
+    writePrivately(propertyList(""));
+    const auto folder = settingsFile().parent_path();
+    std::filesystem::permissions(folder, std::filesystem::perms(0777));
+    const Report report = examine();
+    expectFinding(report, 1,
+                  "warning: other users may replace the settings: mode 0777 of the folder " +
+                      folder.string());
+    EXPECT_EQ(report.advices,
+              std::vector<std::string>{"keep them out: chmod go-w '" + folder.string() + "'"});
+}
+
+TEST(Doctor, SaysThatAFileIsReadOnly) {
+    writePrivately(propertyList(""));
+    std::filesystem::permissions(settingsFile(), std::filesystem::perms(0400));
+    expectFinding(examine(), 1,
+                  "warning: the file is read-only, and commands that write refuse it: mode 0400");
+}
+
+TEST(Doctor, WarnsOfAFileThatIsNearlyTooLarge) {
+    writePrivately(propertyList("") + std::string(60'000'000, ' '));
+    expectFinding(examine(), 1, "warning: the file is nearly too large: 600");
+}
+
 TEST(Doctor, SaysThatAFolderCannotBeWritten) {
     writePrivately(propertyList(""));
     const auto folder = settingsFile().parent_path();
@@ -220,10 +248,15 @@ TEST(Doctor, SaysThatAFolderCannotBeWritten) {
 TEST(Doctor, SaysWhatIsWrongWithTheLockFile) {
     writePrivately(propertyList(""));
     std::filesystem::create_directories(hidden(".lock"));
-    expectFinding(examine(), 1, "in the place of the lock file is no file");
+    expectFinding(
+        examine(), 1,
+        "in the place of the lock file is no file, but a folder: " + hidden(".lock").string());
     std::filesystem::remove(hidden(".lock"));
     std::filesystem::create_symlink("elsewhere", hidden(".lock"));
-    expectFinding(examine(), 1, "in the place of the lock file is no file");
+    expectFinding(examine(), 1, "in the place of the lock file is no file, but a link: ");
+    std::filesystem::remove(hidden(".lock"));
+    ASSERT_EQ(mkfifo(hidden(".lock").c_str(), 0600), 0);
+    expectFinding(examine(), 1, "no file, but what is neither file nor folder: ");
     std::filesystem::remove(hidden(".lock"));
     writeFile(hidden(".lock"), "");
     std::filesystem::permissions(hidden(".lock"), std::filesystem::perms::none);
@@ -260,6 +293,96 @@ TEST(Doctor, TellsLeftoversOfSaves) {
     std::filesystem::create_directories(hidden(".tmp"));
     expectFinding(examine(), 1, "error: no save can succeed, a folder lies where saves begin");
     EXPECT_EQ(run({"set", "a", "1"}).exitCode, 4) << "as it says";
+}
+
+TEST(Doctor, NamesWhatNoSaveLeavesWhereSavesBegin) {
+    writePrivately(propertyList(""));
+    std::filesystem::create_symlink("elsewhere", hidden(".tmp"));
+    expectFinding(examine(), 1,
+                  "warning: a link lies where saves begin: " + hidden(".tmp").string());
+    std::filesystem::remove(hidden(".tmp"));
+    ASSERT_EQ(mkfifo(hidden(".tmp").c_str(), 0600), 0);
+    expectFinding(examine(), 1,
+                  "warning: what is neither file nor folder lies where saves begin: ");
+    EXPECT_EQ(run({"set", "a", "1"}).exitCode, 0) << "which removes it";
+    EXPECT_FALSE(std::filesystem::exists(hidden(".tmp")));
+}
+
+TEST(Doctor, NamesEmptyDictionariesThatHideADefault) {
+    writeMigrated(
+        dictionary("CPU", dictionary("Menubar", "")) + dictionary("Own", "") +
+        dictionary(
+            "Profiles",
+            dictionary("Settings",
+                       dictionary("p", dictionary("Menu", "")) +
+                           dictionary("default", dictionary("CPU", dictionary("Menubar", ""))))));
+    const Report report = examine();
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_THAT(
+        report.messages,
+        ElementsAre(
+            "note: CPU.Menubar is an empty dictionary, and hides its default",
+            "note: Profiles.Settings.p.Menu is an empty dictionary, and hides its default"));
+    for (const std::string& advice : report.advices)
+        ASSERT_EQ(ToolSupport::runShell(advice.substr(advice.find("qrvsettings"))).exitCode, 0);
+    EXPECT_THAT(examine().messages, IsEmpty());
+}
+
+TEST(Doctor, NamesKeysThatNoKeyPathReaches) {
+    writeMigrated("<key>CPU.Menubar.Enabled</key><false/><key>a</key><integer>1</integer>" +
+                  dictionary("b", "<key>c.d</key><true/>"));
+    const Report report = examine();
+    EXPECT_EQ(report.exitCode, 1);
+    EXPECT_THAT(
+        report.messages,
+        ElementsAre(
+            "warning: a key holds a dot, so that no key path reaches it: CPU.Menubar.Enabled",
+            "warning: a key holds a dot, so that no key path reaches it: b.c.d"));
+    const std::string advice = report.advices.front();
+    const Outcome outcome = ToolSupport::runShell(advice.substr(advice.find("qrvsettings")));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(examine().messages, IsEmpty());
+    EXPECT_EQ(run({"get", "a"}).output, "1\n");
+}
+
+TEST(Doctor, NamesWhatOtherReadersRefuse) {
+    ASSERT_EQ(run({"apply", "-"}, {"set a.b \"\\u001b\"\nset \"n\\u0000\" 1\n"
+                                   "set c [{\"x\":\"\\uffff\"}]\n",
+                                   {}})
+                  .exitCode,
+              0);
+    const Report report = examine();
+    EXPECT_EQ(report.exitCode, 1);
+    EXPECT_THAT(
+        report.messages,
+        ElementsAre(
+            "warning: strict XML readers refuse the file because of U+001B in a.b",
+            "warning: strict XML readers refuse the file because of U+FFFF in c",
+            "warning: strict XML readers refuse the file because of U+0000 in \"n\\u0000\""));
+    for (const std::string& advice : report.advices) {
+        const std::size_t start = std::min(advice.find("qrvsettings unset"), advice.find("printf"));
+        ASSERT_EQ(ToolSupport::runShell(advice.substr(start)).exitCode, 0) << advice;
+    }
+    EXPECT_THAT(examine().messages, IsEmpty());
+}
+
+TEST(Doctor, NamesDatesThatOtherReadersRefuse) {
+    ASSERT_EQ(
+        ToolSupport::runProgram(
+            QRV_PYTHON, {"-c",
+                         "import plistlib, struct, sys\n"
+                         "tree = {'Migration': {'CombinedPowerItems': True, 'Profiles': True},\n"
+                         "        'a': [__import__('datetime').datetime(2001, 1, 1, 0, 0, 1)]}\n"
+                         "data = plistlib.dumps(tree, fmt=plistlib.FMT_BINARY)\n"
+                         "date = b'\\x33' + struct.pack('>d', 1.0)\n"
+                         "assert data.count(date) == 1\n"
+                         "open(sys.argv[1], 'wb').write(data.replace(date, b'\\x33' + "
+                         "struct.pack('>d', 1e12)))\n",
+                         (writePrivately(""), settingsFile())})
+            .exitCode,
+        0);
+    expectFinding(examine(), 1,
+                  "warning: other programs may refuse the file: a has a date outside the years");
 }
 
 TEST(Doctor, NamesEachDamagedCopy) {

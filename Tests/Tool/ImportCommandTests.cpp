@@ -246,6 +246,19 @@ TEST(Import, ADamagedFileIsReplacedWhenAskedFor) {
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
 }
 
+TEST(Import, SaysWhatStrictXMLReadersRefuse) {
+    writeFile("new.json", R"({"a":{"b":"\u0001","c":"fine"},"d.e":"\ufffe","f":"1"})");
+    EXPECT_THAT(run({"import", "new.json"}).errors,
+                HasSubstr("qrvsettings: strict XML readers refuse the file because of U+0001, a.b\n"
+                          "qrvsettings: strict XML readers refuse the file because of U+FFFE, "
+                          "d.e\n"));
+    std::string many = "{";
+    for (const char key : {'a', 'b', 'c', 'd', 'e', 'f', 'g'})
+        many += std::string(1, key) + " = \"\\001\"; ";
+    EXPECT_THAT(run({"import", "-"}, {many + "}", {}}).errors,
+                HasSubstr("U+0001, e\nqrvsettings: they refuse 2 more settings\n"));
+}
+
 TEST(Import, SaysWhenFractionsOfSecondsAreLost) {
     writeFile("new.json", R"({"a":{"$date":"2020-01-01T00:00:00.5Z"}})");
     EXPECT_THAT(run({"import", "new.json"}).errors,

@@ -2,6 +2,9 @@
 // The tool starts up as any process of the application does: what it reads is what that would see.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include "Tool/ToolSupport.h"
 
@@ -30,7 +33,53 @@ std::string ofAnEarlierVersion() {
         "<key>CPU</key><dict><key>Menubar</key><dict><key>Enabled</key><false/></dict></dict>");
 }
 
+constexpr int cannotBeTried = 77;
+
+/// A machine with an empty file in the place of each id.
+void loseMachineID() {
+    const bool isRoot = geteuid() == 0;
+    bool isLost = unshare(isRoot ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+                  mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    for (const char* file : {"/etc/machine-id", "/var/lib/dbus/machine-id"})
+        isLost = isLost &&
+                 (access(file, F_OK) != 0 || mount("empty", file, nullptr, MS_BIND, nullptr) == 0);
+    if (!isLost) _exit(cannotBeTried);
+}
+
+Outcome runWithoutMachineID(const std::vector<std::string>& arguments) {
+    ToolSupport::writeFile("empty", "");
+    return run(arguments, {"", loseMachineID});
+}
+
 }  // namespace
+
+TEST(StartUpWithoutMachineID, SaysWhyASettingIsResetAndWhatGivesAnID) {
+    const std::string interface = "Network.Menubar.Global.PrimaryInterface";
+    ASSERT_EQ(run({"set", interface, "en0"}).exitCode, 0);
+    const Outcome outcome = runWithoutMachineID({"set", "a", "1"});
+    if (outcome.exitCode == cannotBeTried) GTEST_SKIP() << "no namespace for mounts";
+    const std::string message =
+        "qrvsettings: this machine has no id (/etc/machine-id is missing or empty): " + interface +
+        " is reset at each start; give it one, as root: systemd-machine-id-setup, or where that is "
+        "missing: tr -d - </proc/sys/kernel/random/uuid >/etc/machine-id\n";
+    EXPECT_EQ(outcome.errors, message);
+    EXPECT_EQ(runWithoutMachineID({"set", "a", "2"}).errors, "") << "there is nothing to reset";
+    ASSERT_EQ(runWithoutMachineID({"set", interface, "en0"}).exitCode, 0);
+    EXPECT_EQ(runWithoutMachineID({"set", "a", "3"}).errors, message) << "each time";
+}
+
+TEST(StartUpWithoutMachineID, DoctorSaysSo) {
+    const Outcome outcome = runWithoutMachineID({"doctor"});
+    if (outcome.exitCode == cannotBeTried) GTEST_SKIP() << "no namespace for mounts";
+    EXPECT_THAT(outcome.output, HasSubstr("\nnote: this machine has no id (/etc/machine-id is "
+                                          "missing or empty), so that Network."));
+    EXPECT_EQ(outcome.exitCode, 0);
+    ASSERT_EQ(run({"set", "Network.Menubar.Global.PrimaryInterface", "en0"}).exitCode, 0);
+    const Outcome affected = runWithoutMachineID({"doctor"});
+    EXPECT_EQ(affected.exitCode, 1);
+    EXPECT_THAT(affected.output, HasSubstr("\nwarning: this machine has no id "));
+    EXPECT_THAT(affected.output, HasSubstr("tr -d - </proc/sys/kernel/random/uuid"));
+}
 
 TEST(StartUp, AWriteRecordsTheMachine) {
     ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);

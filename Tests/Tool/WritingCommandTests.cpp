@@ -82,6 +82,22 @@ TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
     EXPECT_EQ(run({"set", "UpdateFrequency", "4.0"}).errors, "") << "a number all the same";
 }
 
+TEST(Set, SaysWhichCharactersStrictXMLReadersRefuse) {
+    const std::string start = "qrvsettings: strict XML readers refuse the file because of ";
+    EXPECT_EQ(run({"set", "a", "\x1b[m"}).errors, start + "U+001B, a\n");
+    EXPECT_EQ(run({"set", "b", "\xef\xbf\xbe"}).errors, start + "U+FFFE, b\n");
+    EXPECT_EQ(run({"set", "c", "[\"x\",{\"\\uffff\":1}]"}).errors, start + "U+FFFF, c\n");
+    EXPECT_EQ(run({"set", "d", R"({"e":{"f\u0000":{"g":1}}})"}).errors,
+              start + "U+0000, d.e.f\\x00\n");
+    EXPECT_EQ(run({"set", "e\x01", "1"}).errors, start + "U+0001, e\\x01\n");
+    EXPECT_EQ(run({"set", "f", "\t\r\n\x7f\xc2\x9b\xef\xbf\xbd😀"}).errors, "");
+    EXPECT_EQ(run({"set", "a", "\x1b", "--quiet"}).errors, "");
+    const auto python = ToolSupport::runProgram(
+        QRV_PYTHON,
+        {"-c", "import plistlib, sys\nplistlib.load(open(sys.argv[1], 'rb'))", settingsFile()});
+    EXPECT_NE(python.exitCode, 0) << "a strict reader";
+}
+
 TEST(Set, AnEmptyFileIsNoObstacle) {
     writeSettings("");
     const Outcome outcome = run({"set", "a", "1"});

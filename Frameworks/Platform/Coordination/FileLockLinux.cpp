@@ -15,6 +15,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Files/FolderOwner.h"
 #include "Platform/Files/NSFileCoordinator.h"
 
 namespace QRVPlatform {
@@ -35,6 +36,7 @@ CloseOnFork::Handle created(const std::string& path) {
     constexpr mode_t mode = S_IRUSR | S_IWUSR;
     auto file = CloseOnFork::open(path, O_RDWR | O_CREAT | O_EXCL | safely, mode);
     if (file) fchmod(file->number(), mode);
+    if (file) FolderOwner::give(*file, path);
     return file;
 }
 

@@ -18,14 +18,14 @@ namespace QRVPlatform {
 namespace {
 
 /// Removes what an earlier process has left there.
-std::error_code createTemporary(NewFile& file, const std::string& path, const struct stat* model) {
+std::error_code createTemporary(NewFile& file, const std::string& path, const FileModel* model) {
     const std::error_code error = file.create(path, model);
     if (error != std::errc::file_exists) return error;
     unlink(path.c_str());
     return file.create(path, model);
 }
 
-std::error_code writeNewFile(NewFile& file, const std::string& path, const struct stat* model,
+std::error_code writeNewFile(NewFile& file, const std::string& path, const FileModel* model,
                              std::string_view bytes) {
     if (const auto error = createTemporary(file, path, model)) return error;
     if (const auto error = file.write(bytes)) return error;
@@ -42,8 +42,9 @@ std::error_code replaceUnder(WriteAccess& access, std::string_view bytes) {
         return error;
     const std::string temporary = filesBeside(path).temporary;
     if (temporary.empty()) return make_error_code(std::errc::is_a_directory);
+    const FileModel model{path, old};
     NewFile file;
-    if (const auto error = writeNewFile(file, temporary, exists ? &old : nullptr, bytes))
+    if (const auto error = writeNewFile(file, temporary, exists ? &model : nullptr, bytes))
         return error;
     if (const auto error = access.putInPlace(temporary)) return error;
     file.keep();

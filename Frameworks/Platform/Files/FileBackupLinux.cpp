@@ -35,7 +35,8 @@ std::error_code copyFile(const std::string& path, const std::string& copyPath) {
     struct stat status {};
     if (!source.isOpen() || fstat(source.number(), &status) != 0) return FileFailures::lastError();
     NewFile copy;
-    if (const auto error = copy.create(copyPath, &status)) return error;
+    const FileModel model{path, status};
+    if (const auto error = copy.create(copyPath, &model)) return error;
     if (const auto error = copyBytes(source, copy)) return error;
     if (const auto error = copy.finish()) return error;
     copy.keep();

@@ -2,9 +2,11 @@
 #include "Platform/Files/FileFailures.h"
 
 #include <cerrno>
+#include <set>
 #include <utility>
 
 #include "Platform/Files/Files.h"
+#include "Platform/Threads/Mutex.h"
 #include "Platform/Threads/ReplaceableHandler.h"
 
 namespace QRVPlatform {
@@ -17,6 +19,19 @@ ReplaceableHandler<const FileFailure&>& currentHandler() {
     return handler;
 }
 
+class ReportedFailures {
+  public:
+    /// True the first time.
+    bool insert(const std::string& operation, const std::string& path) {
+        const LockGuard lock(mutex_);
+        return failures_.emplace(operation, path).second;
+    }
+
+  private:
+    Mutex mutex_;
+    std::set<std::pair<std::string, std::string>> failures_ QRV_GUARDED_BY(mutex_);
+};
+
 }  // namespace
 
 std::error_code FileFailures::lastError() {
@@ -27,6 +42,18 @@ std::error_code FileFailures::reported(const std::string& operation, const std::
                                        std::error_code error, const std::string& keyPath) {
     if (error) currentHandler().call(FileFailure{operation, path, error, keyPath});
     return error;
+}
+
+void FileFailures::reportOnce(const std::string& operation, const std::string& path,
+                              std::error_code error) {
+    static auto& reportedFailures = *new ReportedFailures;
+    if (reportedFailures.insert(operation, path)) reported(operation, path, error);
+}
+
+bool FileFailures::isRefusal(std::error_code error) {
+    return error == std::errc::operation_not_permitted ||
+           error == std::errc::operation_not_supported ||
+           error == std::errc::function_not_supported;
 }
 
 void setFileFailureHandler(std::function<void(const FileFailure&)> handler) {

@@ -20,7 +20,8 @@ std::optional<std::string> linkTarget(const std::string& path);
 /// There is a folder at `path`, no link to one.
 bool isFolder(const std::string& path);
 
-/// Makes the folder and those above that are missing, each of mode 0700. Empty when it is there.
+/// Makes the folder and those above that are missing, each of mode 0700 and of the owner of the
+/// folder above, where that is allowed. Empty when it is there.
 std::error_code createFolder(const std::string& path);
 
 /// After it, the names in the folder survive a crash of the system, where the file system can sync

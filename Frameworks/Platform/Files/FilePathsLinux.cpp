@@ -11,6 +11,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
 #include "Platform/Files/Files.h"
+#include "Platform/Files/FolderOwner.h"
 
 namespace QRVPlatform {
 
@@ -21,6 +22,16 @@ std::error_code checkFolder(const std::string& path) {
     if (stat(path.c_str(), &status) != 0) return FileFailures::lastError();
     return S_ISDIR(status.st_mode) ? std::error_code()
                                    : make_error_code(std::errc::not_a_directory);
+}
+
+/// False with `errno` set when it cannot.
+bool makeFolder(const std::string& path) {
+    if (mkdir(path.c_str(), S_IRWXU) != 0) return false;
+    const FileDescriptor folder(
+        open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (folder.isOpen()) FolderOwner::give(folder, path);
+    FilePaths::syncFolder(FilePaths::folderOf(path));
+    return true;
 }
 
 }  // namespace
@@ -49,15 +60,12 @@ ResolvedPath resolvedPath(std::string path) {
 }
 
 std::error_code FilePaths::createFolder(const std::string& path) {
-    if (mkdir(path.c_str(), S_IRWXU) == 0) {
-        syncFolder(folderOf(path));
-        return {};
-    }
+    if (makeFolder(path)) return {};
     if (errno == EEXIST) return checkFolder(path);
     const std::string parent = folderOf(path);
     if (errno != ENOENT || parent == path) return FileFailures::lastError();
     if (const std::error_code error = createFolder(parent)) return error;
-    const bool isThere = mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
+    const bool isThere = makeFolder(path) || errno == EEXIST;
     return isThere ? std::error_code() : FileFailures::lastError();
 }
 

@@ -10,6 +10,8 @@
 #include <ctime>
 
 #include "Platform/Files/FileFailures.h"
+#include "Platform/Files/FileRights.h"
+#include "Platform/Files/FolderOwner.h"
 #include "Platform/Files/NewFile.h"
 
 namespace QRVPlatform {
@@ -17,14 +19,6 @@ namespace QRVPlatform {
 namespace {
 
 constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
-
-/// Sets owner and group, or the group alone, or neither, as far as the system allows it. Returns
-/// the mode that the file may have: another group does not get the permissions of the old one.
-mode_t keepOwner(const FileDescriptor& file, const struct stat& model, mode_t mode) {
-    if (fchown(file.number(), model.st_uid, model.st_gid) == 0) return mode;
-    if (fchown(file.number(), static_cast<uid_t>(-1), model.st_gid) == 0) return mode;
-    return mode & ~static_cast<mode_t>(S_IRWXG);
-}
 
 constexpr std::int64_t aSecond = 1'000'000'000;
 constexpr std::int64_t aMicrosecond = 1000;
@@ -39,16 +33,15 @@ NewFile::~NewFile() {
     if (!path_.empty()) unlink(path_.c_str());
 }
 
-// The owner first, then the mode: no group ever has the permissions that are meant for another.
-std::error_code NewFile::create(const std::string& path, const struct stat* model) {
-    constexpr mode_t permissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
-    mode_t mode = model != nullptr ? model->st_mode & permissionBits : privateMode;
-    file_ = FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                mode & privateMode));
+std::error_code NewFile::create(const std::string& path, const FileModel* model) {
+    file_ = FileDescriptor(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateMode));
     if (!file_.isOpen()) return FileFailures::lastError();
     path_ = path;
-    if (model != nullptr) mode = keepOwner(file_, *model, mode);
-    return fchmod(file_.number(), mode) == 0 ? std::error_code() : FileFailures::lastError();
+    if (model != nullptr) return FileRights::copyFrom(*model, file_, path);
+    const std::error_code error = FileRights::makePrivate(file_, path);
+    if (!error) FolderOwner::give(file_, path);
+    return error;
 }
 
 std::error_code NewFile::write(std::string_view bytes) {
@@ -60,19 +53,20 @@ std::error_code NewFile::write(std::string_view bytes) {
     return {};
 }
 
-std::error_code NewFile::date(const struct stat* model) {
+std::error_code NewFile::date(const FileModel* model) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     std::int64_t date = nanoseconds(now);
     if (model != nullptr) {
-        const std::int64_t next = nanoseconds(model->st_mtim) + aMicrosecond;
+        const std::int64_t next = nanoseconds(model->status.st_mtim) + aMicrosecond;
         // A date further in the future comes from another clock, and is not followed.
         if (next - date <= aSecond) date = std::max(date, next);
     }
     const std::array<timespec, 2> times = {timespec{0, UTIME_OMIT},
                                            timespec{date / aSecond, date % aSecond}};
-    return futimens(file_.number(), times.data()) == 0 ? std::error_code()
-                                                       : FileFailures::lastError();
+    if (futimens(file_.number(), times.data()) == 0) return {};
+    const std::error_code error = FileFailures::lastError();
+    return FileFailures::isRefusal(error) ? std::error_code() : error;
 }
 
 std::error_code NewFile::finish() {

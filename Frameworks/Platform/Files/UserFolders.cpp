@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Files/UserFolders.h"
 
-#include <cstdlib>
+#include <string_view>
 
 #include "Platform/Files/Files.h"
 
@@ -13,18 +13,30 @@ bool isAbsolute(const char* path) {
     return path != nullptr && path[0] == '/';
 }
 
+std::string withoutSlashesAtTheEnd(std::string_view path) {
+    return std::string(path.substr(0, path.find_last_not_of('/') + 1));
+}
+
+std::string configurationFolderOf(std::string_view home) {
+    return withoutSlashesAtTheEnd(home) + "/.config";
+}
+
 }  // namespace
 
 std::string UserFolders::libraryFolder(const char* configurationHome, const char* home,
                                        std::string (*databaseHome)()) {
-    if (isAbsolute(configurationHome)) return configurationHome;
-    if (isAbsolute(home)) return std::string(home) + "/.config";
+    if (isAbsolute(configurationHome)) {
+        const std::string folder = withoutSlashesAtTheEnd(configurationHome);
+        return folder.empty() ? "/." : folder;
+    }
+    if (isAbsolute(home)) return configurationFolderOf(home);
     const std::string lastResort = databaseHome();
-    return isAbsolute(lastResort.c_str()) ? lastResort + "/.config" : std::string();
+    return isAbsolute(lastResort.c_str()) ? configurationFolderOf(lastResort) : std::string();
 }
 
 std::string userLibraryFolder() {
-    return UserFolders::libraryFolder(std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME"),
+    return UserFolders::libraryFolder(UserFolders::trustedVariable("XDG_CONFIG_HOME"),
+                                      UserFolders::trustedVariable("HOME"),
                                       UserFolders::homeFromPasswordDatabase);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <pwd.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,10 @@
 #include "Platform/Files/UserFolders.h"
 
 namespace QRVPlatform {
+
+const char* UserFolders::trustedVariable(const char* name) {
+    return secure_getenv(name);
+}
 
 std::string UserFolders::homeFromPasswordDatabase() {
     constexpr std::size_t largestEntry = std::size_t{1} << 20;

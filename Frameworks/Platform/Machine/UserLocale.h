@@ -13,11 +13,12 @@ namespace QRVPlatform {
 std::string userTimeLocale();
 
 /// The pattern of the short time style, in the pattern language of Unicode (`HH:mm`, `h:mm a`). A
-/// locale is named as in the environment (`de_DE.UTF-8`, `sr_RS@latin`, `C`); one that is not known
-/// has the pattern of no language. ASCII: other characters are `?`. Empty when there is none.
+/// locale is named as in the environment (`de_DE.UTF-8`, `sr_RS@latin`, `C`). ASCII: other
+/// characters are `?`.
 ///
-/// The first call loads ICU, which knows the patterns. Where that fails there are none in this
-/// process, and the reason is logged once.
+/// The patterns of the locales that ICU or the C library has are compiled in. For any other locale
+/// this loads ICU, which may find a related one (`de` for `de_XX`), or the pattern of no language.
+/// Where ICU cannot be loaded, an unknown locale has the pattern of `C`.
 std::string shortTimePattern(const std::string& locale);
 
 }  // namespace QRVPlatform

@@ -33,6 +33,12 @@ void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingCha
     }
 }
 
+NSDictionary valuesOf(const std::vector<Edit>& edits) {
+    const NSMutableDictionary values;
+    for (const Edit& edit : edits) values.setObjectForKey(edit.value, edit.keyPath);
+    return values;
+}
+
 void preview(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges neverSaved;
     const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
@@ -57,6 +63,7 @@ ExitCode apply(const Options& options) {
         preview(edits, name);
     else
         saveAll(edits, name);
+    remarkWhatStrictXMLRefuses(valuesOf(edits));
     return ExitCode::Done;
 }
 

@@ -66,6 +66,7 @@ struct Options {
 ExitCode doctor(const Options& options) {
     Diagnosis diagnosis;
     const NSDictionary settings = examineFile(diagnosis);
+    examineMachine(diagnosis, settings);
     examineSettings(diagnosis, settings);
     print(options.json ? jsonOf(diagnosis) : linesOf(diagnosis));
     return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(), needsAPerson)

@@ -41,6 +41,7 @@ ExitCode runImport(const Options& options) {
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
     if (needMigration(settings)) remark(migrationNote);
+    remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
     return ExitCode::Done;
 }

@@ -2,6 +2,7 @@
 // Stores one setting.
 
 #include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/InputFile.h"
@@ -76,6 +77,7 @@ ExitCode set(const Options& options) {
     changes.set(value, options.keyPath, scope);
     changes.save();
     remarkWhatIsUnusual(value, replaced, options.keyPath);
+    remarkWhatStrictXMLRefuses({{options.keyPath, value}});
     return ExitCode::Done;
 }
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/WritingCommands.h"
 
+#include <algorithm>
+
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
 #include "Reporting/Failure.h"
 #include "Text/Differences.h"
 #include "Text/SettingsText.h"
+#include "Text/StrictXML.h"
 
 namespace Tool {
 
@@ -22,6 +25,16 @@ void printWhatWouldChange(const NSDictionary& oldTree, const NSDictionary& newTr
         remark("nothing would change");
     else
         print(lines);
+}
+
+void remarkWhatStrictXMLRefuses(const NSDictionary& settings) {
+    constexpr std::size_t mostNamed = 5;
+    const std::vector<RefusedText> texts = textsRefusedByStrictXML(settings);
+    for (std::size_t index = 0; index < std::min(texts.size(), mostNamed); ++index)
+        remark("strict XML readers refuse the file because of " + texts[index].character + ", " +
+               texts[index].keyPath);
+    if (texts.size() > mostNamed)
+        remark("they refuse " + std::to_string(texts.size() - mostNamed) + " more settings");
 }
 
 Option keepDottedKeysFlag(DottedKeys& dottedKeys) {

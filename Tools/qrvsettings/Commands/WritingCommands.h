@@ -15,6 +15,9 @@ Option dryRunFlag(bool& dryRun);
 /// Prints a line for each difference of the trees, or says on standard error that there is none.
 void printWhatWouldChange(const NSDictionary& oldTree, const NSDictionary& newTree);
 
+/// Says which of these settings strict readers of XML refuse to read.
+void remarkWhatStrictXMLRefuses(const NSDictionary& settings);
+
 Option keepDottedKeysFlag(DottedKeys& dottedKeys);
 
 /// The settings in a file that an argument names; `-` is standard input. Throws Failure

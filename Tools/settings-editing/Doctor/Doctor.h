@@ -38,6 +38,9 @@ struct Diagnosis {
 /// Returns that tree; null when it cannot be read.
 NSDictionary examineFile(Diagnosis& diagnosis);
 
+/// Examines the machine, as far as the settings depend on it.
+void examineMachine(Diagnosis& diagnosis, const NSDictionary& settings);
+
 /// Examines the settings as the application will read them. Prepares the store.
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings);
 

@@ -10,8 +10,10 @@
 #include <utility>
 
 #include "Doctor/Doctor.h"
+#include "Doctor/Owners.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFilePresenter.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Settings/FileFacts.h"
 #include "Settings/SettingsFileCondition.h"
@@ -90,6 +92,11 @@ std::string nearestAbove(const std::string& path) {
     return folder.string();
 }
 
+std::string unusableOwner(const std::string& path) {
+    const auto fault = faultOfOwner(path);
+    return fault ? "; it " + *fault : "";
+}
+
 class FileExamination {
   public:
     FileExamination(Diagnosis& diagnosis, std::string location)
@@ -109,7 +116,9 @@ class FileExamination {
     void examineLink(const PathFacts& facts);
     void examineContents(const PathFacts& facts, const SettingsFileCondition& condition);
     void examineRights(const PathFacts& facts);
+    void examineSize(const PathFacts& facts);
     void examineFolder();
+    void examineRightsOfFolder(const std::string& folder);
     void examineLock();
     void examineHolders(const LockFacts& facts);
     void examineLeftOver();
@@ -183,7 +192,10 @@ void FileExamination::examineContents(const PathFacts& facts,
     diagnosis_.facts.push_back({"size", facts.size, std::to_string(facts.size) + " bytes"});
     if (condition.error)
         report(Level::Error, condition.fault(),
-               "make it readable: chmod u+r " + shellWord(target_));
+               facts.isOwnedByUser ? "make it readable: chmod u+r " + shellWord(target_)
+                                   : adviceForOwner(target_, false));
+    else
+        examineSize(facts);
     if (!condition.damage.empty())
         report(Level::Error, condition.fault(),
                "repair it by hand, or replace it, which leaves a backup beside the new file: "
@@ -199,9 +211,28 @@ void FileExamination::examineRights(const PathFacts& facts) {
                std::string("other users may ") + (isWritableForOthers ? "change" : "read") +
                    " the settings: mode " + modeText(facts.mode),
                "make them private: chmod 600 " + shellWord(target_));
-    if (!facts.isOwnedByUser)
-        report(Level::Warning, "the file belongs to another user: " + facts.owner,
-               "run this as that user, or take the file over with chown");
+    if ((facts.mode & PathFacts::ownerMayWrite) == 0 && isReadableFile(target_))
+        report(Level::Warning,
+               "the file is read-only, and commands that write refuse it: mode " +
+                   modeText(facts.mode),
+               "make it writable: chmod u+w " + shellWord(target_) +
+                   "; or overwrite it once with --force");
+    if (const auto fault = faultOfOwner(target_))
+        report(Level::Warning, "the file " + *fault, adviceForOwner(target_, false));
+    else if (!facts.isOwnedByUser)
+        report(
+            Level::Note, "the settings belong to another user: " + facts.owner,
+            "nothing; to run this as that user: sudo -H -u " + facts.owner + " qrvsettings doctor");
+}
+
+/// A file that is too large counts as damaged.
+void FileExamination::examineSize(const PathFacts& facts) {
+    constexpr std::uint64_t largest = NSPropertyListSerialization::maximumSize;
+    if (facts.size > largest / 4 * 3 && facts.size <= largest)
+        report(Level::Warning,
+               "the file is nearly too large: " + std::to_string(facts.size) + " of " +
+                   std::to_string(largest) + " bytes",
+               "find what takes the space: qrvsettings list --layer stored");
 }
 
 void FileExamination::examineFolder() {
@@ -210,10 +241,28 @@ void FileExamination::examineFolder() {
     if (!std::filesystem::is_directory(folder, ignored))
         report(Level::Error, "no save can succeed, this is no folder: " + folder,
                moveAway(folder, ".other"));
-    else if (!isWritableFolder(folder))
+    else
+        examineRightsOfFolder(folder);
+}
+
+void FileExamination::examineRightsOfFolder(const std::string& folder) {
+    const PathFacts facts = factsOfPath(folder);
+    if (!isWritableFolder(folder))
         report(Level::Error,
-               "no save can succeed, this user may not write into the folder " + folder,
-               "make it writable: chmod u+wx " + shellWord(folder));
+               "no save can succeed, this user may not write into the folder " + folder +
+                   (facts.isOwnedByUser ? "" : ", which belongs to another user: " + facts.owner),
+               adviceToWriteInto(folder));
+    if (const auto another = folderOfAnother(folder); another && isRoot())
+        report(Level::Warning,
+               "the folder " + another->path + " belongs to " + factsOfPath(another->path).owner +
+                   ", and the one above it to " + factsOfPath(another->above).owner,
+               "give it to the same user: chown -R --reference=" + shellWord(another->above) + " " +
+                   shellWord(another->path));
+    if (facts.kind == Kind::Folder && (facts.mode & othersMayWrite) != 0)
+        report(Level::Warning,
+               "other users may replace the settings: mode " + modeText(facts.mode) +
+                   " of the folder " + folder,
+               "keep them out: chmod go-w " + shellWord(folder));
 }
 
 void FileExamination::examineLock() {
@@ -231,19 +280,25 @@ void FileExamination::examineLock() {
             break;
         case LockFacts::State::NoFile:
             add(diagnosis_, "lock", "no file");
-            report(
-                Level::Error,
-                "no save can succeed, what lies in the place of the lock file is no file: " + path,
-                moveAway(path, ".other"));
+            report(Level::Error,
+                   "no save can succeed, what lies in the place of the lock file is no file, but " +
+                       kindName(factsOfPath(path).kind) + ": " + path,
+                   moveAway(path, ".other"));
             break;
         case LockFacts::State::Unusable:
             add(diagnosis_, "lock", "unusable");
             report(Level::Error,
                    "no save can succeed, the lock file cannot be opened: " + facts.error.message() +
-                       ", " + path,
-                   "make it usable for this user: chmod 600 " + shellWord(path));
+                       ", " + path + unusableOwner(path),
+                   factsOfPath(path).isOwnedByUser
+                       ? "make it usable for this user: chmod 600 " + shellWord(path)
+                       : adviceForOwner(path, true));
             break;
     }
+    const bool isNamed =
+        facts.state == LockFacts::State::NoFile || facts.state == LockFacts::State::Unusable;
+    if (const auto fault = faultOfOwner(path); fault && !isNamed)
+        report(Level::Warning, "the lock file " + *fault, adviceForOwner(path, true));
 }
 
 void FileExamination::examineHolders(const LockFacts& facts) {
@@ -272,9 +327,13 @@ void FileExamination::examineLeftOver() {
             report(Level::Error, "no save can succeed, a folder lies where saves begin: " + path,
                    moveAway(path, ".other"));
             break;
-        case Kind::File:
         case Kind::Link:
         case Kind::Other:
+            report(Level::Warning,
+                   kindName(factsOfPath(path).kind) + " lies where saves begin: " + path,
+                   "find out who put it there; the next save removes it");
+            break;
+        case Kind::File:
             report(Level::Note, "a save was interrupted, and left " + path,
                    "nothing; the next save removes it");
             break;

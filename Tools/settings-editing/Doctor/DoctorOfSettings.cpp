@@ -1,17 +1,23 @@
 // SPDX-License-Identifier: MIT
 // What the settings file holds: settings of another kind than their default, and typos.
 
+#include <algorithm>
 #include <map>
+#include <vector>
 
 #include "Doctor/Doctor.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
+#include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
+#include "Text/Differences.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
+#include "Text/ScalarText.h"
 #include "Text/ShellCommands.h"
+#include "Text/StrictXML.h"
 #include "Text/ValueText.h"
 
 namespace Tool {
@@ -36,12 +42,10 @@ void examinePreparation(Diagnosis& diagnosis) {
 
 Finding ofAnotherKind(const std::string& keyPath, const PropertyListValue& stored,
                       const PropertyListValue& byDefault) {
-    return {
-        Level::Warning,
-        keyPathText(keyPath) + " is " + kindName(stored) + ", and its default is " +
-            kindName(byDefault) + ", " + shortened(jsonText(byDefault)),
-        "set it to a value of that kind, or remove it: qrvsettings unset -- " + shellWord(keyPath),
-        keyPath};
+    return {Level::Warning,
+            keyPathText(keyPath) + " is " + kindName(stored) + ", and its default is " +
+                kindName(byDefault) + ", " + shortened(jsonText(byDefault)),
+            "set it to a value of that kind, or remove it: " + unsetCommand(keyPath), keyPath};
 }
 
 /// Reports a stored leaf, or a dictionary on the way to it, that is of another kind than the
@@ -70,8 +74,71 @@ void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
             Level::Warning,
             "nothing is known to read " + keyPathText(keyPath) + "; did you mean " + *meant + "?",
             "store it there, and remove this one: qrvsettings set -- " + shellWord(place + *meant) +
-                " " + shellWord(jsonText(value)) + " && qrvsettings unset -- " + shellWord(keyPath),
+                " " + shellWord(jsonText(value)) + " && " + unsetCommand(keyPath),
             keyPath});
+}
+
+/// Those that the migration leaves in the first profile.
+bool isRecordOfMigration(std::string_view keyPath) {
+    constexpr std::string_view start = "default.";
+    const std::string_view profiles = QRVStoreKeyPaths::profiles;
+    if (!keyPath.starts_with(profiles)) return false;
+    keyPath.remove_prefix(std::min(profiles.size() + 1, keyPath.size()));
+    return keyPath.starts_with(start) && keyPath.ends_with(".Menubar") &&
+           std::count(keyPath.begin(), keyPath.end(), '.') == 2;
+}
+
+void examineEmptyDictionary(const std::string& keyPath, Findings& findings) {
+    const PropertyListValue byDefault =
+        QRVSettingsDefaultForKeyPath(std::string(withoutProfile(keyPath)));
+    if (!byDefault.isDictionary() || isRecordOfMigration(keyPath)) return;
+    findings.emplace(
+        keyPath, Finding{Level::Note,
+                         keyPathText(keyPath) + " is an empty dictionary, and hides its default",
+                         "to bring the default back: " + unsetCommand(keyPath), keyPath});
+}
+
+bool holdsFarDate(const PropertyListValue& value) {
+    if (value.isDate()) return dateText(value.date()).empty();
+    if (value.isArray()) {
+        for (const PropertyListValue& element : value.array())
+            if (holdsFarDate(element)) return true;
+    }
+    if (value.isDictionary()) {
+        for (const auto& [key, entry] : value.dictionary())
+            if (holdsFarDate(entry)) return true;
+    }
+    return false;
+}
+
+void examineLeaf(const Difference& leaf, Findings& findings) {
+    if (leaf.newValue.isDictionary()) examineEmptyDictionary(leaf.keyPath, findings);
+    if (holdsFarDate(leaf.newValue))
+        findings.emplace(
+            leaf.keyPath,
+            Finding{Level::Warning,
+                    "other programs may refuse the file: " + keyPathText(leaf.keyPath) +
+                        " has a date outside the years 0000 to 9999",
+                    "set it to another date, or remove it: " + unsetCommand(leaf.keyPath),
+                    leaf.keyPath});
+}
+
+/// A pipe that reads all before it writes anything.
+Finding withoutKeyPath(const std::string& keyPath) {
+    return {
+        Level::Warning,
+        "a key holds a dot, so that no key path reaches it: " + keyPathText(keyPath),
+        "keep all other settings: qrvsettings list --json --layer stored | qrvsettings import -"};
+}
+
+void examineTexts(const NSDictionary& settings, Findings& findings) {
+    for (const auto& [keyPath, character] : textsRefusedByStrictXML(settings))
+        findings.emplace(
+            keyPath,
+            Finding{Level::Warning,
+                    "strict XML readers refuse the file because of " + character + " in " +
+                        keyPathText(keyPath),
+                    "set it to other text, or remove it: " + unsetCommand(keyPath), keyPath});
 }
 
 }  // namespace
@@ -79,6 +146,8 @@ void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
     // As the file holds it: the preparation changes the stored tree in place.
     const NSDictionary leaves = leavesByKeyPath(settings);
+    const std::vector<Difference> tree = differencesBetween(nullptr, settings);
+    const NSDictionary whole = snapshotOf(settings);
     diagnosis.facts.push_back(
         {"settings", leaves.count(), std::to_string(leaves.count()) + " stored"});
     examinePreparation(diagnosis);
@@ -90,6 +159,11 @@ void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
         examineKind(keyPath, settings, findings);
         examineSpelling(keyPath, known, settings, findings);
     }
+    for (const Difference& leaf : tree)
+        if (leaf.isReached) examineLeaf(leaf, findings);
+    examineTexts(whole, findings);
+    for (const Difference& leaf : tree)
+        if (!leaf.isReached) findings.insert_or_assign(leaf.keyPath, withoutKeyPath(leaf.keyPath));
     for (const auto& [keyPath, finding] : findings) diagnosis.findings.push_back(finding);
 }
 

@@ -13,17 +13,24 @@ namespace Tool {
 struct PathFacts {
     enum class Kind { Missing, File, Folder, Link, Other };
     static constexpr unsigned ownerMayWrite = 0200;
+    static constexpr unsigned sticky = 01000;  ///< of a folder: only owners may replace files
     Kind kind = Kind::Missing;
     std::error_code error{};  ///< why the path cannot be examined; not that it is missing
     std::uint64_t size = 0;   ///< bytes
     unsigned mode = 0;        ///< permission bits
     std::string owner{};      ///< the name, or the number of one without
     bool isOwnedByUser = false;
+    bool isOwnedByRoot = false;
 };
 /// Permission bits as four octal digits.
 std::string modeText(unsigned mode);
 /// Of a link itself, not of its target.
 PathFacts factsOfPath(const std::string& path);
+
+bool isRoot();
+/// The name of the user of this process, or the number of one without.
+std::string nameOfThisUser();
+bool isReadableFile(const std::string& path);
 
 /// Whether this process may make and remove files there.
 bool isWritableFolder(const std::string& path);

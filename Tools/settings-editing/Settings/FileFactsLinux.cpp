@@ -147,7 +147,20 @@ PathFacts factsOfPath(const std::string& path) {
     facts.mode = status.st_mode & permissionBits;
     facts.owner = nameOfUser(status.st_uid);
     facts.isOwnedByUser = status.st_uid == geteuid();
+    facts.isOwnedByRoot = status.st_uid == 0;
     return facts;
+}
+
+bool isRoot() {
+    return geteuid() == 0;
+}
+
+std::string nameOfThisUser() {
+    return nameOfUser(geteuid());
+}
+
+bool isReadableFile(const std::string& path) {
+    return faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
 }
 
 bool isWritableFolder(const std::string& path) {

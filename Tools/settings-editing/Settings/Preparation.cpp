@@ -14,6 +14,8 @@ using NSDictionaryQRV::objectAtKeyPath;
 struct RecordedMachine {
     PropertyListValue device = QRVSettingsStoredObjectForKeyPath(QRVStoreKeyPaths::device);
     PropertyListValue model = QRVSettingsStoredObjectForKeyPath(QRVStoreKeyPaths::model);
+    PropertyListValue interface =
+        QRVSettingsStoredObjectForKeyPath(QRVStoreKeyPaths::primaryInterface);
 };
 
 bool isAnother(const PropertyListValue& before, const PropertyListValue& now) {
@@ -46,7 +48,12 @@ std::vector<std::string> prepareStore() {
     runPreparation();
     const RecordedMachine now;
     std::vector<std::string> notes;
-    if (isAnother(before.device, now.device))
+    const bool isInterfaceReset = !before.interface.isNull() && now.interface.isNull();
+    if (!machineHasID() && (isAnother(before.device, now.device) || isInterfaceReset))
+        notes.push_back(std::string(machineWithoutID) + ": " +
+                        text(QRVStoreKeyPaths::primaryInterface) + " is reset at each start; " +
+                        adviceForMachineID);
+    else if (isAnother(before.device, now.device))
         notes.push_back("the settings come from another machine: " +
                         text(QRVStoreKeyPaths::primaryInterface) + " is reset");
     if (isAnother(before.model, now.model))
@@ -55,6 +62,10 @@ std::vector<std::string> prepareStore() {
                         " are reset");
     if (isMigrated) notes.emplace_back(migrationNote);
     return notes;
+}
+
+bool machineHasID() {
+    return !QRVSettings::sharedSettings().deviceID().isNull();
 }
 
 bool needMigration(const NSDictionary& settings) {

@@ -22,4 +22,12 @@ bool needMigration(const NSDictionary& settings);
 inline constexpr const char* migrationNote =
     "the settings are of an earlier version, and are migrated";
 
+/// A machine without an id is another one at each start.
+bool machineHasID();
+inline constexpr const char* machineWithoutID =
+    "this machine has no id (/etc/machine-id is missing or empty)";
+inline constexpr const char* adviceForMachineID =
+    "give it one, as root: systemd-machine-id-setup, or where that is missing: tr -d - "
+    "</proc/sys/kernel/random/uuid >/etc/machine-id";
+
 }  // namespace Tool

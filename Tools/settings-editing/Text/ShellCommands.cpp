@@ -57,6 +57,11 @@ std::string shellWord(std::string_view text) {
     return holdsControls(text) ? printedWord(text) : quoted(text);
 }
 
+std::string unsetCommand(const std::string& keyPath) {
+    if (keyPath.find('\0') == keyPath.npos) return "qrvsettings unset -- " + shellWord(keyPath);
+    return "printf '%s\\n' " + shellWord("unset " + jsonText(keyPath)) + " | qrvsettings apply -";
+}
+
 // As JSON, so that the value needs no --type.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
                          const std::string& profile) {

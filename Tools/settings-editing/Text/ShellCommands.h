@@ -14,6 +14,9 @@ namespace Tool {
 /// hold.
 std::string shellWord(std::string_view text);
 
+/// The command that removes the setting.
+std::string unsetCommand(const std::string& keyPath);
+
 /// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
 /// named, hold at the key path what this tree holds. Empty, with a notice, where none can.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,

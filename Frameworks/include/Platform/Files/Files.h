@@ -28,8 +28,9 @@ namespace QRVPlatform {
 
 /// The folder for a user's settings: `$XDG_CONFIG_HOME` when that is an absolute path, else
 /// `.config` in the home folder, which is `$HOME` when that is an absolute path, else the one in
-/// the password database. Empty when there is no home folder. No slash is added at the end. The
-/// folder need not exist.
+/// the password database. A privileged program (set-user-id, set-group-id, file capabilities) has
+/// the folder of its effective user in the password database, whatever the environment says. Empty
+/// when there is no home folder. Never ends in a slash. The folder need not exist.
 QRV_EXPORT std::string userLibraryFolder();
 
 // FilePaths
@@ -114,11 +115,19 @@ QRV_EXPORT FileContents contentsOfFile(const std::string& path, std::size_t maxi
 /// this process, gets the old contents or the new ones, whole. Any error leaves the old file as it
 /// was.
 ///
-/// The permission bits of the old file are kept and, where the system allows it, its owner and
-/// group (where it does not allow the group, the group's permissions are dropped); other attributes
-/// are not. A new file is of mode 0600. The bytes are written to
-/// `filesBeside(...).temporary`; what an earlier process has left there is removed, and nothing
-/// stays behind.
+/// The new contents have the permission bits and the access list of the old file and, where the
+/// system allows it, its owner, group, attributes of users (`user.*`) and labels of security
+/// modules (`security.*`). Where the group or the list cannot be kept, nobody gets what it allowed.
+/// So nobody may do more than with the old file, at any moment. A file system that sets no modes is
+/// reported to the failure handler once for each path, and no error, unless the new file would have
+/// more permissions than the old one.
+///
+/// A new file is of mode 0600, whatever access list the folder has for new files. It belongs to the
+/// owner of the folder, where the system allows that: the files that root makes in somebody's home
+/// are that user's.
+///
+/// The bytes are written to `filesBeside(...).temporary`; what an earlier process has left there is
+/// removed, and nothing stays behind.
 ///
 /// The bytes and their name in the folder have reached the disk on return; in the accessor of a
 /// coordinated write of the file, the name has when that write returns. Where the folder cannot be
@@ -133,7 +142,8 @@ struct FileBackup {
 };
 /// Backs up a regular file under the first free name that begins with
 /// `filesBeside(...).backupStart`: nothing is overwritten. The file itself stays, and may be
-/// replaced afterwards. The backup is a hard link where the file system has them, else a copy.
+/// replaced afterwards. The backup is a hard link where the file system has them, else a copy with
+/// the owner, permissions and attributes that `replaceFile` would keep.
 QRV_EXPORT FileBackup backUpFile(const std::string& path);
 
 // FileFailures
@@ -147,9 +157,10 @@ struct FileFailure {
     std::string keyPath{};
 };
 /// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
-/// the function concerned returns the same error, and whenever the store cannot save a setting.
-/// Null, as at the start, for none. A call under way on another thread may still use the previous
-/// handler after this returns.
+/// the function concerned returns the same error, and whenever the store cannot save a setting. "set
+/// mode of file" alone does not make another operation fail (see `replaceFile`). Null, as at the
+/// start, for none. A call under way on another thread may still use the previous handler after this
+/// returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);
 
 }  // namespace QRVPlatform

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include "Platform/Machine/ICUTimePattern.h"
+
 // ICU's inline C++ would call its functions directly, and the library is not linked.
 #define U_SHOW_CPLUSPLUS_API 0
 
 #include <dlfcn.h>
+#include <sys/auxv.h>
 #include <unicode/udat.h>
 #include <unicode/uloc.h>
 #include <unicode/ures.h>
 
 #include <array>
-#include <cstdlib>
 #include <memory>
-#include <optional>
-
-#include "Platform/Machine/UserLocale.h"
-#include "Platform/System/System.h"
 
 // The headers rename each function to the one of their own version.
 #define QRV_TEXT(name) #name
@@ -25,8 +23,8 @@ namespace {
 
 constexpr const char* ofNoLanguage = "root";
 
-/// The functions of ICU. Loading it takes as long as the rest of a process's start, and not every
-/// process needs a pattern: so the first use loads it. It is never unloaded.
+/// The functions of ICU. Loading it takes as long as the rest of a process's start, and few
+/// processes need it: so the first use loads it.
 struct ICU {
     decltype(&uloc_canonicalize) canonicalize = nullptr;
     decltype(&ures_open) openBundle = nullptr;
@@ -52,12 +50,11 @@ bool findAll(void* library, ICU& icu) {
 }
 
 std::optional<ICU> loadICU() {
+    if (getauxval(AT_SECURE) != 0) return std::nullopt;
     constexpr const char* file = "libicui18n.so." U_ICU_VERSION_SHORT;
     ICU icu;
     void* const library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
-    if (library != nullptr && findAll(library, icu)) return icu;
-    NSLog("The user's way of writing times is not known, ICU cannot be loaded: %@", {dlerror()});
-    return std::nullopt;
+    return library != nullptr && findAll(library, icu) ? std::optional(icu) : std::nullopt;
 }
 
 /// Empty where it cannot be loaded; there is no retry.
@@ -109,17 +106,9 @@ std::string patternOf(const char* name, const ICU& icu) {
 
 }  // namespace
 
-std::string userTimeLocale() {
-    for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
-        const char* const locale = std::getenv(variable);
-        if (locale != nullptr && *locale != '\0') return locale;
-    }
-    return "C";
-}
-
-std::string shortTimePattern(const std::string& locale) {
+std::optional<std::string> ICUTimePattern::of(const std::string& locale) {
     const std::optional<ICU>& icu = loadedICU();
-    if (!icu) return {};
+    if (!icu) return std::nullopt;
     const std::string name = canonicalName(locale, *icu);
     const bool isKnownName = !name.empty() && isKnown(name, *icu);
     return patternOf(isKnownName ? name.c_str() : ofNoLanguage, *icu);
