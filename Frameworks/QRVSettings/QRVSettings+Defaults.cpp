@@ -3,8 +3,10 @@
 //
 // Whether a setting is a boolean or the integer 0 or 1 is part of its default: settings files hold
 // values of that kind, and a write is compared with it. Arrays and dictionaries are immutable,
-// created once and shared by all readers.
+// created once and shared by all readers and by every call of loadDefaults: a host may write a
+// value that it has read under another key path, and a change there must not reach the default.
 
+#include <map>
 #include <string_view>
 #include <vector>
 
@@ -236,6 +238,30 @@ void store(const Table& table, const NSMutableDictionary& defaults) {
         NSDictionaryQRV::setObjectAtKeyPath(defaults, value, keyPath);
 }
 
+/// An immutable dictionary of the same entries, with no mutable one among them.
+NSDictionary frozen(const NSMutableDictionary& level) {
+    for (const auto& [key, value] : level.copy())
+        if (value.isDictionary() && value.dictionary().isMutable())
+            level.setObjectForKey(frozen(value.dictionary().asMutable()), key);
+    return level.copy();
+}
+
+NSDictionary makeDefaults(ClockRule rule) {
+    const NSMutableDictionary defaults;
+    store(fixedDefaults(), defaults);
+    store(clockDefaultsFor(rule), defaults);
+    store(cityDefaults(), defaults);
+    return frozen(defaults);
+}
+
+/// Never destroyed, as the tables.
+const NSDictionary& defaultsFor(ClockRule rule) {
+    static auto& defaults = *new std::map<ClockRule, NSDictionary>;
+    const auto known = defaults.find(rule);
+    return known != defaults.end() ? known->second
+                                   : defaults.emplace(rule, makeDefaults(rule)).first->second;
+}
+
 }  // namespace
 
 void QRVSettings::loadDefaults() {
@@ -245,9 +271,7 @@ void QRVSettings::loadDefaults() {
     // Installed while it is empty, so that no read finds the table of an earlier call.
     const NSMutableDictionary defaults;
     setDefaults(defaults);
-    store(fixedDefaults(), defaults);
-    store(clockDefaultsFor(QRVInside::clockRuleForPattern(
-              QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()))),
-          defaults);
-    store(cityDefaults(), defaults);
+    const ClockRule rule = QRVInside::clockRuleForPattern(
+        QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()));
+    for (const auto& [key, value] : defaultsFor(rule)) defaults.setObjectForKey(value, key);
 }

@@ -40,6 +40,7 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
+#include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Publication.h"
@@ -67,7 +68,8 @@ struct MergedTree {
 MergedTree mergedTree() {
     MergedTree merged;
     UnsavedWrites unsaved;
-    storedFile().read([&](const StoredFile& file) {
+    storedFile().update([&](StoredFile& file) {
+        file.unsaved.forgetThoseOfTheParent();
         merged.before = file.tree;
         merged.version = file.version;
         merged.reading.failed = file.mustBeBackedUp;
@@ -252,6 +254,7 @@ void queueReplacement(const NSDictionary& object, const NSArray& log) {
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
         ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
+        unsaved.forgetThoseOfTheParent();
         unsaved.waiting.replaceTree(std::move(tree));
         unsaved.waiting.addRecords(log);
         unsaved.ofBatch = {};
@@ -270,6 +273,7 @@ void queueWrites(const NSArray& log, Add&& add) {
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
         ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
+        unsaved.forgetThoseOfTheParent();
         if (!unsaved.ofBatch.isEmpty()) unsaved.waiting.append(std::exchange(unsaved.ofBatch, {}));
         add(unsaved.waiting);
         unsaved.waiting.addRecords(log);
@@ -317,6 +321,14 @@ Writes writesOf(const NSDictionary& object, const NSArray& log) {
 
 }  // namespace
 
+void UnsavedWrites::forgetThoseOfTheParent() {
+    const unsigned now = QRVPlatform::Threads::forkCount();
+    if (std::exchange(forks, now) == now) return;
+    beingSaved = nullptr;
+    waiting = {};
+    isSaveQueued = false;
+}
+
 NSDictionary UnsavedWrites::onTopOf(const NSDictionary& tree) const {
     NSDictionary result = tree;
     if (beingSaved) result = beingSaved->appliedTo(result, Writes::Logging::Off);
@@ -360,6 +372,12 @@ void runMergingReload() {
         [](const StoredFile& file) { return std::pair(file.known, file.knownVersion); });
     if (!known || !known->file.isAt(store.location())) {
         FileReading reading = readSettingsFile();
+        if (reading.lackedMeans) {  // The file may not change again for a long time.
+            DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval, [] {
+                StoreInside::state().readQueue.async(runMergingReload);
+            });
+            return;
+        }
         bool isRead = false;
         storedFile().update([&](StoredFile& file) -> std::optional<KnownFile> {
             isRead = file.knownVersion == version;

@@ -29,12 +29,15 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/System.h"
+#include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
@@ -72,7 +75,8 @@ void queueReload(Reload::Kind kind);
 
 // One at a time: during steady writing each reload needs a second one, and they would multiply.
 void queueSecondReload() {
-    if (StoreInside::state().isSecondReloadQueued.exchange(true)) return;
+    const unsigned ofThisProcess = QRVPlatform::Threads::forkCount() + 1;
+    if (StoreInside::state().queuedSecondReload.exchange(ofThisProcess) == ofThisProcess) return;
     const auto reload = [] { queueReload(Reload::Kind::AfterSaves); };
     if (StoreInside::state().saves.isPending()) {
         store().queue().async(reload);
@@ -114,11 +118,16 @@ void publish(const Reload& reload) {
 
 void runReload(Reload::Kind kind) {
     StoreInside::State& state = StoreInside::state();
-    if (kind == Reload::Kind::AfterSaves) state.isSecondReloadQueued = false;
+    if (kind == Reload::Kind::AfterSaves) state.queuedSecondReload = 0;
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
     Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,
-                  endedSaves};  // 2
+                  endedSaves};         // 2
+    if (reload.reading.lackedMeans) {  // The file may not change again for a long time.
+        DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval,
+                                               [kind] { queueReload(kind); });
+        return;
+    }
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
     reload.isOther = changes.count() != 0;
@@ -164,6 +173,11 @@ void QRVInside::publishChanges(const NSArray& changes, const FileReading& readin
 
 void QRVInside::beginToWatchTheFile() {
     store().setPresenterQueue(std::make_shared<NSOperationQueue>());
+    if (store().location().empty()) {
+        QRVPlatform::FileFailures::reported("watch file", {},
+                                            make_error_code(std::errc::no_such_file_or_directory));
+        return;
+    }
     NSFileCoordinator::addFilePresenter(store());
     const auto published = StoreInside::state().storedFile.read(
         [](const StoredFile& file) { return file.publishedUpTo; });
@@ -192,6 +206,10 @@ bool QRVSettings::fileContentsDidChange() {
 }
 
 void QRVSettings::presentedItemDidChange() {
-    if (!monitorFileChanges() || !fileContentsDidChange()) return;  // 1
+    if (!monitorFileChanges()) return;  // 1
+    // The parent of a forked child may have seen a change that the child has not published.
+    const unsigned forks = QRVPlatform::Threads::forkCount();
+    if (state_->forksAtModificationDate.exchange(forks) != forks) setModificationDate({});
+    if (!fileContentsDidChange()) return;
     queueReload(Reload::Kind::First);
 }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -40,6 +41,9 @@ FileReading readSettingsFile() {
             const QRVPlatform::FileContents file =
                 QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
             reading.failed = file.error && !file.isMissing();
+            reading.lackedMeans = QRVPlatform::FileFailures::isShortage(file.error);
+            if (reading.lackedMeans)
+                QRVPlatform::FileFailures::reported("read file", url, file.error);
             bool mayBeCutOff = false;
             if (!file.error) {
                 const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);

@@ -43,8 +43,9 @@ void SaveProgress::end(const SaveOutcome& outcome) {
 
 bool SaveProgress::waitUntil(std::chrono::steady_clock::time_point deadline) const {
     const std::uint64_t begun = counts_.read([](const Counts& counts) { return counts.begun; });
-    return counts_.waitUntil(deadline,
-                             [begun](const Counts& counts) { return counts.ended >= begun; });
+    return counts_.waitUntil(deadline, [begun](const Counts& counts) {
+        return counts.ended >= begun || !counts.areOfThisProcess();
+    });
 }
 
 SaveProgress::Failures SaveProgress::failures() const {

@@ -10,6 +10,8 @@
 #include "Platform/Threads/WaitableProperty.h"
 #include "QRVSettings/QRVSettings+Writes.h"
 
+#include "Platform/Threads/Threads.h"
+
 namespace QRVInside {
 
 /// What has become of one save.
@@ -28,19 +30,24 @@ struct SaveOutcome {
 
 /// The saves of this process: how many are pending, so that a reload can tell whether one ran
 /// beside it, and what could not be saved. The thread that writes begins saves, the store's queue
-/// ends them, any thread may ask.
+/// ends them, any thread may ask. A save that is pending in the parent of a forked child is none of
+/// the child's.
 class SaveProgress {
   public:
     /// A save is queued.
     void begin() {
-        counts_.update([](Counts& counts) { ++counts.begun; });
+        counts_.update([](Counts& counts) {
+            if (!counts.areOfThisProcess()) counts.ended = counts.begun;
+            counts.forks = QRVPlatform::Threads::forkCount();
+            ++counts.begun;
+        });
     }
     /// It is over.
     void end(const SaveOutcome& outcome);
 
     /// Whether a save is queued or under way. Exact on the thread that begins them.
     [[nodiscard]] bool isPending() const {
-        return counts_.read([](const Counts& counts) { return counts.begun != counts.ended; });
+        return counts_.read([](const Counts& counts) { return counts.arePending(); });
     }
     /// How many saves have ended so far.
     [[nodiscard]] std::uint64_t ended() const {
@@ -58,12 +65,18 @@ class SaveProgress {
 
   private:
     struct Counts {
+        unsigned forks = 0;  ///< of this process, when a save began
         std::uint64_t begun = 0;
         std::uint64_t ended = 0;
         /// Why the last save of a whole tree without key paths failed.
         std::string failureOfTree;
         std::map<std::string, std::string> failures;  ///< reasons by key path
         std::string lastReason;
+
+        [[nodiscard]] bool areOfThisProcess() const {
+            return forks == QRVPlatform::Threads::forkCount();
+        }
+        [[nodiscard]] bool arePending() const { return begun != ended && areOfThisProcess(); }
     };
     QRVPlatform::WaitableProperty<Counts> counts_;
 };

@@ -29,13 +29,16 @@ struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
     std::atomic<bool> mergesSaves = false;
+    /// A reload that follows another one is queued, and has not begun: then the number of forks that
+    /// led to the process that queued it, plus 1; else 0.
+    std::atomic<unsigned> queuedSecondReload = 0;
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
-    /// A reload that follows another one is queued, and has not begun.
-    std::atomic<bool> isSecondReloadQueued = false;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
     QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
+    /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
+    std::atomic<unsigned> forksAtModificationDate = 0;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
 
     /// The thread that called the store first; used in builds with assertions.
@@ -63,8 +66,9 @@ struct QRVSettings::State {
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();
     const NSMutableArray batchLogChanges;
-    DispatchQueue queue{QRVInside::queueLabel(".settings")};
-    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read")};
+    DispatchQueue queue{QRVInside::queueLabel(".settings"), DispatchQueue::AtFork::FinishWork};
+    DispatchQueue readQueue{QRVInside::queueLabel(".settings.read"),
+                            DispatchQueue::AtFork::FinishWork};
 };
 
 namespace QRVInside {

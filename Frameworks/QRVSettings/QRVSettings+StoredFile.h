@@ -23,6 +23,8 @@ struct FileReading {
     /// may have been cut off, so that a save reads it again and backs it up.
     QRVPlatform::HeldFile file;
     bool failed = false;  ///< there is a file, and what it holds is not known
+    /// It failed because the system has no means left: this says nothing of the file.
+    bool lackedMeans = false;
 };
 
 /// Reads the settings file under file coordination. Any thread; changes no state.
@@ -41,12 +43,15 @@ struct UnsavedWrites {
     Writes ofBatch;                            ///< of an open batch; its commit makes them wait
     /// A save of the waiting writes is queued.
     bool isSaveQueued = false;
+    unsigned forks = 0;  ///< of this process, when a save was last queued
     /// The stored tree is one that the host has set, so the next save replaces the whole file.
     bool isTreeReplaced = false;
 
     [[nodiscard]] bool isEmpty() const {
         return !beingSaved && waiting.isEmpty() && ofBatch.isEmpty();
     }
+    /// In a forked child, what its parent saves is no longer unsaved.
+    void forgetThoseOfTheParent();
     /// Frozen. `tree` is frozen or null.
     [[nodiscard]] NSDictionary onTopOf(const NSDictionary& tree) const;
 };

@@ -18,7 +18,7 @@ ROOMS = {
     "Frameworks/Platform/Log": ("Threads", "Values"),
     "Frameworks/Platform/Files": ("Threads", "Descriptors", "Values"),
     "Frameworks/Platform/Machine": ("Threads", "Files", "Log"),
-    "Frameworks/Platform/Dispatch": ("Threads", "Descriptors"),
+    "Frameworks/Platform/Dispatch": ("Threads", "Descriptors", "Files"),
     "Frameworks/Platform/Presenters": ("Threads", "Descriptors", "Values", "Files", "Dispatch"),
     "Frameworks/Platform/Coordination": ("Threads", "Descriptors", "Files", "Presenters"),
     "Frameworks/QRVLogger": PLATFORM,

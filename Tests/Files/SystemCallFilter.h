@@ -21,6 +21,7 @@ enum class SystemCall {
     ChangeDate,
     ChangeMode,
     ChangeOwner,
+    Clone,
     EventDescriptor,
     FileSystem,
     Flock,
@@ -45,6 +46,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
             return {SYS_fchmod};
         case SystemCall::ChangeOwner:
             return {SYS_fchown};
+        case SystemCall::Clone:
+            return {SYS_clone, SYS_clone3};
         case SystemCall::EventDescriptor:
             return {SYS_eventfd2};
         case SystemCall::FileSystem:

@@ -5,10 +5,14 @@
 
 #include <filesystem>
 #include <initializer_list>
+#include <optional>
 #include <sstream>
+#include <vector>
 
 #include "Files/SystemCallFilter.h"
+#include "Platform/Dispatch/Dispatch.h"
 #include "Presenters/PresenterSupport.h"
+#include "Support/Shortages.h"
 
 using namespace QRVPlatform;
 
@@ -121,24 +125,84 @@ TEST(PresentersAmongProcesses, NoNotificationComesWhenAllIsQuiet) {
     EXPECT_EQ(finalCount(reader), count);
 }
 
-TEST(PresentersAmongProcesses, AForkedChildHasNoneAndMayAddItsOwn) {
-    const Reader parents("file");
+TEST(PresentersAmongProcesses, AForkedChildGoesOnWithThoseOfItsParent) {
+    Reader parents("file");
     ASSERT_TRUE(save(&parents, "file", "own"));
     ASSERT_TRUE(finishEvents());
     const Gate isReady;
     ChildProcess child([&] {
-        const int before = parents.count();
-        Reader own("file");
-        if (!finishEvents()) return false;
+        // A use of a queue, as of any program that expects something on its main thread.
+        static_cast<void>(DispatchMainQueue::shared().wait(std::chrono::nanoseconds(0)));
+        if (!parents.sees("own")) return false;
         isReady.open();
-        return own.sees("theirs") && save(&own, "file", "the child's") &&
-               finalCount(own) == own.count() && parents.count() == before;
+        if (!parents.sees("theirs")) return false;
+        const int count = finalCount(parents);
+        return save(&parents, "file", "the child's") && finalCount(parents) == count;
     });
     ASSERT_TRUE(isReady.wait());
     // Its events go to both.
     replaceByRename("file", "theirs");
     EXPECT_TRUE(child.succeeded());
     EXPECT_TRUE(parents.sees("the child's"));
+}
+
+TEST(PresentersAmongProcesses, AForkedChildNoticesWhatHappensBeforeItsThreadStarts) {
+    Reader parents("file");
+    ASSERT_TRUE(finishEvents());
+    const Gate hasChanged;
+    ChildProcess child([&] {
+        if (!hasChanged.wait()) return false;
+        const int before = parents.count();
+        static_cast<void>(DispatchMainQueue::shared().drain());
+        return parents.isNotifiedMoreThan(before) && parents.sees("theirs");
+    });
+    replaceByRename("file", "theirs");
+    hasChanged.open();
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(PresentersAmongProcesses, TheDescriptorOfAForkedChildAsksForTheDrainThatWatchesAgain) {
+    Reader parents("file");
+    ASSERT_TRUE(finishEvents());
+    const int number = DispatchMainQueue::shared().fd();
+    ChildProcess child([&] {
+        pollfd entry{number, POLLIN, 0};
+        if (poll(&entry, 1, 20000) != 1) return false;
+        if (DispatchMainQueue::shared().drain() != 0 || poll(&entry, 1, 0) != 0) return false;
+        if (!parents.isNotifiedMoreThan(0)) return false;
+        replaceByRename("file", "x");
+        return parents.sees("x");
+    });
+    EXPECT_TRUE(child.succeeded());
+    pollfd entry{number, POLLIN, 0};
+    EXPECT_EQ(poll(&entry, 1, 0), 0);
+}
+
+TEST(PresentersAmongProcesses, AForkedChildMayRemoveThoseOfItsParentAndAddItsOwn) {
+    Reader parents("file");
+    ASSERT_TRUE(finishEvents());
+    ChildProcess child([&] {
+        NSFileCoordinator::removeFilePresenter(parents);
+        const Reader own("file");
+        replaceByRename("file", "x");
+        return own.sees("x") && parents.count() == 0;
+    });
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_TRUE(parents.sees("x"));
+}
+
+TEST(PresentersAmongProcesses, AGrandchildWatchesWhenItsParentNeverDid) {
+    Reader reader("file");
+    ASSERT_TRUE(finishEvents());
+    ChildProcess child([&] {
+        ChildProcess grandchild([&] {
+            static_cast<void>(DispatchMainQueue::shared().drain());
+            replaceByRename("file", "x");
+            return reader.sees("x");
+        });
+        return grandchild.succeeded() && reader.count() == 0;
+    });
+    EXPECT_TRUE(child.succeeded());
 }
 
 TEST(PresentersAmongProcesses, AForkedChildTakesNoEventsAway) {
@@ -182,6 +246,27 @@ TEST(PresentersWithoutMeans, WithoutMemoryForAWatchTheFileIsPolled) {
 TEST(PresentersWithoutMeans, WithoutAnyDescriptorLeftTheFileIsPolled) {
     EXPECT_TRUE(
         childSeesChangesWithout({SystemCall::InotifyStart, SystemCall::EventDescriptor}, EMFILE));
+}
+
+TEST(PresentersWithoutMeans, WithoutAThreadNotificationsComeAfterTheNextUseOfAQueue) {
+    letNobodyIn();
+    ChildProcess child([] {
+        std::vector<std::string> reported;
+        setFileFailureHandler(
+            [&](const FileFailure& failure) { reported.push_back(failure.operation); });
+        std::optional<NoThreads> shortage(std::in_place);
+        const Reader reader("file");
+        const Reader another("file");
+        replaceByRename("file", "x");
+        reader.presentedItemOperationQueue()->addOperation([] {});
+        static_cast<void>(DispatchMainQueue::shared().drain());
+        shortage.reset();
+        static_cast<void>(DispatchMainQueue::shared().drain());
+        return reader.sees("x") && another.sees("x") &&
+               reported == std::vector<std::string>(
+                               {"start a thread to watch files", "start a thread for operations"});
+    });
+    EXPECT_TRUE(child.succeeded());
 }
 
 TEST(PresentersWithoutMeans, AFileIsPolledAlsoWhenOthersAreWatched) {

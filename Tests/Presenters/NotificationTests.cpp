@@ -68,21 +68,50 @@ TEST(Notifications, OfChangesDuringOneBecomeExactlyOneMore) {
     EXPECT_EQ(finalCount(reader), 2);
 }
 
-TEST(Notifications, RunOnThePresentersQueueOneAtATime) {
-    std::thread::id queueThread;
+TEST(Notifications, OfOnePresenterComeOneAtATimeOnItsQueue) {
+    const std::thread::id own = std::this_thread::get_id();
     std::atomic<int> inside = 0;
     std::atomic<int> failures = 0;
     Reader reader("file", [&](Reader&) {
-        if (++inside != 1 || std::this_thread::get_id() != queueThread) ++failures;
+        if (++inside != 1 || std::this_thread::get_id() == own) ++failures;
         std::this_thread::yield();
         --inside;
     });
-    reader.presentedItemOperationQueue()->addOperation(
-        [&] { queueThread = std::this_thread::get_id(); });
-    ASSERT_TRUE(reader.finishQueue());
     for (int round = 0; round < 300; ++round) replaceByRename("file", std::to_string(round));
     EXPECT_TRUE(reader.sees("299"));
     EXPECT_EQ(failures, 0);
+}
+
+TEST(Notifications, AreNotHeldUpByASlowOperationOfTheHost) {
+    Door door;
+    Reader reader("file");
+    reader.presentedItemOperationQueue()->addOperation([&] { door.pass(); });
+    ASSERT_TRUE(door.hasArrivals(1));
+    replaceByRename("file", "x");
+    EXPECT_TRUE(reader.sees("x"));
+    door.open();
+}
+
+TEST(Notifications, OfAPresenterAddedAgainWithinOneWaitForThatOne) {
+    Door door;
+    std::atomic<int> inside = 0;
+    std::atomic<int> collisions = 0;
+    Reader reader("file", [&](Reader& self) {
+        if (++inside != 1) ++collisions;
+        NSFileCoordinator::removeFilePresenter(self);
+        NSFileCoordinator::addFilePresenter(self);
+        door.pass();
+        --inside;
+    });
+    replaceByRename("file", "first");
+    ASSERT_TRUE(door.hasArrivals(1));
+    replaceByRename("file", "second");
+    ASSERT_TRUE(finishEvents());
+    EXPECT_EQ(reader.count(), 1);
+    door.open();
+    EXPECT_TRUE(door.hasArrivals(2));
+    EXPECT_TRUE(reader.sees("second"));
+    EXPECT_EQ(collisions, 0);
 }
 
 TEST(Notifications, EndWithTheRemovalWhichWaitsForTheOneUnderWay) {

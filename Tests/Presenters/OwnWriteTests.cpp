@@ -140,10 +140,12 @@ TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsNews) {
             fs::rename("own", "file");
             return std::error_code();
         });
+        if (presentation.takeNews()) notifications->notify();
     };
     const auto handleEvents = [&] {
         for (const auto& event : folders.takeEvents()) presentation.note(event, now);
         presentation.settle(folders, now);
+        if (presentation.takeNews()) notifications->notify();
     };
     replaceAsPresenter();
     replaceAsPresenter();

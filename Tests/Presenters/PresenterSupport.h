@@ -63,11 +63,10 @@ class Reader : public NSFilePresenter {
     [[nodiscard]] bool isNotifiedMoreThan(int count) const {
         return waitUntil([&] { return count_ > count; });
     }
-    /// False when what is on the queue has not run until the deadline.
+    /// False when a notification is still to come, or under way, at the deadline.
     [[nodiscard]] bool finishQueue() const {
-        auto isFinished = std::make_shared<std::atomic<bool>>(false);
-        queue_->addOperation([isFinished] { *isFinished = true; });
-        return waitUntil([&] { return isFinished->load(); });
+        return queue_->waitUntilAllOperationsAreFinished(std::chrono::steady_clock::now() +
+                                                         testDeadline);
     }
 
   private:

@@ -21,7 +21,7 @@ class WatchedFile {
   public:
     WatchedFile() : watch_(std::filesystem::absolute("file").string()) {
         writePlainly("file", "old");
-        isArmed_ = watch_.arm(folders_);
+        isArmed_ = !watch_.arm(folders_);
     }
 
     [[nodiscard]] bool isArmed() const { return isArmed_; }

@@ -246,6 +246,44 @@ TEST(Defaults, ArraysAndDictionariesAreSharedConstants) {
     }
 }
 
+TEST(Defaults, BelowTheTopAreImmutableAndSharedByTwoLoads) {
+    loadDefaults();
+    const NSDictionary first = QRVSettings::sharedSettings().defaults();
+    loadDefaults();
+    const NSDictionary second = QRVSettings::sharedSettings().defaults();
+    EXPECT_TRUE(second.isMutable());
+    for (const auto& [key, value] : second) {
+        EXPECT_TRUE(isImmutableThroughout(value)) << key;
+        EXPECT_TRUE(value.isIdenticalTo(first.objectForKey(key))) << key;
+    }
+}
+
+TEST(Defaults, AreNotChangedThroughALevelThatWasReadAndWrittenIntoAProfile) {
+    loadDefaults();
+    QRVSettings& store = QRVSettings::sharedSettings();
+    store.prepare();
+    QRVSettingsSetObjectForKeyPath(QRVSettingsObjectForKeyPath("CPU"),
+                                   "Profiles.Settings.work.CPU");
+    store.setActiveProfile("work");
+    QRVSettingsProfileSetObjectForKeyPath(false, "CPU.Menubar.Enabled");
+    EXPECT_EQ(QRVSettingsDefaultForKeyPath("CPU.Menubar.Enabled"), true);
+    EXPECT_EQ(QRVSettingsProfileObjectForKeyPath("CPU.Menubar.Enabled"), false);
+    EXPECT_EQ(QRVSettingsProfileObjectForKeyPath("CPU.Menu.Processes.Count"), 5);
+    QRVSettingsSetObjectForKeyPath(false, "CPU.Menubar.Enabled");
+    EXPECT_EQ(QRVSettingsStoredObjectForKeyPath("CPU.Menubar.Enabled"), false);
+    loadDefaults();
+    EXPECT_EQ(QRVSettingsDefaultForKeyPath("CPU.Menubar.Enabled"), true);
+}
+
+TEST(Defaults, OfTheTableThatAHostChangesAreItsOwn) {
+    loadDefaults();
+    const NSMutableDictionary defaults = QRVSettings::sharedSettings().defaults();
+    const PropertyListValue cpu = defaults.objectForKey("CPU");
+    NSDictionaryQRV::setObjectAtKeyPath(defaults, false, "CPU.Menubar.Enabled");
+    EXPECT_EQ(QRVSettingsDefaultForKeyPath("CPU.Menubar.Enabled"), false);
+    EXPECT_EQ(NSDictionaryQRV::objectAtKeyPath(cpu.dictionary(), "Menubar.Enabled"), true);
+}
+
 TEST(Defaults, AreNeverWrittenToTheFile) {
     loadDefaults();
     StoreSupport::finishSaves();

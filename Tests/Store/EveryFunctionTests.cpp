@@ -257,8 +257,13 @@ Actions ofAnyThreadForThePlatform() {
              use(queue.label());
          }},
         {{"NSOperationQueue::NSOperationQueue", "NSOperationQueue::~NSOperationQueue",
-          "NSOperationQueue::addOperation"},
-         [] { std::make_shared<NSOperationQueue>()->addOperation([] {}); }},
+          "NSOperationQueue::addOperation", "NSOperationQueue::waitUntilAllOperationsAreFinished"},
+         [] {
+             NSOperationQueue queue;
+             queue.addOperation([] {});
+             EXPECT_TRUE(queue.waitUntilAllOperationsAreFinished(std::chrono::steady_clock::now() +
+                                                                 std::chrono::seconds(20)));
+         }},
         {{"NSFileCoordinator::addFilePresenter", "NSFileCoordinator::removeFilePresenter",
           "NSFilePresenter::~NSFilePresenter"},
          [] {

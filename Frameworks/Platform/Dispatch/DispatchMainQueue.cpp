@@ -10,6 +10,8 @@
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/MainQueueSignal.h"
+#include "Platform/Dispatch/ProcessQueues.h"
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Threads/Mutex.h"
 #include "Platform/Threads/PerProcess.h"
 
@@ -46,6 +48,8 @@ struct DispatchMainQueue::State {
     std::optional<std::function<void()>> takeItemBefore(std::uint64_t number);
     [[nodiscard]] std::optional<Clock::time_point> nextTime() const QRV_REQUIRES(mutex);
     [[nodiscard]] bool hasWorkAt(Clock::time_point time) const QRV_REQUIRES(mutex);
+    int descriptor();
+    void noteDrain();
     void requestStop();
     bool waitForWork(Clock::time_point deadline);
     bool waitForWorkOrStop();
@@ -57,7 +61,10 @@ struct DispatchMainQueue::State {
     std::multimap<Clock::time_point, std::function<void()>> timers QRV_GUARDED_BY(mutex);
     std::uint64_t nextNumber QRV_GUARDED_BY(mutex) = 0;
     bool isStopRequested QRV_GUARDED_BY(mutex) = false;
-    MainQueueSignal signal;
+    MainQueueSignal signal QRV_GUARDED_BY(mutex);
+    bool isShortOfDescriptors QRV_GUARDED_BY(mutex) = false;
+    /// The signal is set, items or none, until the next drain.
+    bool isWokenToDrain QRV_GUARDED_BY(mutex) = false;
 };
 
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
@@ -116,6 +123,27 @@ bool DispatchMainQueue::State::hasWorkAt(Clock::time_point time) const {
     return !items.empty() || (!timers.empty() && timers.begin()->first <= time);
 }
 
+/// Opened at the first call: a process without a loop of its own needs none.
+int DispatchMainQueue::State::descriptor() {
+    std::error_code error;
+    {
+        const LockGuard lock(mutex);
+        if (signal.isOpen()) return signal.fd();
+        error = signal.open();
+        signal.setReady(!items.empty());
+        signal.setTime(nextTime());
+        const bool wasShort = std::exchange(isShortOfDescriptors, static_cast<bool>(error));
+        if (!error || wasShort) return signal.fd();
+    }
+    FileFailures::reported("open the descriptor of the main queue", {}, error);
+    return -1;
+}
+
+void DispatchMainQueue::State::noteDrain() {
+    const LockGuard lock(mutex);
+    if (std::exchange(isWokenToDrain, false)) signal.setReady(!items.empty());
+}
+
 void DispatchMainQueue::State::requestStop() {
     {
         const LockGuard lock(mutex);
@@ -154,14 +182,23 @@ void DispatchMainQueue::State::sleepUntil(MutexLock& lock, Clock::time_point dea
         lock.waitFor(changed, wakeTime);
 }
 
-// The numbers go on, so that a drain that is under way at the fork keeps its end.
+// The numbers go on, so that a drain that is under way at the fork keeps its end. A loop that only
+// polls the descriptor is woken when its next drain has to start a thread.
 DispatchMainQueue::State::State(State& parent)
     : nextNumber(parent.nextNumber), signal(std::move(parent.signal)) {
     signal.startInChild();
+    isWokenToDrain = ProcessQueues::mustStartInChild();
+    signal.setReady(isWokenToDrain);
 }
 
 DispatchMainQueue::State& DispatchMainQueue::state() {
     return PerProcess<State>::current();
+}
+
+// Every use of the main queue is an occasion on which threads that are missing are started.
+DispatchMainQueue::State& DispatchMainQueue::stateInUse() {
+    ProcessQueues::startMissingThreads();
+    return state();
 }
 
 DispatchMainQueue::DispatchMainQueue() {
@@ -174,19 +211,20 @@ DispatchMainQueue& DispatchMainQueue::shared() {
 }
 
 void DispatchMainQueue::async(std::function<void()> work) {
-    state().add(std::move(work));
+    stateInUse().add(std::move(work));
 }
 
 void DispatchMainQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> work) {
-    state().addTimer(timeAfter(delay), std::move(work));
+    stateInUse().addTimer(timeAfter(delay), std::move(work));
 }
 
 int DispatchMainQueue::fd() const {
-    return state().signal.fd();
+    return stateInUse().descriptor();
 }
 
 // Every step asks for the state again: an item may fork, and the child has another one.
 std::size_t DispatchMainQueue::drain() {
+    stateInUse().noteDrain();
     const std::uint64_t end = state().admitDueTimers();
     std::size_t count = 0;
     while (const auto work = state().takeItemBefore(end)) {
@@ -197,7 +235,7 @@ std::size_t DispatchMainQueue::drain() {
 }
 
 void DispatchMainQueue::run() {
-    while (state().waitForWorkOrStop()) drain();
+    while (stateInUse().waitForWorkOrStop()) drain();
 }
 
 void DispatchMainQueue::stop() {
@@ -205,5 +243,5 @@ void DispatchMainQueue::stop() {
 }
 
 bool DispatchMainQueue::wait(std::chrono::nanoseconds timeout) {
-    return state().waitForWork(timeAfter(timeout));
+    return stateInUse().waitForWork(timeAfter(timeout));
 }

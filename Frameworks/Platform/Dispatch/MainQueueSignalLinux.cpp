@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <system_error>
+#include <utility>
 
 #include "Platform/Dispatch/MainQueueSignal.h"
 
@@ -19,27 +19,22 @@ namespace QRVPlatform {
 
 namespace {
 
-int checked(int result) {
-    if (result < 0) throw std::system_error(errno, std::generic_category(), "main queue");
-    return result;
-}
-
 FileDescriptor makeReadyDescriptor() {
-    return FileDescriptor(checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)));
+    return FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
 }
 
 FileDescriptor makeTimerDescriptor() {
-    return FileDescriptor(checked(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)));
+    return FileDescriptor(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
 }
 
 FileDescriptor makePollDescriptor() {
-    return FileDescriptor(checked(epoll_create1(EPOLL_CLOEXEC)));
+    return FileDescriptor(epoll_create1(EPOLL_CLOEXEC));
 }
 
-void watch(const FileDescriptor& poll, const FileDescriptor& watched) {
+bool watch(const FileDescriptor& poll, const FileDescriptor& watched) {
     epoll_event event{};
     event.events = EPOLLIN;
-    checked(epoll_ctl(poll.number(), EPOLL_CTL_ADD, watched.number(), &event));
+    return epoll_ctl(poll.number(), EPOLL_CTL_ADD, watched.number(), &event) == 0;
 }
 
 /// The new descriptor under the number that `shared` has.
@@ -47,19 +42,30 @@ FileDescriptor replacement(FileDescriptor shared) {
     const int number = shared.number();
     shared.close();
     FileDescriptor created = makePollDescriptor();
-    if (created.number() == number) return created;
-    return FileDescriptor(checked(dup3(created.number(), number, O_CLOEXEC)));
+    if (!created.isOpen() || created.number() == number) return created;
+    return FileDescriptor(dup3(created.number(), number, O_CLOEXEC));
 }
 
 }  // namespace
 
-MainQueueSignal::MainQueueSignal()
-    : ready_(makeReadyDescriptor()), timer_(makeTimerDescriptor()), poll_(makePollDescriptor()) {
-    watch(poll_, ready_);
-    watch(poll_, timer_);
+std::error_code MainQueueSignal::open() noexcept {
+    if (!poll_.isOpen()) poll_ = makePollDescriptor();
+    if (poll_.isOpen()) ready_ = makeReadyDescriptor();
+    if (ready_.isOpen()) timer_ = makeTimerDescriptor();
+    if (timer_.isOpen() && watch(poll_, ready_) && watch(poll_, timer_)) return {};
+    const std::error_code error(errno, std::generic_category());
+    close();
+    return error;
+}
+
+void MainQueueSignal::close() noexcept {
+    ready_.close();
+    timer_.close();
+    poll_.close();
 }
 
 void MainQueueSignal::setReady(bool isReady) noexcept {
+    if (!isOpen()) return;
     std::uint64_t counter = 1;
     const ssize_t result = isReady ? write(ready_.number(), &counter, sizeof counter)
                                    : read(ready_.number(), &counter, sizeof counter);
@@ -68,6 +74,7 @@ void MainQueueSignal::setReady(bool isReady) noexcept {
 }
 
 void MainQueueSignal::setTime(std::optional<std::chrono::steady_clock::time_point> time) noexcept {
+    if (!isOpen()) return;
     using namespace std::chrono;
     itimerspec wanted{};
     if (time) {
@@ -81,19 +88,11 @@ void MainQueueSignal::setTime(std::optional<std::chrono::steady_clock::time_poin
 }
 
 void MainQueueSignal::startInChild() noexcept {
-    try {
-        poll_ = replacement(std::move(poll_));
-        ready_.close();
-        ready_ = makeReadyDescriptor();
-        timer_.close();
-        timer_ = makeTimerDescriptor();
-        watch(poll_, ready_);
-        watch(poll_, timer_);
-    } catch (const std::system_error&) {
-        ready_.close();
-        timer_.close();
-        poll_.close();
-    }
+    if (!isOpen()) return;
+    ready_.close();
+    timer_.close();
+    poll_ = replacement(std::move(poll_));
+    if (poll_.isOpen()) open();
 }
 
 }  // namespace QRVPlatform

@@ -3,10 +3,26 @@
 
 #include <utility>
 
-NSOperationQueue::NSOperationQueue() : queue_("operations") {}
+#include "Platform/Dispatch/WorkQueue.h"
 
-NSOperationQueue::~NSOperationQueue() = default;
+using QRVPlatform::WorkQueue;
 
+NSOperationQueue::NSOperationQueue()
+    : work_(WorkQueue::make("operations", {.threads = QRVPlatform::mostOperationThreads,
+                                           .idleTime = QRVPlatform::operationThreadIdleTime,
+                                           .holdsUpForks = false})) {}
+
+NSOperationQueue::~NSOperationQueue() {
+    work_->finish();
+}
+
+// Kept for the call: the operation may run, and release this queue, before the call has returned.
 void NSOperationQueue::addOperation(std::function<void()> operation) {
-    queue_.async(std::move(operation));
+    const std::shared_ptr<WorkQueue> queue = work_;
+    queue->async(std::move(operation));
+}
+
+bool NSOperationQueue::waitUntilAllOperationsAreFinished(
+    std::chrono::steady_clock::time_point deadline) {
+    return work_->waitUntilIdle(deadline);
 }

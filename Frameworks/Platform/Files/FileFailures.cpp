@@ -38,6 +38,12 @@ std::error_code FileFailures::lastError() {
     return {errno, std::generic_category()};
 }
 
+bool FileFailures::isShortage(std::error_code error) {
+    return error == std::errc::too_many_files_open ||
+           error == std::errc::too_many_files_open_in_system ||
+           error == std::errc::not_enough_memory || error == std::errc::no_space_on_device;
+}
+
 std::error_code FileFailures::reported(const std::string& operation, const std::string& path,
                                        std::error_code error, const std::string& keyPath) {
     if (error) currentHandler().call(FileFailure{operation, path, error, keyPath});

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
+
 namespace QRVPlatform {
 
 ChangeDetector::ChangeDetector(std::string absolutePath,
@@ -19,11 +21,22 @@ void ChangeDetector::end(FolderWatch& folders) {
     watch_.release(folders);
 }
 
+// The parent may have noticed a change that the child has not handled.
+std::unique_ptr<ChangeDetector> ChangeDetector::moveToChild() {
+    auto child = std::make_unique<ChangeDetector>(watch_.path(), notifications_->copyForChild());
+    child->lastSeen_ = lastSeen_;
+    child->evidence_.isRouteDoubtful = child->evidence_.mustNotify = true;
+    ownFile_ = {};
+    return child;
+}
+
 /// True when the route is another one than before.
 bool ChangeDetector::arm(FolderWatch& folders, Time now) {
     const auto before = watch_.route();
-    const bool isWatched = watch_.arm(folders);
-    nextPoll_ = isWatched ? std::nullopt : std::optional(now + filePollingInterval);
+    const std::error_code error = watch_.arm(folders);
+    nextPoll_ = error ? std::optional(now + filePollingInterval) : std::nullopt;
+    const bool wasShort = std::exchange(isShort_, FileFailures::isShortage(error));
+    if (isShort_ && !wasShort) newShortage_ = error;
     return watch_.route() != before;
 }
 
@@ -80,7 +93,7 @@ void ChangeDetector::settle(FolderWatch& folders, Time now) {
                            .isWriting = writingEnd_.has_value(),
                            .isPolled = nextPoll_.has_value()})) {
         lastSeen_ = state;
-        notifications_->notify();
+        hasNews_ = true;
     }
     evidence_ = {};
 }
@@ -101,7 +114,7 @@ std::error_code ChangeDetector::replace(OwnFile newFile,
         ownFile_ = std::move(newFile);
         lastSeen_ = state;
     }
-    if (isOthersPending) notifications_->notify();
+    if (isOthersPending) hasNews_ = true;
     return error;
 }
 

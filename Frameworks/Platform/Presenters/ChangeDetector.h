@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "Platform/Presenters/ChangeEvidence.h"
 #include "Platform/Presenters/OwnFile.h"
@@ -14,8 +15,8 @@
 
 namespace QRVPlatform {
 
-/// Notifies one presenter when something has happened to its file that is news to it. All calls
-/// happen under one lock.
+/// Finds out when something has happened to a presenter's file that is news to it. All calls happen
+/// under one lock; the notification is sent without it.
 class ChangeDetector {
   public:
     using Time = FolderWatch::Time;
@@ -25,19 +26,27 @@ class ChangeDetector {
     /// Changes are noticed from here on.
     void begin(FolderWatch& folders, Time now);
     void end(FolderWatch& folders);
-    /// In a forked child: closes what is open.
-    void closeInChild() { ownFile_ = {}; }
+    /// In a forked child: one that goes on from there with the next `settle`, which is news to the
+    /// presenter. Closes what is open here.
+    std::unique_ptr<ChangeDetector> moveToChild();
 
     void note(const FolderWatch::Event& event, Time now);
     /// Decides on what was noted, and on what is due by now.
     void settle(FolderWatch& folders, Time now);
+    /// Whether the presenter has to be notified, since the last call.
+    bool takeNews() { return std::exchange(hasNews_, false); }
+    /// Why the file has to be polled since the last call: the system has no means left to watch it.
+    std::error_code takeShortage() { return std::exchange(newShortage_, {}); }
     /// When to settle at the latest, events or none.
     [[nodiscard]] std::optional<Time> dueTime() const;
 
     /// Puts a file that the presenter has written in place; the event of that is its own.
     std::error_code replace(OwnFile newFile, const std::function<std::error_code()>& putInPlace);
 
-    [[nodiscard]] PresenterNotifications& notifications() const { return *notifications_; }
+    [[nodiscard]] const std::shared_ptr<PresenterNotifications>& notifications() const {
+        return notifications_;
+    }
+    [[nodiscard]] const std::string& path() const { return watch_.path(); }
 
   private:
     void noteFileEvent(FolderWatch::Kind kind, Time now);
@@ -54,6 +63,9 @@ class ChangeDetector {
     std::optional<Time> writingEnd_;
     /// Set while the path cannot be watched: when to poll it next.
     std::optional<Time> nextPoll_;
+    std::error_code newShortage_;
+    bool isShort_ = false;
+    bool hasNews_ = false;
 };
 
 }  // namespace QRVPlatform

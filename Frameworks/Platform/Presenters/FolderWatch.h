@@ -44,7 +44,7 @@ class FolderWatch {
         int wakeUps = -1;
     };
 
-    FolderWatch();
+    FolderWatch() = default;
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
@@ -57,7 +57,7 @@ class FolderWatch {
     /// The events since the last call, in order.
     std::vector<Event> takeEvents();
 
-    /// What `wait` needs. Valid forever, but `add` may open another one.
+    /// What `wait` needs. Valid forever, but `add` may open others.
     [[nodiscard]] Descriptors descriptors() const;
     /// Returns when there are events, after `wake`, at the time given, or earlier.
     static void wait(Descriptors descriptors, std::optional<Time> until);

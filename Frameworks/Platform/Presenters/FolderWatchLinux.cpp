@@ -61,9 +61,8 @@ int millisecondsUntil(std::optional<FolderWatch::Time> time) {
 
 }  // namespace
 
-FolderWatch::FolderWatch() : wakeUps_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
 FolderWatch::Watch FolderWatch::add(const std::string& folder, Interest interest) {
+    if (!wakeUps_.isOpen()) wakeUps_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!events_.isOpen()) events_ = FileDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!events_.isOpen()) return {-1, FileFailures::lastError()};
     const int number =

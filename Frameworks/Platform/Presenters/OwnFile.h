@@ -12,8 +12,8 @@ namespace QRVPlatform {
 /// told.
 bool isSameFile(const FileIdentity& first, const FileIdentity& second);
 
-/// A file that a presenter has written. It is kept open, so that no other file can get its inode
-/// number; nothing is read or written through it.
+/// A file that a presenter has written. It is kept open if there is a descriptor, so that no other
+/// file can get its inode number; nothing is read or written through it.
 class OwnFile {
   public:
     OwnFile() = default;

@@ -13,18 +13,21 @@ bool isSameFile(const FileIdentity& first, const FileIdentity& second) {
     return changedLikeSecond == second;
 }
 
-// O_PATH: needs no right to read the file, and closing it is no event.
+// O_PATH: needs no right to read the file, and closing it is no event. Without a descriptor the
+// identity has to do: a file that gets the same inode number has hardly the same time and size.
 OwnFile::OwnFile(const std::string& path)
     : file_(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC)) {
     struct stat status {};
-    if (file_.isOpen() && fstat(file_.number(), &status) == 0)
+    const int result =
+        file_.isOpen() ? fstat(file_.number(), &status) : lstat(path.c_str(), &status);
+    if (result == 0)
         identity_ = FileStatus::identityOf(status);
     else
         file_.close();
 }
 
 bool OwnFile::is(const FileIdentity& found) const {
-    return file_.isOpen() && isSameFile(identity_, found);
+    return !identity_.isMissing() && isSameFile(identity_, found);
 }
 
 }  // namespace QRVPlatform

@@ -10,15 +10,20 @@ PresenterNotifications::PresenterNotifications(NSFilePresenter& presenter,
     : presenter_(presenter), queue_(std::move(queue)) {}
 
 void PresenterNotifications::notify() {
-    const LockGuard lock(mutex_);
+    MutexLock lock(mutex_);
     if (isEnded_) return;
-    if (stage_ == Stage::Idle) queueOne();
-    if (stage_ == Stage::UnderWay) stage_ = Stage::UnderWayAndOutdated;
+    if (stage_ == Stage::Idle)
+        queueOne(lock);
+    else if (stage_ == Stage::UnderWay)
+        stage_ = Stage::UnderWayAndOutdated;
 }
 
-void PresenterNotifications::queueOne() {
+/// Not checked: clang does not see that `lock` holds the mutex. It is unlocked afterwards.
+void PresenterNotifications::queueOne(MutexLock& lock) {
     stage_ = Stage::Queued;
-    queue_->addOperation([self = shared_from_this()] { self->run(); });
+    const std::shared_ptr<NSOperationQueue> queue = queue_;
+    lock.unlock();
+    queue->addOperation([self = shared_from_this()] { self->run(); });
 }
 
 void PresenterNotifications::run() {
@@ -34,7 +39,7 @@ void PresenterNotifications::run() {
     if (isEnded_)
         finished_.notify_all();
     else if (isOutdated)
-        queueOne();
+        queueOne(lock);
 }
 
 void PresenterNotifications::end() {
@@ -44,6 +49,21 @@ void PresenterNotifications::end() {
     released.swap(queue_);
     if (thread_ == std::this_thread::get_id()) return;
     while (thread_ != std::thread::id()) lock.waitFor(finished_);
+}
+
+bool PresenterNotifications::resume(std::shared_ptr<NSOperationQueue> queue) {
+    const LockGuard lock(mutex_);
+    if (thread_ == std::thread::id()) return false;
+    isEnded_ = false;
+    stage_ = Stage::UnderWay;
+    queue_ = std::move(queue);
+    return true;
+}
+
+// Nobody changes the queue at the time of a fork: that is done only after the removal from the
+// presenters of the process, or before the entry there.
+std::shared_ptr<PresenterNotifications> PresenterNotifications::copyForChild() const {
+    return std::make_shared<PresenterNotifications>(presenter_, queue_);
 }
 
 }  // namespace QRVPlatform

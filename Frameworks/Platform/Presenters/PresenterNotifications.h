@@ -10,7 +10,8 @@
 
 namespace QRVPlatform {
 
-/// Notifies one presenter on its queue, one notification at a time. For any threads.
+/// Notifies one presenter on its queue, one notification at a time. For any threads. What adds an
+/// operation may call the failure handler, and so must not be called with a lock held.
 class PresenterNotifications : public std::enable_shared_from_this<PresenterNotifications> {
   public:
     PresenterNotifications(NSFilePresenter& presenter, std::shared_ptr<NSOperationQueue> queue);
@@ -19,12 +20,17 @@ class PresenterNotifications : public std::enable_shared_from_this<PresenterNoti
     void notify();
     /// After this no notification is under way or will come, unless it is called within one.
     void end();
+    /// After `end`, when the presenter is added again within its own notification: goes on with
+    /// that queue, after the notification. False when none is under way.
+    bool resume(std::shared_ptr<NSOperationQueue> queue);
+    /// In a forked child: those of the same presenter on the same queue.
+    [[nodiscard]] std::shared_ptr<PresenterNotifications> copyForChild() const QRV_NOT_CHECKED;
 
     [[nodiscard]] const NSFilePresenter* presenter() const { return &presenter_; }
 
   private:
     enum class Stage { Idle, Queued, UnderWay, UnderWayAndOutdated };
-    void queueOne() QRV_REQUIRES(mutex_);
+    void queueOne(MutexLock& lock) QRV_REQUIRES(mutex_) QRV_NOT_CHECKED;
     void run();
 
     NSFilePresenter& presenter_;

@@ -2,13 +2,17 @@
 #include "Platform/Presenters/PresenterRegistry.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "Platform/Dispatch/ProcessQueues.h"
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Presenters/ChangeDetector.h"
 #include "Platform/Presenters/FolderWatch.h"
 #include "Platform/Threads/Mutex.h"
@@ -27,29 +31,49 @@ std::string absolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
 }
 
-std::shared_ptr<PresenterNotifications> notificationsFor(NSFilePresenter& presenter) {
+std::shared_ptr<NSOperationQueue> queueOf(const NSFilePresenter& presenter) {
     auto queue = presenter.presentedItemOperationQueue();
     if (!queue) throw NSInvalidArgumentException("a file presenter needs a queue");
-    return std::make_shared<PresenterNotifications>(presenter, std::move(queue));
+    return queue;
 }
+
+/// What is found out under the lock, and sent when it is released: sending calls code of others.
+class Outbox {
+  public:
+    void collect(ChangeDetector& detector) {
+        if (detector.takeNews()) news_.push_back(detector.notifications());
+        if (const auto error = detector.takeShortage())
+            shortages_.push_back({"watch file", detector.path(), error});
+    }
+    void send() {
+        for (const auto& notifications : news_) notifications->notify();
+        for (const FileFailure& shortage : shortages_)
+            FileFailures::reported(shortage.operation, shortage.path, shortage.error);
+    }
+
+  private:
+    std::vector<std::shared_ptr<PresenterNotifications>> news_;
+    std::vector<FileFailure> shortages_;
+};
 
 /// The presenters with the files that they present, and the thread that watches those files as long
 /// as the process runs.
 ///
-/// The lock is never held while code of a presenter runs, or while somebody waits for the lock of a
-/// file. It is held while a file is put in place, so that the event of that is handled when it is
-/// known whose it is.
+/// The lock is never held while code of a presenter or of the failure handler runs, or while
+/// somebody waits for the lock of a file. It is held while a file is put in place, so that the
+/// event of that is handled when it is known whose it is.
 class WatchedFiles {
   public:
-    WatchedFiles() = default;
-    /// A forked child has no presenters. The parent's are not ended, which could act on what is the
-    /// parent's; only their descriptors are closed.
+    WatchedFiles() { ProcessQueues::current().addStart(startThreadOfThisProcess); }
+    /// A forked child has the same presenters, and starts a thread for them at the next use of a
+    /// queue. The parent's detectors are not ended, which could act on what is the parent's; only
+    /// their descriptors are closed.
     explicit WatchedFiles(WatchedFiles& parent) QRV_REQUIRES(parent.mutex_);
     void lock() QRV_ACQUIRES(mutex_) { mutex_.lock(); }
     void unlock() QRV_RELEASES(mutex_) { mutex_.unlock(); }
 
     bool has(const NSFilePresenter& presenter);
-    void add(std::string path, std::shared_ptr<PresenterNotifications> notifications);
+    void add(NSFilePresenter& presenter, std::string path, std::shared_ptr<NSOperationQueue> queue);
     /// Null when it is not there.
     std::shared_ptr<PresenterNotifications> remove(const NSFilePresenter& presenter);
     std::error_code replaceFor(const NSFilePresenter* performer, const std::string& newFile,
@@ -58,19 +82,25 @@ class WatchedFiles {
   private:
     using Detectors = std::vector<std::unique_ptr<ChangeDetector>>;
     Detectors::iterator find(const NSFilePresenter* presenter) QRV_REQUIRES(mutex_);
-    void startThread() QRV_REQUIRES(mutex_);
+    std::shared_ptr<PresenterNotifications> notificationsFor(
+        NSFilePresenter& presenter, std::shared_ptr<NSOperationQueue> queue) QRV_REQUIRES(mutex_);
+    static bool startThreadOfThisProcess();
+    std::error_code startThread();
     [[noreturn]] void watch();
-    std::optional<Clock::time_point> settleAll() QRV_REQUIRES(mutex_);
+    std::optional<Clock::time_point> settleAll(Outbox& outbox) QRV_REQUIRES(mutex_);
 
     Mutex mutex_;
     FolderWatch folders_ QRV_GUARDED_BY(mutex_);
     Detectors detectors_ QRV_GUARDED_BY(mutex_);
-    bool hasThread_ QRV_GUARDED_BY(mutex_) = false;
+    /// Of presenters that were removed, perhaps within a notification that is still under way.
+    std::vector<std::weak_ptr<PresenterNotifications>> removed_ QRV_GUARDED_BY(mutex_);
+    std::atomic<bool> hasThread_ = false;
+    std::atomic<bool> isShortOfThreads_ = false;
 };
 
 WatchedFiles::WatchedFiles(WatchedFiles& parent) {
     parent.folders_.closeInChild();
-    for (const auto& detector : parent.detectors_) detector->closeInChild();
+    for (const auto& detector : parent.detectors_) detectors_.push_back(detector->moveToChild());
 }
 
 WatchedFiles& ofThisProcess() {
@@ -79,7 +109,7 @@ WatchedFiles& ofThisProcess() {
 
 WatchedFiles::Detectors::iterator WatchedFiles::find(const NSFilePresenter* presenter) {
     return std::find_if(detectors_.begin(), detectors_.end(), [&](const auto& entry) {
-        return entry->notifications().presenter() == presenter;
+        return entry->notifications()->presenter() == presenter;
     });
 }
 
@@ -88,15 +118,39 @@ bool WatchedFiles::has(const NSFilePresenter& presenter) {
     return find(&presenter) != detectors_.end();
 }
 
-void WatchedFiles::add(std::string path, std::shared_ptr<PresenterNotifications> notifications) {
-    const LockGuard lock(mutex_);
-    if (find(notifications->presenter()) != detectors_.end()) return;
-    startThread();
-    detectors_.push_back(
-        std::make_unique<ChangeDetector>(std::move(path), std::move(notifications)));
-    detectors_.back()->begin(folders_, Clock::now());
-    // There may be another descriptor or another time to wait for.
-    folders_.wake();
+/// A presenter that is added again within its own notification keeps what notifies it, so that the
+/// next notification waits for that one.
+std::shared_ptr<PresenterNotifications> WatchedFiles::notificationsFor(
+    NSFilePresenter& presenter, std::shared_ptr<NSOperationQueue> queue) {
+    for (const auto& entry : removed_) {
+        auto notifications = entry.lock();
+        if (notifications && notifications->presenter() == &presenter &&
+            notifications->resume(queue))
+            return notifications;
+    }
+    return std::make_shared<PresenterNotifications>(presenter, std::move(queue));
+}
+
+void WatchedFiles::add(NSFilePresenter& presenter, std::string path,
+                       std::shared_ptr<NSOperationQueue> queue) {
+    Outbox outbox;
+    {
+        const LockGuard lock(mutex_);
+        if (find(&presenter) != detectors_.end()) return;
+        detectors_.push_back(std::make_unique<ChangeDetector>(
+            std::move(path), notificationsFor(presenter, std::move(queue))));
+        detectors_.back()->begin(folders_, Clock::now());
+        outbox.collect(*detectors_.back());
+        ProcessQueues::setMustStartInChild(true);
+        // There may be another descriptor or another time to wait for.
+        folders_.wake();
+    }
+    outbox.send();
+    const std::error_code error = startThread();
+    if (!error) return;
+    ProcessQueues::noteMissingThread();
+    if (!isShortOfThreads_.exchange(true))
+        FileFailures::reported("start a thread to watch files", {}, error);
 }
 
 std::shared_ptr<PresenterNotifications> WatchedFiles::remove(const NSFilePresenter& presenter) {
@@ -104,8 +158,11 @@ std::shared_ptr<PresenterNotifications> WatchedFiles::remove(const NSFilePresent
     const auto entry = find(&presenter);
     if (entry == detectors_.end()) return nullptr;
     (*entry)->end(folders_);
-    auto notifications = (*entry)->notifications().shared_from_this();
+    auto notifications = (*entry)->notifications();
     detectors_.erase(entry);
+    ProcessQueues::setMustStartInChild(!detectors_.empty());
+    std::erase_if(removed_, [](const auto& former) { return former.expired(); });
+    removed_.push_back(notifications);
     return notifications;
 }
 
@@ -114,37 +171,62 @@ std::error_code WatchedFiles::replaceFor(const NSFilePresenter* performer,
                                          const std::function<std::error_code()>& putInPlace) {
     MutexLock lock(mutex_);
     const auto entry = find(performer);
-    if (entry != detectors_.end()) return (*entry)->replace(OwnFile(newFile), putInPlace);
+    if (entry == detectors_.end()) {
+        lock.unlock();
+        return putInPlace();
+    }
+    Outbox outbox;
+    const std::error_code error = (*entry)->replace(OwnFile(newFile), putInPlace);
+    outbox.collect(**entry);
     lock.unlock();
-    return putInPlace();
+    outbox.send();
+    return error;
 }
 
-void WatchedFiles::startThread() {
-    if (hasThread_) return;
-    std::thread([this] { watch(); }).detach();
-    hasThread_ = true;
+/// Whether it has one afterwards, if it needs one.
+bool WatchedFiles::startThreadOfThisProcess() {
+    return !ProcessQueues::mustStartInChild() || !ofThisProcess().startThread();
+}
+
+// Without the lock: this is called while a queue is used.
+std::error_code WatchedFiles::startThread() {
+    if (hasThread_.exchange(true)) return {};
+    try {
+        std::thread([this] { watch(); }).detach();
+        isShortOfThreads_ = false;
+        return {};
+    } catch (const std::system_error& failure) {
+        hasThread_ = false;
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        hasThread_ = false;
+        return make_error_code(std::errc::not_enough_memory);
+    }
 }
 
 void WatchedFiles::watch() {
     Threads::nameCurrentThread("file-presenters");
     MutexLock lock(mutex_);
     for (;;) {
-        const auto dueTime = settleAll();
+        Outbox outbox;
+        const auto dueTime = settleAll(outbox);
         const FolderWatch::Descriptors descriptors = folders_.descriptors();
         lock.unlock();
+        outbox.send();
         FolderWatch::wait(descriptors, dueTime);
         lock.lock();
     }
 }
 
 /// Returns when to do so again at the latest.
-std::optional<Clock::time_point> WatchedFiles::settleAll() {
+std::optional<Clock::time_point> WatchedFiles::settleAll(Outbox& outbox) {
     const Clock::time_point now = Clock::now();
     const std::vector<FolderWatch::Event> events = folders_.takeEvents();
     std::optional<Clock::time_point> next;
     for (const auto& detector : detectors_) {
         for (const auto& event : events) detector->note(event, now);
         detector->settle(folders_, now);
+        outbox.collect(*detector);
         const auto due = detector->dueTime();
         if (due) next = std::min(next.value_or(*due), *due);
     }
@@ -156,7 +238,9 @@ std::optional<Clock::time_point> WatchedFiles::settleAll() {
 void PresenterRegistry::add(NSFilePresenter& presenter) {
     WatchedFiles& files = ofThisProcess();
     if (files.has(presenter)) return;
-    files.add(absolutePath(presenter.presentedItemURL()), notificationsFor(presenter));
+    // Their order is kept, because both are the presenter's code.
+    std::string path = absolutePath(presenter.presentedItemURL());
+    files.add(presenter, std::move(path), queueOf(presenter));
 }
 
 void PresenterRegistry::remove(NSFilePresenter& presenter) {

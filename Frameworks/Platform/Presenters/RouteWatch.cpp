@@ -18,8 +18,8 @@ using Route = std::vector<RouteWatch::Step>;
 struct Attempt {
     Route route;
     std::string filePath;
-    bool isComplete = true;  ///< every folder that counts is watched
-    bool isStale = false;    ///< a folder was gone before it could be watched
+    std::error_code error;  ///< of a folder that counts and is not watched
+    bool isStale = false;   ///< a folder was gone before it could be watched
 };
 
 bool isGone(std::error_code error) {
@@ -40,7 +40,7 @@ Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
         const auto [number, error] =
             folders.add(step.folder, step.isFile ? Interest::NamesAndContents : Interest::Names);
         if (isGone(error)) attempt.isStale = true;
-        if (error && !isTolerable(error, &step == &steps.back())) attempt.isComplete = false;
+        if (error && !isTolerable(error, &step == &steps.back())) attempt.error = error;
         attempt.route.push_back({number, step.name, step.isFile});
         if (step.isFile) attempt.filePath = step.folder + "/" + step.name;
     }
@@ -63,16 +63,16 @@ RouteWatch::RouteWatch(std::string absolutePath) : path_(std::move(absolutePath)
 
 // A folder may be replaced between finding and watching it. But when the same route is found a
 // second time, it was watched during all of that time, so that every change has made an event.
-bool RouteWatch::arm(FolderWatch& folders) {
+std::error_code RouteWatch::arm(FolderWatch& folders) {
     constexpr int mostAttempts = 100;
     for (int attempts = 0; attempts < mostAttempts; ++attempts) {
         Attempt attempt = watchedRoute(path_, folders);
         const bool isStable = !attempt.isStale && attempt.route == route_;
         releaseRoute(std::exchange(route_, std::move(attempt.route)), folders);
         filePath_ = std::move(attempt.filePath);
-        if (isStable) return attempt.isComplete;
+        if (isStable) return attempt.error;
     }
-    return false;
+    return make_error_code(std::errc::resource_unavailable_try_again);
 }
 
 void RouteWatch::release(FolderWatch& folders) {

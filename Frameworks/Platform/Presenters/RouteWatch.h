@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Platform/Presenters/FolderWatch.h"
@@ -14,8 +15,8 @@ class RouteWatch {
     explicit RouteWatch(std::string absolutePath);
 
     /// Watches the folders that are on the way now. Every later change of the way or the file makes
-    /// an event. False when a folder that matters cannot be watched; the others are watched.
-    bool arm(FolderWatch& folders);
+    /// an event. An error when a folder that matters cannot be watched; the others are watched.
+    std::error_code arm(FolderWatch& folders);
     void release(FolderWatch& folders);
 
     /// What an event concerns, in rising order of weight. Neighbour: something else in the file's

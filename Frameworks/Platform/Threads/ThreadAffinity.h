@@ -4,9 +4,11 @@
 #include <atomic>
 #include <thread>
 
+#include "Platform/Threads/Threads.h"
+
 namespace QRVPlatform {
 
-/// What belongs to one thread: the one that asks first.
+/// What belongs to one thread of a process: the one that asks first, in a forked child again.
 class ThreadAffinity {
   public:
     /// Receives the name of the function that was called on another thread.
@@ -15,6 +17,11 @@ class ThreadAffinity {
 
     /// On another thread: reports, and then ends the process by an abort.
     void require(const char* function) {
+        const unsigned forks = Threads::forkCount();
+        if (forks_ != forks) {
+            forks_ = forks;
+            owner_ = std::thread::id();
+        }
         std::thread::id owner;
         const std::thread::id self = std::this_thread::get_id();
         if (!owner_.compare_exchange_strong(owner, self) && owner != self) fail(function);
@@ -24,6 +31,7 @@ class ThreadAffinity {
     [[noreturn]] void fail(const char* function) const;
     Report report_;
     std::atomic<std::thread::id> owner_{};
+    std::atomic<unsigned> forks_ = 0;
 };
 
 }  // namespace QRVPlatform

@@ -31,6 +31,16 @@
 /// `QRVSettingsWaitForSaves` tells of it; reads go on giving what was written. The one error that
 /// reaches a caller is NSInvalidArgumentException from a write.
 ///
+/// Shortages: no function fails because the system has no descriptor, thread or watch left. Reads
+/// and writes go on in memory, the handler of `setFileFailureHandler` is called, and the next save,
+/// or the next use of a queue, tries again.
+///
+/// Forks: a fork waits for the saves of this process, at most `QRVPlatform::forkTimeout`, so that a
+/// program that goes to the background loses none when its first process ends. The child has the
+/// store as its parent had it, with no save pending. The thread that forked is its main thread. It
+/// reads, writes and saves like any other process. Where the parent watched the file, the child
+/// watches it from its next write or use of the main queue on.
+///
 /// Several writers: every host should call `setMergesSaves(true)` at its start. Then no process
 /// loses what another has written. Otherwise each save replaces the whole file by the tree of its
 /// own process: of two processes that save at nearly the same time, the later one wins.
@@ -184,7 +194,7 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// Full path of the settings file. Any thread.
     [[nodiscard]] const std::string& location() const;
 
-    /// The built-in defaults as a tree; null until `loadDefaults`.
+    /// The built-in defaults as a tree, mutable at the top only; null until `loadDefaults`.
     [[nodiscard]] NSMutableDictionary defaults() const;
     void setDefaults(NSMutableDictionary defaults);
 

@@ -312,6 +312,7 @@ QRV_EXPORT qrv_result qrv_settings_set_color(const qrv_value* color, const char*
 
 /// @name The main queue
 /// @{
+/// -1 while the system has no descriptor left; each call tries again.
 QRV_EXPORT qrv_result qrv_main_queue_fd(int32_t* fd);
 /// The number of items that were run.
 QRV_EXPORT qrv_result qrv_main_queue_drain(size_t* count);

@@ -8,6 +8,15 @@
 ///
 /// Make queues that live as long as the process with `new`, and never destroy them: then a process
 /// may exit while they are at work.
+///
+/// Shortages: no function fails because the system has no thread or descriptor left. What needs one
+/// waits, and the failure handler of `QRVPlatform::setFileFailureHandler` is called once, with
+/// an empty path. The next use of any queue, the main queue included, tries again.
+///
+/// Forks: a forked child has the same queues, without the work that its parent had queued. That
+/// work runs in the parent only. The queues start threads of their own at their first use in the
+/// child. When an item of a queue forks and returns in the child, its thread ends there. A child
+/// that is made without the fork handlers (vfork, clone) must not use any queue.
 
 #include <chrono>
 #include <cstddef>
@@ -17,14 +26,27 @@
 
 #include "Platform/Export.h"
 
+namespace QRVPlatform {
+
+class WorkQueue;
+
+/// How long a fork waits at most, for all queues together.
+inline constexpr std::chrono::seconds forkTimeout(2);
+
+}  // namespace QRVPlatform
+
 /// Runs work in the order in which it was added, one item at a time, on a thread of its own. The
 /// thread starts with the first item and is named after the label's last dotted component.
 ///
-/// Every function but the destructor may be called on any thread. A forked child has no such
-/// thread: it must not use the queues that it inherited.
+/// Every function but the destructor may be called on any thread.
 class QRV_EXPORT DispatchQueue {
   public:
-    explicit DispatchQueue(std::string label);
+    /// What a fork does about work that is queued or under way. FinishWork: it waits until that is
+    /// done, at most `forkTimeout`, so that a parent that ends right after the fork loses nothing.
+    /// It does not wait when an item of the queue itself forks.
+    enum class AtFork { LeaveWork, FinishWork };
+
+    explicit DispatchQueue(std::string label, AtFork atFork = AtFork::LeaveWork);
     DispatchQueue(const DispatchQueue&) = delete;
     DispatchQueue& operator=(const DispatchQueue&) = delete;
     /// Runs what is queued, then ends the thread. On the queue's own thread it returns at once, and
@@ -36,13 +58,15 @@ class QRV_EXPORT DispatchQueue {
     /// Runs `work` on the queue's thread and returns when it is done: everything queued before has
     /// run by then. An exception from `work` is thrown here. On the queue's own thread, which
     /// would be a deadlock, it throws std::logic_error and runs nothing.
+    ///
+    /// While the system has no thread left, the calling thread runs everything queued before, and
+    /// `work`.
     void sync(const std::function<void()>& work);
 
     [[nodiscard]] const std::string& label() const noexcept;
 
   private:
-    struct QRV_HIDDEN Implementation;
-    std::shared_ptr<Implementation> implementation_;
+    std::shared_ptr<QRVPlatform::WorkQueue> work_;
 };
 
 /// The queue whose work runs on the host's main thread: the one thread that calls `drain()`,
@@ -51,12 +75,12 @@ class QRV_EXPORT DispatchQueue {
 /// In a host with a loop of its own: watch `fd()` for reading and call `drain()` when it is
 /// readable. In a program without one: `run()`, or `wait()` and `drain()` in turn.
 ///
-/// In a forked child the queue is empty: the parent's pending work runs in the parent only. `fd()`
-/// is the same number there but another descriptor, so that neither process can disturb the other.
+/// In a forked child `fd()` is the same number but another descriptor, so that neither process can
+/// disturb the other. A loop that has the parent's in a set of the kernel (epoll) must add it
+/// again.
 class QRV_EXPORT DispatchMainQueue {
   public:
-    /// The one main queue; it is never destroyed. The first call throws std::system_error when the
-    /// system has no descriptors left.
+    /// The one main queue; it is never destroyed.
     static DispatchMainQueue& shared();
 
     DispatchMainQueue(const DispatchMainQueue&) = delete;
@@ -70,8 +94,12 @@ class QRV_EXPORT DispatchMainQueue {
     void asyncAfter(std::chrono::nanoseconds delay, std::function<void()> work);
 
     /// One descriptor for select, poll or epoll, level-triggered and close-on-exec: readable
-    /// exactly while there is work queued or a timer due. It cannot be read, must not be closed,
-    /// and stays the same as long as the process lives.
+    /// exactly while there is work queued or a timer due. In a forked child whose presenters are
+    /// not watched yet it is also readable until the first drain. It cannot be read, must not be
+    /// closed, and stays the same as long as the process lives.
+    ///
+    /// Opened at the first call. -1 when the system has no descriptors left, also in a forked
+    /// child; each call then tries again.
     [[nodiscard]] int fd() const;
 
     /// Runs the work that is queued at entry and the timers that are due, and returns the number of
@@ -98,4 +126,5 @@ class QRV_EXPORT DispatchMainQueue {
     QRV_HIDDEN DispatchMainQueue();
     ~DispatchMainQueue() = default;
     QRV_HIDDEN static State& state();
+    QRV_HIDDEN static State& stateInUse();
 };

@@ -71,11 +71,10 @@ class QRV_EXPORT NSFileCoordinator {
     [[nodiscard]] const NSFilePresenter* performer() const noexcept { return performer_; }
 
     /// From the return on the presenter is notified of changes, until it is removed; it must live
-    /// that long. Adding it again changes nothing. A forked child has none of the presenters added
-    /// before the fork, and may add its own.
+    /// that long. Adding it again changes nothing.
     ///
-    /// Throws NSInvalidArgumentException when the presenter has no path or no queue, and
-    /// std::system_error when the system has no thread left for the first presenter.
+    /// Throws NSInvalidArgumentException when the presenter has no path or no queue. Shortages and
+    /// forks: see NSFilePresenter.
     static void addFilePresenter(NSFilePresenter& presenter);
 
     /// After it has returned no notification of the presenter is under way or will come, and the

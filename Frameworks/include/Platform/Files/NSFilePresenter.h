@@ -34,7 +34,17 @@ inline constexpr std::chrono::seconds openWriterTimeout(2);
 /// A write in place is notified when the writer closes the file, or after `openWriterTimeout` if
 /// the writer keeps it open. All other changes are notified at once. Where the system has no means
 /// left to watch the file (its limits for that are per user), or does not allow it, the file is
-/// polled every `filePollingInterval` instead.
+/// polled every `filePollingInterval` instead, until it can be watched.
+///
+/// Shortages never reach the adding thread. When the means to watch are exhausted, the failure
+/// handler of `QRVPlatform::setFileFailureHandler` is called once. So it is when the system has no
+/// thread left to watch with: then notifications come late, after the next use of a queue
+/// (`DispatchQueue`, `DispatchMainQueue`, `NSOperationQueue`) for which there is a thread.
+///
+/// A forked child has the presenters of its parent. It watches their files from its first use of a
+/// queue on; a loop that polls `DispatchMainQueue::fd()` is woken for that. Each presenter is then
+/// notified once, also without a change: the parent may have noticed one that the child has not
+/// handled.
 ///
 /// What is not promised: to notice a write through a memory mapping, through another hard link in
 /// another folder or one that bears the name of a temporary or lock file of this library, a file

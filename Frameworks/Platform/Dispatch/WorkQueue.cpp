@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: MIT
+#include "Platform/Dispatch/WorkQueue.h"
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "Platform/Dispatch/ProcessQueues.h"
+#include "Platform/Files/FileFailures.h"
+#include "Platform/Threads/Threads.h"
+
+namespace QRVPlatform {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The shifts whose items this thread is running, the innermost first. In a child that an item has
+/// forked, the queue has another shift.
+struct Running {
+    const void* shift;
+    const Running* outer;
+};
+thread_local const Running* innermost = nullptr;
+
+// The item is destroyed here as well: what it captures may be the host's, and use the queue.
+void runAndDestroy(const void* shift, WorkQueue::Item item) noexcept {
+    const Running running{shift, innermost};
+    innermost = &running;
+    item();
+    item = nullptr;
+    innermost = running.outer;
+}
+
+}  // namespace
+
+std::shared_ptr<WorkQueue> WorkQueue::make(std::string label, const Limits& limits) {
+    std::shared_ptr<WorkQueue> queue(new WorkQueue(std::move(label), limits));
+    ProcessQueues::current().add(*queue);
+    return queue;
+}
+
+WorkQueue::WorkQueue(std::string label, const Limits& limits)
+    : label_(std::move(label)), limits_(limits) {}
+
+WorkQueue::~WorkQueue() {
+    ProcessQueues::current().remove(*this);
+}
+
+bool WorkQueue::isRunningHere() const {
+    for (const Running* running = innermost; running != nullptr; running = running->outer)
+        if (running->shift == shift_.get()) return true;
+    return false;
+}
+
+// A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
+// locked only waits again, for the mutex.
+
+std::uint64_t WorkQueue::add(Item item) {
+    Shift& shift = *shift_;
+    std::error_code error;
+    bool isNewShortage = false;
+    std::uint64_t number = 0;
+    {
+        const LockGuard lock(shift.mutex);
+        shift.items.push_back(std::move(item));
+        number = ++shift.added;
+        error = startThread(shift);
+        isNewShortage = noteShortage(shift, error);
+    }
+    shift.itemsChanged.notify_one();
+    if (isNewShortage) FileFailures::reported("start a thread for " + label_, {}, error);
+    return number;
+}
+
+/// Starts one if there is more to do than the idle ones will do.
+std::error_code WorkQueue::startThread(Shift& shift) {
+    if (shift.threads >= limits_.threads || shift.idleThreads >= shift.items.size()) return {};
+    try {
+        std::thread([self = shared_from_this(), &shift] { self->runThread(shift); }).detach();
+        ++shift.threads;
+        ++shift.idleThreads;
+        shift.isShortOfThreads = false;
+        return {};
+    } catch (const std::system_error& failure) {
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        return make_error_code(std::errc::not_enough_memory);
+    }
+}
+
+/// Whether it is one that nobody was told of.
+bool WorkQueue::noteShortage(Shift& shift, std::error_code error) {
+    if (!error) return false;
+    ProcessQueues::noteMissingThread();
+    return !std::exchange(shift.isShortOfThreads, true);
+}
+
+bool WorkQueue::startThreads() {
+    Shift& shift = *shift_;
+    const LockGuard lock(shift.mutex);
+    std::error_code error;
+    std::size_t threads = 0;
+    do {
+        threads = shift.threads;
+        error = startThread(shift);
+    } while (shift.threads > threads && shift.threads < shift.items.size());
+    noteShortage(shift, error);
+    return !error;
+}
+
+void WorkQueue::runThread(Shift& shift) {
+    Threads::nameCurrentThread(label_);
+    MutexLock lock(shift.mutex);
+    while (waitForItem(shift, lock)) {
+        if (!runItem(shift, lock)) return;
+        ++shift.idleThreads;
+    }
+    --shift.threads;
+    lock.unlock();
+    shift.itemFinished.notify_all();
+}
+
+/// False when the thread is to end.
+bool WorkQueue::waitForItem(Shift& shift, MutexLock& lock) const {
+    const auto deadline =
+        limits_.idleTime ? Clock::now() + *limits_.idleTime : Clock::time_point::max();
+    for (;;) {
+        const bool mayRun = shift.running < limits_.threads;
+        if (mayRun && !shift.items.empty()) break;
+        if (shift.items.empty() && (shift.isEnding || Clock::now() >= deadline)) break;
+        if (limits_.idleTime)
+            lock.waitFor(shift.itemsChanged, deadline);
+        else
+            lock.waitFor(shift.itemsChanged);
+    }
+    --shift.idleThreads;
+    return !shift.items.empty();
+}
+
+// Not checked: clang does not see that `lock` holds the mutex.
+/// False in a child that was forked by the item: the lock is the parent's, and is not held.
+bool WorkQueue::runItem(Shift& shift, MutexLock& lock) {
+    Item item = std::move(shift.items.front());
+    shift.items.pop_front();
+    ++shift.running;
+    lock.unlock();
+    runAndDestroy(&shift, std::move(item));
+    if (&shift != shift_.get()) return false;
+    lock.lock();
+    --shift.running;
+    ++shift.finished;
+    shift.itemFinished.notify_all();
+    return true;
+}
+
+void WorkQueue::async(Item item) {
+    ProcessQueues::startMissingThreads();
+    add(std::move(item));
+}
+
+void WorkQueue::sync(const std::function<void()>& work) {
+    if (isRunningHere()) throw std::logic_error("sync on the queue's own thread: " + label_);
+    ProcessQueues::startMissingThreads();
+    Shift& shift = *shift_;
+    std::exception_ptr failure;
+    const std::uint64_t number = add([&] {
+        try {
+            work();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    });
+    if (runUntil(shift, number)) shift.itemsChanged.notify_one();
+    if (failure) std::rethrow_exception(failure);
+}
+
+/// Waits until the item of that number is done, and does the work of the threads while there are
+/// none. False in a child that was forked by an item.
+bool WorkQueue::runUntil(Shift& shift, std::uint64_t number) {
+    MutexLock lock(shift.mutex);
+    const auto isOver = [&]() QRV_REQUIRES(shift.mutex) {
+        const bool wasDestroyed = shift.isEnding && shift.threads == 0;
+        return shift.finished >= number && (!wasDestroyed || shift.items.empty());
+    };
+    while (!isOver()) {
+        if (shift.threads > 0 || shift.running > 0)
+            lock.waitFor(shift.itemFinished);
+        else if (!runItem(shift, lock))
+            return false;
+    }
+    return true;
+}
+
+void WorkQueue::finish() {
+    Shift& shift = *shift_;
+    {
+        const LockGuard lock(shift.mutex);
+        shift.isEnding = true;
+    }
+    shift.itemsChanged.notify_all();
+    if (isRunningHere()) return;
+    MutexLock lock(shift.mutex);
+    while (shift.threads > 0 || shift.running > 0 || !shift.items.empty()) {
+        if (shift.threads > 0 || shift.running > 0)
+            lock.waitFor(shift.itemFinished);
+        else if (!runItem(shift, lock))
+            return;
+    }
+}
+
+void WorkQueue::lock() {
+    shift_->mutex.lock();
+}
+
+void WorkQueue::unlock() {
+    shift_->mutex.unlock();
+}
+
+void WorkQueue::startInChild() {
+    static_cast<void>(shift_.release());
+    shift_ = std::make_unique<Shift>();
+}
+
+bool WorkQueue::waitUntilIdle(Clock::time_point deadline) {
+    if (isRunningHere()) return false;
+    Shift& shift = *shift_;
+    MutexLock lock(shift.mutex);
+    while (shift.running > 0 || !shift.items.empty()) {
+        const bool isStuck = shift.threads == 0 && shift.running == 0;
+        if (isStuck || Clock::now() >= deadline) return false;
+        lock.waitFor(shift.itemFinished, deadline);
+    }
+    return true;
+}
+
+}  // namespace QRVPlatform

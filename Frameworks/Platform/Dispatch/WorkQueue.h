@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "Platform/Threads/Mutex.h"
+
+namespace QRVPlatform {
+
+/// Runs items in the order in which they are added, on as many threads as `Limits` allows. Kept
+/// alive by its threads. For any threads.
+///
+/// Where the system gives no thread, items stay queued, the failure handler is called once, and the
+/// start is tried again at each use of any queue. A forked child has the queue without items and
+/// without threads.
+class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
+  public:
+    using Item = std::function<void()>;
+    struct Limits {
+        std::size_t threads;
+        /// After which a thread without work ends; empty for never.
+        std::optional<std::chrono::steady_clock::duration> idleTime;
+        /// A fork waits until the work is done, at most `forkTimeout`.
+        bool holdsUpForks;
+    };
+
+    static std::shared_ptr<WorkQueue> make(std::string label, const Limits& limits);
+    WorkQueue(const WorkQueue&) = delete;
+    WorkQueue& operator=(const WorkQueue&) = delete;
+    ~WorkQueue();
+
+    /// An exception from an item ends the program.
+    void async(Item item);
+    /// For a queue of one thread. Without a thread, runs on the calling one whatever is queued up
+    /// to `work`. Throws what `work` throws, and std::logic_error from within an item.
+    void sync(const std::function<void()>& work);
+    /// Runs what is queued and ends the threads. From within an item it returns at once, and what
+    /// is queued runs afterwards.
+    void finish();
+
+    [[nodiscard]] const std::string& label() const noexcept { return label_; }
+    [[nodiscard]] const Limits& limits() const noexcept { return limits_; }
+
+    /// Whether everything that was added has run before the deadline. Gives up at once when there
+    /// is no thread for it, and within an item.
+    bool waitUntilIdle(std::chrono::steady_clock::time_point deadline);
+
+    /// @name For ProcessQueues
+    /// @{
+    void lock() QRV_NOT_CHECKED;
+    void unlock() QRV_NOT_CHECKED;
+    void startInChild();
+    /// Whether all threads that are needed are there afterwards.
+    bool startThreads();
+    /// @}
+
+  private:
+    /// What the queue is in one process. A forked child leaves its parent's as it is: no thread
+    /// there could end a wait or release a lock.
+    struct Shift {
+        Mutex mutex;
+        std::condition_variable itemsChanged;
+        std::condition_variable itemFinished;
+        std::deque<Item> items QRV_GUARDED_BY(mutex);
+        std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
+        std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
+        std::size_t threads QRV_GUARDED_BY(mutex) = 0;
+        std::size_t idleThreads QRV_GUARDED_BY(mutex) = 0;
+        std::size_t running QRV_GUARDED_BY(mutex) = 0;
+        bool isShortOfThreads QRV_GUARDED_BY(mutex) = false;
+        bool isEnding QRV_GUARDED_BY(mutex) = false;
+    };
+
+    WorkQueue(std::string label, const Limits& limits);
+    std::uint64_t add(Item item);
+    std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
+    bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
+    void runThread(Shift& shift);
+    bool waitForItem(Shift& shift, MutexLock& lock) const QRV_REQUIRES(shift.mutex);
+    bool runItem(Shift& shift, MutexLock& lock) QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
+    bool runUntil(Shift& shift, std::uint64_t number);
+    [[nodiscard]] bool isRunningHere() const;
+
+    const std::string label_;
+    const Limits limits_;
+    std::unique_ptr<Shift> shift_ = std::make_unique<Shift>();
+};
+
+}  // namespace QRVPlatform
