@@ -29,8 +29,8 @@ struct QRVSettings::State {
     // Read or replaced on several threads.
     std::atomic<bool> monitorFileChanges = false;
     std::atomic<bool> mergesSaves = false;
-    /// A reload that follows another one is queued, and has not begun: then the number of forks that
-    /// led to the process that queued it, plus 1; else 0.
+    /// A reload that follows another one is queued, and has not begun: then the number of forks
+    /// that led to the process that queued it, plus 1; else 0.
     std::atomic<unsigned> queuedSecondReload = 0;
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};

@@ -25,7 +25,6 @@
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
-using QRVInside::StoreInside;
 
 namespace {
 
