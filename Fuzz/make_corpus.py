@@ -522,7 +522,9 @@ def tool_inputs():
     for index, line in enumerate([
             "set", "set A", "unset", "unset A B", "change A 1", 'set "A 1', 'set "A"1', "set A {", 'set A ""',
             "set A null", "set A 18446744073709551616", "set A 1e999", "set . .", "set A \x7f\x01", "\v",
-            "set " + "a." * 600 + "b 1", 'unset "\\ud800"', "set A 1\rset B 2", "unset \u00a0\u2028"]):
+            "set " + "a." * 600 + "b 1", 'unset "\\ud800"', "set A 1\rset B 2", "unset \u00a0\u2028",
+            "set --type string A 5", "set --type=int --profile p A.q 1", 'set --profile "a b" -- --A -- 1', "set A --B",
+            "unset --profile=p -- --A", "set --type=x A 1", "set --profile= A 1"]):
         yield f"line-{index}", lines + line.encode()
     yield "line-not-utf-8", lines + b"set A \xff"
     yield "json", json + (
@@ -536,11 +538,12 @@ def tool_inputs():
             '{"$date":1,"x":2}', "null", "[null]", "", " ", "1 2", "[1,]", "{", '"\\ud800"', '"\x01"', "1e400", "-1e400",
             "1e-400", "18446744073709551616", "-9223372036854775809", "01", "+1", ".5", "1.", "NaN", "tru", "'a'", "// c\n1",
             "[" * 512 + "]" * 512, "[" * 513 + "]" * 513, '{"$dictionary":' * 300 + "{}" + "}" * 300, '{"a":' * 600,
-            "[" * 3000]):
+            "[" * 3000,
+            '{"A.b":1,"A":{"c":2}}', '{"A.b":1,"A.b.c":2}', '{"A":1,"A.b":2}', '{"$dictionary":{"A.b":1}}', '{"..":{},"A.b":{}}']):
         yield f"json-{index}", json + value.encode()
     yield "json-not-utf-8", json + b'"\xc3"'
     yield "json-mark", json + b"\xef\xbb\xbf1"
-    for index, path in enumerate(["CPU.Menubar", "", '"', 'a"b', "a\tb\n", "\x7f", "\u0085\u2028", "a b", "\0"]):
+    for index, path in enumerate(["CPU.Menubar", "", '"', 'a"b', "a\tb\n", "\x7f", "\u0085\u2028", "a b", "\0", "--type"]):
         yield f"key-path-{index}", key_path + path.encode()
     scalars = ["true", "False", "-9223372036854775808", "18446744073709551615", "-0", "1e", ".5e+1", "-.", "nan", "-nan",
                "2020-02-29T23:59:59.5Z", "1900-02-29T00:00:00Z", "0000-01-01T00:00:00Z", "AP8=", "A P\n8 =", "AA=A", "[1]",
