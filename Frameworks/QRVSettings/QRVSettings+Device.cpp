@@ -21,7 +21,6 @@
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace KeyPaths = QRVStoreKeyPaths;
-using QRVInside::UnlessSettled;
 
 namespace {
 

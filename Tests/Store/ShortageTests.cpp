@@ -52,6 +52,7 @@ bool isSavedAsAnotherSees(const char* key, const PropertyListValue& value) {
 /// All that a store does in its life; true when what was written is read. A reload takes over what
 /// the file holds, and so comes only when the writes are there.
 bool lives() {
+    store().setMergesSaves(true);  // Otherwise a reload may replace what could not be saved.
     setFileFailureHandler([](const FileFailure&) { ++failures; });
     store().setOnChange([](const NSArray&) { ++reports; });
     MachineSupport::startWatching();

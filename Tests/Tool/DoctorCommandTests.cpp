@@ -18,6 +18,7 @@
 #include "Tool/ToolSupport.h"
 
 using nlohmann::json;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -181,9 +182,16 @@ TEST(Doctor, SaysThatAFileIsReadOnly) {
                   "warning: the file is read-only, and commands that write refuse it: mode 0400");
 }
 
-TEST(Doctor, WarnsOfAFileThatIsNearlyTooLarge) {
-    writePrivately(propertyList("") + std::string(60'000'000, ' '));
-    expectFinding(examine(), 1, "warning: the file is nearly too large: 600");
+TEST(Doctor, WarnsOfSettingsThatAreNearlyTooLarge) {
+    const std::string text(60'000'000, 'x');
+    writePrivately(propertyList("<key>Long</key><string>" + text + "</string>"));
+    EXPECT_THAT(examine().messages,
+                Contains(HasSubstr("warning: the settings are nearly too large: 600")));
+    std::string values;
+    for (int number = 0; number < 800'000; ++number) values += "<true/>";
+    writePrivately(propertyList("<key>Many</key><array>" + values + "</array>"));
+    EXPECT_THAT(examine().messages,
+                Contains(HasSubstr("warning: the settings are nearly too large: 80000")));
 }
 
 TEST(Doctor, SaysThatAFolderCannotBeWritten) {

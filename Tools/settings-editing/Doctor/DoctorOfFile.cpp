@@ -116,7 +116,6 @@ class FileExamination {
     void examineLink(const PathFacts& facts);
     void examineContents(const PathFacts& facts, const SettingsFileCondition& condition);
     void examineRights(const PathFacts& facts);
-    void examineSize(const PathFacts& facts);
     void examineFolder();
     void examineRightsOfFolder(const std::string& folder);
     void examineLock();
@@ -194,8 +193,6 @@ void FileExamination::examineContents(const PathFacts& facts,
         report(Level::Error, condition.fault(),
                facts.isOwnedByUser ? "make it readable: chmod u+r " + shellWord(target_)
                                    : adviceForOwner(target_, false));
-    else
-        examineSize(facts);
     if (!condition.damage.empty())
         report(Level::Error, condition.fault(),
                "repair it by hand, or replace it, which leaves a backup beside the new file: "
@@ -223,16 +220,6 @@ void FileExamination::examineRights(const PathFacts& facts) {
         report(
             Level::Note, "the settings belong to another user: " + facts.owner,
             "nothing; to run this as that user: sudo -H -u " + facts.owner + " qrvsettings doctor");
-}
-
-/// A file that is too large counts as damaged.
-void FileExamination::examineSize(const PathFacts& facts) {
-    constexpr std::uint64_t largest = NSPropertyListSerialization::maximumSize;
-    if (facts.size > largest / 4 * 3 && facts.size <= largest)
-        report(Level::Warning,
-               "the file is nearly too large: " + std::to_string(facts.size) + " of " +
-                   std::to_string(largest) + " bytes",
-               "find what takes the space: qrvsettings list --layer stored");
 }
 
 void FileExamination::examineFolder() {

@@ -2,10 +2,12 @@
 // What the settings file holds: settings of another kind than their default, and typos.
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <vector>
 
 #include "Doctor/Doctor.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
@@ -141,6 +143,40 @@ void examineTexts(const NSDictionary& settings, Findings& findings) {
                     "set it to other text, or remove it: " + unsetCommand(keyPath), keyPath});
 }
 
+struct Size {
+    std::uint64_t values = 0;
+    std::uint64_t bytes = 0;  ///< of texts, keys and data
+};
+
+/// As the limits of a settings file count; the recursion ends there too.
+void measure(const PropertyListValue& value, Size& size) {
+    ++size.values;
+    if (value.isString()) size.bytes += value.stringView().size();
+    if (value.isData()) size.bytes += value.data().size();
+    if (value.isArray())
+        for (const PropertyListValue& element : value.array()) measure(element, size);
+    if (!value.isDictionary()) return;
+    for (const auto& [key, element] : value.dictionary()) {
+        size.bytes += key.size();
+        measure(element, size);
+    }
+}
+
+/// A file beyond a limit counts as damaged.
+void examineSize(const NSDictionary& settings, std::vector<Finding>& findings) {
+    Size size;
+    measure(settings, size);
+    const auto report = [&findings](std::uint64_t found, std::uint64_t largest, const char* what) {
+        if (found <= largest / 4 * 3) return;
+        findings.push_back({Level::Warning,
+                            "the settings are nearly too large: " + std::to_string(found) + " of " +
+                                std::to_string(largest) + what,
+                            "find what takes the space: qrvsettings list --layer stored"});
+    };
+    report(size.values, NSPropertyListSerialization::maximumValues, " values");
+    report(size.bytes, NSPropertyListSerialization::maximumContents, " bytes of text and data");
+}
+
 }  // namespace
 
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
@@ -150,6 +186,7 @@ void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
     const NSDictionary whole = snapshotOf(settings);
     diagnosis.facts.push_back(
         {"settings", leaves.count(), std::to_string(leaves.count()) + " stored"});
+    examineSize(settings, diagnosis.findings);
     examinePreparation(diagnosis);
     const KnownKeyPaths known(QRVSettings::sharedSettings().defaults());
     Findings findings;

@@ -157,11 +157,11 @@ struct FileFailure {
     std::string keyPath{};
 };
 /// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
-/// the function concerned returns the same error, and whenever the store cannot save a setting. "set
-/// mode of file" alone does not make another operation fail (see `replaceFile`). Also, with an empty
-/// path, when a queue or the watch of files cannot get what it needs from the system (Dispatch.h,
-/// NSFilePresenter.h). Null, as at the start, for none. A call under way on another thread may still
-/// use the previous handler after this returns.
+/// the function concerned returns the same error, and whenever the store cannot save a setting.
+/// "set mode of file" alone does not make another operation fail (see `replaceFile`). Also, with an
+/// empty path, when a queue or the watch of files cannot get what it needs from the system
+/// (Dispatch.h, NSFilePresenter.h). Null, as at the start, for none. A call under way on another
+/// thread may still use the previous handler after this returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);
 
 }  // namespace QRVPlatform
