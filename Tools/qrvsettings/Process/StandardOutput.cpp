@@ -12,10 +12,9 @@
 namespace Tool {
 
 void print(std::string_view text) {
-    if (standardOutputIsTerminal())
-        printWithEscapeSequences(printable(text, "\n\t"));
-    else
-        printWithEscapeSequences(text);
+    if (!standardOutputIsTerminal()) return printWithEscapeSequences(text);
+    const std::string visible = printable(text, "\n\t");
+    printWithEscapeSequences(visible);
 }
 
 void printWithEscapeSequences(std::string_view text) {
