@@ -93,8 +93,15 @@ void publish(MergedTree merged) {
     publishChanges(withFoundByReading(merged.changes), merged.reading);
 }
 
+// One is enough: it publishes whatever has changed until it runs.
 void queuePublication() {
-    DispatchMainQueue::shared().async([merged = mergedTree()] { publish(merged); });
+    StoreInside::State& state = StoreInside::state();
+    const unsigned ofThisProcess = QRVPlatform::Threads::forkCount() + 1;
+    if (state.queuedPublication.exchange(ofThisProcess) == ofThisProcess) return;
+    DispatchMainQueue::shared().async([&state, merged = mergedTree()] {
+        state.queuedPublication = 0;
+        publish(merged);
+    });
 }
 
 // --- Saving

@@ -32,6 +32,8 @@ struct QRVSettings::State {
     /// A reload that follows another one is queued, and has not begun: then the number of forks
     /// that led to the process that queued it, plus 1; else 0.
     std::atomic<unsigned> queuedSecondReload = 0;
+    /// The same of a publication of merged settings.
+    std::atomic<unsigned> queuedPublication = 0;
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
