@@ -107,12 +107,15 @@ void keepTree(const QRVInside::FileReading& reading) {
 
 void publish(const Reload& reload) {
     const bool isSecondNeeded = wasBesideAWrite(reload);  // 7
-    const NSArray found = StoreInside::state().localChanges.withoutLocal(
-        QRVInside::withFoundByReading(reload.changes));
-    if (found.count() == 0 && reload.kind == Reload::Kind::AfterSaves && reload.isOther)
+    NSArray changes = reload.changes;
+    // The saves that it ran behind may have recorded their key paths only since.
+    if (reload.kind == Reload::Kind::AfterSaves)
+        changes = StoreInside::state().localChanges.withoutLocal(changes);
+    changes = QRVInside::withFoundByReading(changes);
+    if (changes.count() == 0 && reload.kind == Reload::Kind::AfterSaves && reload.isOther)
         takeOver(reload.reading);
     else
-        QRVInside::publishChanges(found, reload.reading);
+        QRVInside::publishChanges(changes, reload.reading);
     if (isSecondNeeded) queueSecondReload();
 }
 
@@ -148,9 +151,11 @@ bool isLastSave() {
 }  // namespace
 
 NSArray QRVInside::withFoundByReading(const NSArray& changes) {
-    const NSArray found = StoreInside::state().storedFile.update(
+    StoreInside::State& state = StoreInside::state();
+    NSArray found = state.storedFile.update(
         [](StoredFile& file) { return std::exchange(file.foundByReading, nullptr); });
     if (found.isNull()) return changes;
+    if (!state.mergesSaves) found = state.localChanges.withoutLocal(found);
     std::set<std::string> keyPaths;
     for (const PropertyListValue& keyPath : changes) keyPaths.insert(keyPath.stringValue());
     for (const PropertyListValue& keyPath : found) keyPaths.insert(keyPath.stringValue());

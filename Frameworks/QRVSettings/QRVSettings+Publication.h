@@ -8,7 +8,8 @@
 
 namespace QRVInside {
 
-/// `changes` and the key paths that a read has found where nothing was, each once.
+/// `changes` and the key paths that a read has found where nothing was, each once. When the store
+/// does not merge saves, those of this process's recent saves are not added.
 NSArray withFoundByReading(const NSArray& changes);
 
 /// Without changes the stored tree and the cache stay as they are. Otherwise what was read becomes

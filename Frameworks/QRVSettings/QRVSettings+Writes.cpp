@@ -101,12 +101,22 @@ void apply(const Write& write, const NSMutableDictionary& tree, Writes::Logging 
 
 using Keys = std::vector<std::string>;
 
-// Why no property list can hold the value below these keys.
-std::optional<std::string> refusalBelow(const Keys& keys, PropertyListValue value) {
-    for (auto key = keys.rbegin(); key != keys.rend(); ++key) value = NSDictionary{{*key, value}};
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
+// Why no property list can hold the tree.
+std::optional<std::string> refusalOf(const PropertyListValue& tree) {
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
     if (!written.error) return std::nullopt;
     return written.error->description();
+}
+
+std::optional<std::string> refusalOf(const Write& write) {
+    const NSMutableDictionary alone;
+    NSDictionaryQRV::setObjectAtKeyPath(alone, write.value, write.keyPath);
+    return refusalOf(alone);
+}
+
+std::optional<std::string> refusalBelow(const Keys& keys, PropertyListValue value) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) value = NSDictionary{{*key, value}};
+    return refusalOf(value);
 }
 
 std::string joined(const Keys& keys) {
@@ -131,14 +141,6 @@ NSDictionary withoutRefused(const NSDictionary& tree, Keys& keys,
         keys.pop_back();
     }
     return result.copy();
-}
-
-std::optional<std::string> refusalOf(const Write& write) {
-    const NSMutableDictionary alone;
-    NSDictionaryQRV::setObjectAtKeyPath(alone, write.value, write.keyPath);
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(alone);
-    if (!written.error) return std::nullopt;
-    return written.error->description();
 }
 
 }  // namespace
@@ -231,10 +233,10 @@ NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const 
 
 // A tree that is refused as a whole, because it is too large, gives way to the file's.
 void Writes::removeRefusedOfTree(std::vector<RefusedWrite>& refused) {
-    if (tree_.isNull() || !refusalBelow({}, tree_)) return;
+    if (tree_.isNull() || !refusalOf(tree_)) return;
     Keys keys;
     tree_ = withoutRefused(tree_, keys, refused);
-    const std::optional<std::string> reason = refusalBelow({}, tree_);
+    const std::optional<std::string> reason = refusalOf(tree_);
     if (!reason) return;
     refused.push_back({"", *reason});
     tree_ = nullptr;

@@ -80,6 +80,10 @@ qrv_result qrv_settings_set_object(const qrv_value* value, const char* key_path)
     return perform([&] { QRVSettingsSetObjectForKeyPath(valueOf(value), keyPathOf(key_path)); });
 }
 
+qrv_result qrv_settings_remove_empty_levels_above(const char* key_path) {
+    return perform([&] { QRVSettingsRemoveEmptyLevelsAbove(keyPathOf(key_path)); });
+}
+
 qrv_result qrv_settings_save_object_with_log(const qrv_value* object, const qrv_value* log) {
     return perform([&] { QRVSettingsSaveObjectWithLog(dictionaryOf(object), arrayOrNullOf(log)); });
 }

@@ -1,6 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The one store object for C.
 
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
@@ -82,6 +89,21 @@ qrv_result qrv_store_merges_saves(bool* merges) {
 
 qrv_result qrv_store_set_merges_saves(bool merges) {
     return perform([&] { store().setMergesSaves(merges); });
+}
+
+qrv_result qrv_store_save_lock_timeout(int64_t* milliseconds) {
+    return give(milliseconds, [] {
+        const auto timeout = store().saveLockTimeout();
+        return timeout ? std::int64_t{timeout->count()} : -1;
+    });
+}
+
+qrv_result qrv_store_set_save_lock_timeout(int64_t milliseconds) {
+    return perform([&] {
+        store().setSaveLockTimeout(milliseconds < 0
+                                       ? std::nullopt
+                                       : std::optional(std::chrono::milliseconds(milliseconds)));
+    });
 }
 
 qrv_result qrv_store_disable_cache(bool* disable) {

@@ -82,6 +82,21 @@ static void a_cleared_cache_shows_what_is_stored(void) {
     qrv_value_release(value);
 }
 
+static void empty_levels_are_removed(void) {
+    const char* const key_path = "Levels.Empty.Key";
+    qrv_value* null = NULL;
+    qrv_value* value = NULL;
+    set_integer(key_path, 1);
+    OK(qrv_value_create_null(&null));
+    OK(qrv_settings_set_object(null, key_path));
+    OK(qrv_settings_stored_object("Levels.Empty", &value));
+    check_kind(value, QRV_KIND_DICTIONARY);
+    OK(qrv_settings_remove_empty_levels_above(key_path));
+    OK(qrv_settings_stored_object("Levels", &value));
+    check_kind(value, QRV_KIND_NULL);
+    qrv_value_release(null);
+}
+
 static void a_tree_is_saved_as_it_is(void) {
     qrv_value* tree = dictionary_with("a", 1);
     qrv_value* null = NULL;
@@ -230,6 +245,7 @@ static void a_key_path_that_is_not_utf8_is_an_error(void) {
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_set_object(value, broken));
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_set_object_with_cache(value, broken, false));
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_clear_cache(broken));
+    FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_remove_empty_levels_above(broken));
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_profile_key(broken, &result));
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_profile_object(broken, &result));
     FAILS(QRV_ERROR_NOT_UTF8, qrv_settings_profile_set_object(value, broken));
@@ -262,6 +278,7 @@ const test setting_tests[] = {
     {"a write reaches the file", a_write_reaches_the_file},
     {"a null value removes a setting", a_null_value_removes_a_setting},
     {"a cleared cache shows what is stored", a_cleared_cache_shows_what_is_stored},
+    {"empty levels are removed", empty_levels_are_removed},
     {"a tree is saved as it is", a_tree_is_saved_as_it_is},
     {"a batch is saved by its commit", a_batch_is_saved_by_its_commit},
     {"an import replaces everything", an_import_replaces_everything},

@@ -43,6 +43,21 @@ static void flags_are_kept(void) {
     CHECK(flag);
 }
 
+static void a_save_waits_as_long_as_its_timeout_says(void) {
+    int64_t milliseconds = 0;
+    OK(qrv_store_save_lock_timeout(&milliseconds));
+    CHECK(milliseconds == -1);
+    OK(qrv_store_set_save_lock_timeout(0));
+    OK(qrv_store_save_lock_timeout(&milliseconds));
+    CHECK(milliseconds == 0);
+    OK(qrv_store_set_save_lock_timeout(1500));
+    OK(qrv_store_save_lock_timeout(&milliseconds));
+    CHECK(milliseconds == 1500);
+    OK(qrv_store_set_save_lock_timeout(-7));
+    OK(qrv_store_save_lock_timeout(&milliseconds));
+    CHECK(milliseconds == -1);
+}
+
 static void waiting_tells_what_was_saved(void) {
     qrv_save_state state = QRV_SAVE_STATE_PENDING;
     qrv_value* key_paths = NULL;
@@ -224,6 +239,7 @@ static void a_property_without_a_place_is_an_error(void) {
 const test store_tests[] = {
     {"the file is there after a save", the_file_is_there_after_a_save},
     {"flags are kept", flags_are_kept},
+    {"a save waits as long as its timeout says", a_save_waits_as_long_as_its_timeout_says},
     {"waiting tells what was saved", waiting_tells_what_was_saved},
     {"a disabled cache is gone", a_disabled_cache_is_gone},
     {"a start makes defaults and a profile", a_start_makes_defaults_and_a_profile},

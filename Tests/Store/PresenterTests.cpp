@@ -372,6 +372,23 @@ TEST(Reload, WhoseSecondReadingFindsOnlyOwnChangesTakesThemOverWithoutReportingT
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
 }
 
+TEST(Reload, ReportsAKeyPathWhoseOwnRecordArrivesAfterTheReading) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    QRVSettings& store = QRVSettings::sharedSettings();
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    store.queue().sync([] {});
+    rewriteSettings({{"A", 2}});
+    Monitoring::notifyAndRead();
+    EXPECT_EQ(store.localChanges().count(), 0U);
+    Monitoring::settle();
+    EXPECT_EQ(store.localChanges().count(), 1U);
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A"));
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 2);
+}
+
 TEST(Reload, OfATreeThatThisProcessHasChangedSinceIsPublishedAndReadOnceMore) {
     rewriteSettings({{"A", 0}, {"B", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);

@@ -51,11 +51,20 @@ TEST(SavingFailure, NoObjectIsLoggedAndChangesNoFile) {
     EXPECT_EQ(fileTree(), NSDictionary({{"A", 1}}));
 }
 
-TEST(SavingFailure, AValueThatNoPropertyListHoldsIsLoggedWithItsKeyPath) {
+TEST(SavingFailure, AValueThatNoPropertyListHoldsIsLoggedAndReportedWithItsKeyPath) {
     writeSettings(NSDictionary{{"A", 1}});
     const LogMessages log;
+    std::vector<std::string> reported;
+    QRVPlatform::setFileFailureHandler([&reported](const QRVPlatform::FileFailure& failure) {
+        reported.push_back(failure.operation + " " + failure.keyPath);
+    });
     QRVSettingsSetObjectForKeyPath(NSColor{1, 0, 0, 1}, "Menu.Color");
     finishSaves();
+    QRVPlatform::setFileFailureHandler(nullptr);
+    EXPECT_EQ(reported, std::vector<std::string>{"save settings Menu.Color"});
+    const QRVSaveStatus status = QRVSettingsWaitForSaves(std::chrono::seconds(0));
+    EXPECT_EQ(status.state, QRVSaveStatus::State::Failed);
+    EXPECT_EQ(status.keyPaths, NSArray{"Menu.Color"});
     ASSERT_EQ(log.messages().size(), 1U);
     expectSaveMessage(log.messages()[0], 115, "%@", 1);
     EXPECT_THAT(log.messages()[0].text(), HasSubstr("Menu.Color"));

@@ -13,6 +13,7 @@
 
 using StoreSupport::fileTree;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using ToolSupport::Outcome;
@@ -26,9 +27,13 @@ std::filesystem::path lockFile() {
     return QRVPlatform::filesBeside(QRVSettingsLocation()).lock;
 }
 
-bool takeLock() {
+int openLockFile() {
     std::filesystem::create_directories(lockFile().parent_path());
-    const int file = open(lockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    return open(lockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+}
+
+bool takeLock() {
+    const int file = openLockFile();
     return file >= 0 && flock(file, LOCK_EX) == 0;
 }
 
@@ -109,6 +114,17 @@ TEST(LockedFile, AtTheTimeoutACommandEndsAndHasWrittenNothing) {
     }
     holder.release();
     EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+}
+
+TEST(LockedFile, AHolderThatHasEndedIsNamedByItsNumberAlone) {
+    const int file = openLockFile();  // keeps the lock that the child takes
+    ChildProcess child([file] { return flock(file, LOCK_EX) == 0; });
+    const std::string holder = std::to_string(child.pid());
+    ASSERT_TRUE(child.succeeded());
+    const Outcome outcome = run({"set", "a", "1", "--timeout", "0.1"});
+    EXPECT_EQ(outcome.exitCode, 6);
+    EXPECT_THAT(outcome.errors, EndsWith("held by process " + holder + "\n"));
+    close(file);
 }
 
 TEST(LockedFile, ATimeoutThatDoesNotPassChangesNothing) {

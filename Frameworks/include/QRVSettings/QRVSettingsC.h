@@ -199,6 +199,10 @@ QRV_EXPORT qrv_result qrv_store_monitor_file_changes(bool* monitor);
 QRV_EXPORT qrv_result qrv_store_set_monitor_file_changes(bool monitor);
 QRV_EXPORT qrv_result qrv_store_merges_saves(bool* merges);
 QRV_EXPORT qrv_result qrv_store_set_merges_saves(bool merges);
+/// -1 for as long as it takes.
+QRV_EXPORT qrv_result qrv_store_save_lock_timeout(int64_t* milliseconds);
+/// A negative number for as long as it takes.
+QRV_EXPORT qrv_result qrv_store_set_save_lock_timeout(int64_t milliseconds);
 QRV_EXPORT qrv_result qrv_store_disable_cache(bool* disable);
 QRV_EXPORT qrv_result qrv_store_set_disable_cache(bool disable);
 QRV_EXPORT qrv_result qrv_store_prepared(bool* prepared);
@@ -253,6 +257,7 @@ QRV_EXPORT qrv_result qrv_settings_bool(const char* key_path, bool* boolean);
 QRV_EXPORT qrv_result qrv_settings_set_object_with_cache(const qrv_value* value,
                                                          const char* key_path, bool with_cache);
 QRV_EXPORT qrv_result qrv_settings_set_object(const qrv_value* value, const char* key_path);
+QRV_EXPORT qrv_result qrv_settings_remove_empty_levels_above(const char* key_path);
 /// A dictionary, and an array of dictionaries or null.
 QRV_EXPORT qrv_result qrv_settings_save_object_with_log(const qrv_value* object,
                                                         const qrv_value* log);

@@ -208,11 +208,14 @@ std::vector<LockFacts::Holder> holdersOfFile(const std::string& path) {
     return factsOfOpenLock(file, status).holders;
 }
 
+// A process may have ended and left the lock to another one, or may be hidden: it has no name.
 std::string holdersText(const std::vector<LockFacts::Holder>& holders) {
     std::string text;
-    for (const LockFacts::Holder& holder : holders)
-        text += (text.empty() ? "process " : ", process ") + std::to_string(holder.process) + " (" +
-                holder.name + (holder.isStopped ? ", stopped)" : ")");
+    for (const LockFacts::Holder& holder : holders) {
+        text += (text.empty() ? "process " : ", process ") + std::to_string(holder.process);
+        if (!holder.name.empty())
+            text += " (" + holder.name + (holder.isStopped ? ", stopped)" : ")");
+    }
     return text;
 }
 
