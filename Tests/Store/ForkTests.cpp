@@ -29,6 +29,12 @@ QRVSettings& store() {
     return QRVSettings::sharedSettings();
 }
 
+/// As a host that receives what others change, and nothing that it writes itself at the same time.
+void startWatchingAndMerging() {
+    store().setMergesSaves(true);
+    MachineSupport::startWatching();
+}
+
 /// Goes to the background as a daemon does: the parent ends at once, without any clean-up. What
 /// the body returns is seen by the parent of both.
 ChildProcess daemon(const std::function<void()>& start, const Gate& hasSucceeded,
@@ -162,7 +168,7 @@ TEST(StoreFork, AProgramThatGoesToTheBackgroundSavesAndIsNotifiedLikeAnyOther) {
             store().setOnChange([&](const NSArray& keyPaths) {
                 if (keyPaths.count() == 1 && keyPaths.objectAtIndex(0) == "Theirs") ++reports;
             });
-            MachineSupport::startWatching();
+            startWatchingAndMerging();
             QRVSettingsSetObjectForKeyPath(1, "Own");
         },
         hasSucceeded,
@@ -190,7 +196,7 @@ TEST(StoreFork, ABackgroundProgramThatOnlyPollsTheDescriptorIsNotified) {
         [&] {
             store().setOnChange([&](const NSArray&) { ++reports; });
             fd = DispatchMainQueue::shared().fd();
-            MachineSupport::startWatching();
+            startWatchingAndMerging();
         },
         hasSucceeded,
         [&] {
@@ -209,7 +215,7 @@ TEST(StoreFork, ABackgroundProgramThatOnlyPollsTheDescriptorIsNotified) {
 }
 
 TEST(StoreFork, AChildPublishesWhatItsParentHadNoticedOnly) {
-    MachineSupport::startWatching();
+    startWatchingAndMerging();
     finishSaves();
     DispatchMainQueue::shared().drain();
     ASSERT_TRUE(saveByAnother("Theirs", 5));
@@ -224,7 +230,7 @@ TEST(StoreFork, AChildPublishesWhatItsParentHadNoticedOnly) {
 }
 
 TEST(StoreFork, ReloadsOfAChildDoNotWaitForTheSavesOfItsParent) {
-    MachineSupport::startWatching();
+    startWatchingAndMerging();
     finishSaves();
     std::promise<void> end;
     store().queue().async([ended = end.get_future().share()] { ended.wait(); });
