@@ -11,8 +11,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <iomanip>
+#include <set>
 #include <sstream>
 
+#include "Support/Shortages.h"
 #include "Tool/ToolSupport.h"
 
 using testing::HasSubstr;
@@ -33,6 +35,13 @@ void limitFileSize() {
     if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) _exit(1);
     const rlimit limit{mostBytes, mostBytes};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(1);
+}
+
+rlim_t mostDescriptors = 0;
+
+void limitDescriptors() {
+    const rlimit limit{mostDescriptors, mostDescriptors};
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(1);
 }
 
 std::string beside(const std::string& suffix) {
@@ -152,6 +161,26 @@ TEST(SaveFailure, AFullDiskLeavesTheOldFile) {
               "qrvsettings: cannot save b: File too large, " + settingsFile().string() + "\n");
     EXPECT_EQ(contentsOf(settingsFile()), before);
     EXPECT_EQ(run({"get", "a"}).output, "1\n");
+}
+
+TEST(SaveFailure, TooFewDescriptorsAreNamedAsTheReason) {
+    if (isSanitized) GTEST_SKIP() << "a sanitizer needs descriptors of its own";
+    ASSERT_EQ(run({"set", "a", "0"}).exitCode, 0);
+    std::set<int> exitCodes;
+    for (mostDescriptors = 4; mostDescriptors <= 12; ++mostDescriptors) {
+        const std::string before = contentsOf(settingsFile());
+        const std::string value = std::to_string(mostDescriptors);
+        const Outcome outcome = run({"set", "a", value}, {"", limitDescriptors});
+        exitCodes.insert(outcome.exitCode);
+        if (outcome.exitCode == 0) {
+            EXPECT_EQ(run({"get", "a"}).output, value + "\n");
+            continue;
+        }
+        EXPECT_THAT(outcome.errors, HasSubstr("Too many open files")) << value;
+        EXPECT_EQ(contentsOf(settingsFile()), before) << value;
+    }
+    // 3: the file cannot be read.
+    EXPECT_THAT(exitCodes, testing::ElementsAre(0, 3, 4));
 }
 
 TEST(SaveFailure, UnsetFailsLikeSet) {
