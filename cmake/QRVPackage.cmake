@@ -21,10 +21,10 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "${library}")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION}, shared library")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
-# ICU is loaded at run time, so that shlibdeps does not find it.
+# ICU is loaded at run time, so that shlibdeps does not find it. Only unknown locales need it.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 string(REGEX MATCH "^[0-9]+" icu_major "${ICU_VERSION}")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libicu${icu_major}")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "libicu${icu_major}")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqrvsettings-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

@@ -8,7 +8,9 @@
 // 3. When the model is not the recorded one, the fans and each profile's menu-bar sensors are
 //    reset, and the model is recorded.
 //
-// A machine without an identifier never matches: its settings are reset each time.
+// A machine without an identifier never matches: its settings are reset each time. An identifier
+// that cannot be read for want of descriptors or memory is neither recorded nor compared; the next
+// call checks it.
 
 #include <string>
 #include <string_view>
@@ -64,6 +66,11 @@ void checkModel(const PropertyListValue& current) {
     QRVSettingsSetObjectForKeyPath(current, KeyPaths::model);
 }
 
+struct Identifier {
+    PropertyListValue value;
+    bool lackedMeans = false;
+};
+
 std::string hexadecimal(const QRVPlatform::SHA1Digest& digest) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
@@ -74,31 +81,45 @@ std::string hexadecimal(const QRVPlatform::SHA1Digest& digest) {
     return text;
 }
 
+Identifier currentDevice() {
+    Identifier device;
+    const auto serialNumber = QRVPlatform::platformSerialNumber(&device.lackedMeans);
+    if (serialNumber) device.value = hexadecimal(QRVPlatform::CC_SHA1(*serialNumber));
+    return device;
+}
+
+Identifier currentModel() {
+    Identifier model;
+    const auto text = QRVPlatform::hardwareModel(&model.lackedMeans);
+    if (text) model.value = *text;
+    return model;
+}
+
+void recordUnlessRecorded(const Identifier& identifier, QRVKeyPath keyPath) {
+    if (!identifier.lackedMeans && QRVSettingsObjectForKeyPath(keyPath).isNull())
+        QRVSettingsSetObjectForKeyPath(identifier.value, keyPath);
+}
+
 }  // namespace
 
 PropertyListValue QRVSettings::deviceID() const {
-    const std::optional<std::string> serialNumber = QRVPlatform::platformSerialNumber();
-    return serialNumber ? PropertyListValue(hexadecimal(QRVPlatform::CC_SHA1(*serialNumber)))
-                        : nullptr;
+    return currentDevice().value;
 }
 
 PropertyListValue QRVSettings::modelIdentifier() const {
-    const std::optional<std::string> model = QRVPlatform::hardwareModel();
-    return model ? PropertyListValue(*model) : nullptr;
+    return currentModel().value;
 }
 
 void QRVInside::checkMachineIdentity() {
-    const QRVSettings& store = QRVSettings::sharedSettings();
-    if (QRVSettingsObjectForKeyPath(KeyPaths::device).isNull())  // 1
-        QRVSettingsSetObjectForKeyPath(store.deviceID(), KeyPaths::device);
-    if (QRVSettingsObjectForKeyPath(KeyPaths::model).isNull())
-        QRVSettingsSetObjectForKeyPath(store.modelIdentifier(), KeyPaths::model);
-    const PropertyListValue device = store.deviceID();
-    const PropertyListValue model = store.modelIdentifier();
-    {
-        const UnlessSettled unlessRecorded(KeyPaths::device, device);
-        checkDevice(device);  // 2
+    recordUnlessRecorded(currentDevice(), KeyPaths::device);  // 1
+    recordUnlessRecorded(currentModel(), KeyPaths::model);
+    const Identifier device = currentDevice();
+    const Identifier model = currentModel();
+    if (!device.lackedMeans) {
+        const UnlessSettled unlessRecorded(KeyPaths::device, device.value);
+        checkDevice(device.value);  // 2
     }
-    const UnlessSettled unlessRecorded(KeyPaths::model, model);
-    checkModel(model);  // 3
+    if (model.lackedMeans) return;
+    const UnlessSettled unlessRecorded(KeyPaths::model, model.value);
+    checkModel(model.value);  // 3
 }

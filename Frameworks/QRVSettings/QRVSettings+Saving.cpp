@@ -20,6 +20,7 @@
 
 #include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/ProcessQueues.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -246,11 +247,23 @@ void QRVSettingsSaveObject(const NSDictionary& object) {
 
 void QRVSettingsSynchronize() {}
 
+namespace {
+
+// No later use of a queue would come to their help while this thread waits.
+void runSavesThatHaveNoThread() {
+    QRVPlatform::ProcessQueues::startMissingThreads();
+    if (QRVPlatform::ProcessQueues::isThreadMissing())
+        QRVSettings::sharedSettings().queue().sync([] {});
+}
+
+}  // namespace
+
 QRVSaveStatus QRVSettingsWaitForSaves(std::chrono::milliseconds timeout) {
     requireHostThread();
     const auto deadline = deadlineAfter(timeout);
     const StoreInside::State& state = StoreInside::state();
     QRVSaveStatus status;
+    if (timeout > std::chrono::milliseconds::zero()) runSavesThatHaveNoThread();
     const bool haveEnded = state.saves.waitUntil(deadline);
     const auto failures = state.saves.failures();
     status.reason = failures.reason;

@@ -139,11 +139,14 @@ class Steps:
         if set(made) != {"libqrvsettings7", "libqrvsettings-dev", "qrvsettings"}:
             raise Failure(f"packages made: {sorted(made)}")
         depends = {name: run("dpkg-deb", "-f", path, "Depends") for name, path in made.items()}
-        for name, needed in (("libqrvsettings7", "libicu"), ("libqrvsettings7", "libc6"),
+        for name, needed in (("libqrvsettings7", "libc6"),
                              ("qrvsettings", "libqrvsettings7 (= 7"),
                              ("libqrvsettings-dev", "libqrvsettings7 (= 7")):
             if needed not in depends[name]:
                 raise Failure(f"{name} depends on {depends[name]}, not on {needed}")
+        recommends = run("dpkg-deb", "-f", made["libqrvsettings7"], "Recommends")
+        if "libicu" in depends["libqrvsettings7"] or not recommends.startswith("libicu"):
+            raise Failure(f"libqrvsettings7 recommends {recommends} and depends on {depends['libqrvsettings7']}")
         for folder in ("info", "updates", "triggers"):
             (root / "var/lib/dpkg" / folder).mkdir(parents=True)
         (root / "var/lib/dpkg/status").touch()

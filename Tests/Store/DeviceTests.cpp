@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Support/MachineSupport.h"
+#include "Support/Shortages.h"
 #include "Support/StoreSupport.h"
 
 using MachineSupport::beMachine;
@@ -240,6 +241,50 @@ TEST(MachineIdentity, WithoutAModelIdentifierTheFansAreResetEachTime) {
     expectNetworkKept();
     EXPECT_THAT(texts(log), ElementsAre("Model id changed", "Old - Acme 3", "New - (null)",
                                         "Model id changed", "Old - (null)", "New - (null)"));
+}
+
+// Without descriptors the files of the identity cannot be read: that makes no other machine.
+TEST(MachineIdentity, ThatCannotBeReadForWantOfDescriptorsResetsNothing) {
+    beMachine("abc", "Acme 3");
+    auto sources = QRVPlatform::setMachineIdentitySources({});
+    sources.usesKernelMachineName = true;
+    QRVPlatform::setMachineIdentitySources(sources);
+    for (const NSDictionary& recorded :
+         {identity(digestOfABC, "Acme 3"), NSDictionary{{"Device", digestOfABC}}}) {
+        writeSettings(settingsOf(recorded));
+        QRVSettings& store = QRVSettings::sharedSettings();
+        store.setStorageCache(settingsOf(recorded));
+        store.setInBatchSave(true);
+        const LogMessages log;
+        {
+            const FreeDescriptors none(0);
+            EXPECT_TRUE(store.deviceID().isNull());
+            EXPECT_TRUE(store.modelIdentifier().isNull());
+            store.loadDefaults();
+        }
+        EXPECT_THAT(keyPathsWritten(), ElementsAre());
+        EXPECT_THAT(texts(log), ElementsAre());
+        expectNetworkKept();
+        expectSensorsKept();
+        EXPECT_EQ(stored("Device"), recorded);
+    }
+}
+
+TEST(MachineIdentity, ThatCouldNotBeReadIsCheckedAtTheNextStart) {
+    beMachine("abc", "Acme 4");
+    const NSDictionary settings = settingsOf(identity("0123", "Acme 3"));
+    writeSettings(settings);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    EXPECT_EQ(stored("Device.Device"), "0123");
+    {
+        const FreeDescriptors none(0);
+        store.loadDefaults();
+    }
+    expectNetworkKept();
+    store.loadDefaults();
+    EXPECT_TRUE(stored("Network.Menubar.Global.PrimaryInterface").isNull());
+    EXPECT_TRUE(stored("Sensors.Global.Fans").isNull());
+    EXPECT_EQ(stored("Device"), identity(digestOfABC, "Acme 4"));
 }
 
 TEST(MachineIdentity, ARecordThatIsNoStringIsAnother) {

@@ -138,6 +138,19 @@ TEST(ThreadShortage, EndsNoHostThatNeverGetsAThread) {
     EXPECT_TRUE(child.succeeded());
 }
 
+TEST(ThreadShortage, AWaitForSavesRunsThem) {
+    ChildProcess child([] {
+        failCall(SystemCall::Clone, EAGAIN);
+        QRVSettingsSetObjectForKeyPath(1, "A");
+        EXPECT_EQ(QRVSettingsWaitForSaves({}).state, QRVSaveStatus::State::Pending);
+        const auto status = QRVSettingsWaitForSaves(std::chrono::seconds(10));
+        EXPECT_EQ(status.state, QRVSaveStatus::State::Saved);
+        EXPECT_TRUE(isSaved("A", 1));
+        return !testing::Test::HasFailure();
+    });
+    EXPECT_TRUE(child.succeeded());
+}
+
 TEST(MemoryShortage, ForTheStacksOfThreadsEndsNoHostAndLosesNothing) {
     if (isSanitized) GTEST_SKIP() << "a sanitizer needs more than the limit leaves";
     EXPECT_TRUE(isUnharmedBy<NoStacks>(true));

@@ -247,7 +247,7 @@ TEST(Apply, ADamagedFileIsReplacedWhenAskedFor) {
 
 TEST(Apply, SaysWhatStrictXMLReadersRefuse) {
     const std::string said =
-        "qrvsettings: strict XML readers refuse the file because of U+001B, a.b\n";
+        "qrvsettings: a string holds U+001B, which strict XML readers refuse, a.b\n";
     EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\n", {"--dry-run"}).errors, said);
     EXPECT_EQ(apply("set a.b \"\\u001b\"\nset c 1\nunset a.d\n").errors, said);
 }

@@ -67,10 +67,9 @@ TEST(Doctor, NamesWhatOtherReadersRefuse) {
     EXPECT_EQ(report.exitCode, 1);
     EXPECT_THAT(
         report.messages,
-        ElementsAre(
-            "warning: strict XML readers refuse the file because of U+001B in a.b",
-            "warning: strict XML readers refuse the file because of U+FFFF in c",
-            "warning: strict XML readers refuse the file because of U+0000 in \"n\\u0000\""));
+        ElementsAre("warning: a string holds U+001B, which strict XML readers refuse: a.b",
+                    "warning: a string holds U+FFFF, which strict XML readers refuse: c",
+                    "warning: a key holds U+0000, which strict XML readers refuse: \"n\\u0000\""));
     for (const std::string& advice : report.advices) {
         const std::size_t start = std::min(advice.find("qrvsettings unset"), advice.find("printf"));
         ASSERT_EQ(ToolSupport::runShell(advice.substr(start)).exitCode, 0) << advice;

@@ -248,15 +248,17 @@ TEST(Import, ADamagedFileIsReplacedWhenAskedFor) {
 
 TEST(Import, SaysWhatStrictXMLReadersRefuse) {
     writeFile("new.json", R"({"a":{"b":"\u0001","c":"fine"},"d.e":"\ufffe","f":"1"})");
-    EXPECT_THAT(run({"import", "new.json"}).errors,
-                HasSubstr("qrvsettings: strict XML readers refuse the file because of U+0001, a.b\n"
-                          "qrvsettings: strict XML readers refuse the file because of U+FFFE, "
-                          "d.e\n"));
+    EXPECT_THAT(
+        run({"import", "new.json"}).errors,
+        HasSubstr("qrvsettings: a string holds U+0001, which strict XML readers refuse, a.b\n"
+                  "qrvsettings: a string holds U+FFFE, which strict XML readers refuse, "
+                  "d.e\n"));
     std::string many = "{";
     for (const char key : {'a', 'b', 'c', 'd', 'e', 'f', 'g'})
         many += std::string(1, key) + " = \"\\001\"; ";
     EXPECT_THAT(run({"import", "-"}, {many + "}", {}}).errors,
-                HasSubstr("U+0001, e\nqrvsettings: they refuse 2 more settings\n"));
+                HasSubstr("U+0001, which strict XML readers refuse, e\nqrvsettings: they refuse 2 "
+                          "more settings\n"));
 }
 
 TEST(Import, SaysWhenFractionsOfSecondsAreLost) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
+#include <linux/close_range.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -11,8 +12,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <iomanip>
+#include <set>
 #include <sstream>
 
+#include "Support/Shortages.h"
 #include "Tool/ToolSupport.h"
 
 using testing::HasSubstr;
@@ -33,6 +36,15 @@ void limitFileSize() {
     if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) _exit(1);
     const rlimit limit{mostBytes, mostBytes};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(1);
+}
+
+rlim_t mostDescriptors = 0;
+
+/// The tool has none of this process's but the first three.
+void limitDescriptors() {
+    if (close_range(3, ~0U, CLOSE_RANGE_CLOEXEC) != 0) _exit(1);
+    const rlimit limit{mostDescriptors, mostDescriptors};
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(1);
 }
 
 std::string beside(const std::string& suffix) {
@@ -152,6 +164,27 @@ TEST(SaveFailure, AFullDiskLeavesTheOldFile) {
               "qrvsettings: cannot save b: File too large, " + settingsFile().string() + "\n");
     EXPECT_EQ(contentsOf(settingsFile()), before);
     EXPECT_EQ(run({"get", "a"}).output, "1\n");
+}
+
+TEST(SaveFailure, TooFewDescriptorsAreNamedAsTheReason) {
+    if (isSanitized) GTEST_SKIP() << "a sanitizer needs descriptors of its own";
+    ASSERT_EQ(run({"set", "a", "0"}).exitCode, 0);
+    std::set<int> exitCodes;
+    for (mostDescriptors = 4; mostDescriptors <= 12; ++mostDescriptors) {
+        const std::string before = contentsOf(settingsFile());
+        const std::string value = std::to_string(mostDescriptors);
+        const Outcome outcome = run({"set", "a", value}, {"", limitDescriptors});
+        exitCodes.insert(outcome.exitCode);
+        if (outcome.exitCode == 0) {
+            EXPECT_EQ(run({"get", "a"}).output, value + "\n");
+            continue;
+        }
+        EXPECT_THAT(outcome.errors, HasSubstr("Too many open files")) << value;
+        EXPECT_EQ(contentsOf(settingsFile()), before) << value;
+    }
+    // 3: the file cannot be read.
+    EXPECT_THAT(exitCodes, testing::Each(testing::AnyOf(0, 3, 4)));
+    EXPECT_TRUE(exitCodes.contains(0));
 }
 
 TEST(SaveFailure, UnsetFailsLikeSet) {

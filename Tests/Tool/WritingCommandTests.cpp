@@ -83,13 +83,15 @@ TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
 }
 
 TEST(Set, SaysWhichCharactersStrictXMLReadersRefuse) {
-    const std::string start = "qrvsettings: strict XML readers refuse the file because of ";
-    EXPECT_EQ(run({"set", "a", "\x1b[m"}).errors, start + "U+001B, a\n");
-    EXPECT_EQ(run({"set", "b", "\xef\xbf\xbe"}).errors, start + "U+FFFE, b\n");
-    EXPECT_EQ(run({"set", "c", "[\"x\",{\"\\uffff\":1}]"}).errors, start + "U+FFFF, c\n");
+    const auto said = [](const std::string& what, const std::string& keyPath) {
+        return "qrvsettings: a " + what + ", which strict XML readers refuse, " + keyPath + "\n";
+    };
+    EXPECT_EQ(run({"set", "a", "\x1b[m"}).errors, said("string holds U+001B", "a"));
+    EXPECT_EQ(run({"set", "b", "\xef\xbf\xbe"}).errors, said("string holds U+FFFE", "b"));
+    EXPECT_EQ(run({"set", "c", "[\"x\",{\"\\uffff\":1}]"}).errors, said("key holds U+FFFF", "c"));
     EXPECT_EQ(run({"set", "d", R"({"e":{"f\u0000":{"g":1}}})"}).errors,
-              start + "U+0000, d.e.f\\x00\n");
-    EXPECT_EQ(run({"set", "e\x01", "1"}).errors, start + "U+0001, e\\x01\n");
+              said("key holds U+0000", "d.e.f\\x00"));
+    EXPECT_EQ(run({"set", "e\x01", "1"}).errors, said("key holds U+0001", "e\\x01"));
     EXPECT_EQ(run({"set", "f", "\t\r\n\x7f\xc2\x9b\xef\xbf\xbd😀"}).errors, "");
     EXPECT_EQ(run({"set", "a", "\x1b", "--quiet"}).errors, "");
     const auto python = ToolSupport::runProgram(

@@ -11,7 +11,7 @@
 namespace QRVPlatform {
 
 namespace {
-std::atomic<bool> isThreadMissing = false;
+std::atomic<bool> isAnyThreadMissing = false;
 std::atomic<bool> isMissingInChild = false;
 }  // namespace
 
@@ -55,7 +55,7 @@ void ProcessQueues::addStart(bool (*start)()) {
 }
 
 void ProcessQueues::noteMissingThread() {
-    isThreadMissing = true;
+    isAnyThreadMissing = true;
 }
 
 void ProcessQueues::setMustStartInChild(bool mustStart) {
@@ -67,8 +67,12 @@ bool ProcessQueues::mustStartInChild() {
 }
 
 void ProcessQueues::startMissingThreads() {
-    if (!isThreadMissing.load(std::memory_order_relaxed)) return;
-    if (isThreadMissing.exchange(false)) current().startThreads();
+    if (!isAnyThreadMissing.load(std::memory_order_relaxed)) return;
+    if (isAnyThreadMissing.exchange(false)) current().startThreads();
+}
+
+bool ProcessQueues::isThreadMissing() {
+    return isAnyThreadMissing;
 }
 
 void ProcessQueues::startThreads() {

@@ -26,6 +26,8 @@ class ProcessQueues {
     static void noteMissingThread();
     /// To be called at each use of a queue, with no lock held.
     static void startMissingThreads();
+    /// Whether one was missing when last tried: a wait for queued work might not end.
+    static bool isThreadMissing();
     /// What also starts a thread when one is missing; returns whether none is missing afterwards.
     /// Never removed.
     void addStart(bool (*start)());

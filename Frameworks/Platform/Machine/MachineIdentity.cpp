@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Machine/KernelName.h"
 #include "Platform/Threads/Mutex.h"
@@ -45,10 +46,18 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(start, text.find_last_not_of(whiteSpace) - start + 1));
 }
 
-std::string firstText(const std::vector<std::string>& files) {
+struct Source {
+    std::string text;
+    bool lackedMeans = false;
+};
+
+/// After a shortage no later file answers: its text may differ from that of the file in question.
+Source firstText(const std::vector<std::string>& files) {
     for (const std::string& file : files) {
-        std::string text = trimmed(contentsOfFile(file, largestSource).bytes);
-        if (!text.empty()) return text;
+        const FileContents contents = contentsOfFile(file, largestSource);
+        if (FileFailures::isShortage(contents.error)) return {{}, true};
+        std::string text = trimmed(contents.bytes);
+        if (!text.empty()) return {text, false};
     }
     return {};
 }
@@ -59,15 +68,19 @@ char asASCII(char byte) {
 
 }  // namespace
 
-std::optional<std::string> platformSerialNumber() {
-    std::string text = firstText(currentSources().get().serialNumberFiles);
-    if (text.empty()) return std::nullopt;
-    return text;
+std::optional<std::string> platformSerialNumber(bool* lackedMeans) {
+    Source source = firstText(currentSources().get().serialNumberFiles);
+    if (lackedMeans != nullptr) *lackedMeans = source.lackedMeans;
+    if (source.text.empty()) return std::nullopt;
+    return std::move(source.text);
 }
 
-std::optional<std::string> hardwareModel() {
+std::optional<std::string> hardwareModel(bool* lackedMeans) {
     const MachineIdentitySources sources = currentSources().get();
-    std::string text = firstText(sources.modelFiles);
+    const Source source = firstText(sources.modelFiles);
+    if (lackedMeans != nullptr) *lackedMeans = source.lackedMeans;
+    if (source.lackedMeans) return std::nullopt;
+    std::string text = source.text;
     if (text.empty() && sources.usesKernelMachineName) text = kernelMachineName();
     if (text.empty() || text.size() > longestModel) return std::nullopt;
     std::transform(text.begin(), text.end(), text.begin(), asASCII);

@@ -13,12 +13,13 @@
 namespace QRVPlatform {
 
 /// A serial number of this machine that every user may read and that does not change; empty when
-/// the system has none.
-std::optional<std::string> platformSerialNumber();
+/// the system has none. Also empty, with `lackedMeans` set, when there are no descriptors or no
+/// memory left to read a source: then it says nothing about the machine.
+std::optional<std::string> platformSerialNumber(bool* lackedMeans = nullptr);
 
 /// The model of this machine, 127 bytes of ASCII at most (any other byte becomes `?`). Empty when
-/// the text is longer, or when no source has one.
-std::optional<std::string> hardwareModel();
+/// the text is longer, or when no source has one; `lackedMeans` as above.
+std::optional<std::string> hardwareModel(bool* lackedMeans = nullptr);
 
 using SHA1Digest = std::array<std::uint8_t, 20>;
 SHA1Digest CC_SHA1(std::string_view bytes);

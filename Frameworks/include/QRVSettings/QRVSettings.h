@@ -346,7 +346,7 @@ struct QRVSaveStatus {
 
 /// Waits until the saves queued so far have ended, or the timeout has passed; 0 only asks. For the
 /// end of a process, and before people read that something is saved. Retries nothing: the next save
-/// does.
+/// does. Where the system gives no thread, the saves run on the calling one, whatever the timeout.
 QRV_EXPORT QRVSaveStatus QRVSettingsWaitForSaves(std::chrono::milliseconds timeout);
 /// @}
 

@@ -31,8 +31,7 @@ void remarkWhatStrictXMLRefuses(const NSDictionary& settings) {
     constexpr std::size_t mostNamed = 5;
     const std::vector<RefusedText> texts = textsRefusedByStrictXML(settings);
     for (std::size_t index = 0; index < std::min(texts.size(), mostNamed); ++index)
-        remark("strict XML readers refuse the file because of " + texts[index].character + ", " +
-               texts[index].keyPath);
+        remark(texts[index].refusal + ", " + texts[index].keyPath);
     if (texts.size() > mostNamed)
         remark("they refuse " + std::to_string(texts.size() - mostNamed) + " more settings");
 }

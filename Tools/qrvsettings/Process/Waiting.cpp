@@ -2,6 +2,7 @@
 #include "Process/Waiting.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "Process/StandardError.h"
@@ -10,7 +11,11 @@
 namespace Tool {
 
 Waiting::Waiting(std::function<std::string()> what) : what_(std::move(what)) {
-    if (!isQuiet() && standardErrorIsTerminal()) thread_ = std::thread([this] { remarkLater(); });
+    if (isQuiet() || !standardErrorIsTerminal()) return;
+    try {
+        thread_ = std::thread([this] { remarkLater(); });
+    } catch (const std::system_error&) {  // No thread is left: what is waited for matters more.
+    }
 }
 
 Waiting::~Waiting() {

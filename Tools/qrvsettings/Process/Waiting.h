@@ -11,7 +11,7 @@ namespace Tool {
 
 /// While it lives, for a person at a terminal: writes one line `waiting for ...` to standard error
 /// a second after it was made. Writes nothing where standard error is no terminal, or is kept
-/// quiet.
+/// quiet, or where no thread can be started.
 class Waiting {
   public:
     /// `what` is called on another thread, when the line is written.

@@ -134,12 +134,10 @@ Finding withoutKeyPath(const std::string& keyPath) {
 }
 
 void examineTexts(const NSDictionary& settings, Findings& findings) {
-    for (const auto& [keyPath, character] : textsRefusedByStrictXML(settings))
+    for (const auto& [keyPath, refusal] : textsRefusedByStrictXML(settings))
         findings.emplace(
             keyPath,
-            Finding{Level::Warning,
-                    "strict XML readers refuse the file because of " + character + " in " +
-                        keyPathText(keyPath),
+            Finding{Level::Warning, refusal + ": " + keyPathText(keyPath),
                     "set it to other text, or remove it: " + unsetCommand(keyPath), keyPath});
 }
 

@@ -10,11 +10,10 @@ namespace Tool {
 
 struct RefusedText {
     std::string keyPath;  ///< of the leaf that is or holds the text, or of the level with that key
-    std::string character;  ///< the first one that is refused: `U+001B`
+    std::string refusal;  ///< the first: `a string holds U+001B, which strict XML readers refuse`
 };
 
-/// The texts and keys of a tree with characters that XML 1.0 does not have: control characters but
-/// tab and line ends, U+FFFE and U+FFFF. This library reads them from XML, others refuse the file.
+/// What `refusalsOfStrictReaders` finds, by the key paths that `unset` takes: at most one each.
 std::vector<RefusedText> textsRefusedByStrictXML(const NSDictionary& tree);
 
 }  // namespace Tool
