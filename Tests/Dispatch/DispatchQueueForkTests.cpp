@@ -206,10 +206,16 @@ TEST(DispatchQueueFork, AGrandchildHasQueuesToo) {
 TEST(NSOperationQueueFork, AChildHasItEmptyAndWithThreadsOfItsOwn) {
     Hold hold;
     std::atomic<int> runs = 0;
+    std::atomic<std::size_t> staying = 0;
     NSOperationQueue queue;
     for (std::size_t number = 0; number < QRVPlatform::mostOperationThreads; ++number)
-        queue.addOperation([&] { hold.stay(); });
+        queue.addOperation([&] {
+            ++staying;
+            hold.stay();
+        });
     queue.addOperation([&] { ++runs; });
+    // A fork beside a thread that starts may leave a lock of a sanitizer taken in the child.
+    ASSERT_TRUE(waitUntil([&] { return staying == QRVPlatform::mostOperationThreads; }));
     ChildProcess child([&] {
         std::promise<void> hasRun;
         queue.addOperation([&] { hasRun.set_value(); });

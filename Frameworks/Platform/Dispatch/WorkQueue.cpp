@@ -221,8 +221,9 @@ void WorkQueue::unlock() {
 }
 
 void WorkQueue::startInChild() {
-    static_cast<void>(shift_.release());
+    Shift* const ofParent = shift_.release();
     shift_ = std::make_unique<Shift>();
+    shift_->ofParent = ofParent;
 }
 
 bool WorkQueue::waitUntilIdle(Clock::time_point deadline) {

@@ -66,6 +66,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     /// What the queue is in one process. A forked child leaves its parent's as it is: no thread
     /// there could end a wait or release a lock.
     struct Shift {
+        Shift* ofParent = nullptr;  ///< never destroyed, and not used: nothing leaks
         Mutex mutex;
         std::condition_variable itemsChanged;
         std::condition_variable itemFinished;
