@@ -217,15 +217,6 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std:
     return {};
 }
 
-void QRVInside::queueSaveOfWrite(const NSMutableDictionary& tree, Write write,
-                                 const NSDictionary& record) {
-    const NSArray log = NSArray::arrayWithObject(record);
-    if (StoreInside::state().mergesSaves)
-        queueMergingSaveOfWrite(tree, std::move(write), log);
-    else
-        QRVSettingsSaveObjectWithLog(tree.copy(), log);
-}
-
 void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
     requireHostThread();
     StoreInside::State& state = StoreInside::state();

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the saves of whole trees and the merging saves share. But for `queueSaveOfWrite`, everything
-// runs on the store's queue.
+// What the saves of whole trees and the merging saves share, all on the store's queue.
 
 #include <functional>
 #include <string>
@@ -17,10 +16,6 @@ class WriteAccess;
 }
 
 namespace QRVInside {
-
-/// Queues the save of one write, on the host's thread. `tree` is the stored tree after the write,
-/// whose value need not be frozen.
-void queueSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSDictionary& record);
 
 void logMissingValue();
 

@@ -18,7 +18,7 @@
 #include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
-#include "QRVSettings/QRVSettings+Saving.h"
+#include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
@@ -54,12 +54,15 @@ void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
     const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
     const PropertyListValue stored = isDefault ? nullptr : value;
     const NSDictionary record = changeRecord(keyPath);  // 4
-    Write write{std::string(keyPath.text()), stored};
-    write.isOfEmpty = isOfEmpty;
+    const NSArray log = NSArray::arrayWithObject(record);
     NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
     replaceStoredTree(working);                                     // 6
     store.cache().setObjectForKey(value, keyPath.text());           // 7
-    queueSaveOfWrite(working, std::move(write), record);            // 8
+    if (StoreInside::state().mergesSaves)                           // 8
+        queueMergingSaveOfWrite(working, {std::string(keyPath.text()), stored, nullptr, isOfEmpty},
+                                log);
+    else
+        QRVSettingsSaveObjectWithLog(working.copy(), log);
 }
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,
