@@ -44,8 +44,9 @@ TEST(UserLibraryFolder, HasNoSlashAtItsEndWhateverTheEnvironmentHas) {
     EXPECT_EQ(UserFolders::libraryFolder("//a//b/", "/home", databaseHome), "//a//b");
     EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/home//", databaseHome), "/home/.config");
     EXPECT_EQ(UserFolders::libraryFolder(nullptr, "/", databaseHome), "/.config");
-    EXPECT_EQ(UserFolders::libraryFolder(nullptr, nullptr, [] { return std::string("/root/"); }),
-              "/root/.config");
+    EXPECT_EQ(
+        UserFolders::libraryFolder(nullptr, nullptr, [] { return std::string("/home/user/"); }),
+        "/home/user/.config");
     for (const char* top : {"/", "//"})
         EXPECT_EQ(UserFolders::libraryFolder(top, "/home", databaseHome), "/.");
 }
