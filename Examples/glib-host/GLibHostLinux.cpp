@@ -20,6 +20,8 @@ gboolean quit(gpointer loop) {
 }  // namespace
 
 int main() {
+    GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
+    for (const int signal : {SIGTERM, SIGINT}) g_unix_signal_add(signal, quit, loop);
     const GLibMainQueue mainQueue;  // from here on the default main context drains it
 
     QRVSettings& store = QRVSettings::sharedSettings();
@@ -34,8 +36,6 @@ int main() {
     store.prepare();
     std::cout << "watching " << store.location() << std::endl;
 
-    GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
-    for (const int signal : {SIGTERM, SIGINT}) g_unix_signal_add(signal, quit, loop);
     g_main_loop_run(loop);
     g_main_loop_unref(loop);
 

@@ -8,7 +8,8 @@
 // 2. The file is read again and compared with the stored tree.
 // 3. Key paths of this process's own recent saves are removed from the changes.
 // Main queue:
-// 4. Without changes the stored tree and the cache stay as they are.
+// 4. When another reload has been published since 2, this one runs again from there. Without
+// changes the stored tree and the cache stay as they are.
 // 5. The new tree becomes the stored one, and the cache is emptied.
 // 6. The change handler is called.
 // 7. A save of this process may have run beside the reload, or may be about to, and its writes may
@@ -60,9 +61,10 @@ struct Reload {
     Kind kind;
     NSDictionary before;  ///< the stored tree itself
     QRVInside::FileReading reading;
-    NSArray changes;           ///< without those of this process
-    bool isOther;              ///< what was read differs from the stored tree
-    std::uint64_t endedSaves;  ///< when the reload began
+    NSArray changes;             ///< without those of this process
+    bool isOther;                ///< what was read differs from the stored tree
+    std::uint64_t endedSaves;    ///< when the reload began
+    std::uint64_t publications;  ///< likewise
 };
 
 bool wasBesideAWrite(const Reload& reload) {
@@ -95,6 +97,7 @@ void takeOver(const QRVInside::FileReading& reading) {
         return std::exchange(file.tree, std::move(tree));
     });
     store().cache().removeAllObjects();
+    ++StoreInside::state().publications;
 }
 
 /// The stored tree stays. A file that could not be read before is known now.
@@ -106,6 +109,11 @@ void keepTree(const QRVInside::FileReading& reading) {
 }
 
 void publish(const Reload& reload) {
+    // Another reload has been published since: its changes would be reported twice.
+    if (reload.publications != StoreInside::state().publications) {
+        queueReload(reload.kind);
+        return;
+    }
     const bool isSecondNeeded = wasBesideAWrite(reload);  // 7
     NSArray changes = reload.changes;
     // The saves that it ran behind may have recorded their key paths only since.
@@ -124,8 +132,14 @@ void runReload(Reload::Kind kind) {
     if (kind == Reload::Kind::AfterSaves) state.queuedSecondReload = 0;
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
-    Reload reload{kind,      store().storageCache(), QRVInside::readSettingsFile(), nullptr, false,
-                  endedSaves};         // 2
+    const std::uint64_t publications = state.publications;
+    Reload reload{kind,
+                  store().storageCache(),
+                  QRVInside::readSettingsFile(),
+                  nullptr,
+                  false,
+                  endedSaves,
+                  publications};       // 2
     if (reload.reading.lackedMeans) {  // The file may not change again for a long time.
         DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval,
                                                [kind] { queueReload(kind); });

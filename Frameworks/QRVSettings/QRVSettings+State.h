@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,7 +33,9 @@ struct QRVSettings::State {
     /// A reload that follows another one is queued, and has not begun: then the number of forks
     /// that led to the process that queued it, plus 1; else 0.
     std::atomic<unsigned> queuedSecondReload = 0;
-    /// The same of a publication of merged settings.
+    /// How often what was read has become the stored tree.
+    std::atomic<std::uint64_t> publications = 0;
+    /// The same as `queuedSecondReload` of a publication of merged settings.
     std::atomic<unsigned> queuedPublication = 0;
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};

@@ -279,6 +279,19 @@ TEST(Reload, TheHandlerMayInstallAnother) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST(Reload, ThatWasReadBeforeAnotherWasPublishedReportsNothingTwice) {
+    rewriteSettings({{"A", 0}});
+    EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
+    const Monitoring monitoring;
+    for (int reading = 0; reading < 2; ++reading) {
+        rewriteSettings({{"A", 1}});
+        Monitoring::notifyAndRead();
+    }
+    Monitoring::settle();
+    EXPECT_EQ(monitoring.calls(), 1);
+    EXPECT_THAT(monitoring.keyPaths(), ElementsAre("A"));
+}
+
 TEST(Reload, OfAFileThatWasChangedAndChangedBackBeforeTheFirstWasPublished) {
     rewriteSettings({{"A", 0}});
     EXPECT_EQ(QRVSettingsObjectForKeyPath("A"), 0);
