@@ -123,17 +123,20 @@ TEST(NSOperationQueue, AThreadThatIsIdleEnds) {
 }
 
 TEST(NSOperationQueue, MayBeDestroyedByAnOperationOfItsOwn) {
-    std::promise<void> lastHasRun;
+    std::promise<void> otherHasRun;
+    std::promise<void> isDestroyed;
     std::promise<void> mayGoOn;
     auto queue = std::make_shared<NSOperationQueue>();
     queue->addOperation([&] {
         mayGoOn.get_future().wait();
         queue.reset();
+        isDestroyed.set_value();
     });
-    queue->addOperation([&] { lastHasRun.set_value(); });
+    queue->addOperation([&] { otherHasRun.set_value(); });
     mayGoOn.set_value();
-    EXPECT_EQ(lastHasRun.get_future().wait_for(std::chrono::seconds(20)),
-              std::future_status::ready);
+    for (std::promise<void>* const promise : {&otherHasRun, &isDestroyed})
+        EXPECT_EQ(promise->get_future().wait_for(std::chrono::seconds(20)),
+                  std::future_status::ready);
 }
 
 TEST(NSOperationQueue, AnOperationMayAddOperations) {
