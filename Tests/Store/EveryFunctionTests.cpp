@@ -240,6 +240,10 @@ Actions ofAnyThreadForTheStore() {
                  use(QRVKnownSettingAt(setting.keyPath), QRVPlainKeyPath(setting.keyPath),
                      QRVScopeOfKeyPath(setting.keyPath), QRVIsRecordOfStore(setting.keyPath));
          }},
+        {{"QRVSettingsColorOfText", "QRVSettingsTextOfColor"},
+         [] {
+             use(QRVSettingsColorOfText(QRVSettingsTextOfColor(NSColor{1, 0, 0.5, 1})));
+         }},
         {{"QRVSettingsMenuThemeForAppearance"},
          [] { use(QRVSettingsMenuThemeForAppearance("NSAppearanceNameAqua")); }},
     };

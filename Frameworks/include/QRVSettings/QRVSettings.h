@@ -431,4 +431,10 @@ QRV_EXPORT PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath);
 /// NSInvalidArgumentException when `color` is neither a colour nor null, and where
 /// `QRVSettingsSetObjectForKeyPath` does.
 QRV_EXPORT void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, QRVKeyPath keyPath);
+
+/// The colour that a text of the settings is, as `QRVSettingsColorForKeyPath` reads it; null for
+/// everything else. Any thread.
+QRV_EXPORT PropertyListValue QRVSettingsColorOfText(const PropertyListValue& text);
+/// The text that `QRVSettingsSetColorForKeyPath` writes. Any thread.
+QRV_EXPORT std::string QRVSettingsTextOfColor(const NSColor& color);
 /// @}
