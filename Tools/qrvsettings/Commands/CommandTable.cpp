@@ -27,7 +27,8 @@ VALUE is the rest of the line, without the blanks at its end, and is read as in 
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
 or the NAME of a profile that holds blanks is written as a JSON string. What begins with two
 dashes and is no option goes after --. The changes are made in the order of their lines.
-Unsetting a key that is not set does nothing.
+Unsetting a key that is not set does nothing. Where nothing changes nothing is written. How
+many settings changed, and how many key paths are as they were, is said on standard error.
 
 Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
 
