@@ -63,11 +63,12 @@ constexpr std::array completionParts = {
             configureZsh},
     Command{"fish", "Print the script for fish", "Example: qrvsettings completion fish | source",
             configureFish},
-    Command{"candidates", "Print what can stand in place of the last word, a line each",
-            "Prints nothing and exits 0 where a file name is expected; exits 1 where nothing can\n"
-            "be completed.\n\n"
-            "Example: qrvsettings completion candidates -- get CPU.M",
-            configureCandidates},
+    Command{
+        "candidates", "Print what can stand in place of the last word, a line each",
+        "A tab and a sentence follow a word that has one. Prints nothing and exits 0 where a file\n"
+        "name is expected; exits 1 where nothing can be completed.\n\n"
+        "Example: qrvsettings completion candidates -- get CPU.M",
+        configureCandidates},
 };
 
 constexpr std::array commands = {
