@@ -1,79 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Hosts follow the desktop's light or dark, which a portal tells on a bus; both are of the test.
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <array>
+// Hosts follow the desktop's light or dark, which a portal tells on a bus.
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <optional>
-#include <stdexcept>
-#include <string>
 
-#include "Support/ChildProcess.h"
-#include "Tool/ToolSupport.h"
-
-using ToolSupport::RunningTool;
-using ToolSupport::Surroundings;
+#include "Desktop.h"
 
 namespace {
-
-/// A program that obeys lines of input.
-class Spoken {
-  public:
-    explicit Spoken(const std::string& program) : program_(program, {}, {{}, become()}) {
-        close(ends_[0]);
-    }
-    Spoken(const Spoken&) = delete;
-    Spoken& operator=(const Spoken&) = delete;
-    ~Spoken() { close(ends_[1]); }
-
-    void tell(const std::string& line) {
-        const std::string text = line + '\n';
-        ASSERT_EQ(write(ends_[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-    /// Whether it prints the line after those that were waited for before.
-    bool says(const std::string& line) {
-        return waitUntil([&] {
-            const std::size_t place = program_.output().find(line + '\n', seen_);
-            if (place != std::string::npos) seen_ = place + line.size() + 1;
-            return place != std::string::npos;
-        });
-    }
-    /// The line that begins so, once it is there.
-    std::string lineOf(const std::string& beginning) {
-        std::string line;
-        waitUntil([&] {
-            const std::string output = program_.output();
-            const std::size_t place = output.find(beginning);
-            const std::size_t end = output.find('\n', place);
-            if (place == std::string::npos || end == std::string::npos) return false;
-            line = output.substr(place, end - place);
-            return true;
-        });
-        return line;
-    }
-    bool answers(const std::string& line, const std::string& answer) {
-        tell(line);
-        return says(answer);
-    }
-    [[nodiscard]] std::string output() const { return program_.output() + program_.errors(); }
-    ToolSupport::Outcome finish() {
-        close(std::exchange(ends_[1], -1));
-        return program_.finish();
-    }
-
-  private:
-    std::function<void()> become() {
-        if (pipe2(ends_.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-        return [this] { dup2(ends_[0], STDIN_FILENO); };
-    }
-    std::array<int, 2> ends_{};
-    RunningTool program_;
-    std::size_t seen_ = 0;
-};
 
 struct Loop {
     const char* name;
@@ -88,30 +20,8 @@ constexpr Loop loops[] = {
 #include "Followers.inc"
 };
 
-class DesktopAppearance : public testing::TestWithParam<Loop> {
+class DesktopAppearance : public testing::TestWithParam<Loop>, public Desktop {
   protected:
-    void SetUp() override {
-        setenv("DBUS_SESSION_BUS_ADDRESS",
-               ("unix:path=" + (std::filesystem::current_path() / "bus").string()).c_str(), 1);
-    }
-    void startBus() {
-        bus.emplace(QRV_DBUS_DAEMON,
-                    std::vector<std::string>{"--config-file=" QRV_BUS_CONFIGURATION, "--nofork",
-                                             "--nopidfile", "--print-address"},
-                    Surroundings{});
-        ASSERT_TRUE(waitUntil([&] { return !bus->output().empty(); })) << bus->errors();
-    }
-    /// With the words that it obeys at the start.
-    void startPortal(const std::vector<std::string>& words) {
-        if (!bus) startBus();
-        portal.emplace(QRV_PORTAL);
-        ASSERT_TRUE(portal->says("connected")) << portal->output();
-        tellPortal(words);
-    }
-    void tellPortal(const std::vector<std::string>& words) {
-        for (const std::string& word : words)
-            ASSERT_TRUE(portal->answers(word, "did " + word)) << portal->output();
-    }
     void startHost() {
         host.emplace(GetParam().program);
         ASSERT_TRUE(host->says("made")) << host->output();
@@ -132,8 +42,6 @@ class DesktopAppearance : public testing::TestWithParam<Loop> {
     }
     static std::string stored() { return ToolSupport::run({"appearance", "get"}).output; }
 
-    std::optional<RunningTool> bus;
-    std::optional<Spoken> portal;
     std::optional<Spoken> host;
     int asked = 0;
 };
