@@ -34,7 +34,7 @@ if(TARGET qrvsettings)
   file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(qrvsettings PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
   install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
-  foreach(section 1 5)
+  foreach(section 1 5 7)
     install(FILES "${PROJECT_SOURCE_DIR}/Documentation/man/qrvsettings.${section}"
       DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT Tool)
   endforeach()

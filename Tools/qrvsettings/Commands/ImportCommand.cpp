@@ -9,6 +9,7 @@
 #include "Process/StandardError.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Settings/MachineSettings.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/Preparation.h"
 #include "Settings/SettingsFileCondition.h"
@@ -20,6 +21,7 @@ namespace {
 struct Options {
     std::string file;
     DottedKeys dottedKeys = DottedKeys::Refused;
+    bool isPortable = false;
     WritingOptions writing;
 };
 
@@ -30,9 +32,10 @@ void preview(const NSDictionary& settings) {
 }
 
 ExitCode runImport(const Options& options) {
-    const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
+    NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
     openToWrite(options.writing);
+    if (options.isPortable) settings = withMachineSettingsOf(QRVSettingsStoredValues(), settings);
     prepareWithoutStoredSettings();
     try {
         options.writing.dryRun ? preview(settings) : importSettings(settings);
@@ -53,7 +56,9 @@ OptionList declare(Options& options) {
                       "reads standard input"));
     file.takes = Takes::File;
     return withWritingOptions(
-        {file, dryRunFlag(options.writing.dryRun), keepDottedKeysFlag(options.dottedKeys)},
+        {file, dryRunFlag(options.writing.dryRun), keepDottedKeysFlag(options.dottedKeys),
+         flag("--portable", options.isPortable,
+              "Keep what belongs to this machine (see export --portable) as it is stored now")},
         options.writing);
 }
 

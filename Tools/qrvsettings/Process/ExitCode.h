@@ -25,8 +25,10 @@ struct ExitCodeMeaning {
 };
 inline constexpr std::array exitCodes = {
     ExitCodeMeaning{ExitCode::Done, "done"},
-    ExitCodeMeaning{ExitCode::NotSet,
-                    "not set, not found; something differs (diff), or needs a person (doctor)"},
+    ExitCodeMeaning{
+        ExitCode::NotSet,
+        "not set, not found; something differs (diff), is in conflict (merge), or needs "
+        "a person (doctor)"},
     ExitCodeMeaning{ExitCode::WrongUsage, "wrong usage"},
     ExitCodeMeaning{ExitCode::UnreadableFile,
                     "the settings file exists but cannot be read or parsed"},
