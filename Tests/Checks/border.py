@@ -22,7 +22,7 @@ INCLUDE_LINES = (
     "Platform/PropertyLists/NSPropertyListSerialization.h", "Platform/System/NSAppearance.h",
     "Platform/System/System.h", "Platform/System/Terminal.h", "Platform/Values/PropertyListValue.h",
     "QRVLogger/DDLog.h", "QRVSettings/KeyPath.h", "QRVSettings/NSDictionary+QRV.h",
-    "QRVSettings/QRVSettings.h", "QRVSettings/QRVSettingsC.h")
+    "QRVSettings/QRVKnownSettings.h", "QRVSettings/QRVSettings.h", "QRVSettings/QRVSettingsC.h")
 
 
 def inner_headers():
