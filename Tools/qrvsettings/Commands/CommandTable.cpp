@@ -142,6 +142,18 @@ constexpr std::array commands = {
             "Example: qrvsettings import settings.plist --dry-run",
             configureImport},
     Command{
+        "merge", "Merge two settings files that were changed from a third, by key path",
+        "What one file alone has changed is taken. Where both have changed a value differently, "
+        "or\n"
+        "one has changed and the other removed it, there is a conflict. Conflicts are named on\n"
+        "standard error; the result has the value of OURS there, and the exit code is 1. What\n"
+        "belongs to one machine (see export --portable) stays as it is in OURS. The result is "
+        "an\n"
+        "XML property list, or JSON where OURS is JSON. qrvsettings(7) shows how Git uses "
+        "it.\n\n"
+        "Example: qrvsettings merge base.plist ours.plist theirs.plist --output merged.plist",
+        configureMerge},
+    Command{
         "watch", "Print changes of the settings file as they happen, a line each",
         "A line is a key path, a tab, and the new value as JSON: the default where the setting\n"
         "was removed, null where there is none. Changes made at once are sorted by their key\n"
