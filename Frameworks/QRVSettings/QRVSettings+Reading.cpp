@@ -174,14 +174,15 @@ PropertyListValue cachedObject(const StoreInside::State& state, QRVKeyPath keyPa
     return byDefault;
 }
 
-PropertyListValue objectWithoutLocks(const StoreInside::State& state, QRVKeyPath keyPath) {
+[[gnu::always_inline]] inline PropertyListValue objectWithoutLocks(const StoreInside::State& state,
+                                                                   QRVKeyPath keyPath) {
     PropertyListValue cached = cachedObject(state, keyPath);
     if (cached.isNull()) return objectBelowTheCache(keyPath);
     if (cached.isNullMarker()) cached = nullptr;  // 3
     return cached;
 }
 
-// Nor is this, for the same reason.
+// Nor is this, for the same reason, and it alone looks for locks.
 [[gnu::noinline]] PropertyListValue objectWithLocks(const StoreInside::State& state,
                                                     QRVKeyPath keyPath) {
     if (state.locks->at(keyPath.text()).isLocked()) return lockedValue(keyPath.text());  // 2

@@ -75,10 +75,12 @@ void laySiteOver(const NSMutableDictionary& defaults) {
         for (const std::string& keyPath : file.locks) site->locks.add(keyPath, file.path);
     }
     site->found.values = values.appliedTo(nullptr, Writes::Logging::Off);
+    site->found.builtIn = defaults.copy();
     site->found.faults = std::move(files.faults);
     // The levels of the built-in defaults are shared, and stay as they are.
     if (!values.isEmpty())
-        for (const auto& [key, value] : values.appliedTo(defaults.copy(), Writes::Logging::Off))
+        for (const auto& [key, value] :
+             values.appliedTo(site->found.builtIn, Writes::Logging::Off))
             defaults.setObjectForKey(value, key);
     install(std::move(site));
 }

@@ -470,6 +470,7 @@ struct QRVSiteDefaults {
         std::string reason;     ///< one line for people
     };
     NSDictionary values = nullptr;   ///< of all lists, immutable; null when there is none
+    NSDictionary builtIn = nullptr;  ///< the defaults without these values, immutable
     std::vector<std::string> files;  ///< that were read, of the first folder first
     std::vector<Fault> faults;
 };
