@@ -92,6 +92,14 @@ Actions ofTheHost() {
     return {
         {{"QRVSettings::migrate"}, [] { store().migrate(); }},
         {{"QRVSettings::setMergesSaves"}, [] { store().setMergesSaves(!store().mergesSaves()); }},
+        {{"QRVSettings::usesSiteDefaults", "QRVSettings::setUsesSiteDefaults"},
+         [] { store().setUsesSiteDefaults(!store().usesSiteDefaults()); }},
+        {{"QRVSettingsIsLocked", "QRVSettingsLockFileForKeyPath", "QRVSettingsSiteFileForKeyPath",
+          "QRVSettingsSiteDefaults"},
+         [=] {
+             use(QRVSettingsIsLocked(width()), QRVSettingsLockFileForKeyPath(width()),
+                 QRVSettingsSiteFileForKeyPath(width()), QRVSettingsSiteDefaults().values);
+         }},
         {{"QRVSettingsWaitForSaves"},
          [] { use(QRVSettingsWaitForSaves(std::chrono::milliseconds(1)).keyPaths); }},
         {{"QRVSettings::disableCache", "QRVSettings::setDisableCache", "QRVSettings::setCache"},
