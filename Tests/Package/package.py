@@ -44,7 +44,7 @@ class Steps:
         (self.folder / "installed").rename(self.prefix)
         names = {path.name for path in self.prefix.rglob("*")}
         for name in ("libQRVSettings.so.7", "libQRVSettings.a", "QRVSettings.h", "QRVSettingsC.h", "Qt.h", "qrvsettings.pc",
-                     "qrvsettings.1.gz", "qrvsettings.5.gz", "_qrvsettings", "qrvsettings.fish"):
+                     "qrvsettings.1.gz", "qrvsettings.5.gz", "qrvsettings.7.gz", "_qrvsettings", "qrvsettings.fish"):
             if name not in names:
                 raise Failure(f"not installed: {name}")
         for path in self.prefix.rglob("*"):
