@@ -7,6 +7,7 @@
 #include "Process/ExitCode.h"
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/MachineSettings.h"
 #include "Settings/PendingChanges.h"
