@@ -6,6 +6,7 @@
 #include <array>
 #include <utility>
 
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
@@ -75,6 +76,7 @@ void moveMenubarSettingsIntoDefaultProfile() {
 
 void QRVSettings::migrate() {
     requireHostThread();
+    const QRVInside::OriginScope origin(QRVChangeOrigins::migration);
     mergeCombinedPowerItems();
     moveMenubarSettingsIntoDefaultProfile();
 }

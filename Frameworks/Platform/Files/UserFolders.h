@@ -10,6 +10,9 @@ namespace QRVPlatform::UserFolders {
 std::string libraryFolder(const char* configurationHome, const char* home,
                           std::string (*databaseHome)());
 
+/// The same for the folder of the user's state.
+std::string stateFolder(const char* stateHome, const char* home, std::string (*databaseHome)());
+
 /// The value of an environment variable. Null when it is not set, and in a privileged program
 /// (set-user-id, set-group-id, file capabilities), whose environment its caller has chosen.
 const char* trustedVariable(const char* name);
