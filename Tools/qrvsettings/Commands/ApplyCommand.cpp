@@ -2,6 +2,7 @@
 // Makes the changes of a script in one save.
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -20,12 +21,22 @@ namespace {
 
 struct Options {
     std::string file;
+    Leniency leniency;
     WritingOptions writing;
 };
 
-void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
+void requireUsual(const SettingObjections& objections, const Edit& edit, const Leniency& leniency) {
+    if (edit.value.isNull()) return;
+    requireUsual(objections, edit.keyPath, edit.value, ProfileScope(edit.profile),
+                 {leniency.takesTypos || edit.isNew, leniency.takesAnyKind || edit.isOfAnyKind});
+}
+
+void makeAll(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency,
+             PendingChanges& changes) {
+    const SettingObjections objections;
     for (const Edit& edit : edits) {
         try {
+            requireUsual(objections, edit, leniency);
             changes.set(edit.value, edit.keyPath, ProfileScope(edit.profile));
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
@@ -39,17 +50,17 @@ NSDictionary valuesOf(const std::vector<Edit>& edits) {
     return values;
 }
 
-void preview(const std::vector<Edit>& edits, const std::string& name) {
+void preview(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency) {
     PendingChanges neverSaved;
     const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
-    makeAll(edits, name, neverSaved);
+    makeAll(edits, name, leniency, neverSaved);
     for (const std::string& note : neverSaved.notes()) remark(note);
     printWhatWouldChange(before, QRVSettingsStoredValues());
 }
 
-void saveAll(const std::vector<Edit>& edits, const std::string& name) {
+void saveAll(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency) {
     PendingChanges changes;
-    makeAll(edits, name, changes);
+    makeAll(edits, name, leniency, changes);
     changes.save();
 }
 
@@ -60,9 +71,9 @@ ExitCode apply(const Options& options) {
     if (edits.empty())
         remark("no changes, " + name);
     else if (options.writing.dryRun)
-        preview(edits, name);
+        preview(edits, name, options.leniency);
     else
-        saveAll(edits, name);
+        saveAll(edits, name, options.leniency);
     remarkWhatStrictXMLRefuses(valuesOf(edits));
     return ExitCode::Done;
 }
@@ -71,7 +82,9 @@ OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file, "Lines of changes, see below; - reads standard input"));
     file.takes = Takes::File;
-    return withWritingOptions({file, dryRunFlag(options.writing.dryRun)}, options.writing);
+    return withWritingOptions(
+        withLeniency({file, dryRunFlag(options.writing.dryRun)}, options.leniency),
+        options.writing);
 }
 
 }  // namespace

@@ -71,6 +71,7 @@ class LineReader {
   private:
     void takeOptions();
     void takeOption(std::string_view name);
+    bool takeFlag(std::string_view name);
     std::string takeKeyPath();
     PropertyListValue takeValue(const std::string& keyPath);
 
@@ -78,6 +79,8 @@ class LineReader {
     std::string operation_;
     std::string type_;
     std::string profile_;
+    bool isNew_ = false;
+    bool isOfAnyKind_ = false;
     bool areOptionsOver_ = false;
 };
 
@@ -87,10 +90,17 @@ void LineReader::takeOptions() {
         const std::string_view name = takeUpTo(rest_, rest_.find_first_of(" \t="));
         if (name == "--" && !rest_.starts_with('='))
             areOptionsOver_ = true;
-        else
+        else if (!takeFlag(name))
             takeOption(name);
         skipBlanks(rest_);
     }
+}
+
+bool LineReader::takeFlag(std::string_view name) {
+    if (operation_ != "set" || rest_.starts_with('=')) return false;
+    if (name == "--new") return isNew_ = true;
+    if (name == "--any-kind") return isOfAnyKind_ = true;
+    return false;
 }
 
 void LineReader::takeOption(std::string_view name) {
@@ -130,13 +140,15 @@ Edit LineReader::edit(std::size_t number) {
     if (operation_ != "set" && operation_ != "unset")
         refuse("neither set nor unset: " + shortened(operation_));
     takeOptions();
-    Edit edit{number, takeKeyPath(), nullptr, {}};
+    Edit edit{number, takeKeyPath(), nullptr, {}, false, false};
     takeOptions();
     if (operation_ == "set")
         edit.value = takeValue(edit.keyPath);
     else if (!rest_.empty())
         refuse("more than a key path: " + shortened(rest_));
     edit.profile = profile_;
+    edit.isNew = isNew_;
+    edit.isOfAnyKind = isOfAnyKind_;
     if (operation_ == "set") requireStorableSetting(edit);
     return edit;
 }
