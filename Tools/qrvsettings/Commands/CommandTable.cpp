@@ -30,7 +30,9 @@ VALUE is the rest of the line, without the blanks at its end, and is read as in 
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
 or the NAME of a profile that holds blanks is written as a JSON string. What begins with two
 dashes and is no option goes after --. The changes are made in the order of their lines.
-Unsetting a key that is not set does nothing. A line is refused as "set" refuses it.
+Unsetting a key that is not set does nothing. A line is refused as "set" refuses it. Where
+nothing changes nothing is written. How many settings changed, and how many key paths are as
+they were, is said on standard error.
 
 Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
 
@@ -65,11 +67,12 @@ constexpr std::array completionParts = {
             configureZsh},
     Command{"fish", "Print the script for fish", "Example: qrvsettings completion fish | source",
             configureFish},
-    Command{"candidates", "Print what can stand in place of the last word, a line each",
-            "Prints nothing and exits 0 where a file name is expected; exits 1 where nothing can\n"
-            "be completed.\n\n"
-            "Example: qrvsettings completion candidates -- get CPU.M",
-            configureCandidates},
+    Command{
+        "candidates", "Print what can stand in place of the last word, a line each",
+        "A tab and a sentence follow a word that has one. Prints nothing and exits 0 where a file\n"
+        "name is expected; exits 1 where nothing can be completed.\n\n"
+        "Example: qrvsettings completion candidates -- get CPU.M",
+        configureCandidates},
 };
 
 constexpr std::array commands = {
@@ -142,6 +145,18 @@ constexpr std::array commands = {
             "list they are refused, because no key path reaches them.\n\n"
             "Example: qrvsettings import settings.plist --dry-run",
             configureImport},
+    Command{
+        "merge", "Merge two settings files that were changed from a third, by key path",
+        "What one file alone has changed is taken. Where both have changed a value differently, "
+        "or\n"
+        "one has changed and the other removed it, there is a conflict. Conflicts are named on\n"
+        "standard error; the result has the value of OURS there, and the exit code is 1. What\n"
+        "belongs to one machine (see export --portable) stays as it is in OURS. The result is "
+        "an\n"
+        "XML property list, or JSON where OURS is JSON. qrvsettings(7) shows how Git uses "
+        "it.\n\n"
+        "Example: qrvsettings merge base.plist ours.plist theirs.plist --output merged.plist",
+        configureMerge},
     Command{
         "watch", "Print changes of the settings file as they happen, a line each",
         "A line is a key path, a tab, and the new value as JSON: the default where the setting\n"

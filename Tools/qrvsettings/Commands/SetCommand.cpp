@@ -29,6 +29,7 @@ struct Options {
     std::string profile;
     Leniency leniency;
     WritingOptions writing;
+    ChangeReport report;
 };
 
 std::string textOf(const Options& options) {
@@ -75,9 +76,13 @@ ExitCode set(const Options& options) {
     PendingChanges changes;
     requireUsual(SettingObjections(), options.keyPath, value, scope, options.leniency);
     changes.set(value, options.keyPath, scope);
-    changes.save();
+    const Changes saved = changes.save();
     remarkWhatIsReplaced(value, replaced, options.keyPath);
     remarkWhatStrictXMLRefuses({{options.keyPath, value}});
+    if (options.report.json)
+        printObject(saved);
+    else
+        remarkIfUnchanged(saved, options.keyPath);
     return ExitCode::Done;
 }
 
@@ -90,7 +95,7 @@ OptionList declare(Options& options) {
     return withWritingOptions(
         withLeniency({keyPathArgument(options.keyPath),
                       required(text("VALUE", options.value, "See below; - reads standard input")),
-                      type, profileOption(options.profile)},
+                      type, profileOption(options.profile), changesAsJSONFlag(options.report)},
                      options.leniency),
         options.writing);
 }
