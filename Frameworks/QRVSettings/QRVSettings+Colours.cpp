@@ -14,6 +14,8 @@
 #include <string_view>
 
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Site.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
@@ -59,6 +61,9 @@ std::string QRVSettingsTextOfColor(const NSColor& color) {
 PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
+    const bool areLocked = QRVInside::StoreInside::state().locks != nullptr;
+    if (areLocked && QRVSettingsIsLocked(keyPath))
+        return colorFromText(QRVInside::lockedValue(keyPath.text()));
     const QRVSettings& store = QRVSettings::sharedSettings();
 
     PropertyListValue cached = store.cache().objectForKey(keyPath.text());

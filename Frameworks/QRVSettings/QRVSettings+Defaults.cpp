@@ -17,6 +17,7 @@
 #include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -217,4 +218,5 @@ void QRVSettings::loadDefaults() {
     const ClockRule rule = QRVInside::clockRuleForPattern(
         QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()));
     for (const auto& [key, value] : defaultsFor(rule)) defaults.setObjectForKey(value, key);
+    QRVInside::laySiteOver(defaults);
 }
