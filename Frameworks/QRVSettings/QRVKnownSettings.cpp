@@ -9,8 +9,6 @@
 #include "QRVSettings/ProfileSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
-using QRVInside::takeKey;
-
 namespace {
 
 using Kind = PropertyListValue::Kind;
