@@ -8,6 +8,8 @@
 
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Site.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
@@ -45,7 +47,9 @@ void QRVSettingsCommitBatchSave() {
 void QRVSettingsImport(const NSDictionary& settings) {
     requireHostThread();
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setStorageCache(settings.mutableCopy());
+    const bool isLocked = QRVInside::StoreInside::state().locks != nullptr;
+    const NSDictionary tree = isLocked ? QRVInside::permittedImport(settings) : settings;
+    store.setStorageCache(tree.mutableCopy());
     {
         const BatchDuringImport batch;
         store.migrate();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QRVSettings/QRVSettings+Writes.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -147,6 +148,17 @@ NSDictionary withoutRefused(const NSDictionary& tree, Keys& keys,
 
 PropertyListValue frozen(const PropertyListValue& value) {
     return frozenValue(value, NSPropertyListSerialization::maximumLevels);
+}
+
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
+        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
+        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
+        if (end == keyPath.size()) return value;
+        start = end + 1;
+    }
+    return nullptr;
 }
 
 bool Settled::isIn(const NSDictionary& tree) const {

@@ -96,7 +96,7 @@ class Steps:
         home = self.folder / name / "home"
         shutil.rmtree(home, ignore_errors=True)
         home.mkdir(parents=True)
-        return {"XDG_CONFIG_HOME": str(home), "HOME": str(home)}
+        return {"XDG_CONFIG_HOME": str(home), "XDG_CONFIG_DIRS": str(home / "site"), "HOME": str(home)}
 
     def expect_consumer(self, name, program, **more):
         self.expect_output(name, program, WANTED, **more)
