@@ -40,6 +40,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
 #include "QRVSettings/QRVSettings+Site.h"
@@ -146,6 +147,7 @@ void runReload(Reload::Kind kind) {
                                                [kind] { queueReload(kind); });
         return;
     }
+    QRVInside::noteReload(reload.reading);
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
     reload.isOther = changes.count() != 0;

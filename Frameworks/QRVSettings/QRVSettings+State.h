@@ -50,6 +50,9 @@ struct QRVSettings::State {
     /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
     std::atomic<unsigned> forksAtModificationDate = 0;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
+    /// Whether there is a `fileChangeHandler`.
+    std::atomic<bool> isFileChangeObserved = false;
+    QRVPlatform::AtomicProperty<std::shared_ptr<const QRVFileChangeHandler>> fileChangeHandler;
 
     /// The thread that called the store first; used in builds with assertions.
     QRVPlatform::ThreadAffinity hostThread{[](const char* function) {
@@ -68,6 +71,9 @@ struct QRVSettings::State {
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
+    std::optional<std::string> changeOrigin;
+    /// What the store itself calls the writes of this moment.
+    std::string_view ownOrigin = QRVChangeOrigins::set;
     /// What makes the writes of this moment unnecessary; null for writes that are always needed.
     std::shared_ptr<const QRVInside::Settled> unless;
     /// Its records any thread may read.
@@ -76,6 +82,8 @@ struct QRVSettings::State {
     // Used on `queue`.
     /// The file that the last save left behind; missing when it failed.
     QRVPlatform::FileIdentity lastSaved;
+    /// What it holds, frozen; null when nobody observes the file.
+    NSDictionary lastSavedTree = nullptr;
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();

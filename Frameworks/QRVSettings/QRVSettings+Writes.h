@@ -64,6 +64,10 @@ class Writes {
     void addRecords(const NSArray& log);
     void append(const Writes& later);
 
+    /// What the writes are, for observers of the file; several are joined by ", ".
+    void addOrigins(const std::string& origins);
+    [[nodiscard]] const std::string& origins() const { return origins_; }
+
     /// Neither writes nor another tree.
     [[nodiscard]] bool isEmpty() const { return count_ == 0 && tree_.isNull(); }
     [[nodiscard]] bool replaceTheTree() const { return !tree_.isNull(); }
@@ -94,6 +98,7 @@ class Writes {
     std::unordered_map<std::string, std::size_t> indexes_;  ///< into `writes_`, by key path
     std::size_t count_ = 0;                                 ///< of the writes that are there
     NSMutableArray records_ = nullptr;
+    std::string origins_;
 };
 
 }  // namespace QRVInside

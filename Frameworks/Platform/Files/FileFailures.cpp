@@ -68,4 +68,8 @@ void setFileFailureHandler(std::function<void(const FileFailure&)> handler) {
     currentHandler().replace(std::move(handler));
 }
 
+void reportFileFailure(const FileFailure& failure) {
+    currentHandler().call(failure);
+}
+
 }  // namespace QRVPlatform

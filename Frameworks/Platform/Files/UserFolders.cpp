@@ -18,21 +18,29 @@ std::string withoutSlashesAtTheEnd(std::string_view path) {
     return std::string(path.substr(0, path.find_last_not_of('/') + 1));
 }
 
-std::string configurationFolderOf(std::string_view home) {
-    return withoutSlashesAtTheEnd(home) + "/.config";
+/// `chosen` when that is absolute, else `usual` in the home folder.
+std::string baseFolder(const char* chosen, std::string_view usual, const char* home,
+                       std::string (*databaseHome)()) {
+    if (isAbsolute(chosen)) {
+        const std::string folder = withoutSlashesAtTheEnd(chosen);
+        return folder.empty() ? "/." : folder;
+    }
+    if (isAbsolute(home)) return withoutSlashesAtTheEnd(home).append(usual);
+    const std::string lastResort = databaseHome();
+    if (!isAbsolute(lastResort.c_str())) return {};
+    return withoutSlashesAtTheEnd(lastResort).append(usual);
 }
 
 }  // namespace
 
 std::string UserFolders::libraryFolder(const char* configurationHome, const char* home,
                                        std::string (*databaseHome)()) {
-    if (isAbsolute(configurationHome)) {
-        const std::string folder = withoutSlashesAtTheEnd(configurationHome);
-        return folder.empty() ? "/." : folder;
-    }
-    if (isAbsolute(home)) return configurationFolderOf(home);
-    const std::string lastResort = databaseHome();
-    return isAbsolute(lastResort.c_str()) ? configurationFolderOf(lastResort) : std::string();
+    return baseFolder(configurationHome, "/.config", home, databaseHome);
+}
+
+std::string UserFolders::stateFolder(const char* stateHome, const char* home,
+                                     std::string (*databaseHome)()) {
+    return baseFolder(stateHome, "/.local/state", home, databaseHome);
 }
 
 std::vector<std::string> UserFolders::siteFolders(const char* configurationFolders) {
@@ -59,6 +67,12 @@ std::string userLibraryFolder() {
     return UserFolders::libraryFolder(UserFolders::trustedVariable("XDG_CONFIG_HOME"),
                                       UserFolders::trustedVariable("HOME"),
                                       UserFolders::homeFromPasswordDatabase);
+}
+
+std::string userStateFolder() {
+    return UserFolders::stateFolder(UserFolders::trustedVariable("XDG_STATE_HOME"),
+                                    UserFolders::trustedVariable("HOME"),
+                                    UserFolders::homeFromPasswordDatabase);
 }
 
 }  // namespace QRVPlatform

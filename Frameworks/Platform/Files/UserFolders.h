@@ -18,6 +18,9 @@ std::vector<std::string> siteFolders(const char* configurationFolders);
 /// Of this process: a privileged program has `/etc/xdg`, whatever the environment says.
 std::vector<std::string> siteFolders();
 
+/// The user's folder for state, as `libraryFolder` for settings.
+std::string stateFolder(const char* stateHome, const char* home, std::string (*databaseHome)());
+
 /// The value of an environment variable. Null when it is not set, and in a privileged program
 /// (set-user-id, set-group-id, file capabilities), whose environment its caller has chosen.
 const char* trustedVariable(const char* name);

@@ -64,6 +64,7 @@
 #include "Platform/Export.h"
 #include "Platform/Files/NSFilePresenter.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/FileChange.h"
 #include "QRVSettings/KeyPath.h"
 
 namespace QRVInside {
@@ -215,6 +216,21 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   the other process's value, and the key path is not reported later.
     [[nodiscard]] const ChangeHandler& onChange() const;
     void setOnChange(ChangeHandler onChange);
+
+    /// The host's name for what it writes next, such as "undo": an observer of the file receives
+    /// it with each save that was queued meanwhile. Empty at the start: the store names its saves
+    /// itself (QRVChangeOrigins).
+    [[nodiscard]] const std::optional<std::string>& changeOrigin() const;
+    void setChangeOrigin(std::optional<std::string> changeOrigin);
+
+    /// Called after each save of this process that has replaced the file, on `queue()`, and with
+    /// what a reload has read, on `readQueue()`. A reload may also have read what this process
+    /// saved itself. The calls of saves are in their order, and have been made before
+    /// `QRVSettingsWaitForSaves` returns. The next save waits for the handler: it should pass the
+    /// change on to a queue of its own and return. An exception from it ends the program. Null, as
+    /// at the start, for none: then saves do nothing more than without it. To be set before
+    /// `loadDefaults`. Any thread.
+    void setFileChangeHandler(QRVFileChangeHandler handler);
     /// @}
 
     /// @name State of the store, for hosts to read

@@ -60,6 +60,7 @@ Option profileOption(std::string& profile) {
              "whatever is stored elsewhere");
     option.takes = Takes::Profile;
     option.valueName = "NAME";
+    option.withoutValue = "default";
     option.objection = [](const std::string& name) {
         return std::string(name.empty() ? "the name of the profile is empty" : "");
     };
