@@ -106,7 +106,7 @@ TEST(Candidates, HaveTheSentencesOfTheHelp) {
         while (std::getline(lines, line))
             EXPECT_THAT(line, testing::MatchesRegex("[a-z-]+\t[^\t]+")) << line;
     }
-    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "s"}).output, "stored\n");
+    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "d"}).output, "default\n");
 }
 
 TEST(Candidates, HaveTheSentencesOfKnownSettings) {
