@@ -68,6 +68,7 @@ def exit_codes_of_page(page):
 
 def plain(line):
     """The text of a line; a request for alternating fonts joins its words."""
+    line = line.replace("\\-", "-")
     return line.removeprefix(".RB ").replace(" ", "") if line.startswith(".RB ") else line
 
 

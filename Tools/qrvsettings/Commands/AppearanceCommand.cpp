@@ -3,6 +3,7 @@
 
 #include "Commands/CommandTable.h"
 #include "Commands/PrintedValue.h"
+#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Platform/System/NSAppearance.h"
 #include "Process/ExitCode.h"
@@ -46,7 +47,7 @@ ExitCode set(const Options& options) {
     openToWrite(options.writing);
     PendingChanges changes;
     changes.write(std::string(keyPath), [&] { QRVSettingsSetCurrentAppearance(platformName); });
-    changes.save();
+    remarkIfUnchanged(changes.save(), std::string(keyPath));
     printValue(QRVSettingsCurrentAppearance());
     return ExitCode::Done;
 }

@@ -21,6 +21,7 @@ namespace {
 struct Options {
     std::string file;
     WritingOptions writing;
+    ChangeReport report;
 };
 
 void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
@@ -39,39 +40,57 @@ NSDictionary valuesOf(const std::vector<Edit>& edits) {
     return values;
 }
 
-void preview(const std::vector<Edit>& edits, const std::string& name) {
+Changes preview(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges neverSaved;
-    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
     makeAll(edits, name, neverSaved);
-    for (const std::string& note : neverSaved.notes()) remark(note);
-    printWhatWouldChange(before, QRVSettingsStoredValues());
+    Changes changes = neverSaved.changes();
+    if (!changes.isEmpty())
+        for (const std::string& note : neverSaved.notes()) remark(note);
+    return changes;
 }
 
-void saveAll(const std::vector<Edit>& edits, const std::string& name) {
+Changes saveAll(const std::vector<Edit>& edits, const std::string& name) {
     PendingChanges changes;
     makeAll(edits, name, changes);
-    changes.save();
+    return changes.save();
+}
+
+void remarkCounts(const Changes& changes) {
+    remark(std::to_string(changes.changed.size()) + " changed, " +
+           std::to_string(changes.unchanged) +
+           (changes.unchanged == 1 ? " as it was" : " as they were"));
+}
+
+ExitCode report(const Changes& changes, const Options& options) {
+    if (options.writing.dryRun) return previewOf(changes, options.report);
+    if (options.report.json)
+        printObject(changes);
+    else
+        remarkCounts(changes);
+    return ExitCode::Done;
 }
 
 ExitCode apply(const Options& options) {
     const std::string name = nameOfInput(options.file);
     const std::vector<Edit> edits = editsFromScript(contentsOfInput(options.file), name);
     openToWrite(options.writing);
-    if (edits.empty())
+    if (edits.empty() && !options.report.json) {
         remark("no changes, " + name);
-    else if (options.writing.dryRun)
-        preview(edits, name);
-    else
-        saveAll(edits, name);
+        return ExitCode::Done;
+    }
+    const Changes changes = options.writing.dryRun ? preview(edits, name) : saveAll(edits, name);
     remarkWhatStrictXMLRefuses(valuesOf(edits));
-    return ExitCode::Done;
+    return report(changes, options);
 }
 
 OptionList declare(Options& options) {
     Option file =
         required(text("FILE", options.file, "Lines of changes, see below; - reads standard input"));
     file.takes = Takes::File;
-    return withWritingOptions({file, dryRunFlag(options.writing.dryRun)}, options.writing);
+    OptionList list = previewFlags(options.writing, options.report);
+    list.insert(list.begin(), file);
+    list.push_back(changesAsJSONFlag(options.report));
+    return withWritingOptions(list, options.writing);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardError.h"
@@ -95,7 +96,7 @@ ExitCode set(const Options& options) {
         scope.extendDefault(options.keyPath);
         QRVSettingsSetColorForKeyPath(color, storedKeyPath);
     });
-    changes.save();
+    remarkIfUnchanged(changes.save(), options.keyPath);
     if (!isUsual(color.redComponent) || !isUsual(color.greenComponent) ||
         !isUsual(color.blueComponent) || !isUsual(color.alphaComponent))
         remark("stored as it is, though not all components are from 0 to 1, " + options.keyPath);

@@ -9,9 +9,9 @@
 #include "Process/StandardError.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Settings/MachineSettings.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/Preparation.h"
-#include "Settings/SettingsFileCondition.h"
 #include "Text/FileForm.h"
 
 namespace Tool {
@@ -20,22 +20,28 @@ namespace {
 struct Options {
     std::string file;
     DottedKeys dottedKeys = DottedKeys::Refused;
+    bool isPortable = false;
     WritingOptions writing;
+    ChangeReport report;
 };
 
-void preview(const NSDictionary& settings) {
-    const NSDictionary before = QRVSettingsStorage();
-    importInMemory(settings);
-    printWhatWouldChange(before, QRVSettingsStoredValues());
+ExitCode report(const Changes& changes, const Options& options, const std::string& name) {
+    if (options.writing.dryRun) return previewOf(changes, options.report);
+    if (options.report.json)
+        printObject(changes);
+    else
+        remarkIfUnchanged(changes, name);
+    return ExitCode::Done;
 }
 
 ExitCode runImport(const Options& options) {
-    const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
+    NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
     openToWrite(options.writing);
-    prepareWithoutStoredSettings();
+    if (options.isPortable) settings = withMachineSettingsOf(QRVSettingsStoredValues(), settings);
+    Changes changes;
     try {
-        options.writing.dryRun ? preview(settings) : importSettings(settings);
+        changes = options.writing.dryRun ? importInMemory(settings) : importSettings(settings);
     } catch (const NSInvalidArgumentException& exception) {
         throw Failure(Fault::WrongValue,
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
@@ -43,7 +49,7 @@ ExitCode runImport(const Options& options) {
     if (needMigration(settings)) remark(migrationNote);
     remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
-    return ExitCode::Done;
+    return report(changes, options, name);
 }
 
 OptionList declare(Options& options) {
@@ -52,9 +58,14 @@ OptionList declare(Options& options) {
                       "A property list in any format, or JSON as export or list prints it; - "
                       "reads standard input"));
     file.takes = Takes::File;
-    return withWritingOptions(
-        {file, dryRunFlag(options.writing.dryRun), keepDottedKeysFlag(options.dottedKeys)},
-        options.writing);
+    OptionList list = previewFlags(options.writing, options.report);
+    list.insert(list.begin(), file);
+    list.push_back(keepDottedKeysFlag(options.dottedKeys));
+    list.push_back(
+        flag("--portable", options.isPortable,
+             "Keep what belongs to this machine (see export --portable) as it is stored now"));
+    list.push_back(changesAsJSONFlag(options.report));
+    return withWritingOptions(list, options.writing);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ struct Options {
     std::string type;
     std::string profile;
     WritingOptions writing;
+    ChangeReport report;
 };
 
 std::string textOf(const Options& options) {
@@ -75,9 +76,13 @@ ExitCode set(const Options& options) {
     const PropertyListValue replaced = scope.stored(options.keyPath);
     PendingChanges changes;
     changes.set(value, options.keyPath, scope);
-    changes.save();
+    const Changes saved = changes.save();
     remarkWhatIsUnusual(value, replaced, options.keyPath);
     remarkWhatStrictXMLRefuses({{options.keyPath, value}});
+    if (options.report.json)
+        printObject(saved);
+    else
+        remarkIfUnchanged(saved, options.keyPath);
     return ExitCode::Done;
 }
 
@@ -90,7 +95,7 @@ OptionList declare(Options& options) {
     return withWritingOptions(
         {keyPathArgument(options.keyPath),
          required(text("VALUE", options.value, "See below; - reads standard input")), type,
-         profileOption(options.profile)},
+         profileOption(options.profile), changesAsJSONFlag(options.report)},
         options.writing);
 }
 

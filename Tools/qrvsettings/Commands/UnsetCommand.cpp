@@ -2,6 +2,7 @@
 // Removes stored settings.
 
 #include "Commands/CommandTable.h"
+#include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardError.h"
@@ -17,6 +18,7 @@ struct Options {
     std::vector<std::string> keyPaths;
     std::string profile;
     WritingOptions writing;
+    ChangeReport report;
 };
 
 /// The others are named on standard error.
@@ -32,11 +34,11 @@ std::vector<std::string> storedOnes(const ProfileScope& scope,
     return stored;
 }
 
-void remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths) {
+Changes remove(const ProfileScope& scope, const std::vector<std::string>& keyPaths) {
     // A value that prevents the preparation can be removed this way.
     PendingChanges changes(PendingChanges::Preparation::MayFail);
     for (const std::string& keyPath : keyPaths) changes.set(nullptr, keyPath, scope);
-    changes.save();
+    return changes.save();
 }
 
 ExitCode unset(const Options& options) {
@@ -44,7 +46,10 @@ ExitCode unset(const Options& options) {
     openToWrite(options.writing);
     const ProfileScope scope(options.profile);
     const std::vector<std::string> stored = storedOnes(scope, options.keyPaths);
-    if (!stored.empty()) remove(scope, stored);
+    Changes changes;
+    if (!stored.empty()) changes = remove(scope, stored);
+    changes.unchanged += options.keyPaths.size() - stored.size();
+    if (options.report.json) printObject(changes);
     return stored.size() == options.keyPaths.size() ? ExitCode::Done : ExitCode::NotSet;
 }
 
@@ -52,7 +57,9 @@ OptionList declare(Options& options) {
     Option keyPaths =
         required(texts("KEYPATH", options.keyPaths, "Keys joined by dots; one or more"));
     keyPaths.takes = Takes::StoredKeyPath;
-    return withWritingOptions({keyPaths, profileOption(options.profile)}, options.writing);
+    return withWritingOptions(
+        {keyPaths, profileOption(options.profile), changesAsJSONFlag(options.report)},
+        options.writing);
 }
 
 }  // namespace

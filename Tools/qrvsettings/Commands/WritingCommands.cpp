@@ -2,29 +2,71 @@
 #include "Commands/WritingCommands.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Text/Differences.h"
+#include "Text/JSON.h"
 #include "Text/SettingsText.h"
 #include "Text/StrictXML.h"
 
 namespace Tool {
 
-Option dryRunFlag(bool& dryRun) {
-    return flag("--dry-run", dryRun,
-                "Write nothing; print what would change in the file, a line each: key path, tab, "
-                "old -> new as JSON, null for not set");
+namespace {
+
+NSDictionary objectOf(const Difference& difference) {
+    const auto orNullMarker = [](const PropertyListValue& value) {
+        return value.isNull() ? NSNull() : value;
+    };
+    return {{"keyPath", difference.keyPath},
+            {"before", orNullMarker(difference.oldValue)},
+            {"after", orNullMarker(difference.newValue)}};
 }
 
-void printWhatWouldChange(const NSDictionary& oldTree, const NSDictionary& newTree) {
-    const std::string lines = differenceLines(differencesBetween(oldTree, newTree));
-    if (lines.empty())
+}  // namespace
+
+OptionList previewFlags(WritingOptions& writing, ChangeReport& report) {
+    return {flag("--dry-run", writing.dryRun,
+                 "Write nothing; print what would change in the file, a line each: key path, tab, "
+                 "old -> new as JSON, null for not set"),
+            {.name = "--check",
+             .description = "As --dry-run, and exit with code 1 where something would change",
+             .store = [&writing, &report](const auto&) { writing.dryRun = report.check = true; }}};
+}
+
+Option changesAsJSONFlag(ChangeReport& report) {
+    return flag("--json", report.json,
+                "Print one JSON object: file, changed (objects of keyPath, before and after, null "
+                "for not set) and unchanged, the number of key paths that are as they were");
+}
+
+void remarkIfUnchanged(const Changes& changes, const std::string& what) {
+    if (changes.isEmpty()) remark("nothing changed, " + what);
+}
+
+void printObject(const Changes& changes) {
+    NSMutableArray changed;
+    for (const Difference& difference : changes.changed) changed.addObject(objectOf(difference));
+    print(jsonText(NSDictionary{
+              {"file", QRVSettings::sharedSettings().location()},
+              {"changed", changed},
+              {"unchanged", static_cast<std::int64_t>(changes.unchanged)},
+          }) +
+          "\n");
+}
+
+ExitCode previewOf(const Changes& changes, const ChangeReport& report) {
+    if (report.json)
+        printObject(changes);
+    else if (changes.isEmpty())
         remark("nothing would change");
     else
-        print(lines);
+        print(differenceLines(changes.changed));
+    return report.check && !changes.isEmpty() ? ExitCode::NotSet : ExitCode::Done;
 }
 
 void remarkWhatStrictXMLRefuses(const NSDictionary& settings) {

@@ -7,6 +7,7 @@
 #include "Settings/Preparation.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Saving.h"
+#include "Settings/SettingsFileCondition.h"
 #include "Settings/StoredTree.h"
 #include "Text/FileForm.h"
 #include "Text/KeyPaths.h"
@@ -23,15 +24,22 @@ Failure inTheWayOf(const std::string& keyPath, const NSInvalidArgumentException&
                                    keyPath};
 }
 
+/// A damaged file counts as empty, and is replaced also where there is nothing to save.
+bool isFileDamaged() {
+    return !conditionOfSettingsFile().damage.empty();
+}
+
 }  // namespace
 
-PendingChanges::PendingChanges(Preparation preparation) {
+PendingChanges::PendingChanges(Preparation preparation)
+    : inFile_(snapshotOf(QRVSettingsStoredValues())) {
     QRVSettingsPrepareBatchSave();
     try {
         notes_ = prepareStore();
     } catch (const Failure&) {
         if (preparation == Preparation::MustSucceed) throw;
     }
+    prepared_ = snapshotOf(QRVSettingsStoredValues());
 }
 
 void PendingChanges::set(const PropertyListValue& value, const std::string& keyPath,
@@ -56,16 +64,24 @@ void PendingChanges::write(const std::string& storedKeyPath, const std::function
     keyPaths_.insert(storedKeyPath);
 }
 
-void PendingChanges::save() {
+Changes PendingChanges::changes() const {
+    return changesOfWrites({inFile_, prepared_, QRVSettingsStoredValues()}, keyPaths_);
+}
+
+Changes PendingChanges::save() {
+    Changes result = changes();
+    if (result.isEmpty() && !isFileDamaged()) return result;
     for (const std::string& note : notes_) notice(note);
     saveAndWait(QRVSettingsCommitBatchSave, keyPaths_);
     for (const std::string& keyPath : keyPaths_)
         if (hasFractionsOfSeconds(QRVSettingsStoredObjectForKeyPath(keyPath)))
             notice("fractions of seconds are not kept, " + keyPath);
+    return result;
 }
 
 void prepareToRead() {
-    const PendingChanges neverSaved;
+    QRVSettingsPrepareBatchSave();
+    static_cast<void>(prepareStore());
 }
 
 void prepareWithoutStoredSettings() {
@@ -73,13 +89,21 @@ void prepareWithoutStoredSettings() {
     prepareToRead();
 }
 
-void importSettings(const NSDictionary& settings) {
+Changes importSettings(const NSDictionary& settings) {
+    Changes changes = importInMemory(settings);
+    if (changes.isEmpty() && !isFileDamaged()) return changes;
+    // Otherwise the migration takes what it has cached before for done.
+    QRVSettings::sharedSettings().cache().removeAllObjects();
     saveAndWait([&settings] { QRVSettingsImport(settings); });
+    return changes;
 }
 
-void importInMemory(const NSDictionary& settings) {
+Changes importInMemory(const NSDictionary& settings) {
+    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
+    prepareWithoutStoredSettings();
     replaceStoredTree(settings);
     QRVSettings::sharedSettings().migrate();
+    return changesOfReplacement(before, QRVSettingsStoredValues());
 }
 
 }  // namespace Tool

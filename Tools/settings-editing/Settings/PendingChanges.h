@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "Settings/Changes.h"
 #include "Settings/ProfileScope.h"
 
 namespace Tool {
@@ -37,14 +38,20 @@ class PendingChanges {
     /// the stored value in its way, or what no settings file can hold; then nothing is written.
     void write(const std::string& storedKeyPath, const std::function<void()>& change);
 
-    /// Returns when the file holds the changes, or what others have saved at the same key paths
-    /// since; there is a notice of fractions of seconds, which no file holds. Throws Failure as
-    /// `saveAndWait` does.
-    void save();
+    /// What the writes so far change, compared with what the file held when this process read it.
+    [[nodiscard]] Changes changes() const;
+
+    /// Returns `changes()` when the file holds them, or what others have saved at the same key
+    /// paths since; there is a notice of fractions of seconds, which no file holds. When there are
+    /// none, nothing is saved, not even what the preparation changed, unless the file is damaged.
+    /// Throws Failure as `saveAndWait` does.
+    Changes save();
 
   private:
     std::vector<std::string> notes_;
     std::set<std::string> keyPaths_;
+    NSDictionary inFile_;
+    NSDictionary prepared_;
 };
 
 /// Prepares the store for a process that only reads. What that changes is never saved.
@@ -55,11 +62,12 @@ void prepareToRead();
 void prepareWithoutStoredSettings();
 
 /// Replaces all settings, in one save; pending changes are discarded, and so is what others have
-/// saved before. Throws Failure as `saveAndWait` does, and NSInvalidArgumentException when the
+/// saved before. Saves nothing when the file held these settings as this process read it, unless it
+/// is damaged. Throws Failure as `saveAndWait` does, and NSInvalidArgumentException when the
 /// settings cannot be migrated.
-void importSettings(const NSDictionary& settings);
+Changes importSettings(const NSDictionary& settings);
 
 /// The same without the save.
-void importInMemory(const NSDictionary& settings);
+Changes importInMemory(const NSDictionary& settings);
 
 }  // namespace Tool
