@@ -9,6 +9,7 @@
 
 #include "Database.h"
 
+#include <algorithm>
 #include <chrono>
 #include <vector>
 
@@ -194,6 +195,19 @@ Changes Database::changesOf(std::int64_t save) {
     return changes;
 }
 
+Text Database::leafAfter(const Head& head, double position, const std::string& keyPath) {
+    Statement next = connection_.statement(
+        "SELECT before FROM changes JOIN saves ON saves.id = changes.save"
+        " WHERE key_path = ? AND file = ? AND position > ? ORDER BY position LIMIT 1");
+    next.bind(std::string_view(keyPath)).bind(head.file).bind(position);
+    if (next.step()) return next.text(0);
+    Statement leaf =
+        connection_.statement("SELECT value FROM leaves WHERE file = ? AND key_path = ?");
+    leaf.bind(head.file).bind(std::string_view(keyPath));
+    if (leaf.step()) return leaf.text(0);
+    return std::nullopt;
+}
+
 void Database::insert(const Head& head, const SaveRow& row, const Writer& writer,
                       const Changes& changes) {
     Statement save = connection_.statement(
@@ -209,7 +223,9 @@ void Database::insert(const Head& head, const SaveRow& row, const Writer& writer
             .bind(std::string_view(writer.origin));
     save.bind(std::string_view(row.from.name)).bind(row.from.time);
     save.bind(std::string_view(row.to.name)).bind(row.to.time);
-    save.bind(static_cast<std::int64_t>(changes.size())).bind(bytesOf(changes)).run();
+    save.bind(std::max<std::int64_t>(1, static_cast<std::int64_t>(changes.size())))
+        .bind(bytesOf(changes))
+        .run();
     const std::int64_t id = connection_.lastRow();
     Statement store = connection_.statement(
         "INSERT INTO changes(save, key_path, before, after) VALUES(?, ?, ?, ?)");

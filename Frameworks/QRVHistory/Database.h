@@ -79,6 +79,8 @@ class Database {
     std::optional<SaveRow> unknownSaveAround(const Head& head, std::int64_t time);
     bool hasSave(const Head& head, const Version& to, const Writer& writer);
     Changes changesOf(std::int64_t save);
+    /// What the version at the end of the save at `position` holds at the key path.
+    Text leafAfter(const Head& head, double position, const std::string& keyPath);
 
     /// `id` 0 for the next one.
     void insert(const Head& head, const SaveRow& row, const Writer& writer, const Changes& changes);
