@@ -125,8 +125,8 @@ void Database::setHead(Head& head, const Version& version) {
     head.version = version;
 }
 
-std::map<std::string, std::string> Database::leaves(const Head& head) {
-    std::map<std::string, std::string> leaves;
+Leaves Database::leaves(const Head& head) {
+    Leaves leaves;
     Statement found = connection_.statement("SELECT key_path, value FROM leaves WHERE file = ?");
     found.bind(head.file);
     while (found.step()) leaves.emplace(found.string(0), found.string(1));
@@ -145,7 +145,7 @@ void Database::changeLeaves(const Head& head, const Changes& changes) {
     }
 }
 
-void Database::setLeaves(const Head& head, const std::map<std::string, std::string>& leaves) {
+void Database::setLeaves(const Head& head, const Leaves& leaves) {
     connection_.statement("DELETE FROM leaves WHERE file = ?").bind(head.file).run();
     Statement store =
         connection_.statement("INSERT INTO leaves(file, key_path, value) VALUES(?, ?, ?)");
@@ -195,17 +195,14 @@ Changes Database::changesOf(std::int64_t save) {
     return changes;
 }
 
-Text Database::leafAfter(const Head& head, double position, const std::string& keyPath) {
-    Statement next = connection_.statement(
-        "SELECT before FROM changes JOIN saves ON saves.id = changes.save"
-        " WHERE key_path = ? AND file = ? AND position > ? ORDER BY position LIMIT 1");
-    next.bind(std::string_view(keyPath)).bind(head.file).bind(position);
-    if (next.step()) return next.text(0);
-    Statement leaf =
-        connection_.statement("SELECT value FROM leaves WHERE file = ? AND key_path = ?");
-    leaf.bind(head.file).bind(std::string_view(keyPath));
-    if (leaf.step()) return leaf.text(0);
-    return std::nullopt;
+Leaves Database::leavesAfter(const Head& head, double position) {
+    Leaves result = leaves(head);
+    Statement later = connection_.statement(
+        "SELECT key_path, before, after FROM changes JOIN saves ON saves.id = changes.save"
+        " WHERE file = ? AND position > ? ORDER BY position DESC");
+    later.bind(head.file).bind(position);
+    while (later.step()) takeBack({{later.string(0), {later.text(1), later.text(2)}}}, result);
+    return result;
 }
 
 void Database::insert(const Head& head, const SaveRow& row, const Writer& writer,

@@ -22,10 +22,11 @@
 // 6. The save is older than all that is unknown. It is inserted by its time, and the head stays.
 //
 // Splitting: an unknown save from w to z, with the own save from x to y between them, becomes an
-// unknown save from w to x, the own one, and an unknown one from y to z. The trees at x and y tell
-// what was changed before and after. So it is the same in the end, whoever enters first, and
-// nothing is entered twice. An unknown save may have no changes: what one save in it has done,
-// another may have taken back. It is kept for those saves, and no query finds it.
+// unknown save from w to x, the own one, and an unknown one from y to z. What the file held at w
+// and z follows from the head and the saves since; what it held at x and y is known. So it is the
+// same in the end, whoever enters first, and nothing is entered twice. An unknown save may have no
+// changes: what one save in it has done, another may have taken back. It is kept for those saves,
+// and no query finds it.
 //
 // What happens when a process dies:
 // - before its save replaced the file: there is nothing to enter.
@@ -86,16 +87,6 @@ Reading readFile(const std::string& path) {
     return reading;
 }
 
-Text leafText(const NSDictionary& tree, const std::string& keyPath) {
-    const PropertyListValue leaf = leafAt(tree, keyPath);
-    return leaf.isNull() ? Text() : textOf(leaf);
-}
-
-void addUnlessEqual(Changes& changes, const std::string& keyPath, const Text& before,
-                    const Text& after) {
-    if (!areEqual(before, after)) changes[keyPath] = {before, after};
-}
-
 }  // namespace
 
 Entry::Entry(Database& database, std::string settingsFile, double now)
@@ -145,26 +136,14 @@ void Entry::insertLate(const Part& own) {
                      own.writer, own.changes);
 }
 
-// Between w and z each key path has changed from one value to another, or not at all; then a later
-// change, or the head, tells which value it had.
-Changes Entry::changesAround(const SaveRow& unknown, const Changes& own) {
-    Changes changes = database_.changesOf(unknown.id);
-    for (const auto& [keyPath, change] : own) {
-        if (changes.contains(keyPath)) continue;
-        const Text value = database_.leafAfter(head_, unknown.position, keyPath);
-        changes.emplace(keyPath, Change{value, value});
-    }
-    return changes;
-}
-
 void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& change) {
-    Part first{unknown.from, own.from, {}, {}, unknown.time};
+    Leaves leaves = database_.leavesAfter(head_, unknown.position);
     Part last{own.to, unknown.to, {}, {}, unknown.time};
+    for (auto& [keyPath, back] : changesSince(leaves, change.after))
+        last.changes.emplace(keyPath, Change{std::move(back.after), std::move(back.before)});
+    takeBack(database_.changesOf(unknown.id), leaves);
+    Part first{unknown.from, own.from, {}, changesSince(leaves, change.before), unknown.time};
     if (own.from.time > 0) first.time = static_cast<double>(own.from.time) / nanosecondsPerSecond;
-    for (const auto& [keyPath, around] : changesAround(unknown, own.changes)) {
-        addUnlessEqual(first.changes, keyPath, around.before, leafText(change.before, keyPath));
-        addUnlessEqual(last.changes, keyPath, leafText(change.after, keyPath), around.after);
-    }
 
     std::vector<const Part*> parts;
     for (const Part* const part : {&std::as_const(first), &own, &std::as_const(last)})

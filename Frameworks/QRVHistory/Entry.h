@@ -41,7 +41,6 @@ class Entry {
     void append(const Part& part);
     void appendUnknown(const Version& to, const NSDictionary& tree);
     void insertLate(const Part& own);
-    Changes changesAround(const SaveRow& unknown, const Changes& own);
     void split(const SaveRow& unknown, const Part& own, const QRVFileChange& change);
     [[nodiscard]] double timeOf(const Version& version) const;
     [[nodiscard]] bool isAtHead(const Version& version) const;
