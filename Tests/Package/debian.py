@@ -20,6 +20,7 @@ PACKAGES = {
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
     "qrvsettings": ("libqrvsettings7 (= 7",),
     "qrvsettings-doc": (),
+    "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
 COMPLETIONS = ("bash-completion/completions/qrvsettings", "zsh/vendor-completions/_qrvsettings",
                "fish/vendor_completions.d/qrvsettings.fish")
@@ -79,6 +80,8 @@ class Steps:
         self.expect_files("qrvsettings", "/usr/bin/qrvsettings", *(f"/usr/share/{path}" for path in COMPLETIONS))
         self.expect_files("qrvsettings-doc", "/usr/share/doc/qrvsettings-doc/Documentation/Tour.md",
                           "/usr/share/doc/qrvsettings-doc/examples/first-setting/main.cpp")
+        self.expect_files("python3-qrvsettings", "/usr/lib/python3/dist-packages/qrvsettings/__init__.py",
+                          "/usr/lib/python3/dist-packages/qrvsettings/py.typed")
         self.expect_pages()
         self.expect_library()
 
