@@ -34,8 +34,8 @@ def main():
     target = folder / "installed"
     environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
     environment.update(XDG_CONFIG_HOME=str(folder / "config"), HOME=str(folder))
-    subprocess.run([sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps", "--quiet",
-                    "--disable-pip-version-check", "--target", target, "."], cwd=folder / "source", env=environment,
+    subprocess.run([sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps",
+                    "--quiet", "--disable-pip-version-check", "--target", target, "."], cwd=folder / "source", env=environment,
                    check=True)
     for name in ("qrvsettings/py.typed", f"qrvsettings-{version}.dist-info/METADATA"):
         if not (target / name).is_file():
