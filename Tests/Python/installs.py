@@ -3,10 +3,9 @@
 
     python3 installs.py SOURCE FOLDER VERSION
 
-Skipped (exit code 77) where this Python cannot build packages.
+Skipped (exit code 77) where neither this Python nor the system's can build packages.
 """
 
-import importlib.util
 import os
 import shutil
 import subprocess
@@ -23,10 +22,18 @@ assert settings.stored("Test.A") == 1
 """
 
 
+def python_that_builds():
+    for python in (sys.executable, "/usr/bin/python3"):
+        found = subprocess.run([python, "-c", "import setuptools, wheel, pip"], stderr=subprocess.DEVNULL, check=False)
+        if found.returncode == 0:
+            return python
+    return None
+
+
 def main():
-    missing = [name for name in ("pip", "setuptools", "wheel") if importlib.util.find_spec(name) is None]
-    if missing:
-        print(f"not installed: {', '.join(missing)}")
+    python = python_that_builds()
+    if python is None:
+        print("pip, setuptools and wheel are not all installed")
         return SKIPPED
     source, folder, version = Path(sys.argv[1]), Path(sys.argv[2]), sys.argv[3]
     shutil.rmtree(folder, ignore_errors=True)
@@ -34,15 +41,15 @@ def main():
     target = folder / "installed"
     environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
     environment.update(XDG_CONFIG_HOME=str(folder / "config"), HOME=str(folder))
-    subprocess.run([sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps",
-                    "--quiet", "--disable-pip-version-check", "--target", target, "."], cwd=folder / "source", env=environment,
+    subprocess.run([python, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps", "--quiet",
+                    "--disable-pip-version-check", "--target", target, "."], cwd=folder / "source", env=environment,
                    check=True)
     for name in ("qrvsettings/py.typed", f"qrvsettings-{version}.dist-info/METADATA"):
         if not (target / name).is_file():
             print(f"not installed: {name}")
             return 1
     environment["PYTHONPATH"] = str(target)
-    return subprocess.run([sys.executable, "-c", PROGRAM, str(target)], env=environment, check=False).returncode
+    return subprocess.run([python, "-c", PROGRAM, str(target)], env=environment, check=False).returncode
 
 
 sys.exit(main())
