@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-# Install rules, in three components: Library (to run hosts), Development (to build hosts) and Tool. No
-# installed file contains the install prefix, so that the installation can be moved.
+# Install rules, in components: Library (to run hosts), Development (to build hosts), Tool, and
+# Documentation. No installed file contains the install prefix, so that the installation can be moved.
 include(GNUInstallDirs)
+include(QRVCompressed)
 include(CMakePackageConfigHelpers)
 
 set(QRV_INSTALL_HEADERS "${CMAKE_INSTALL_INCLUDEDIR}/qrvsettings")
@@ -34,10 +35,6 @@ if(TARGET qrvsettings)
   file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(qrvsettings PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
   install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
-  foreach(section 1 5)
-    install(FILES "${PROJECT_SOURCE_DIR}/Documentation/man/qrvsettings.${section}"
-      DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT Tool)
-  endforeach()
 
   # Each shell looks for completions in its own folder.
   set(QRV_COMPLETIONS "${PROJECT_BINARY_DIR}/completions")
@@ -56,7 +53,31 @@ if(TARGET qrvsettings)
     DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT Tool)
 endif()
 
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" RENAME copyright
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Library)
+# Functions are for those who build hosts, all other pages for those who use the tool.
+file(GLOB pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/man/*.[1-9]")
+set(compressed_pages "")
+foreach(page ${pages})
+  get_filename_component(name "${page}" NAME)
+  string(REGEX MATCH "[1-9]$" section "${name}")
+  qrv_compress(compressed "${page}" "${name}")
+  list(APPEND compressed_pages "${compressed}")
+  if(section EQUAL 3)
+    set(component Development)
+  else()
+    set(component Tool)
+  endif()
+  if(component STREQUAL "Development" OR TARGET qrvsettings)
+    install(FILES "${compressed}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT "${component}")
+  endif()
+endforeach()
+add_custom_target(QRVManualPages ALL DEPENDS ${compressed_pages})
+
+set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/qrvsettings-doc")
+file(GLOB texts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/*.md")
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/ARCHITECTURE.md"
+  DESTINATION "${documents}" COMPONENT Documentation)
+install(FILES ${texts} DESTINATION "${documents}/Documentation" COMPONENT Documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/Examples/" DESTINATION "${documents}/examples" COMPONENT Documentation)
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Library)
 
 include(QRVPackage)

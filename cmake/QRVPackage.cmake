@@ -1,40 +1,98 @@
 # SPDX-License-Identifier: MIT
-# Debian packages: `cpack -G DEB` in the build folder builds libqrvsettings7, libqrvsettings-dev and
-# qrvsettings.
+# Debian packages, of a build for their prefix: `cmake --workflow --preset debian`. Which package has which
+# files is the table at the end.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  return()  # other prefixes have other folders for libraries, and other names for those of documents
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qrvsettings)
-set(CPACK_PACKAGE_CONTACT "The QRVSettings developers <qrvsettings@localhost>")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_CONTACT "The QRVSettings developers <qrvsettings@qrv.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL Library Development)
-if(TARGET qrvsettings)
-  list(APPEND CPACK_COMPONENTS_ALL Tool)
-endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL "")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-
-set(library "libqrvsettings${PROJECT_VERSION_MAJOR}")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks")
+# A program that was linked with this release may use what the release before did not have.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# Otherwise this would be the first line of every package's description, before its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_NAME} built using CMake")
+set(QRV_DEBIAN_VERSION "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "${library}")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION}, shared library")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
-# ICU is loaded at run time, so that shlibdeps does not find it. Only unknown locales need it.
+set(QRV_DEBIAN_FILES "${CMAKE_CURRENT_LIST_DIR}/debian")
+set(changelog "${QRV_DEBIAN_FILES}/changelog")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${changelog}")
+file(STRINGS "${changelog}" first LIMIT_COUNT 1)
+if(NOT first MATCHES "^qrvsettings \\(${QRV_DEBIAN_VERSION}\\) ")
+  message(FATAL_ERROR "${changelog} begins with another version than ${QRV_DEBIAN_VERSION}: ${first}")
+endif()
+qrv_compress(QRV_DEBIAN_CHANGELOG "${changelog}" changelog.Debian)
+add_custom_target(QRVDebianChangelog ALL DEPENDS "${QRV_DEBIAN_CHANGELOG}")
+
+# qrv_debian_package(component NAME name SECTION section SUMMARY text TEXT text [SHARED_LIBRARY]
+#   [ALL_ARCHITECTURES] [DEPENDS ...] [RECOMMENDS ...] [SUGGESTS ...])
+# A package of the files that install() gives this component. Its description begins with SUMMARY; TEXT goes
+# on in lines of at most 79 characters. What its programs and libraries link is found out, other than
+# libraries of this project; those are named in DEPENDS.
+macro(qrv_debian_package component)
+  cmake_parse_arguments(arg "SHARED_LIBRARY;ALL_ARCHITECTURES" "NAME;SECTION;SUMMARY;TEXT"
+    "DEPENDS;RECOMMENDS;SUGGESTS" ${ARGN})
+  string(TOUPPER "${component}" upper)
+  set(prefix "CPACK_DEBIAN_${upper}")
+  list(APPEND CPACK_COMPONENTS_ALL "${component}")
+  set(${prefix}_PACKAGE_NAME "${arg_NAME}")
+  set(${prefix}_PACKAGE_SECTION "${arg_SECTION}")
+  set(${prefix}_DESCRIPTION "${PROJECT_DESCRIPTION}, ${arg_SUMMARY}\n${arg_TEXT}")
+  if(arg_ALL_ARCHITECTURES)
+    set(${prefix}_PACKAGE_ARCHITECTURE all)
+    set(${prefix}_PACKAGE_SHLIBDEPS OFF)
+  else()
+    set(${prefix}_PACKAGE_SHLIBDEPS ON)
+  endif()
+  if(arg_SHARED_LIBRARY)
+    set(${prefix}_PACKAGE_CONTROL_EXTRA "${QRV_DEBIAN_FILES}/triggers")
+  endif()
+  foreach(field DEPENDS RECOMMENDS SUGGESTS)
+    string(JOIN ", " ${prefix}_PACKAGE_${field} ${arg_${field}})
+  endforeach()
+  set(folder "${CMAKE_INSTALL_DATAROOTDIR}/doc/${arg_NAME}")
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" RENAME copyright DESTINATION "${folder}" COMPONENT "${component}")
+  install(FILES "${QRV_DEBIAN_CHANGELOG}" DESTINATION "${folder}" COMPONENT "${component}")
+endmacro()
+
+# A component of another part of the project gets its row here, inside if(TARGET ...) where that part may be
+# left out of the build, and its name among those that Tests/Package/debian.py expects.
+set(library "libqrvsettings${PROJECT_VERSION_MAJOR}")
+# ICU is loaded at run time, so that its package is not found out. Only unknown locales need it.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 string(REGEX MATCH "^[0-9]+" icu_major "${ICU_VERSION}")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "libicu${icu_major}")
-
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqrvsettings-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}, headers and static library")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), libmd-dev")
-
-set(CPACK_DEBIAN_TOOL_PACKAGE_NAME qrvsettings)
-set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOL_DESCRIPTION "${PROJECT_DESCRIPTION}, command-line tool")
-set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
+qrv_debian_package(Library NAME "${library}" SECTION libs SHARED_LIBRARY
+  RECOMMENDS "libicu${icu_major}"
+  SUMMARY "shared library"
+  TEXT "Several processes read, write and watch one property-list file of settings,
+each with a dotted key path.")
+qrv_debian_package(Development NAME libqrvsettings-dev SECTION libdevel
+  DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev
+  SUGGESTS qrvsettings-doc
+  SUMMARY "development files"
+  TEXT "The headers for C++20 and C, the static library, the manual page of the C
+interface, and files for CMake and pkg-config.")
+qrv_debian_package(Documentation NAME qrvsettings-doc SECTION doc ALL_ARCHITECTURES
+  SUGGESTS libqrvsettings-dev
+  SUMMARY "documents and examples"
+  TEXT "A tour for developers, what is promised about files, locks and processes,
+measured speed, and small programs that use the library.")
+if(TARGET qrvsettings)
+  qrv_debian_package(Tool NAME qrvsettings SECTION utils
+    DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
+    SUMMARY "command-line tool"
+    TEXT "Reads, writes, compares and watches the settings, and explains where a value
+comes from.")
+endif()
 
 include(CPack)

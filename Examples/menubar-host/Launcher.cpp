@@ -4,10 +4,12 @@
 
 #include "Launcher.h"
 
+#include "AppearanceProcess.h"
 #include "Processes.h"
 
 int runLauncher(const std::string& colorOption) {
     const int display = startProcess({"display", colorOption});
     startProcess({"settings"});
+    if (hasAppearanceProcess) startProcess({"appearance"});
     return waitForProcess(display);
 }

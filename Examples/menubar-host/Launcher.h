@@ -3,7 +3,7 @@
 
 #include <string>
 
-/// Starts the processes of the application: a display, and a settings process that reads standard
-/// input. Waits for the display to end and returns its exit status. The settings process then ends
-/// too.
+/// Starts the processes of the application: a display, a settings process that reads standard
+/// input, and one that follows the desktop if this build has it. Waits for the display to end and
+/// returns its exit status. The others then end too.
 int runLauncher(const std::string& colorOption);

@@ -16,6 +16,9 @@ std::optional<std::string> nextLineOfInput();
 /// Drains the main queue until the process is asked to end.
 void runUntilAskedToEnd();
 
+/// For a loop of another library: a descriptor that is readable once the process is asked to end.
+int endOfProcess();
+
 /// Starts this program in a child process, with other arguments. The child ends when its parent
 /// does.
 int startProcess(const std::vector<std::string>& arguments);

@@ -49,7 +49,7 @@ bool readInput() {
 }
 
 /// Readable once the process is asked to end; -1 while that ends it at once.
-int endOfProcess = -1;
+int endDescriptor = -1;
 
 enum class Event { Input, EndOfProcess };
 
@@ -57,7 +57,7 @@ enum class Event { Input, EndOfProcess };
 Event nextEvent(int input) {
     std::array<pollfd, 3> entries = {{{DispatchMainQueue::shared().fd(), POLLIN, 0},
                                       {input, POLLIN, 0},
-                                      {endOfProcess, POLLIN, 0}}};
+                                      {endDescriptor, POLLIN, 0}}};
     for (;;) {
         if (poll(entries.data(), entries.size(), -1) < 0) {
             if (errno == EINTR) continue;
@@ -75,8 +75,8 @@ void endWithoutLosingSaves() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT}) sigaddset(&signals, signal);
-    endOfProcess = signalfd(-1, &signals, SFD_CLOEXEC);
-    if (endOfProcess < 0 || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) fail("signals");
+    endDescriptor = signalfd(-1, &signals, SFD_CLOEXEC);
+    if (endDescriptor < 0 || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) fail("signals");
 }
 
 std::optional<std::string> nextLineOfInput() {
@@ -88,6 +88,10 @@ std::optional<std::string> nextLineOfInput() {
 
 void runUntilAskedToEnd() {
     nextEvent(-1);
+}
+
+int endOfProcess() {
+    return endDescriptor;
 }
 
 int startProcess(const std::vector<std::string>& arguments) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // An application of several processes that share their settings: a display that follows every
-// change, and a settings process that makes the changes.
+// change, a settings process that makes the changes, and one that follows the desktop.
 
 #include <exception>
 #include <iostream>
@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "AppearanceProcess.h"
 #include "Display.h"
 #include "Launcher.h"
 #include "Platform/System/Terminal.h"
@@ -16,10 +17,12 @@
 namespace {
 
 int usage() {
-    std::cerr << "usage: menubar-host [--color=auto|always|never]           all processes\n"
-                 "       menubar-host display [--color=auto|always|never]   the menu bar\n"
-                 "       menubar-host settings                              reads lines:\n"
-              << settingsCommands;
+    std::cerr
+        << "usage: menubar-host [--color=auto|always|never]           all processes\n"
+           "       menubar-host display [--color=auto|always|never]   the menu bar\n"
+           "       menubar-host appearance                            as the desktop (needs GIO)\n"
+           "       menubar-host settings                              reads lines:\n"
+        << settingsCommands;
     return 2;
 }
 
@@ -33,6 +36,8 @@ std::optional<Colours> coloursOf(const std::string& option) {
 
 int run(std::vector<std::string> words) {
     if (words.size() == 1 && words[0] == "settings") return runSettingsProcess();
+    if constexpr (hasAppearanceProcess)
+        if (words.size() == 1 && words[0] == "appearance") return runAppearanceProcess();
     const bool isDisplay = !words.empty() && words[0] == "display";
     if (isDisplay) words.erase(words.begin());
     if (words.empty()) words.emplace_back("--color=auto");

@@ -3,9 +3,10 @@
 // settings file: it is skipped when the file has its flag, with any value, even false. When saves
 // are merged, so is a migration that another process has done before this one's is saved.
 
-#include <array>
+#include <string_view>
 #include <utility>
 
+#include "QRVSettings/ProfileSettings.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
@@ -16,11 +17,6 @@ using QRVInside::requireHostThread;
 using QRVInside::UnlessSettled;
 
 namespace {
-
-constexpr std::array modules = {"CPU",     "Network",  "Battery", "Weather", "Disks",
-                                "Sensors", "Combined", "Memory",  "Time"};
-constexpr std::array menubarKeys = {"Enabled", "Items",     "Clocks",       "Disks",
-                                    "Sensors", "Batteries", "DetailedState"};
 
 /// All items of the obsolete kind become one item of the kind that replaces it.
 NSArray withMergedPowerItems(const NSArray& items) {
@@ -51,7 +47,8 @@ void mergeCombinedPowerItems() {
 NSDictionary menubarOfProfile(const NSDictionary& module) {
     const NSDictionary menubar = module.objectForKey("Menubar").dictionary();
     NSMutableDictionary copied;
-    for (const char* key : menubarKeys) copied.setObjectForKey(menubar.objectForKey(key), key);
+    for (const std::string_view key : QRVInside::menubarKeysOfProfile)
+        copied.setObjectForKey(menubar.objectForKey(key), key);
     return copied;
 }
 
@@ -61,7 +58,7 @@ void moveMenubarSettingsIntoDefaultProfile() {
     const UnlessSettled unlessMigrated(KeyPaths::profilesMigrated, std::nullopt);
     static const auto& available = *new NSDictionary{{"identifier", "default"}};
     const NSMutableDictionary profile;
-    for (const char* module : modules) {
+    for (const std::string_view module : QRVInside::modulesOfProfile) {
         const NSDictionary stored = QRVSettingsStoredObjectForKeyPath(module).dictionary();
         profile.setObjectForKey(NSMutableDictionary{{"Menubar", menubarOfProfile(stored)}}, module);
     }

@@ -16,6 +16,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/Terminal.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVKnownSettings.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
 
@@ -231,6 +232,13 @@ Actions ofAnyThreadForTheStore() {
              QRVSettingsSynchronize();
              use(QRVSettingsMigrationNeeded());
              QRVSettingsPerformMigration();
+         }},
+        {{"QRVKnownSettings", "QRVKnownSettingAt", "QRVPlainKeyPath", "QRVScopeOfKeyPath",
+          "QRVIsRecordOfStore"},
+         [] {
+             for (const QRVKnownSetting& setting : QRVKnownSettings())
+                 use(QRVKnownSettingAt(setting.keyPath), QRVPlainKeyPath(setting.keyPath),
+                     QRVScopeOfKeyPath(setting.keyPath), QRVIsRecordOfStore(setting.keyPath));
          }},
         {{"QRVSettingsMenuThemeForAppearance"},
          [] { use(QRVSettingsMenuThemeForAppearance("NSAppearanceNameAqua")); }},

@@ -15,10 +15,10 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",      "set",       "unset",  "list",  "search",
-                                           "explain",  "diff",      "export", "color", "appearance",
-                                           "profiles", "apply",     "import", "watch", "path",
-                                           "doctor",   "completion"};
+const std::vector<std::string> commands = {"get",      "set",    "unset",     "list",  "search",
+                                           "explain",  "diff",   "export",    "color", "appearance",
+                                           "profiles", "apply",  "import",    "merge", "watch",
+                                           "path",     "doctor", "completion"};
 
 }  // namespace
 
@@ -58,6 +58,9 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"apply", "a", "b"},
         {"import"},
         {"import", "a", "b"},
+        {"merge", "a", "b"},
+        {"merge", "a", "b", "c", "d"},
+        {"merge", "a", "b", "c", "--output"},
         {"watch", "a", "b"},
         {"appearance"},
         {"appearance", "get", "a"},

@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
+#include <sstream>
 
 #include "Tool/ToolSupport.h"
 
@@ -20,10 +22,17 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-Outcome candidates(const Words& words) {
+Outcome candidatesWithSentences(const Words& words) {
     Words arguments = {"completion", "candidates", "--"};
     arguments.insert(arguments.end(), words.begin(), words.end());
     return run(arguments);
+}
+
+/// Without the sentences.
+Outcome candidates(const Words& words) {
+    Outcome outcome = candidatesWithSentences(words);
+    outcome.output = std::regex_replace(outcome.output, std::regex("\t[^\n]*"), "");
+    return outcome;
 }
 
 void expectCandidates(const Words& words, const std::string& lines) {
@@ -85,6 +94,18 @@ TEST(Candidates, AreTheCommandsAtFirst) {
     EXPECT_EQ(candidates({}).output, candidates({""}).output);
     expectCandidates({"color", ""}, "get\nset\nunset\n");
     expectNone({"frob"});
+}
+
+TEST(Candidates, HaveTheSentencesOfTheHelp) {
+    EXPECT_EQ(candidatesWithSentences({"get", "--js"}).output,
+              "--json\tPrint every value as JSON, not only dictionaries and arrays\n");
+    for (const Words& words : {Words{""}, Words{"color", ""}, Words{"get", "--"}}) {
+        std::istringstream lines(candidatesWithSentences(words).output);
+        std::string line;
+        while (std::getline(lines, line))
+            EXPECT_THAT(line, testing::MatchesRegex("[a-z-]+\t[^\t]+")) << line;
+    }
+    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "s"}).output, "stored\n");
 }
 
 TEST(Candidates, AreTheOptionsOfTheCommand) {
@@ -190,6 +211,6 @@ TEST(CompletionScripts, AskTheTool) {
     }
     EXPECT_THAT(run({"completion", "zsh"}).output,
                 AllOf(StartsWith("#compdef qrvsettings\n"),
-                      HasSubstr("\ncompdef _qrvsettings qrvsettings\n")));
+                      HasSubstr("\n    compdef _qrvsettings qrvsettings\n")));
     EXPECT_THAT(run({"completion", "fish"}).output, HasSubstr("\ncomplete -c qrvsettings "));
 }

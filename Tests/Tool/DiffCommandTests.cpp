@@ -71,7 +71,7 @@ TEST(Diff, PrintsObjectsWhenAskedForJSON) {
 TEST(Diff, GoesByTheFileAsItIsAlsoWhereTheApplicationCannotStart) {
     writeSettings(propertyList("<key>Migration</key><string>x</string><key>Device</key><true/>"));
     ASSERT_EQ(run({"get", "a"}).exitCode, 5);
-    expectDifference({"diff"}, "Device\tnull -> true\nMigration\tnull -> \"x\"\n");
+    expectDifference({"diff", "--records"}, "Device\tnull -> true\nMigration\tnull -> \"x\"\n");
 }
 
 TEST(Diff, AReplayOnNothingGivesTheSameSettings) {

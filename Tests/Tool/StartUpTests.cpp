@@ -149,7 +149,7 @@ TEST(StartUp, SettingsOfAnEarlierVersionAreReadMigrated) {
     const auto before = snapshot(ToolSupport::configurationFolder());
     const std::string inProfile = "Profiles.Settings.default.CPU.Menubar.Enabled";
     EXPECT_EQ(run({"get", inProfile}).output, "false\n");
-    EXPECT_EQ(run({"list", "Profiles"}).output,
+    EXPECT_EQ(run({"list", "Profiles", "--records"}).output,
               "Profiles.Available.identifier\t\"default\"\n" + inProfile +
                   "\tfalse\nProfiles.Settings.default.Combined.Menubar.Items\t[]\n");
     EXPECT_EQ(run({"get", "Migration"}).output,

@@ -64,11 +64,12 @@ constexpr std::array completionParts = {
             configureZsh},
     Command{"fish", "Print the script for fish", "Example: qrvsettings completion fish | source",
             configureFish},
-    Command{"candidates", "Print what can stand in place of the last word, a line each",
-            "Prints nothing and exits 0 where a file name is expected; exits 1 where nothing can\n"
-            "be completed.\n\n"
-            "Example: qrvsettings completion candidates -- get CPU.M",
-            configureCandidates},
+    Command{
+        "candidates", "Print what can stand in place of the last word, a line each",
+        "A tab and a sentence follow a word that has one. Prints nothing and exits 0 where a file\n"
+        "name is expected; exits 1 where nothing can be completed.\n\n"
+        "Example: qrvsettings completion candidates -- get CPU.M",
+        configureCandidates},
 };
 
 constexpr std::array commands = {
@@ -87,12 +88,14 @@ constexpr std::array commands = {
             "Key paths are sorted by their bytes. One that holds control characters or begins with "
             "a\n"
             "quotation mark is printed as a JSON string. Those of a profile are printed as the\n"
-            "application reads them, without the name of the profile.\n\n"
+            "application reads them, without the name of the profile. Records of the store are\n"
+            "left out unless PREFIX names nothing else, or --json --layer stored prints all for\n"
+            "import.\n\n"
             "Example: qrvsettings list CPU --layer stored",
             configureList},
     Command{"search", "Print the settings whose key path or value holds a text, as list does",
-            "Arrays are searched with all that they hold. The exit code is 1 where nothing is "
-            "found.\n\n"
+            "Arrays are searched with all that they hold. Records of the store are left out. The\n"
+            "exit code is 1 where nothing is found.\n\n"
             "Example: qrvsettings search color --keys",
             configureSearch},
     Command{
@@ -111,7 +114,8 @@ constexpr std::array commands = {
             "old\n"
             "is the default and new what is stored in the settings file or in the profile. With\n"
             "FILE, old is what is stored and new what FILE holds. Nothing is migrated before the\n"
-            "comparison. The exit code is 0 where nothing differs, and 1 where something does.\n\n"
+            "comparison. Records of the store are left out. The exit code is 0 where nothing\n"
+            "differs, and 1 where something does.\n\n"
             "Example: qrvsettings diff --as-commands",
             configureDiff},
     Command{"export", "Print or save all stored settings",
@@ -139,12 +143,23 @@ constexpr std::array commands = {
             "Example: qrvsettings import settings.plist --dry-run",
             configureImport},
     Command{
+        "merge", "Merge two settings files that were changed from a third, by key path",
+        "What one file alone has changed is taken. Where both have changed a value differently, "
+        "or\n"
+        "one has changed and the other removed it, there is a conflict. Conflicts are named on\n"
+        "standard error; the result has the value of OURS there, and the exit code is 1. What\n"
+        "belongs to one machine (see export --portable) stays as it is in OURS. The result is "
+        "an\n"
+        "XML property list, or JSON where OURS is JSON. qrvsettings(7) shows how Git uses "
+        "it.\n\n"
+        "Example: qrvsettings merge base.plist ours.plist theirs.plist --output merged.plist",
+        configureMerge},
+    Command{
         "watch", "Print changes of the settings file as they happen, a line each",
         "A line is a key path, a tab, and the new value as JSON: the default where the setting\n"
         "was removed, null where there is none. Changes made at once are sorted by their key\n"
-        "paths. \"watching FILE\" on standard error says that it has begun; an interrupt ends "
-        "it\n"
-        "with exit code 0.\n\n"
+        "paths. Records of the store are left out unless PREFIX names one. \"watching FILE\" on\n"
+        "standard error says that it has begun; an interrupt ends it with exit code 0.\n\n"
         "Example: qrvsettings watch CPU.Menubar --count 1 --timeout 60",
         configureWatch},
     Command{"path", "Print the path of the settings file", "Example: ls -l \"$(qrvsettings path)\"",

@@ -26,6 +26,7 @@ Configuration configureFish();
 Configuration configureGet();
 Configuration configureImport();
 Configuration configureList();
+Configuration configureMerge();
 Configuration configurePath();
 Configuration configureProfiles();
 Configuration configureSearch();

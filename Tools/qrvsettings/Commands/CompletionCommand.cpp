@@ -19,7 +19,8 @@ ExitCode printCandidates(const Options& options) {
     if (!candidates) return ExitCode::Done;
     if (candidates->empty()) throw Failure(Fault::NotSet, "nothing can be completed");
     std::string lines;
-    for (const std::string& candidate : *candidates) lines += candidate + "\n";
+    for (const auto& [word, sentence] : *candidates)
+        lines += word + (sentence.empty() ? "" : "\t" + sentence) + "\n";
     print(lines);
     return ExitCode::Done;
 }

@@ -11,6 +11,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
+#include "Settings/Records.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"
@@ -23,6 +24,7 @@ struct Options {
     std::optional<std::string> file;
     std::string profile;
     DottedKeys dottedKeys = DottedKeys::Refused;
+    bool records = false;
     Form form = Form::Lines;
 };
 
@@ -70,8 +72,9 @@ ExitCode diff(const Options& options) {
         options.file ? settingsOfInput(*options.file, "compared", options.dottedKeys)
                      : NSDictionary(nullptr);
     openToRead();
-    const Comparison comparison =
+    Comparison comparison =
         options.file ? comparisonWithStored(settings) : comparisonWithDefaults(options.profile);
+    if (!options.records) removeRecords(comparison.differences, ProfileScope(options.profile));
     print(textOf(comparison, options));
     return comparison.differences.empty() ? ExitCode::Done : ExitCode::NotSet;
 }
@@ -87,6 +90,7 @@ OptionList declare(Options& options) {
                           const std::vector<std::string>& given) { options.file = given.front(); }},
             keepDottedKeysFlag(options.dottedKeys),
             profile,
+            recordsFlag(options.records),
             jsonForm(options.form, "Print JSON objects of keyPath, before and after, one a line"),
             commandsForm(options.form,
                          "Print shell commands that lead from the old values to the new ones")};

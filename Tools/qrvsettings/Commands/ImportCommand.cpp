@@ -7,7 +7,9 @@
 #include "Process/ExitCode.h"
 #include "Process/InputFile.h"
 #include "Process/StandardError.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Settings/MachineSettings.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/Preparation.h"
 #include "Text/FileForm.h"
@@ -18,6 +20,7 @@ namespace {
 struct Options {
     std::string file;
     DottedKeys dottedKeys = DottedKeys::Refused;
+    bool isPortable = false;
     WritingOptions writing;
     ChangeReport report;
 };
@@ -32,9 +35,10 @@ ExitCode report(const Changes& changes, const Options& options, const std::strin
 }
 
 ExitCode runImport(const Options& options) {
-    const NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
+    NSDictionary settings = settingsOfInput(options.file, "imported", options.dottedKeys);
     const std::string name = nameOfInput(options.file);
     openToWrite(options.writing);
+    if (options.isPortable) settings = withMachineSettingsOf(QRVSettingsStoredValues(), settings);
     Changes changes;
     try {
         changes = options.writing.dryRun ? importInMemory(settings) : importSettings(settings);
@@ -57,6 +61,9 @@ OptionList declare(Options& options) {
     OptionList list = previewFlags(options.writing, options.report);
     list.insert(list.begin(), file);
     list.push_back(keepDottedKeysFlag(options.dottedKeys));
+    list.push_back(
+        flag("--portable", options.isPortable,
+             "Keep what belongs to this machine (see export --portable) as it is stored now"));
     list.push_back(changesAsJSONFlag(options.report));
     return withWritingOptions(list, options.writing);
 }

@@ -9,6 +9,7 @@
 #include "Process/StandardOutput.h"
 #include "Reporting/Failure.h"
 #include "Settings/ProfileScope.h"
+#include "Settings/Records.h"
 #include "Settings/SettingsLayer.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
@@ -23,6 +24,7 @@ struct Options {
     std::string layer = "effective";
     std::string profile;
     bool keysOnly = false;
+    bool records = false;
     bool json = false;
 };
 
@@ -39,6 +41,17 @@ std::string textOf(const NSDictionary& leaves, const Options& options) {
     return options.json ? jsonText(keyPathsOf(leaves)) + "\n" : keyPathLines(leaves);
 }
 
+/// Records that nothing else was asked for are printed, and those of a tree for `import`.
+NSDictionary chosenOf(const NSDictionary& leaves, const Options& options) {
+    const bool isTree = options.json && !options.keysOnly && options.layer == "stored";
+    if (options.records || (isTree && !options.prefix)) return leaves;
+    const NSDictionary chosen = withoutRecords(leaves, ProfileScope(options.profile));
+    if (options.prefix && chosen.count() == 0) return leaves;
+    if (leaves.count() != 0 && chosen.count() == 0)
+        throw Failure(Fault::NotSet, "nothing is set but records of the store (--records)");
+    return chosen;
+}
+
 ExitCode list(const Options& options) {
     if (options.prefix) requireUTF8(*options.prefix);
     const SettingsLayer layer(options.layer, ProfileScope(options.profile));
@@ -49,14 +62,16 @@ ExitCode list(const Options& options) {
     if (leaves.count() == 0)
         throw Failure(Fault::NotSet,
                       "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
-    print(textOf(leaves, options));
+    print(textOf(chosenOf(leaves, options), options));
     return ExitCode::Done;
 }
 
 OptionList declare(Options& options) {
     return {prefixArgument(options.prefix),
-            flag("--keys", options.keysOnly, "Print key paths alone"), layerOption(options.layer),
+            flag("--keys", options.keysOnly, "Print key paths alone"),
+            layerOption(options.layer),
             profileOption(options.profile),
+            recordsFlag(options.records),
             jsonFlag(options.json,
                      "Print one JSON object, from key path to value; with --keys, one array")};
 }

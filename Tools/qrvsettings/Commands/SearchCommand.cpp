@@ -9,6 +9,7 @@
 #include "Process/StandardOutput.h"
 #include "Reporting/Failure.h"
 #include "Settings/ProfileScope.h"
+#include "Settings/Records.h"
 #include "Settings/SettingsLayer.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
@@ -25,6 +26,7 @@ struct Options {
     std::string profile;
     bool keysOnly = false;
     bool valuesOnly = false;
+    bool records = false;
     bool json = false;
 };
 
@@ -59,10 +61,16 @@ NSDictionary found(const NSDictionary& leaves, const Options& options) {
 
 ExitCode search(const Options& options) {
     requireUTF8(options.text);
-    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
+    const ProfileScope scope(options.profile);
+    const SettingsLayer layer(options.layer, scope);
     layer.open();
-    const NSDictionary matches = found(layer.leaves(), options);
-    if (matches.count() == 0) throw Failure(Fault::NotSet, "not found, " + options.text);
+    const NSDictionary all = found(layer.leaves(), options);
+    const NSDictionary matches = options.records ? all : withoutRecords(all, scope);
+    if (matches.count() == 0)
+        throw Failure(Fault::NotSet, "not found, " + options.text +
+                                         (all.count() == 0 ? ""
+                                                           : ", but in records of the store "
+                                                             "(--records)"));
     print(options.json ? jsonText(matches) + "\n" : settingLines(matches));
     return ExitCode::Done;
 }
@@ -73,6 +81,7 @@ OptionList declare(Options& options) {
     return {required(text("TEXT", options.text, "What to search for; A to Z match a to z too")),
             flag("--keys", options.keysOnly, "Search key paths only"),
             values,
+            recordsFlag(options.records),
             layerOption(options.layer),
             profileOption(options.profile),
             jsonFlag(options.json, "Print one JSON object, from key path to value")};

@@ -16,6 +16,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
+#include "Settings/Records.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Settings/StoredTree.h"
 #include "Text/FileForm.h"
@@ -31,6 +32,7 @@ using NSDictionaryQRV::objectAtKeyPath;
 
 struct Options {
     std::optional<std::string> prefix;
+    bool records = false;
     Form form = Form::Lines;
     std::optional<std::size_t> count;
     std::optional<std::chrono::milliseconds> timeout;
@@ -55,6 +57,9 @@ class Watch {
     void printChange(const std::string& keyPath);
     [[nodiscard]] std::string line(const std::string& keyPath) const;
     [[nodiscard]] bool isWanted(const std::string& keyPath) const;
+    [[nodiscard]] bool areRecordsWanted() const {
+        return options_.records || (options_.prefix && isRecord(*options_.prefix));
+    }
     [[nodiscard]] std::set<std::string> keyPathsChangedSince(const NSDictionary& before) const;
     [[nodiscard]] bool isDone() const { return options_.count && lineCount_ >= *options_.count; }
 
@@ -110,10 +115,13 @@ std::set<std::string> Watch::keyPathsChangedSince(const NSDictionary& before) co
     std::set<std::string> keyPaths;
     for (const PropertyListValue& changed : NSDictionaryQRV::changedKeys(before, file_)) {
         const std::string keyPath = changed.stringValue();
+        const PropertyListValue oldValue = objectAtKeyPath(before, keyPath);
+        const PropertyListValue newValue = objectAtKeyPath(file_, keyPath);
         // The key path of a key that holds a "." does not reach it.
-        const bool isReached =
-            !objectAtKeyPath(before, keyPath).isNull() || !objectAtKeyPath(file_, keyPath).isNull();
-        if (isReached && isWanted(keyPath)) keyPaths.insert(keyPath);
+        const bool isReached = !oldValue.isNull() || !newValue.isNull();
+        if (isReached && isWanted(keyPath) &&
+            (areRecordsWanted() || !isOfStoreAlone(keyPath, oldValue, newValue)))
+            keyPaths.insert(keyPath);
     }
     return keyPaths;
 }
@@ -164,6 +172,7 @@ std::string whyNoCount(const std::string& text) {
 OptionList declare(Options& options) {
     return {
         prefixArgument(options.prefix),
+        recordsFlag(options.records),
         jsonForm(options.form, "Print JSON objects of keyPath and value, one a line"),
         commandsForm(options.form, "Print shell commands that change another file in the same way"),
         {.name = "--count",

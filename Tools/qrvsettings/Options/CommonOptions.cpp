@@ -65,6 +65,12 @@ Option profileOption(std::string& profile) {
     return option;
 }
 
+Option recordsFlag(bool& records) {
+    return flag("--records", records,
+                "Include what the store keeps for itself: the machine, what was migrated, the "
+                "first profile's name, the appearance");
+}
+
 Option jsonFlag(bool& json, const std::string& description) {
     return flag("--json", json, description);
 }

@@ -24,6 +24,9 @@ Option layerOption(std::string& layer);
 /// Stays empty where no profile is named.
 Option profileOption(std::string& profile);
 
+/// `--records`: what the store keeps for itself too.
+Option recordsFlag(bool& records);
+
 Option jsonFlag(bool& json, const std::string& description);
 
 /// How a command prints changes: as lines for people, `--json` or `--as-commands`.

@@ -13,10 +13,16 @@
 namespace Tool {
 namespace {
 
-using Words = std::set<std::string>;
+template <typename Names>
+Candidates withoutSentences(const Names& names) {
+    Candidates words;
+    for (const std::string& name : names) words.emplace(name, "");
+    return words;
+}
 
-Words wordsOf(const std::vector<std::string>& list) {
-    return {list.begin(), list.end()};
+/// What a list beside a word has room for.
+std::string firstLineOf(std::string_view text) {
+    return std::string(text.substr(0, text.find('\n')));
 }
 
 /// Reads a command line as the parser does, but accepts errors.
@@ -25,7 +31,7 @@ class CommandLineSoFar {
     explicit CommandLineSoFar(const Command& program) : program_(program) { enter(program); }
 
     void take(const std::string& word);
-    [[nodiscard]] std::optional<Words> completionsOf(const std::string& last) const;
+    [[nodiscard]] std::optional<Candidates> completionsOf(const std::string& last) const;
 
   private:
     void enter(const Command& command);
@@ -35,10 +41,10 @@ class CommandLineSoFar {
         return !areOptionsOver_ && looksLikeOption(word);
     }
     [[nodiscard]] const Option* optionNamed(const std::string& name) const;
-    [[nodiscard]] Words optionNames() const;
-    [[nodiscard]] std::optional<Words> wordsInPlace() const;
-    [[nodiscard]] std::optional<Words> wordsFor(const Option& option) const;
-    [[nodiscard]] Words keyPathsOf(const std::string& layer) const;
+    [[nodiscard]] Candidates optionNames() const;
+    [[nodiscard]] std::optional<Candidates> wordsInPlace() const;
+    [[nodiscard]] std::optional<Candidates> wordsFor(const Option& option) const;
+    [[nodiscard]] Candidates keyPathsOf(const std::string& layer) const;
 
     const Command& program_;
     const Command* command_ = nullptr;
@@ -88,7 +94,9 @@ void CommandLineSoFar::takeOption(const std::string& word) {
 
 void CommandLineSoFar::note(const Option& option, const std::string& value) {
     if (option.takes == Takes::Profile) profile_ = value;
-    if (option.takes == Takes::Layer && wordsOf(layerNames()).contains(value)) layer_ = value;
+    const std::vector<std::string>& layers = layerNames();
+    if (option.takes == Takes::Layer && std::ranges::find(layers, value) != layers.end())
+        layer_ = value;
 }
 
 const Option* CommandLineSoFar::optionNamed(const std::string& name) const {
@@ -97,33 +105,33 @@ const Option* CommandLineSoFar::optionNamed(const std::string& name) const {
     return found == options_.end() ? nullptr : &*found;
 }
 
-std::optional<Words> CommandLineSoFar::completionsOf(const std::string& last) const {
+std::optional<Candidates> CommandLineSoFar::completionsOf(const std::string& last) const {
     if (pendingOption_ != nullptr) return wordsFor(*pendingOption_);
     const std::size_t end = last.find('=');
     if (mayBeOption(last) && end != last.npos) {
         const Option* const option = optionNamed(last.substr(0, end));
-        if (option == nullptr) return Words();
-        Words words;
-        for (const std::string& value : wordsFor(*option).value_or(Words()))
-            words.insert(last.substr(0, end + 1) + value);
+        if (option == nullptr) return Candidates();
+        Candidates words;
+        for (const auto& [value, sentence] : wordsFor(*option).value_or(Candidates()))
+            words.emplace(last.substr(0, end + 1) + value, sentence);
         return words;
     }
     if (last.starts_with('-') && !areOptionsOver_) return optionNames();
     return wordsInPlace();
 }
 
-Words CommandLineSoFar::optionNames() const {
+Candidates CommandLineSoFar::optionNames() const {
     // The first ones are the parser's own.
-    Words names = {"--help"};
-    if (command_ == &program_) names.insert("--version");
+    Candidates names = {{"--help", "Print what it does, with an example"}};
+    if (command_ == &program_) names.emplace("--version", "Print the version");
     for (const Option& option : options_)
-        if (!option.isArgument()) names.insert(option.name);
+        if (!option.isArgument()) names.emplace(option.name, firstLineOf(option.description));
     return names;
 }
 
-std::optional<Words> CommandLineSoFar::wordsInPlace() const {
-    Words names;
-    for (const Command& part : command_->parts) names.emplace(part.name);
+std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
+    Candidates names;
+    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
     if (!names.empty()) return names;
     const Option* place = nullptr;
     std::size_t places = 0;
@@ -136,7 +144,7 @@ std::optional<Words> CommandLineSoFar::wordsInPlace() const {
     return wordsFor(*place);
 }
 
-std::optional<Words> CommandLineSoFar::wordsFor(const Option& option) const {
+std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const {
     switch (option.takes) {
         case Takes::File:
             return std::nullopt;
@@ -145,19 +153,19 @@ std::optional<Words> CommandLineSoFar::wordsFor(const Option& option) const {
         case Takes::StoredKeyPath:
             return keyPathsOf("stored");
         case Takes::Profile:
-            return profileNames();
+            return withoutSentences(profileNames());
         case Takes::Nothing:
         case Takes::Text:
         case Takes::Layer:
             break;
     }
-    return wordsOf(option.words);
+    return withoutSentences(option.words);
 }
 
-Words CommandLineSoFar::keyPathsOf(const std::string& layer) const {
-    Words words;
+Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
+    Candidates words;
     for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
-        words.emplace(keyPath);
+        words.emplace(keyPath, "");
     return words;
 }
 
@@ -176,8 +184,7 @@ bool canBeTyped(const std::string& word) {
 
 }  // namespace
 
-std::optional<std::set<std::string>> completionsOf(const Command& program,
-                                                   std::vector<std::string> words) {
+std::optional<Candidates> completionsOf(const Command& program, std::vector<std::string> words) {
     CommandLineSoFar line(program);
     const std::string last = words.empty() ? "" : words.back();
     if (!words.empty()) words.pop_back();
@@ -185,9 +192,9 @@ std::optional<std::set<std::string>> completionsOf(const Command& program,
     openLayers();
     const auto candidates = line.completionsOf(last);
     if (!candidates) return std::nullopt;
-    std::set<std::string> completions;
-    for (const std::string& candidate : *candidates)
-        if (candidate.starts_with(last) && canBeTyped(candidate)) completions.insert(candidate);
+    Candidates completions;
+    for (const auto& [word, sentence] : *candidates)
+        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, sentence);
     return completions;
 }
 

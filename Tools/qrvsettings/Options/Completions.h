@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,11 +11,13 @@
 
 namespace Tool {
 
+/// Words, each with a sentence of one line that says what it is; empty where there is none.
+using Candidates = std::map<std::string, std::string>;
+
 /// What can stand in place of the last word, which is as much as is typed of it; the others stand
 /// before it, without the name of the program. Empty where a file name is expected. Reads the
 /// settings as `list` does; where they cannot be read, the defaults alone.
-std::optional<std::set<std::string>> completionsOf(const Command& program,
-                                                   std::vector<std::string> words);
+std::optional<Candidates> completionsOf(const Command& program, std::vector<std::string> words);
 
 /// @name Scripts that make a shell ask the program
 /// @{

@@ -26,8 +26,8 @@ struct ExitCodeMeaning {
 inline constexpr std::array exitCodes = {
     ExitCodeMeaning{ExitCode::Done, "done"},
     ExitCodeMeaning{ExitCode::NotSet,
-                    "not set, not found; something differs (diff), would change (--check), or "
-                    "needs a person (doctor)"},
+                    "not set, not found; something differs (diff), would change (--check), is in "
+                    "conflict (merge), or needs a person (doctor)"},
     ExitCodeMeaning{ExitCode::WrongUsage, "wrong usage"},
     ExitCodeMeaning{ExitCode::UnreadableFile,
                     "the settings file exists but cannot be read or parsed"},

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the settings file holds: settings of another kind than their default, and typos.
 
-#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -10,10 +9,10 @@
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
-#include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
+#include "Settings/Records.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
@@ -80,20 +79,10 @@ void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
             keyPath});
 }
 
-/// Those that the migration leaves in the first profile.
-bool isRecordOfMigration(std::string_view keyPath) {
-    constexpr std::string_view start = "default.";
-    const std::string_view profiles = QRVStoreKeyPaths::profiles;
-    if (!keyPath.starts_with(profiles)) return false;
-    keyPath.remove_prefix(std::min(profiles.size() + 1, keyPath.size()));
-    return keyPath.starts_with(start) && keyPath.ends_with(".Menubar") &&
-           std::count(keyPath.begin(), keyPath.end(), '.') == 2;
-}
-
 void examineEmptyDictionary(const std::string& keyPath, Findings& findings) {
     const PropertyListValue byDefault =
         QRVSettingsDefaultForKeyPath(std::string(withoutProfile(keyPath)));
-    if (!byDefault.isDictionary() || isRecordOfMigration(keyPath)) return;
+    if (!byDefault.isDictionary() || isLeftByMigration(keyPath)) return;
     findings.emplace(
         keyPath, Finding{Level::Note,
                          keyPathText(keyPath) + " is an empty dictionary, and hides its default",
