@@ -46,7 +46,7 @@ ExitCode runImport(const Options& options) {
         throw Failure(Fault::WrongValue,
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
-    if (needMigration(settings)) remark(migrationNote);
+    if (!changes.isEmpty() && needMigration(settings)) remark(migrationNote);
     remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
     return report(changes, options, name);
