@@ -4,7 +4,10 @@
 #include <algorithm>
 
 #include "Options/CommonOptions.h"
+#include "Options/ValueCompletions.h"
 #include "Reporting/Failure.h"
+#include "Reporting/PrintableText.h"
+#include "Settings/KnownLists.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsLayer.h"
@@ -42,6 +45,7 @@ class CommandLineSoFar {
     }
     [[nodiscard]] const Option* optionNamed(const std::string& name) const;
     [[nodiscard]] Candidates optionNames() const;
+    [[nodiscard]] const Option* placeOfArgument() const;
     [[nodiscard]] std::optional<Candidates> wordsInPlace() const;
     [[nodiscard]] std::optional<Candidates> wordsFor(const Option& option) const;
     [[nodiscard]] Candidates keyPathsOf(const std::string& layer) const;
@@ -51,6 +55,7 @@ class CommandLineSoFar {
     OptionList options_;
     std::size_t argumentCount_ = 0;
     const Option* pendingOption_ = nullptr;  ///< its value is the next word
+    std::string keyPath_;                    ///< the argument, where there is one
     std::string profile_;
     std::string layer_ = layerNames().front();
     bool areOptionsOver_ = false;
@@ -73,6 +78,8 @@ void CommandLineSoFar::take(const std::string& word) {
     } else if (const Command* const part = command_->partNamed(word)) {
         enter(*part);
     } else {
+        const Option* const place = placeOfArgument();
+        if (place != nullptr && place->takes == Takes::KeyPath) keyPath_ = word;
         ++argumentCount_;
     }
 }
@@ -124,10 +131,8 @@ Candidates CommandLineSoFar::optionNames() const {
     return names;
 }
 
-std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
-    Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
-    if (!names.empty()) return names;
+/// Where the next argument belongs; null where there is no place for it.
+const Option* CommandLineSoFar::placeOfArgument() const {
     const Option* place = nullptr;
     std::size_t places = 0;
     for (const Option& option : options_)
@@ -135,8 +140,16 @@ std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
             place = &option;
             ++places;
         }
-    if (place == nullptr || (places <= argumentCount_ && !place->isRepeated)) return names;
-    return wordsFor(*place);
+    const bool isFull = place != nullptr && places <= argumentCount_ && !place->isRepeated;
+    return isFull ? nullptr : place;
+}
+
+std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
+    Candidates names;
+    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
+    if (!names.empty()) return names;
+    const Option* const place = placeOfArgument();
+    return place == nullptr ? names : wordsFor(*place);
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const {
@@ -145,6 +158,12 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
             return std::nullopt;
         case Takes::KeyPath:
             return keyPathsOf(layer_);
+        case Takes::KnownKeyPath:
+            return knownKeyPaths();
+        case Takes::Value:
+            return valuesOf(keyPath_, ProfileScope(profile_));
+        case Takes::Color:
+            return colorsOf(keyPath_, ProfileScope(profile_));
         case Takes::StoredKeyPath:
             return keyPathsOf("stored");
         case Takes::Profile:
@@ -158,9 +177,12 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
 }
 
 Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
+    const KnownLists lists = KnownLists::read();
     Candidates words;
-    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
-        words.emplace(keyPath, "");
+    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves()) {
+        const KnownSetting* const known = lists.at(keyPath);
+        words.emplace(keyPath, known == nullptr ? "" : printable(firstLineOf(known->sentence)));
+    }
     return words;
 }
 
