@@ -109,7 +109,7 @@ TEST(Candidates, HaveTheSentencesOfTheHelp) {
 }
 
 TEST(Candidates, AreTheOptionsOfTheCommand) {
-    expectCandidates({"get", "--"}, "--help\n--json\n--layer\n--profile\n--quiet\n");
+    expectCandidates({"get", "--"}, "--default\n--help\n--json\n--layer\n--profile\n--quiet\n");
     expectCandidates({"color", "get", "--h"}, "--help\n--hex\n");
     expectCandidates({"--v"}, "--version\n");
     expectCandidates({"watch", "a", "--c"}, "--count\n");
@@ -145,6 +145,8 @@ TEST(Candidates, AreTheProfilesAndTheirKeyPaths) {
     ASSERT_EQ(run({"set", "inProfile", "1", "--profile", "at work"}).exitCode, 0);
     expectCandidates({"get", "--profile", ""}, "at work\ndefault\n");
     expectCandidates({"unset", "--profile", "at work", ""}, "inProfile\n");
+    expectCandidates({"--profile", "at work", "unset", ""}, "inProfile\n");
+    expectCandidates({"--profile", ""}, "at work\ndefault\n");
     expectCandidates({"get", "--profile=at work", "in"}, "inProfile\n");
     expectNone({"get", "in"});
 }

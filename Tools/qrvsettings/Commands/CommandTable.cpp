@@ -25,6 +25,7 @@ constexpr std::string_view applyFooter =
 
   set [--type NAME] [--profile NAME] [--new] [--any-kind] KEYPATH VALUE
   unset [--profile NAME] KEYPATH
+  qrvsettings set ... or qrvsettings unset ..., as "diff --as-commands" prints them
 
 VALUE is the rest of the line, without the blanks at its end, and is read as in "set": text
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH

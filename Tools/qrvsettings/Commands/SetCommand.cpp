@@ -87,8 +87,10 @@ ExitCode set(const Options& options) {
 }
 
 OptionList declare(Options& options) {
-    Option type = text("--type", options.type,
-                       "Read VALUE as this; a date is YYYY-MM-DDTHH:MM:SSZ (UTC), data is base64");
+    Option type =
+        text("--type", options.type,
+             "Read VALUE as bool, int, real, string, date (YYYY-MM-DDTHH:MM:SSZ, UTC), data "
+             "(base64) or json");
     type.valueName = "NAME";
     type.words = valueTypes();
     type.takesOnlyWords = true;

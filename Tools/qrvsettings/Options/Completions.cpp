@@ -40,8 +40,8 @@ class CommandLineSoFar {
     void enter(const Command& command);
     void takeOption(const std::string& word);
     void note(const Option& option, const std::string& value);
-    [[nodiscard]] bool looksLikeOption(const std::string& word) const {
-        return !areOptionsOver_ && word.size() > 1 && word.starts_with('-');
+    [[nodiscard]] bool mayBeOption(const std::string& word) const {
+        return !areOptionsOver_ && looksLikeOption(word);
     }
     [[nodiscard]] const Option* optionNamed(const std::string& name) const;
     [[nodiscard]] Candidates optionNames() const;
@@ -56,6 +56,7 @@ class CommandLineSoFar {
     std::size_t argumentCount_ = 0;
     const Option* pendingOption_ = nullptr;  ///< its value is the next word
     std::string keyPath_;                    ///< the argument, where there is one
+    std::optional<Option> early_;            ///< one that stands before its command
     std::string profile_;
     std::string layer_ = layerNames().front();
     bool areOptionsOver_ = false;
@@ -73,7 +74,7 @@ void CommandLineSoFar::take(const std::string& word) {
         pendingOption_ = nullptr;
     } else if (word == "--" && !areOptionsOver_) {
         areOptionsOver_ = true;
-    } else if (looksLikeOption(word)) {
+    } else if (mayBeOption(word)) {
         takeOption(word);
     } else if (const Command* const part = command_->partNamed(word)) {
         enter(*part);
@@ -86,7 +87,11 @@ void CommandLineSoFar::take(const std::string& word) {
 
 void CommandLineSoFar::takeOption(const std::string& word) {
     const std::size_t end = word.find('=');
-    const Option* const option = optionNamed(word.substr(0, end));
+    const Option* option = optionNamed(word.substr(0, end));
+    if (option == nullptr && command_->configure == nullptr) {
+        early_ = optionOfAnyPart(*command_, word.substr(0, end));
+        option = early_ ? &*early_ : nullptr;
+    }
     if (option == nullptr || option->takes == Takes::Nothing) return;
     if (end == word.npos)
         pendingOption_ = option;
@@ -110,7 +115,7 @@ const Option* CommandLineSoFar::optionNamed(const std::string& name) const {
 std::optional<Candidates> CommandLineSoFar::completionsOf(const std::string& last) const {
     if (pendingOption_ != nullptr) return wordsFor(*pendingOption_);
     const std::size_t end = last.find('=');
-    if (looksLikeOption(last) && end != last.npos) {
+    if (mayBeOption(last) && end != last.npos) {
         const Option* const option = optionNamed(last.substr(0, end));
         if (option == nullptr) return Candidates();
         Candidates words;

@@ -162,6 +162,24 @@ void examineSize(const NSDictionary& settings, std::vector<Finding>& findings) {
     report(size.bytes, NSPropertyListSerialization::maximumContents, " bytes of text and data");
 }
 
+void examineSite(Diagnosis& diagnosis) {
+    const QRVSiteDefaults site = QRVSettingsSiteDefaults();
+    NSMutableArray files;
+    std::string text;
+    for (const std::string& file : site.files) {
+        files.addObject(file);
+        text += (text.empty() ? "" : ", ") + file;
+    }
+    if (!site.files.empty()) diagnosis.facts.push_back({"site", files, text});
+    for (const QRVSiteDefaults::Fault& fault : site.faults) {
+        const std::string what =
+            fault.keyPath.empty() ? fault.file : keyPathText(fault.keyPath) + " in " + fault.file;
+        diagnosis.findings.push_back(
+            {Level::Warning, "the site's settings are left out: " + what + ": " + fault.reason,
+             "ask the administrator of this machine to correct the file", fault.keyPath});
+    }
+}
+
 }  // namespace
 
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
@@ -173,6 +191,7 @@ void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
         {"settings", leaves.count(), std::to_string(leaves.count()) + " stored"});
     examineSize(settings, diagnosis.findings);
     examinePreparation(diagnosis);
+    examineSite(diagnosis);
     const KnownKeyPaths known(KnownLists::read());
     Findings findings;
     for (const auto& [key, value] : leaves) {
