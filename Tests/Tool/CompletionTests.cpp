@@ -105,7 +105,7 @@ TEST(Candidates, HaveTheSentencesOfTheHelp) {
         while (std::getline(lines, line))
             EXPECT_THAT(line, testing::MatchesRegex("[a-z-]+\t[^\t]+")) << line;
     }
-    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "s"}).output, "stored\n");
+    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "s"}).output, "site\nstored\n");
 }
 
 TEST(Candidates, AreTheOptionsOfTheCommand) {
@@ -117,8 +117,8 @@ TEST(Candidates, AreTheOptionsOfTheCommand) {
 }
 
 TEST(Candidates, AreTheWordsThatAnOptionTakes) {
-    expectCandidates({"get", "--layer", ""}, "default\neffective\nstored\n");
-    expectCandidates({"get", "--layer=s"}, "--layer=stored\n");
+    expectCandidates({"get", "--layer", ""}, "default\neffective\nsite\nstored\n");
+    expectCandidates({"get", "--layer=s"}, "--layer=site\n--layer=stored\n");
     expectCandidates({"set", "--type", "d"}, "data\ndate\n");
     expectNone({"watch", "--count", ""});
     expectNone({"get", "--frobnicate=x"});
@@ -182,7 +182,7 @@ TEST(BashCompletion, OffersWhatTheToolTells) {
 
 TEST(BashCompletion, TakesTheEqualsSignThatBashSetsApart) {
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "st"}), "stored\n");
-    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nstored\n");
+    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nsite\nstored\n");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "stored", "UpdateF"}), "");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "effective", "UpdateF"}), "UpdateFrequency\n");
 }
