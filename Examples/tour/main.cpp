@@ -82,7 +82,8 @@ void meetErrors() {
 
 int main() {
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setMergesSaves(true);  // no process loses what another has written
+    store.setMergesSaves(true);       // no process loses what another has written
+    store.setUsesSiteDefaults(true);  // defaults of this machine's administrator hold
     store.loadDefaults();
     store.prepare();
 
