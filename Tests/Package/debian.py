@@ -17,6 +17,7 @@ SKIPPED = 77
 # Each package with what its dependencies have to name.
 PACKAGES = {
     "libqrvsettings7": ("libc6",),
+    "libqrvhistory7": ("libqrvsettings7 (= 7", "libsqlite3-0"),  # left out where SQLite is not installed
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
     "qrvsettings": ("libqrvsettings7 (= 7",),
     "qrvsettings-doc": (),
@@ -44,6 +45,8 @@ class Steps:
     def __init__(self, source, build, folder):
         self.source, self.build, self.folder = source, build, folder
         self.made = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
+        if not (build / "qrvhistory.pc").exists():
+            PACKAGES.pop("libqrvhistory7")
 
     def make(self):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -77,6 +80,11 @@ class Steps:
         self.expect_files("libqrvsettings-dev", libraries / "libQRVSettings.so", libraries / "libQRVSettings.a",
                           libraries / "pkgconfig/qrvsettings.pc", libraries / "cmake/QRVSettings/QRVSettingsConfig.cmake",
                           "/usr/include/qrvsettings/QRVSettings/QRVSettings.h")
+        if "libqrvhistory7" in PACKAGES:
+            self.expect_files("libqrvhistory7", libraries / "libQRVHistory.so.7")
+            self.expect_files("libqrvsettings-dev", libraries / "libQRVHistory.so", libraries / "pkgconfig/qrvhistory.pc",
+                              libraries / "cmake/QRVSettings/QRVHistoryTargets.cmake",
+                              "/usr/include/qrvsettings/QRVHistory/QRVHistory.h")
         self.expect_files("qrvsettings", "/usr/bin/qrvsettings", *(f"/usr/share/{path}" for path in COMPLETIONS))
         self.expect_files("qrvsettings-doc", "/usr/share/doc/qrvsettings-doc/Documentation/Tour.md",
                           "/usr/share/doc/qrvsettings-doc/examples/first-setting/main.cpp")
