@@ -87,6 +87,17 @@ foreach(page ${pages})
   endif()
 endforeach()
 add_custom_target(QRVManualPages ALL DEPENDS ${compressed_pages})
+# The page of the functions is found by the name of each.
+file(READ "${PROJECT_SOURCE_DIR}/Frameworks/include/QRVSettings/QRVSettingsC.h" interface)
+string(REGEX MATCHALL "QRV_EXPORT [^;(]*\\(" functions "${interface}")
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/compressed/functions")
+foreach(function ${functions})
+  string(REGEX MATCH "qrv_[a-z0-9_]+\\($" name "${function}")
+  string(REPLACE "(" ".3.gz" name "${name}")
+  file(CREATE_LINK qrvsettings.3.gz "${PROJECT_BINARY_DIR}/compressed/functions/${name}" SYMBOLIC)
+  install(FILES "${PROJECT_BINARY_DIR}/compressed/functions/${name}"
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT Development)
+endforeach()
 
 set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/qrvsettings-doc")
 file(GLOB texts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/*.md")

@@ -106,4 +106,11 @@ if(TARGET qrvsettings)
 comes from.")
 endif()
 
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/Python/qrvsettings" DESTINATION lib/python3/dist-packages COMPONENT Python
+  FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+qrv_debian_package(Python NAME python3-qrvsettings SECTION python ALL_ARCHITECTURES
+  DEPENDS "python3 (>= 3.9)" "${library} (>= ${PROJECT_VERSION})"
+  SUMMARY "package for Python 3"
+  TEXT "Reads, writes and watches the settings, with exact kinds, in asyncio too.")
+
 include(CPack)

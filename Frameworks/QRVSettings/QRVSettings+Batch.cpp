@@ -9,6 +9,8 @@
 #include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Site.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
@@ -48,7 +50,9 @@ void QRVSettingsImport(const NSDictionary& settings) {
     requireHostThread();
     const QRVInside::OriginScope origin(QRVChangeOrigins::import);
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setStorageCache(settings.mutableCopy());
+    const bool isLocked = QRVInside::StoreInside::state().locks != nullptr;
+    const NSDictionary tree = isLocked ? QRVInside::permittedImport(settings) : settings;
+    store.setStorageCache(tree.mutableCopy());
     {
         const BatchDuringImport batch;
         store.migrate();

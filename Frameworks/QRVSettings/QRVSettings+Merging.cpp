@@ -27,7 +27,6 @@
 
 #include "QRVSettings/QRVSettings+Merging.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -316,17 +315,6 @@ void queueOrJoinBatch(const NSDictionary& tree, const NSArray& log, Add&& add) {
     } else {
         queueWrites(log, add);
     }
-}
-
-PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
-    PropertyListValue value = tree;
-    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
-        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
-        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
-        if (end == keyPath.size()) return value;
-        start = end + 1;
-    }
-    return nullptr;
 }
 
 // What a tree holds at the key paths of its change records.

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/ProfileSettings.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"

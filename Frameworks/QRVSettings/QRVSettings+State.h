@@ -17,6 +17,7 @@
 #include "Platform/Threads/ThreadAffinity.h"
 #include "QRVSettings/QRVSettings+LocalChanges.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -24,6 +25,9 @@ namespace QRVInside {
 
 /// The application identifier and `ending`.
 std::string queueLabel(std::string_view ending);
+
+/// The name of the settings file in its folder.
+std::string settingsFileName();
 
 }  // namespace QRVInside
 
@@ -59,6 +63,10 @@ struct QRVSettings::State {
     bool disableCache = false;
     bool prepared = false;
     bool inBatchSave = false;
+    bool usesSiteDefaults = false;
+    std::unique_ptr<const QRVInside::Site> site;
+    /// Those of the site; null while nothing is locked.
+    const QRVInside::Locks* locks = nullptr;
     NSMutableDictionary defaults = nullptr;
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;

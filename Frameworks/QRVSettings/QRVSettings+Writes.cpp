@@ -150,6 +150,17 @@ PropertyListValue frozen(const PropertyListValue& value) {
     return frozenValue(value, NSPropertyListSerialization::maximumLevels);
 }
 
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
+        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
+        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
+        if (end == keyPath.size()) return value;
+        start = end + 1;
+    }
+    return nullptr;
+}
+
 bool Settled::isIn(const NSDictionary& tree) const {
     const PropertyListValue stored = NSDictionaryQRV::objectAtKeyPath(tree, keyPath);
     return !stored.isNull() && (!value || stored == *value);

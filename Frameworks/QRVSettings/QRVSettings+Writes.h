@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -19,6 +20,10 @@ namespace QRVInside {
 /// object. Below `NSPropertyListSerialization::maximumLevels`, which no file can hold, containers
 /// stay as they are.
 PropertyListValue frozen(const PropertyListValue& value);
+
+/// The value at a key path; null also where a value on the way is no dictionary. The log stays as
+/// it is.
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath);
 
 /// Tells that a write is not needed any more, because another process has done the same.
 struct Settled {

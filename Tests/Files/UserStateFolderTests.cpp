@@ -41,9 +41,9 @@ TEST(UserStateFolder, FollowsTheEnvironment) {
 
 TEST(UserStateFolder, OfAPrivilegedProgramIsNotChosenByItsCaller) {
     if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
-    EXPECT_EQ(PrivilegedProgram::printedWithoutPrivileges().at(2), "/of/the/caller");
+    EXPECT_EQ(PrivilegedProgram::printedWithoutPrivileges().back(), "/of/the/caller");
     const auto lines = PrivilegedProgram::printedWithPrivileges();
     if (lines.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
-    EXPECT_TRUE(lines.at(2).ends_with("/.local/state"));
-    EXPECT_FALSE(lines.at(2).starts_with("/of/the/caller"));
+    EXPECT_TRUE(lines.back().ends_with("/.local/state"));
+    EXPECT_FALSE(lines.back().starts_with("/of/the/caller"));
 }

@@ -21,6 +21,7 @@ PACKAGES = {
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
     "qrvsettings": ("libqrvsettings7 (= 7",),
     "qrvsettings-doc": (),
+    "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
 COMPLETIONS = ("bash-completion/completions/qrvsettings", "zsh/vendor-completions/_qrvsettings",
                "fish/vendor_completions.d/qrvsettings.fish")
@@ -87,6 +88,8 @@ class Steps:
         self.expect_files("qrvsettings", "/usr/bin/qrvsettings", *(f"/usr/share/{path}" for path in COMPLETIONS))
         self.expect_files("qrvsettings-doc", "/usr/share/doc/qrvsettings-doc/Documentation/Tour.md",
                           "/usr/share/doc/qrvsettings-doc/examples/first-setting/main.cpp")
+        self.expect_files("python3-qrvsettings", "/usr/lib/python3/dist-packages/qrvsettings/__init__.py",
+                          "/usr/lib/python3/dist-packages/qrvsettings/py.typed")
         self.expect_pages()
         self.expect_library()
 
@@ -97,6 +100,7 @@ class Steps:
             self.expect_files(package, f"/usr/share/man/man{page[-1]}/{page}.gz")
         if not pages:
             raise Failure("there are no manual pages")
+        self.expect_files("libqrvsettings-dev", "/usr/share/man/man3/qrv_settings_object.3.gz")
 
     def expect_library(self):
         """What makes the linker of programs, and packages that use the library, know it."""
@@ -121,10 +125,19 @@ class Steps:
         tool = run(root / "usr/bin/qrvsettings", "--version")
         if not tool.startswith("qrvsettings 7"):
             raise Failure(f"the packaged tool says that it is {tool}")
+        self.use_python(root)
         run(*dpkg, "--purge", *self.made)
         left = list((root / "usr").rglob("*"))
         if left:
             raise Failure(f"left after the removal: {left}")
+
+    def use_python(self, root):
+        libraries = next(root.rglob("libQRVSettings.so.7")).parent
+        program = "import qrvsettings; print(qrvsettings.open().get('CPU.Menubar.Mode.HistoryGraph.Width'))"
+        width = run("env", f"PYTHONPATH={root}/usr/lib/python3/dist-packages", f"LD_LIBRARY_PATH={libraries}",
+                    f"XDG_CONFIG_HOME={self.folder}/config", "python3", "-B", "-c", program)
+        if width != "40\n":
+            raise Failure(f"the packaged Python reads {width}")
 
     def lintian(self):
         run("lintian", "--fail-on", "error", "--tag-display-limit", "0", *self.made.values())

@@ -92,6 +92,14 @@ Actions ofTheHost() {
     return {
         {{"QRVSettings::migrate"}, [] { store().migrate(); }},
         {{"QRVSettings::setMergesSaves"}, [] { store().setMergesSaves(!store().mergesSaves()); }},
+        {{"QRVSettings::usesSiteDefaults", "QRVSettings::setUsesSiteDefaults"},
+         [] { store().setUsesSiteDefaults(!store().usesSiteDefaults()); }},
+        {{"QRVSettingsIsLocked", "QRVSettingsLockFileForKeyPath", "QRVSettingsSiteFileForKeyPath",
+          "QRVSettingsSiteDefaults"},
+         [=] {
+             use(QRVSettingsIsLocked(width()), QRVSettingsLockFileForKeyPath(width()),
+                 QRVSettingsSiteFileForKeyPath(width()), QRVSettingsSiteDefaults().values);
+         }},
         {{"QRVSettingsWaitForSaves"},
          [] { use(QRVSettingsWaitForSaves(std::chrono::milliseconds(1)).keyPaths); }},
         {{"QRVSettings::disableCache", "QRVSettings::setDisableCache", "QRVSettings::setCache"},
@@ -244,6 +252,10 @@ Actions ofAnyThreadForTheStore() {
              for (const QRVKnownSetting& setting : QRVKnownSettings())
                  use(QRVKnownSettingAt(setting.keyPath), QRVPlainKeyPath(setting.keyPath),
                      QRVScopeOfKeyPath(setting.keyPath), QRVIsRecordOfStore(setting.keyPath));
+         }},
+        {{"QRVSettingsColorOfText", "QRVSettingsTextOfColor"},
+         [] {
+             use(QRVSettingsColorOfText(QRVSettingsTextOfColor(NSColor{1, 0, 0.5, 1})));
          }},
         {{"QRVSettingsMenuThemeForAppearance"},
          [] { use(QRVSettingsMenuThemeForAppearance("NSAppearanceNameAqua")); }},

@@ -22,11 +22,6 @@ const std::vector<std::string> commands = {"get",      "set",    "unset",     "l
 
 }  // namespace
 
-TEST(CommandLine, NamesTheWordThatIsNoCommand) {
-    EXPECT_EQ(ToolSupport::run({"frobnicate", "a"}).errors,
-              "qrvsettings: there is no such command, frobnicate (see qrvsettings --help)\n");
-}
-
 TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
     const std::vector<Arguments> wrong = {
         {},
@@ -54,7 +49,6 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
         {"color", "set", "a"},
         {"color", "unset", "a", "b"},
         {"profiles", "a"},
-        {"get", "a", "--profile"},
         {"get", "a", "--profile", ""},
         {"set", "a", "1", "--profile", ""},
         {"unset", "a", "--profile="},
@@ -97,6 +91,125 @@ TEST(CommandLine, WrongUsageIsOneLineWithAHint) {
             << shown;
         EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << shown;
     }
+}
+
+TEST(CommandLine, WrongUsageIsSaidInWordsOfThisProgram) {
+    struct Row {
+        Arguments arguments;
+        std::string said;
+        std::string seen;  ///< whose help is named
+    };
+    const std::vector<Row> rows = {
+        {{}, "no command is named; usage: qrvsettings [OPTION...] COMMAND [ARGUMENT...]", ""},
+        {{"--quiet"},
+         "no command is named; usage: qrvsettings [OPTION...] COMMAND [ARGUMENT...]",
+         ""},
+        {{"color"},
+         "no command is named; usage: qrvsettings color [OPTION...] COMMAND [ARGUMENT...]",
+         "color"},
+        {{"--", "get"}, "there is no command before --", ""},
+        // Commands
+        {{"gte", "a"}, "there is no such command, gte; did you mean get?", ""},
+        {{"expo"}, "there is no such command, expo; did you mean export?", ""},
+        {{"colour"}, "there is no such command, colour; did you mean color?", ""},
+        {{"frobnicate"}, "there is no such command, frobnicate", ""},
+        {{"g"}, "there is no such command, g", ""},
+        {{"color", "frob"},
+         "there is no such command, color frob; there is get, set or unset",
+         "color"},
+        {{"completion", "tcsh"},
+         "there is no such command, completion tcsh; there is bash, zsh, fish or candidates",
+         "completion"},
+        // Options
+        {{"get", "--frob", "a"}, "get has no option --frob", "get"},
+        {{"get", "--jsn", "a"}, "get has no option --jsn; did you mean --json?", "get"},
+        {{"get", "--prof", "x", "a"}, "get has no option --prof; did you mean --profile?", "get"},
+        {{"color", "get", "--type", "int"}, "color get has no option --type", "color get"},
+        {{"--frob", "get", "a"}, "no command has an option --frob", ""},
+        {{"--keys", "get", "a"}, "get has no option --keys", "get"},
+        {{"set", "a", "-x"},
+         "set has no option -x; an argument that begins with a dash goes after --",
+         "set"},
+        {{"get", "a", "--json=yes"}, "--json takes no value: --json=yes", "get"},
+        {{"get", "a", "--layer"}, "--layer needs a NAME behind it", "get"},
+        {{"get", "--layer", "--json", "a"},
+         "--layer needs a NAME behind it; one that begins with a dash is written --layer=--json",
+         "get"},
+        {{"get", "a", "--layer", "middle"},
+         "--layer takes effective, stored or default, not middle",
+         "get"},
+        {{"get", "a", "--layer="}, "--layer takes effective, stored or default, not ", "get"},
+        {{"set", "a", "1", "--type", "int", "--type", "int"}, "--type stands there twice", "set"},
+        {{"--profile", "x", "get", "a", "--profile", "y"}, "--profile stands there twice", "get"},
+        {{"search", "a", "--keys", "--values"}, "--keys and --values exclude each other", "search"},
+        {{"diff", "a", "--profile", "p"}, "FILE and --profile exclude each other", "diff"},
+        {{"set", "a", "1", "--timeout", "x"},
+         "--timeout: not a number of seconds above 0: x",
+         "set"},
+        {{"get", "a", "--profile="}, "--profile: the name of the profile is empty", "get"},
+        // Arguments
+        {{"get"}, "KEYPATH is missing; usage: qrvsettings get [OPTION...] KEYPATH", "get"},
+        {{"set", "a"}, "VALUE is missing; usage: qrvsettings set [OPTION...] KEYPATH VALUE", "set"},
+        {{"get", "--profile", "a"},
+         "KEYPATH is missing, as a is the NAME of --profile; usage: qrvsettings get [OPTION...] "
+         "KEYPATH",
+         "get"},
+        {{"set", "a", "1", "2"},
+         "one word too many, 2; usage: qrvsettings set [OPTION...] KEYPATH VALUE",
+         "set"},
+        {{"path", "a"}, "one word too many, a; usage: qrvsettings path [OPTION...]", "path"},
+        {{"color", "set", "a"},
+         "COLOR is missing; usage: qrvsettings color set [OPTION...] KEYPATH COLOR...",
+         "color set"},
+    };
+    for (const auto& [arguments, said, seen] : rows) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << said;
+        EXPECT_EQ(outcome.errors, "qrvsettings: " + said + " (see qrvsettings " +
+                                      (seen.empty() ? "" : seen + " ") + "--help)\n");
+    }
+}
+
+TEST(CommandLine, WhatIsWrongIsQuotedInPart) {
+    const std::string longWord(100'000, 'x');
+    for (const Arguments& arguments : std::vector<Arguments>{{longWord},
+                                                             {"get", "a", longWord},
+                                                             {"get", "--" + longWord},
+                                                             {"get", "a", "--layer", longWord},
+                                                             {"get", "a", "--json=" + longWord},
+                                                             {"color", longWord},
+                                                             {"--" + longWord}})
+        EXPECT_LT(run(arguments).errors.size(), 500U);
+}
+
+TEST(CommandLine, OptionsOfTheCommandMayStandBeforeIt) {
+    ASSERT_EQ(run({"--profile", "p", "set", "a", "-5"}).exitCode, 0);
+    EXPECT_EQ(run({"--profile", "p", "get", "a"}).output, "-5\n");
+    EXPECT_EQ(run({"--profile=p", "--json", "get", "a"}).output, "-5\n");
+    EXPECT_EQ(run({"--json", "list", "--profile", "p"}).output.substr(0, 1), "{");
+    EXPECT_EQ(run({"--quiet", "--timeout", "5", "set", "b", "1"}).exitCode, 0);
+    EXPECT_EQ(run({"--profile", "p", "color", "set", "c", "#000000"}).exitCode, 0);
+    EXPECT_EQ(run({"color", "--profile", "p", "get", "c"}).output, "0 0 0 1\n");
+    EXPECT_EQ(run({"--profile", "p", "get", "--", "a"}).output, "-5\n");
+}
+
+TEST(CommandLine, AProfileWithoutANameIsTheOneNamedDefault) {
+    ASSERT_EQ(run({"set", "a", "-5", "--profile"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a", "--profile", "default"}).output, "-5\n");
+    EXPECT_EQ(run({"get", "a", "--profile", "--json"}).output, "-5\n");
+    EXPECT_EQ(run({"--profile", "get", "a"}).output, "-5\n");
+    EXPECT_EQ(run({"get", "a"}).exitCode, 1);
+}
+
+TEST(CommandLine, NegativeValuesNeedNoDoubleDash) {
+    for (const std::string value :
+         {"-5", "-0.5", "-1e3", "-.5", "-inf", "-18446744073709551616x", "-5,3"}) {
+        ASSERT_EQ(run({"set", "a", value, "--type", "string"}).exitCode, 0) << value;
+        EXPECT_EQ(run({"get", "a"}).output, value + "\n");
+        EXPECT_EQ(run({"get", "absent", "--default", value}).output, value + "\n");
+    }
+    ASSERT_EQ(run({"set", "a", "-5"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a", "--json"}).output, "-5\n");
 }
 
 TEST(CommandLine, WrongUsageChangesNothing) {

@@ -221,8 +221,10 @@ TEST(Import, RefusesWhatIsNoTreeOfSettings) {
                   "cannot be imported: the root is a string, not a dictionary");
     expectRefused("<plist><dict><key>a</key></dict></plist>", "cannot be imported: ");
     expectRefused("bplist00x", "cannot be imported: ");
-    expectRefused(R"({"a":)", "cannot be imported: not a property list: ");
-    expectRefused(R"({"a":null})", "cannot be imported: not a property list: ");
+    expectRefused(R"({"a":)",
+                  "cannot be imported: wrong JSON at line 1, column 6: expected a value");
+    expectRefused("{\n\"a\": null}", "cannot be imported: wrong JSON at line 2, column 6: null is");
+    expectRefused("a: b", "cannot be imported: neither JSON nor a property list");
     expectRefused("{ Migration = flat; }", "cannot be migrated: ");
 }
 

@@ -236,7 +236,7 @@ TEST(Get, NamesTheKeyPathThatMayBeMeant) {
     expectNotSet({"get", "CPU.Menubar.Enabeld"},
                  "not set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
     expectNotSet({"get", "CPU.Menubar.Enabeld", "--layer", "stored"},
-                 "not set, CPU.Menubar.Enabeld");
+                 "not set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
 }
 
 TEST(Export, GivesThePropertyListAgain) {
@@ -325,4 +325,30 @@ TEST(Path, IsMissingForAUserWithoutHome) {
     const Outcome set = run({"set", "a", "1"}, {"", becomeUnknown});
     EXPECT_EQ(set.exitCode, 4);
     EXPECT_EQ(set.errors, "qrvsettings: there is no home folder, so no settings file\n");
+}
+
+TEST(GetDefault, IsPrintedWhereThereIsNoValue) {
+    const auto got = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "get");
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        EXPECT_EQ(outcome.errors, "");
+        return outcome.output;
+    };
+    EXPECT_EQ(got({"absent", "--default", "x y"}), "x y\n");
+    EXPECT_EQ(got({"absent", "--default", ""}), "\n");
+    EXPECT_EQ(got({"absent", "--default", "1e3"}), "1e3\n") << "as it stands";
+    EXPECT_EQ(got({"absent", "--default", "1e3", "--json"}), "1000.0\n");
+    EXPECT_EQ(got({"absent", "--default", "x y", "--json"}), "\"x y\"\n");
+    EXPECT_EQ(got({"absent", "--default", "x", "--profile", "p"}), "x\n");
+    EXPECT_EQ(got({"CPU.Menubar.Enabled", "--default", "x"}), "true\n");
+    EXPECT_EQ(got({"CPU.Menubar.Enabled", "--default", "x", "--layer", "stored"}), "x\n");
+    ASSERT_EQ(run({"set", "empty", "--type", "string", ""}).exitCode, 0);
+    EXPECT_EQ(got({"empty", "--default", "x"}), "\n") << "empty text is a value";
+}
+
+TEST(GetDefault, DoesNotHideThatTheFileCannotBeRead) {
+    ToolSupport::writeSettings("{broken");
+    EXPECT_EQ(run({"get", "a", "--default", "x"}).exitCode, 3);
+    EXPECT_EQ(run({"get", "a", "--default", "{", "--json", "--layer", "default"}).exitCode, 5);
 }

@@ -16,8 +16,8 @@ EVERYWHERE = {"--help", "--quiet"}
 
 def help_of(tool, command):
     text = subprocess.run([tool, *command, "--help"], capture_output=True, text=True, check=True).stdout
-    options = set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", text, re.MULTILINE))
-    listed = text.partition("Subcommands:\n")[2]
+    options = set(re.findall(r"^  (?:-\w, )?(--[a-z-]+)", text, re.MULTILINE))
+    listed = text.partition("\nCommands:\n")[2].partition("\n\n")[0]
     return options, re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE)
 
 
@@ -54,6 +54,7 @@ def documented(page):
 def exit_codes_of_help(tool):
     text = subprocess.run([tool, "--help"], capture_output=True, text=True, check=True).stdout
     listed = text.partition("Exit codes:\n")[2].partition("\n\n")[0]
+    listed = re.sub(r"\n {5}", " ", listed)
     return dict(re.findall(r"^  (\d)  (.+)$", listed, re.MULTILINE))
 
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Files/UserFolders.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "Platform/Files/Files.h"
@@ -40,6 +41,26 @@ std::string UserFolders::libraryFolder(const char* configurationHome, const char
 std::string UserFolders::stateFolder(const char* stateHome, const char* home,
                                      std::string (*databaseHome)()) {
     return baseFolder(stateHome, "/.local/state", home, databaseHome);
+}
+
+std::vector<std::string> UserFolders::siteFolders(const char* configurationFolders) {
+    std::string_view rest = configurationFolders == nullptr ? "" : configurationFolders;
+    if (rest.empty()) rest = "/etc/xdg";
+    std::vector<std::string> folders;
+    while (!rest.empty()) {
+        const std::string folder(rest.substr(0, rest.find(':')));
+        rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
+        if (!isAbsolute(folder.c_str())) continue;
+        std::string path = withoutSlashesAtTheEnd(folder);
+        if (path.empty()) path = "/.";
+        if (std::find(folders.begin(), folders.end(), path) == folders.end())
+            folders.push_back(std::move(path));
+    }
+    return folders;
+}
+
+std::vector<std::string> UserFolders::siteFolders() {
+    return siteFolders(trustedVariable("XDG_CONFIG_DIRS"));
 }
 
 std::string userLibraryFolder() {

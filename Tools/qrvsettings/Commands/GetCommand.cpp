@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Prints the value of a setting.
 
+#include <optional>
+
 #include "Commands/CommandTable.h"
 #include "Commands/PrintedValue.h"
 #include "Options/CommonOptions.h"
@@ -12,6 +14,7 @@
 #include "Settings/SettingsLayer.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
+#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
@@ -20,14 +23,22 @@ struct Options {
     std::string keyPath;
     std::string layer = "effective";
     std::string profile;
+    std::optional<std::string> fallback;
     bool json = false;
 };
+
+/// What `--default` gives: its text as it stands, or as a value that `set` would store.
+PropertyListValue fallbackOf(const Options& options) {
+    if (!options.json) return *options.fallback;
+    return valueFromText(*options.fallback, "");
+}
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
     const SettingsLayer layer(options.layer, ProfileScope(options.profile));
     layer.open();
-    const PropertyListValue value = layer.value(options.keyPath);
+    PropertyListValue value = layer.value(options.keyPath);
+    if (value.isNull() && options.fallback) value = fallbackOf(options);
     if (value.isNull())
         throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
     if (options.json)
@@ -37,9 +48,18 @@ ExitCode get(const Options& options) {
     return ExitCode::Done;
 }
 
+Option fallbackOption(std::optional<std::string>& fallback) {
+    return {
+        .name = "--default",
+        .description = "Print this where the setting has no value, and exit with code 0",
+        .takes = Takes::Text,
+        .store = [&fallback](const std::vector<std::string>& given) { fallback = given.front(); },
+        .valueName = "VALUE"};
+}
+
 OptionList declare(Options& options) {
     return {keyPathArgument(options.keyPath), layerOption(options.layer),
-            profileOption(options.profile),
+            profileOption(options.profile), fallbackOption(options.fallback),
             jsonFlag(options.json, "Print every value as JSON, not only dictionaries and arrays")};
 }
 

@@ -2,6 +2,7 @@
 #include "Options/Command.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Process/StandardError.h"
 
@@ -11,6 +12,15 @@ const Command* Command::partNamed(std::string_view part) const {
     const auto found = std::find_if(parts.begin(), parts.end(),
                                     [part](const Command& one) { return one.name == part; });
     return found == parts.end() ? nullptr : &*found;
+}
+
+std::optional<Option> optionOfAnyPart(const Command& command, const std::string& name) {
+    if (command.configure != nullptr)
+        for (Option& option : command.configure().options)
+            if (option.name == name && !option.isArgument()) return std::move(option);
+    for (const Command& part : command.parts)
+        if (auto option = optionOfAnyPart(part, name)) return option;
+    return std::nullopt;
 }
 
 OptionList optionsEverywhere() {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "Options/Option.h"
@@ -21,5 +23,9 @@ struct Command {
 
 /// What every command takes besides its own options.
 OptionList optionsEverywhere();
+
+/// The option of this name that some command below this one takes. Options of one name are the same
+/// to a parser wherever they stand: all take a value or none does.
+std::optional<Option> optionOfAnyPart(const Command& command, const std::string& name);
 
 }  // namespace Tool

@@ -5,6 +5,8 @@
 
 #include "Options/CommonOptions.h"
 #include "Reporting/Failure.h"
+#include "Reporting/PrintableText.h"
+#include "Settings/KnownLists.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsLayer.h"
@@ -20,9 +22,13 @@ Candidates withoutSentences(const Names& names) {
     return words;
 }
 
-/// What a list beside a word has room for.
-std::string firstLineOf(std::string_view text) {
-    return std::string(text.substr(0, text.find('\n')));
+std::string sentenceOf(const KnownSetting* setting) {
+    return setting == nullptr ? "" : setting->sentence;
+}
+
+/// As one line, whatever the files of others say.
+std::string lineOf(std::string_view text) {
+    return printable(text.substr(0, text.find('\n')));
 }
 
 /// Reads a command line as the parser does, but accepts errors.
@@ -37,8 +43,8 @@ class CommandLineSoFar {
     void enter(const Command& command);
     void takeOption(const std::string& word);
     void note(const Option& option, const std::string& value);
-    [[nodiscard]] bool looksLikeOption(const std::string& word) const {
-        return !areOptionsOver_ && word.size() > 1 && word.starts_with('-');
+    [[nodiscard]] bool mayBeOption(const std::string& word) const {
+        return !areOptionsOver_ && looksLikeOption(word);
     }
     [[nodiscard]] const Option* optionNamed(const std::string& name) const;
     [[nodiscard]] Candidates optionNames() const;
@@ -51,6 +57,7 @@ class CommandLineSoFar {
     OptionList options_;
     std::size_t argumentCount_ = 0;
     const Option* pendingOption_ = nullptr;  ///< its value is the next word
+    std::optional<Option> early_;            ///< one that stands before its command
     std::string profile_;
     std::string layer_ = layerNames().front();
     bool areOptionsOver_ = false;
@@ -68,7 +75,7 @@ void CommandLineSoFar::take(const std::string& word) {
         pendingOption_ = nullptr;
     } else if (word == "--" && !areOptionsOver_) {
         areOptionsOver_ = true;
-    } else if (looksLikeOption(word)) {
+    } else if (mayBeOption(word)) {
         takeOption(word);
     } else if (const Command* const part = command_->partNamed(word)) {
         enter(*part);
@@ -79,7 +86,11 @@ void CommandLineSoFar::take(const std::string& word) {
 
 void CommandLineSoFar::takeOption(const std::string& word) {
     const std::size_t end = word.find('=');
-    const Option* const option = optionNamed(word.substr(0, end));
+    const Option* option = optionNamed(word.substr(0, end));
+    if (option == nullptr && command_->configure == nullptr) {
+        early_ = optionOfAnyPart(*command_, word.substr(0, end));
+        option = early_ ? &*early_ : nullptr;
+    }
     if (option == nullptr || option->takes == Takes::Nothing) return;
     if (end == word.npos)
         pendingOption_ = option;
@@ -103,7 +114,7 @@ const Option* CommandLineSoFar::optionNamed(const std::string& name) const {
 std::optional<Candidates> CommandLineSoFar::completionsOf(const std::string& last) const {
     if (pendingOption_ != nullptr) return wordsFor(*pendingOption_);
     const std::size_t end = last.find('=');
-    if (looksLikeOption(last) && end != last.npos) {
+    if (mayBeOption(last) && end != last.npos) {
         const Option* const option = optionNamed(last.substr(0, end));
         if (option == nullptr) return Candidates();
         Candidates words;
@@ -120,13 +131,13 @@ Candidates CommandLineSoFar::optionNames() const {
     Candidates names = {{"--help", "Print what it does, with an example"}};
     if (command_ == &program_) names.emplace("--version", "Print the version");
     for (const Option& option : options_)
-        if (!option.isArgument()) names.emplace(option.name, firstLineOf(option.description));
+        if (!option.isArgument()) names.emplace(option.name, option.description);
     return names;
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
     Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
+    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     if (!names.empty()) return names;
     const Option* place = nullptr;
     std::size_t places = 0;
@@ -159,8 +170,9 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
 
 Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
     Candidates words;
+    const KnownLists known = KnownLists::read();
     for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
-        words.emplace(keyPath, "");
+        words.emplace(keyPath, sentenceOf(known.at(keyPath)));
     return words;
 }
 
@@ -189,7 +201,7 @@ std::optional<Candidates> completionsOf(const Command& program, std::vector<std:
     if (!candidates) return std::nullopt;
     Candidates completions;
     for (const auto& [word, sentence] : *candidates)
-        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, sentence);
+        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, lineOf(sentence));
     return completions;
 }
 

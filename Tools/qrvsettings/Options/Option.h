@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What a command declares: its arguments and options, and the action that they lead to. No header
-// of the parser is needed for that, so that a command compiles quickly.
+// What a command declares: its arguments and options, and the action that they lead to.
 
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Process/ExitCode.h"
@@ -35,6 +35,8 @@ struct Option {
     bool isRepeated = false;  ///< takes one text or more
     std::string valueName{};  ///< of an option's value, in the help
     std::string byDefault{};  ///< shown in the help
+    /// The value where none follows the option: at the end, or before another option.
+    std::string withoutValue{};
     std::vector<std::string> words{};
     bool takesOnlyWords = false;
     /// Why a text is refused; empty when it is not.
@@ -59,6 +61,9 @@ Configuration configured(OptionList (*declare)(Options&), ExitCode (*run)(const 
     const auto options = std::make_shared<Options>();
     return {declare(*options), [options, run] { return run(*options); }};
 }
+
+/// Whether a word of the command line is an option: it begins with a dash and is no number.
+bool looksLikeOption(std::string_view word);
 
 /// @name The usual kinds
 /// @{

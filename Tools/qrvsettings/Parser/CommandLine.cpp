@@ -1,138 +1,47 @@
 // SPDX-License-Identifier: MIT
-// The one source that includes the parser, which takes longer to compile than all commands.
-
 #include "Parser/CommandLine.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <array>
-#include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "Commands/CommandTable.h"
 #include "Options/Command.h"
-#include "Process/ExitCode.h"
+#include "Parser/Help.h"
+#include "Parser/Nearest.h"
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
+#include "Reporting/Failure.h"
 
 namespace Tool {
 namespace {
 
-/// The parser has its own meaning for `-.5`, `-inf`, `++` and `[1,2]`. Such arguments pass through
-/// it with a mark in front that no argument can hold.
-constexpr char mark = '\0';
+using Words = std::vector<std::string>;
 
-bool wantsMark(std::string_view argument) {
-    constexpr std::array<std::string_view, 5> starts = {"-.", "-inf", "-nan", "+", "["};
-    return std::any_of(starts.begin(), starts.end(),
-                       [argument](std::string_view start) { return argument.starts_with(start); });
+/// Why a command line is refused.
+class WrongUsage : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+bool isHelp(const std::string& word) {
+    return word == "--help" || word == "-h";
 }
 
-std::string withoutMarks(std::string text) {
-    std::erase(text, mark);
+const Option* optionNamed(const OptionList& options, const std::string& name) {
+    const auto found = std::find_if(options.begin(), options.end(),
+                                    [&name](const Option& one) { return one.name == name; });
+    return found == options.end() || found->isArgument() ? nullptr : &*found;
+}
+
+std::string choiceOf(const Words& words) {
+    std::string text;
+    for (std::size_t index = 0; index < words.size(); ++index)
+        text += (index == 0 ? "" : index + 1 == words.size() ? " or " : ", ") + words[index];
     return text;
-}
-
-/// Marked, and in reverse order, as the parser requires.
-std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
-    std::vector<std::string> reversed;
-    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-        reversed.push_back(wantsMark(*argument) ? mark + *argument : *argument);
-    return reversed;
-}
-
-CLI::Option* addToParser(CLI::App& command, const Option& option) {
-    if (option.takes == Takes::Nothing)
-        return command.add_flag_callback(
-            option.name, [store = option.store] { store({}); }, option.description);
-    if (option.isRepeated)
-        return command.add_option_function<std::vector<std::string>>(option.name, option.store,
-                                                                     option.description);
-    return command.add_option_function<std::string>(
-        option.name, [store = option.store](const std::string& text) { store({text}); },
-        option.description);
-}
-
-CLI::Option* add(CLI::App& command, const Option& option) {
-    CLI::Option* const added = addToParser(command, option);
-    if (option.takes == Takes::Nothing) return added;
-    added->type_name(option.valueName)->transform([](const std::string& text) {
-        return withoutMarks(text);
-    });
-    if (option.takesOnlyWords) added->check(CLI::IsMember(option.words));
-    if (option.objection) added->check(option.objection);
-    if (option.isRequired) added->required();
-    if (!option.byDefault.empty()) added->default_str(option.byDefault);
-    return added;
-}
-
-void addAll(CLI::App& command, const OptionList& options) {
-    std::map<std::string, CLI::Option*> added;
-    for (const Option& option : options) {
-        added[option.name] = add(command, option);
-        if (!option.excludes.empty()) added[option.name]->excludes(added.at(option.excludes));
-    }
-}
-
-void addPart(CLI::App& parent, const Command& command, Action& action);
-
-/// Adds all but the name.
-void describe(CLI::App& described, const Command& command, Action& action) {
-    described.footer(std::string(command.footer));
-    for (const Command& part : command.parts) addPart(described, part, action);
-    if (!command.parts.empty()) described.require_subcommand(1);
-    if (command.configure != nullptr) {
-        const Configuration configuration = command.configure();
-        addAll(described, configuration.options);
-        described.callback([chosen = configuration.action, &action] { action = chosen; });
-    }
-    addAll(described, optionsEverywhere());
-}
-
-void addPart(CLI::App& parent, const Command& command, Action& action) {
-    describe(*parent.add_subcommand(std::string(command.name), std::string(command.summary)),
-             command, action);
-}
-
-std::string meaningsOfExitCodes() {
-    std::string text = "Exit codes:\n";
-    for (const auto& [code, meaning] : exitCodes)
-        text.append("  ")
-            .append(std::to_string(static_cast<int>(code)))
-            .append("  ")
-            .append(meaning) += '\n';
-    return text;
-}
-
-const std::string* commandWord(const std::vector<std::string>& arguments) {
-    const auto word = std::find_if(arguments.begin(), arguments.end(),
-                                   [](const std::string& one) { return !one.starts_with('-'); });
-    return word == arguments.end() ? nullptr : &*word;
-}
-
-/// Describes the command that is named, otherwise all: to describe all takes longer than to read a
-/// file of a hundred settings.
-void describeProgram(CLI::App& parser, Action& action, const std::vector<std::string>& arguments) {
-    Command described = program();
-    const std::string* const word = commandWord(arguments);
-    const Command* const named = word == nullptr ? nullptr : described.partNamed(*word);
-    if (named != nullptr) described.parts = {named, 1};
-    parser.name(std::string(described.name));
-    parser.set_version_flag("--version", "qrvsettings " QRV_VERSION);
-    describe(parser, described, action);
-    parser.footer(meaningsOfExitCodes() + "\n" + std::string(described.footer));
-}
-
-ExitCode refuse(const std::string& why) {
-    say(why);
-    return ExitCode::WrongUsage;
-}
-
-ExitCode wrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
-    std::string command = parser.get_name();
-    for (const CLI::App* chosen : parser.get_subcommands()) command += " " + chosen->get_name();
-    return refuse(withoutMarks(error.what()) + " (see " + command + " --help)");
 }
 
 ExitCode printed(const std::string& text) {
@@ -140,26 +49,221 @@ ExitCode printed(const std::string& text) {
     return ExitCode::Done;
 }
 
+/// Reads a command line from left to right.
+class Reader {
+  public:
+    explicit Reader(const Words& arguments) : rest_(arguments.rbegin(), arguments.rend()) {
+        enter(program());
+    }
+
+    /// Does what the command line asks for. Throws WrongUsage, and Failure.
+    ExitCode run();
+    [[nodiscard]] std::string hint() const { return " (see " + nameOf(path_) + " --help)"; }
+
+  private:
+    void enter(const Command& command);
+    [[nodiscard]] bool isCommand() const { return path_.back()->configure != nullptr; }
+    [[nodiscard]] std::string name() const { return nameOf({path_.begin() + 1, path_.end()}); }
+    std::string take();
+
+    void findCommand();
+    void deferOption(const std::string& word);
+    void enterPart(const std::string& word);
+    void readWords();
+    void takeOption(const std::string& word);
+    std::string valueFor(const Option& option);
+    void takeValue(const Option& option, const std::string& value);
+    void takeArguments();
+    void requireNoExclusion() const;
+
+    [[noreturn]] void refuseOption(const std::string& name) const;
+
+    Words rest_;      ///< the last one is the next
+    Words deferred_;  ///< options of the command, and their values, that stand before it
+    std::vector<const Command*> path_;
+    OptionList options_;
+    Action action_;
+    Words arguments_;
+    std::set<std::string> given_;  ///< names of options and arguments
+    std::string whereItWent_;      ///< of a word that an option took which may stand alone
+    bool isHelpWanted_ = false;
+    bool isVersionWanted_ = false;
+};
+
+void Reader::enter(const Command& command) {
+    path_.push_back(&command);
+    options_ = optionsEverywhere();
+    if (command.configure == nullptr) return;
+    Configuration configuration = command.configure();
+    action_ = std::move(configuration.action);
+    options_.insert(options_.begin(), configuration.options.begin(), configuration.options.end());
+}
+
+std::string Reader::take() {
+    std::string word = std::move(rest_.back());
+    rest_.pop_back();
+    return word;
+}
+
+void Reader::enterPart(const std::string& word) {
+    if (const Command* const part = path_.back()->partNamed(word)) return enter(*part);
+    Words names;
+    for (const Command& part : path_.back()->parts) names.emplace_back(part.name);
+    if (path_.size() == 1)
+        throw WrongUsage("there is no such command, " + shortened(word) + nearestOf(word, names));
+    throw WrongUsage("there is no such command, " + name() + " " + shortened(word) + "; there is " +
+                     choiceOf(names));
+}
+
+/// An option before the command is one of the command, which is not known yet.
+void Reader::deferOption(const std::string& word) {
+    const std::size_t end = word.find('=');
+    const std::optional<Option> option = optionOfAnyPart(*path_.back(), word.substr(0, end));
+    if (!option) refuseOption(word.substr(0, end));
+    deferred_.push_back(word);
+    if (option->takes == Takes::Nothing || end != word.npos || rest_.empty()) return;
+    const bool mayStandAlone = !option->withoutValue.empty();
+    if (!looksLikeOption(rest_.back()) &&
+        !(mayStandAlone && path_.back()->partNamed(rest_.back()) != nullptr))
+        deferred_.push_back(take());
+    else if (mayStandAlone)
+        deferred_.back() += "=" + option->withoutValue;
+}
+
+void Reader::findCommand() {
+    while (!isCommand() && !rest_.empty()) {
+        const std::string word = take();
+        if (isHelp(word)) {
+            isHelpWanted_ = true;
+        } else if (word == "--version" && path_.size() == 1) {
+            isVersionWanted_ = true;
+            return;
+        } else if (word == "--") {
+            throw WrongUsage("there is no command before --");
+        } else if (!looksLikeOption(word)) {
+            if (isHelpWanted_ && path_.back()->partNamed(word) == nullptr) return;
+            enterPart(word);
+        } else if (optionNamed(options_, word.substr(0, word.find('='))) != nullptr) {
+            takeOption(word);
+        } else {
+            deferOption(word);
+        }
+    }
+}
+
+void Reader::refuseOption(const std::string& option) const {
+    Words names = {"--help"};
+    for (const Option& one : options_)
+        if (!one.isArgument()) names.push_back(one.name);
+    const std::string whose =
+        path_.size() == 1 ? "no command has an option " : name() + " has no option ";
+    throw WrongUsage(whose + shortened(option) +
+                     (option.starts_with("--")
+                          ? nearestOf(option, names)
+                          : "; an argument that begins with a dash goes after --"));
+}
+
+void Reader::takeOption(const std::string& word) {
+    const std::size_t end = word.find('=');
+    const Option* const option = optionNamed(options_, word.substr(0, end));
+    if (option == nullptr) refuseOption(word.substr(0, end));
+    const bool isFirst = given_.insert(option->name).second;
+    if (option->takes == Takes::Nothing) {
+        if (end != word.npos)
+            throw WrongUsage(option->name + " takes no value: " + shortened(word));
+        return option->store({});
+    }
+    if (!isFirst) throw WrongUsage(option->name + " stands there twice");
+    takeValue(*option, end == word.npos ? valueFor(*option) : word.substr(end + 1));
+}
+
+std::string Reader::valueFor(const Option& option) {
+    const bool isThere = !rest_.empty() && !looksLikeOption(rest_.back()) && rest_.back() != "--";
+    if (isThere && !option.withoutValue.empty())
+        whereItWent_ = ", as " + shortened(rest_.back()) + " is the " + option.valueName + " of " +
+                       option.name;
+    if (isThere) return take();
+    if (!option.withoutValue.empty()) return option.withoutValue;
+    throw WrongUsage(option.name + " needs a " + option.valueName + " behind it" +
+                     (rest_.empty() ? ""
+                                    : "; one that begins with a dash is written " + option.name +
+                                          "=" + shortened(rest_.back())));
+}
+
+void Reader::takeValue(const Option& option, const std::string& value) {
+    if (option.takesOnlyWords &&
+        std::find(option.words.begin(), option.words.end(), value) == option.words.end())
+        throw WrongUsage(option.name + " takes " + choiceOf(option.words) + ", not " +
+                         shortened(value));
+    if (option.objection)
+        if (const std::string objection = option.objection(value); !objection.empty())
+            throw WrongUsage(option.name + ": " + objection);
+    option.store({value});
+}
+
+void Reader::readWords() {
+    bool areOptionsOver = false;
+    rest_.insert(rest_.end(), deferred_.rbegin(), deferred_.rend());
+    while (!rest_.empty()) {
+        const std::string word = take();
+        if (areOptionsOver || (word != "--" && !looksLikeOption(word)))
+            arguments_.push_back(word);
+        else if (word == "--")
+            areOptionsOver = true;
+        else if (isHelp(word))
+            isHelpWanted_ = true;
+        else
+            takeOption(word);
+    }
+}
+
+void Reader::takeArguments() {
+    auto next = arguments_.begin();
+    for (const Option& option : options_) {
+        if (!option.isArgument()) continue;
+        if (next == arguments_.end()) {
+            if (option.isRequired)
+                throw WrongUsage(option.name + " is missing" + whereItWent_ +
+                                 "; usage: " + usageOf(path_, options_));
+            return;
+        }
+        const auto end = option.isRepeated ? arguments_.end() : next + 1;
+        given_.insert(option.name);
+        option.store({next, end});
+        next = end;
+    }
+    if (next != arguments_.end())
+        throw WrongUsage("one word too many, " + shortened(*next) +
+                         "; usage: " + usageOf(path_, options_));
+}
+
+void Reader::requireNoExclusion() const {
+    for (const Option& option : options_)
+        if (given_.contains(option.name) && given_.contains(option.excludes))
+            throw WrongUsage(option.excludes + " and " + option.name + " exclude each other");
+}
+
+ExitCode Reader::run() {
+    findCommand();
+    if (isVersionWanted_) return printed("qrvsettings " QRV_VERSION "\n");
+    if (isCommand()) readWords();
+    if (isHelpWanted_) return printed(helpOf(path_, options_));
+    if (!isCommand()) throw WrongUsage("no command is named; usage: " + usageOf(path_, options_));
+    takeArguments();
+    requireNoExclusion();
+    return action_();
+}
+
 }  // namespace
 
 ExitCode runCommandLine(const std::vector<std::string>& arguments) {
-    CLI::App parser{std::string(program().summary)};
-    Action action;
-    describeProgram(parser, action, arguments);
+    Reader reader(arguments);
     try {
-        parser.parse(forParser(arguments));
-    } catch (const CLI::CallForHelp&) {
-        return printed(parser.help());
-    } catch (const CLI::CallForVersion& version) {
-        return printed(std::string(version.what()) + "\n");
-    } catch (const CLI::ParseError& error) {
-        const bool isUnknown = !arguments.empty() && !arguments.front().starts_with('-') &&
-                               program().partNamed(arguments.front()) == nullptr;
-        return isUnknown ? refuse("there is no such command, " + arguments.front() +
-                                  " (see qrvsettings --help)")
-                         : wrongUsage(parser, error);
+        return reader.run();
+    } catch (const WrongUsage& refusal) {
+        say(refusal.what() + reader.hint());
+        return ExitCode::WrongUsage;
     }
-    return action();
 }
 
 }  // namespace Tool

@@ -4,8 +4,13 @@
 /// Edits of settings as a script, one a line:
 ///
 ///     # a comment
-///     set [--type NAME] [--profile NAME] KEYPATH VALUE
+///     set [--type NAME] [--profile NAME] [--new] [--any-kind] KEYPATH VALUE
 ///     unset [--profile NAME] KEYPATH
+///     qrvsettings set [--type NAME] [--profile NAME] [--] KEYPATH VALUE
+///     qrvsettings unset [--profile NAME] [--] KEYPATH...
+///
+/// The last two are commands for a shell, as `shellCommand` writes them, and are read as
+/// `shellWordsOf` does. The others are read so:
 ///
 /// Words are separated by spaces or tabs. A key path or profile that holds one, or begins with a
 /// quotation mark, is a JSON string. Options stand before the value; `--name=value` is one, too. A
@@ -24,12 +29,15 @@ namespace Tool {
 struct Edit {
     std::size_t line;  ///< counted from 1
     std::string keyPath;
-    PropertyListValue value;  ///< null to remove the setting
-    std::string profile;      ///< whose setting it is; empty for the application's
+    PropertyListValue value;   ///< null to remove the setting
+    std::string profile;       ///< whose setting it is; empty for the application's
+    bool isNew = false;        ///< `--new`
+    bool isOfAnyKind = false;  ///< `--any-kind`
 };
 
 /// `name` is the name of the script in messages. Throws Failure (WrongValue), with name and line,
-/// for any other line, text that is not UTF-8, and a setting that no settings file can hold.
+/// and a column where JSON is wrong, for any other line, text that is not UTF-8 or begins with a
+/// byte order mark, and a setting that no settings file can hold.
 std::vector<Edit> editsFromScript(std::string_view text, const std::string& name);
 
 /// The message for a fault in one line.

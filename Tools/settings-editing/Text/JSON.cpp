@@ -3,12 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include <optional>
 #include <utility>
-#include <vector>
 
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
-#include "Reporting/Failure.h"
+#include "Text/JSONReader.h"
 #include "Text/ScalarText.h"
 
 namespace Tool {
@@ -33,8 +31,8 @@ bool looksSpecial(const NSDictionary& dictionary) {
     return dictionary.count() == 1 && isSpecialKey((*dictionary.begin()).key);
 }
 
-[[noreturn]] void refuse(const std::string& why) {
-    throw Failure(Fault::WrongValue, why);
+bool looksSpecial(const JSONNode& node) {
+    return node.keys.size() == 1 && isSpecialKey(node.keys.front());
 }
 
 json jsonOf(const PropertyListValue& value);
@@ -120,138 +118,84 @@ std::string withControlsEscaped(const std::string& text) {
     return result;
 }
 
-/// Builds the tree as it is written: special objects are still dictionaries. Keeps no more levels
-/// than a value can have, however many the text opens.
-class TreeBuilder : public nlohmann::json_sax<json> {
+/// The values that nodes mean. Levels count the containers of the value from the root, 1.
+class Interpreter {
   public:
-    [[nodiscard]] const PropertyListValue& tree() const { return tree_; }
-    [[nodiscard]] const std::string& fault() const { return fault_; }
-
-    bool null() override { return fail("null is no value of a setting"); }
-    bool boolean(bool value) override { return add(value); }
-    bool number_integer(number_integer_t value) override { return add(value); }
-    bool number_unsigned(number_unsigned_t value) override { return add(value); }
-    // An integer that is out of range arrives here too.
-    bool number_float(number_float_t, const string_t& text) override {
-        if (isDecimalInteger(text)) return fail("integer out of range: " + shortened(text));
-        const auto real = realFromText(text);
-        return real ? add(*real) : fail("real out of range: " + shortened(text));
-    }
-    bool string(string_t& value) override { return add(value); }
-    bool binary(binary_t&) override { return fail("binary data in text"); }
-    bool start_object(std::size_t) override { return open({true, {}, {}, {}}); }
-    bool key(string_t& value) override {
-        levels_.back().key = value;
-        return true;
-    }
-    bool end_object() override {
-        const NSDictionary object = levels_.back().entries;
-        return close(object.copy());
-    }
-    bool start_array(std::size_t) override { return open({false, {}, {}, {}}); }
-    bool end_array() override {
-        const NSArray array = levels_.back().elements;
-        return close(array.copy());
-    }
-    bool parse_error(std::size_t, const std::string& token, const json::exception& error) override {
-        if (error.id == numberOverflow) return fail("number out of range: " + shortened(token));
-        const std::string_view what = error.what();
-        const std::size_t start = what.find("] ");
-        return fail("not JSON: " + std::string(what.substr(start == what.npos ? 0 : start + 2)));
-    }
+    explicit Interpreter(std::string_view text) : text_(text) {}
+    [[nodiscard]] PropertyListValue valueOf(const JSONNode& node, std::size_t level) const;
 
   private:
-    static constexpr int numberOverflow = 406;
+    [[noreturn]] void refuse(const std::string& reason, const JSONNode& node) const {
+        throw JSONFault(text_, node.position, reason);
+    }
+    [[nodiscard]] std::string sourceOf(const JSONNode& node) const {
+        return shortened(text_.substr(node.position, node.end - node.position));
+    }
+    void requireLevel(std::size_t level, const JSONNode& node) const {
+        if (level > maximumLevels) refuse("more than 512 levels", node);
+    }
+    [[nodiscard]] PropertyListValue dateOf(const JSONNode& node, std::size_t level) const;
+    [[nodiscard]] PropertyListValue dataOf(const JSONNode& node) const;
+    [[nodiscard]] PropertyListValue realOf(const JSONNode& node) const;
+    [[nodiscard]] PropertyListValue specialValue(std::string_view key, const JSONNode& content,
+                                                 std::size_t level) const;
+    [[nodiscard]] PropertyListValue arrayOf(const JSONNode& node, std::size_t level) const;
+    [[nodiscard]] PropertyListValue dictionaryOf(const JSONNode& node, std::size_t level) const;
 
-    struct Level {
-        bool isObject;
-        NSMutableDictionary entries;
-        NSMutableArray elements;
-        std::string key;
-    };
-
-    bool fail(const std::string& fault) {
-        fault_ = fault;
-        return false;
-    }
-    bool open(Level level) {
-        if (levels_.size() == maximumObjectLevels) return fail("more than 512 levels");
-        levels_.push_back(std::move(level));
-        return true;
-    }
-    bool close(const PropertyListValue& container) {
-        levels_.pop_back();
-        return add(container);
-    }
-    bool add(const PropertyListValue& value) {
-        if (levels_.empty())
-            tree_ = value;
-        else if (levels_.back().isObject)
-            levels_.back().entries.setObjectForKey(value, levels_.back().key);
-        else
-            levels_.back().elements.addObject(value);
-        return true;
-    }
-
-    std::vector<Level> levels_;
-    PropertyListValue tree_;
-    std::string fault_;
+    std::string_view text_;
 };
 
-PropertyListValue interpreted(const PropertyListValue& value, std::size_t level);
-
-PropertyListValue dateOf(const PropertyListValue& content) {
-    if (content.isReal()) return NSDate(content.doubleValue());
-    const auto date = dateFromText(content.stringView());
-    if (!date) refuse("not a date (YYYY-MM-DDTHH:MM:SSZ): " + shortened(jsonText(content)));
-    return *date;
+PropertyListValue Interpreter::valueOf(const JSONNode& node, std::size_t level) const {
+    if (node.kind == JSONNode::Kind::Scalar) return node.scalar;
+    if (node.kind == JSONNode::Kind::Array) return arrayOf(node, level);
+    if (!looksSpecial(node)) return dictionaryOf(node, level);
+    return specialValue(node.keys.front(), node.children.front(), level);
 }
 
-PropertyListValue dataOf(const PropertyListValue& content) {
-    const auto bytes = dataFromText(content.stringView());
-    if (!content.isString() || !bytes) refuse("not base64: " + shortened(jsonText(content)));
+PropertyListValue Interpreter::dateOf(const JSONNode& node, std::size_t level) const {
+    if (node.scalar.isString()) {
+        if (const auto date = dateFromText(node.scalar.stringView())) return *date;
+    } else if (const PropertyListValue seconds = valueOf(node, level); seconds.isReal()) {
+        return NSDate(seconds.doubleValue());
+    }
+    refuse("not a date (YYYY-MM-DDTHH:MM:SSZ): " + sourceOf(node), node);
+}
+
+PropertyListValue Interpreter::dataOf(const JSONNode& node) const {
+    const auto bytes = dataFromText(node.scalar.stringView());
+    if (!node.scalar.isString() || !bytes) refuse("not base64: " + sourceOf(node), node);
     return NSData(*bytes);
 }
 
-PropertyListValue realOf(const PropertyListValue& content) {
-    const auto real = namedReal(content.stringView());
-    if (!real) refuse("not nan, inf or -inf: " + shortened(jsonText(content)));
+PropertyListValue Interpreter::realOf(const JSONNode& node) const {
+    const auto real = namedReal(node.scalar.stringView());
+    if (!real) refuse("not nan, inf or -inf: " + sourceOf(node), node);
     return *real;
 }
 
-PropertyListValue plainDictionary(const NSDictionary& dictionary, std::size_t level) {
-    if (level > maximumLevels) refuse("more than 512 levels");
-    const NSMutableDictionary result;
-    for (const auto& [key, value] : dictionary)
-        result.setObjectForKey(interpreted(value, level + 1), key);
-    return result.copy();
-}
-
-PropertyListValue specialValue(std::string_view key, const PropertyListValue& content,
-                               std::size_t level) {
-    if (key == dateKey) return dateOf(content.isString() ? content : interpreted(content, level));
+PropertyListValue Interpreter::specialValue(std::string_view key, const JSONNode& content,
+                                            std::size_t level) const {
+    if (key == dateKey) return dateOf(content, level);
     if (key == dataKey) return dataOf(content);
     if (key == realKey) return realOf(content);
-    if (!content.isDictionary()) refuse("not an object: " + shortened(jsonText(content)));
-    return plainDictionary(content.dictionary(), level);
+    if (content.kind != JSONNode::Kind::Object)
+        refuse("not an object: " + sourceOf(content), content);
+    return dictionaryOf(content, level);
 }
 
-PropertyListValue interpretedArray(const NSArray& array, std::size_t level) {
-    if (level > maximumLevels) refuse("more than 512 levels");
+PropertyListValue Interpreter::arrayOf(const JSONNode& node, std::size_t level) const {
+    requireLevel(level, node);
     const NSMutableArray result;
-    for (const PropertyListValue& element : array)
-        result.addObject(interpreted(element, level + 1));
+    for (const JSONNode& element : node.children) result.addObject(valueOf(element, level + 1));
     return result.copy();
 }
 
-/// `level` counts the containers of the value from the root, 1, to this one.
-PropertyListValue interpreted(const PropertyListValue& value, std::size_t level) {
-    if (value.isArray()) return interpretedArray(value.array(), level);
-    if (!value.isDictionary()) return value;
-    const NSDictionary dictionary = value.dictionary();
-    if (!looksSpecial(dictionary)) return plainDictionary(dictionary, level);
-    const auto entry = dictionary.begin();
-    return specialValue((*entry).key, (*entry).value, level);
+PropertyListValue Interpreter::dictionaryOf(const JSONNode& node, std::size_t level) const {
+    requireLevel(level, node);
+    const NSMutableDictionary result;
+    for (std::size_t index = 0; index < node.keys.size(); ++index)
+        result.setObjectForKey(valueOf(node.children[index], level + 1), node.keys[index]);
+    return result.copy();
 }
 
 /// A path in a message may hold other bytes than UTF-8; what a property list holds does not.
@@ -272,12 +216,9 @@ std::string markedDictionary(const NSDictionary& dictionary) {
 }
 
 JSONDocument documentFromJSON(std::string_view text) {
-    TreeBuilder builder;
-    if (!json::sax_parse(text.begin(), text.end(), &builder)) refuse(builder.fault());
-    const PropertyListValue& root = builder.tree();
-    const bool isMarked = root.isDictionary() && looksSpecial(root.dictionary()) &&
-                          (*root.dictionary().begin()).key == dictionaryKey;
-    return {interpreted(root, 1), isMarked};
+    const JSONNode root = nodeFromJSON(text, maximumObjectLevels);
+    const bool isMarked = looksSpecial(root) && root.keys.front() == dictionaryKey;
+    return {Interpreter(text).valueOf(root, 1), isMarked};
 }
 
 PropertyListValue valueFromJSON(std::string_view text) {

@@ -23,9 +23,9 @@ std::string jsonText(const PropertyListValue& value);
 /// The same in `{"$dictionary":{...}}`, also where the dictionary looks like nothing else.
 std::string markedDictionary(const NSDictionary& dictionary);
 
-/// The value, of immutable containers. Of two entries with one key the later wins. Throws Failure
-/// (WrongValue) for text that is not JSON in UTF-8, null, a number out of range, one of the forms
-/// above with contents that it does not know, and more than 512 levels.
+/// The value, of immutable containers. Throws JSONFault, which names the place, for text that is
+/// not JSON in UTF-8, a byte order mark, null, a number out of range, a key that one object holds
+/// twice, one of the forms above with contents that it does not know, and more than 512 levels.
 PropertyListValue valueFromJSON(std::string_view text);
 
 struct JSONDocument {

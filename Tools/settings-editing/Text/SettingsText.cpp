@@ -17,23 +17,27 @@ struct Root {
     Keys keys;
 };
 
-Root jsonOrFault(const std::string& bytes, const PropertyListError& fault) {
-    try {
-        const JSONDocument document = documentFromJSON(bytes);
-        return {document.value,
-                document.isMarkedDictionary ? Root::Keys::AreKeys : Root::Keys::AreKeyPaths};
-    } catch (const Failure& failure) {
-        throw Failure(failure.fault(),
-                      "not a property list: " + fault.description() + "; " + failure.what());
-    }
+Root rootFromJSON(const std::string& bytes) {
+    const JSONDocument document = documentFromJSON(bytes);
+    return {document.value,
+            document.isMarkedDictionary ? Root::Keys::AreKeys : Root::Keys::AreKeyPaths};
+}
+
+/// Old-style text can begin with a brace too, but what begins so and is neither is meant as JSON.
+bool looksLikeJSON(const std::string& bytes) {
+    const std::size_t start =
+        bytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF\xFE\xFF" + std::string(1, '\0'));
+    return start != bytes.npos && (bytes[start] == '{' || bytes[start] == '[');
 }
 
 Root rootFromBytes(const std::string& bytes) {
     const auto read = NSPropertyListSerialization::propertyListWithData(bytes);
     if (!read.error) return {read.value, Root::Keys::OfAPropertyList};
     // What is neither binary nor XML looks like old-style text.
-    if (read.format == PropertyListFormat::OldStyle) return jsonOrFault(bytes, *read.error);
-    throw Failure(Fault::WrongValue, read.error->description());
+    if (read.format != PropertyListFormat::OldStyle)
+        throw Failure(Fault::WrongValue, read.error->description());
+    if (looksLikeJSON(bytes)) return rootFromJSON(bytes);
+    throw Failure(Fault::WrongValue, "neither JSON nor a property list");
 }
 
 void requireNoDottedKey(const NSDictionary& tree, const std::string& advice) {

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "Parser/Help.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "Process/ExitCode.h"
+
+namespace Tool {
+namespace {
+
+constexpr std::size_t lineWidth = 80;
+constexpr std::size_t farthestColumn = 24;
+
+/// The words of a text in lines up to `lineWidth`, from `column` on, which the first line has
+/// reached already.
+std::string wrapped(std::string_view text, std::size_t column) {
+    std::string result;
+    std::size_t reached = column;
+    while (!text.empty()) {
+        const std::string_view word = text.substr(0, text.find(' '));
+        if (reached > column && reached + 1 + word.size() > lineWidth) {
+            result += "\n" + std::string(column, ' ');
+            reached = column;
+        }
+        if (reached > column) {
+            result += ' ';
+            ++reached;
+        }
+        result += word;
+        reached += word.size();
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+    }
+    return result + "\n";
+}
+
+struct Row {
+    std::string name;
+    std::string description;
+};
+
+std::string section(const std::string& title, const std::vector<Row>& rows) {
+    if (rows.empty()) return {};
+    std::size_t column = 0;
+    for (const Row& row : rows) column = std::max(column, row.name.size() + 4);
+    column = std::min(column, farthestColumn);
+    std::string text = "\n" + title + ":\n";
+    for (const Row& row : rows) {
+        const std::string start = "  " + row.name;
+        const bool fits = start.size() + 2 <= column;
+        text += start + (fits ? "" : "\n") + std::string(column - (fits ? start.size() : 0), ' ') +
+                wrapped(row.description, column);
+    }
+    return text;
+}
+
+std::string placeOf(const Option& argument) {
+    const std::string name = argument.name + (argument.isRepeated ? "..." : "");
+    return argument.isRequired ? name : "[" + name + "]";
+}
+
+std::string descriptionOf(const Option& option) {
+    std::string text = option.description;
+    if (!option.byDefault.empty()) text += "; " + option.byDefault + " without this option";
+    if (!option.withoutValue.empty())
+        text += "; " + option.withoutValue + " without " + option.valueName;
+    return text;
+}
+
+std::string nameWithValue(const Option& option) {
+    if (option.takes == Takes::Nothing) return option.name;
+    const std::string& value = option.valueName;
+    return option.name + " " + (option.withoutValue.empty() ? value : "[" + value + "]");
+}
+
+std::vector<Row> rowsOfArguments(const OptionList& options) {
+    std::vector<Row> rows;
+    for (const Option& option : options)
+        if (option.isArgument()) rows.push_back({placeOf(option), option.description});
+    return rows;
+}
+
+std::vector<Row> rowsOfOptions(const OptionList& options, bool isProgram) {
+    std::vector<Row> rows = {{"-h, --help", "Print this"}};
+    if (isProgram) rows.push_back({"--version", "Print the version"});
+    for (const Option& option : options)
+        if (!option.isArgument()) rows.push_back({nameWithValue(option), descriptionOf(option)});
+    return rows;
+}
+
+std::vector<Row> rowsOfParts(const Command& command) {
+    std::vector<Row> rows;
+    for (const Command& part : command.parts)
+        rows.push_back({std::string(part.name), std::string(part.summary)});
+    return rows;
+}
+
+std::vector<Row> rowsOfExitCodes() {
+    std::vector<Row> rows;
+    for (const auto& [code, meaning] : exitCodes)
+        rows.push_back({std::to_string(static_cast<int>(code)), std::string(meaning)});
+    return rows;
+}
+
+}  // namespace
+
+std::string nameOf(const std::vector<const Command*>& path) {
+    std::string name;
+    for (const Command* const command : path)
+        name.append(name.empty() ? "" : " ").append(command->name);
+    return name;
+}
+
+std::string usageOf(const std::vector<const Command*>& path, const OptionList& options) {
+    std::string usage = nameOf(path) + " [OPTION...]";
+    if (!path.back()->parts.empty()) return usage + " COMMAND [ARGUMENT...]";
+    for (const Option& option : options)
+        if (option.isArgument()) usage += " " + placeOf(option);
+    return usage;
+}
+
+std::string helpOf(const std::vector<const Command*>& path, const OptionList& options) {
+    const Command& command = *path.back();
+    const bool isProgram = path.size() == 1;
+    std::string help = std::string(command.summary) + "\n\nUsage: " + usageOf(path, options) + "\n";
+    help += section("Arguments", rowsOfArguments(options));
+    help += section("Commands", rowsOfParts(command));
+    help += section("Options", rowsOfOptions(options, isProgram));
+    if (isProgram) help += section("Exit codes", rowsOfExitCodes());
+    return help + "\n" + std::string(command.footer) + "\n";
+}
+
+}  // namespace Tool

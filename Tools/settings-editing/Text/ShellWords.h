@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The words of a command as `shellWord` writes them, read without a shell.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Tool {
+
+struct ShellWord {
+    std::string text;
+    const char* start;  ///< its first character in the line
+};
+
+/// The words that a POSIX shell makes of this line. Quotation marks and backslashes are read, and
+/// what `shellWord` writes for control characters. Throws Failure (WrongValue) for anything else
+/// that means something to a shell, such as `$HOME`, `*` or `;`: the same text never means one
+/// thing here and another there.
+std::vector<ShellWord> shellWordsOf(std::string_view line);
+
+}  // namespace Tool
