@@ -127,8 +127,8 @@ TEST(Candidates, AreTheOptionsOfTheCommand) {
 }
 
 TEST(Candidates, AreTheWordsThatAnOptionTakes) {
-    expectCandidates({"get", "--layer", ""}, "default\neffective\nstored\n");
-    expectCandidates({"get", "--layer=s"}, "--layer=stored\n");
+    expectCandidates({"get", "--layer", ""}, "default\neffective\nsite\nstored\n");
+    expectCandidates({"get", "--layer=s"}, "--layer=site\n--layer=stored\n");
     expectCandidates({"set", "--type", "d"}, "data\ndate\n");
     expectNone({"watch", "--count", ""});
     expectNone({"get", "--frobnicate=x"});
@@ -192,7 +192,7 @@ TEST(BashCompletion, OffersWhatTheToolTells) {
 
 TEST(BashCompletion, TakesTheEqualsSignThatBashSetsApart) {
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "st"}), "stored\n");
-    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nstored\n");
+    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nsite\nstored\n");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "stored", "UpdateF"}), "");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "effective", "UpdateF"}), "UpdateFrequency\n");
 }
