@@ -34,7 +34,7 @@ std::string cpu(const std::string& element) {
 
 /// The site's value is false, and what the user has stored is "mine".
 void lockCPU() {
-    ASSERT_EQ(run({"set", enabled, "mine"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "--any-kind", enabled, "mine"}).exitCode, 0);
     ToolSupport::writeFile(siteList(), cpu("<false/>"));
     ToolSupport::writeFile(siteLocks(), "# nobody\nCPU.Menubar.Enabled\n");
 }
