@@ -17,6 +17,7 @@
 #include "Text/KeyPaths.h"
 #include "Text/SettingLines.h"
 #include "Text/SettingsText.h"
+#include "Text/ShellCommands.h"
 #include "Text/ValueText.h"
 
 using Fuzzing::isSameTree;
@@ -77,6 +78,22 @@ void readJSON(std::string_view text) {
     readSettings(text);
 }
 
+/// As a command for a shell, which no U+0000 fits in.
+void requireCommandIsReadAgain(const Tool::Edit& edit) {
+    if ((edit.keyPath + edit.profile).find('\0') != std::string::npos) return;
+    std::string line = edit.value.isNull() ? "qrvsettings unset " : "qrvsettings set ";
+    if (!edit.profile.empty()) line += "--profile=" + Tool::shellWord(edit.profile) + " ";
+    line += "-- " + Tool::shellWord(edit.keyPath);
+    if (!edit.value.isNull()) line += " " + Tool::shellWord(Tool::jsonText(edit.value));
+    std::vector<Tool::Edit> again;
+    require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
+            "a command is read", line);
+    require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
+                again[0].profile == edit.profile &&
+                isSameTree(again[0].value, edit.value, asInText),
+            "a command is read as the same", line);
+}
+
 void requireEditIsReadAgain(const Tool::Edit& edit) {
     const bool isRemoval = edit.value.isNull();
     std::string line = isRemoval ? "unset " : "set ";
@@ -97,10 +114,11 @@ void readLines(std::string_view text) {
     if (!isRead(text, "input:", [&] { edits = Tool::editsFromScript(text, "input"); })) return;
     std::size_t line = 0;
     for (const Tool::Edit& edit : edits) {
-        require(edit.line > line, "lines come in order", text);
+        require(edit.line >= line, "lines come in order", text);
         line = edit.line;
         require(edit.value.isNull() || isStorable(edit.value), "values can be stored", text);
         requireEditIsReadAgain(edit);
+        requireCommandIsReadAgain(edit);
         const std::string printed = Tool::settingLine(edit.keyPath, edit.value);
         require(printed.ends_with('\n') && printed.find('\n') == printed.size() - 1 &&
                     printed.find('\t') != std::string::npos,

@@ -144,3 +144,24 @@ TEST(LockedFile, AFreeLockIsHadAtTheShortestTimeout) {
         EXPECT_EQ(run({"set", "a", "2", "--timeout", timeout}).exitCode, 2) << timeout;
     EXPECT_EQ(run({"get", "a"}).output, "1\n");
 }
+
+TEST(LockedFile, WhatIsSoAlreadyNeedsNoLock) {
+    ASSERT_EQ(run({"apply", "-"}, {"set a 1\nset c \"0 0 0 1\"\n", {}}).exitCode, 0);
+    ASSERT_EQ(run({"appearance", "set", "dark"}).exitCode, 0);
+    ToolSupport::writeFile("changes", "set a 1\nunset b\n");
+    ToolSupport::writeFile("whole.plist", run({"export"}).output);
+    LockHolder holder;
+    const auto before = snapshot(ToolSupport::configurationFolder());
+    for (std::vector<std::string> arguments :
+         std::vector<std::vector<std::string>>{{"set", "a", "1"},
+                                               {"color", "set", "c", "#000000"},
+                                               {"appearance", "set", "dark"},
+                                               {"apply", "changes"},
+                                               {"import", "whole.plist"}}) {
+        arguments.insert(arguments.end(), {"--timeout", "0.1"});
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << arguments.front() << outcome.errors;
+    }
+    holder.release();
+    EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
+}

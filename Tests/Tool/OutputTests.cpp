@@ -34,14 +34,58 @@ void writeToAPipeWithoutReader() {
 
 TEST(Output, ThatCannotBeWrittenIsAnError) {
     ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
-    const std::vector<std::vector<std::string>> printing = {
-        {"get", "a"}, {"list"}, {"export"}, {"path"}, {"--help"}, {"--version"}};
+    const std::vector<std::vector<std::string>> printing = {{"get", "a"},
+                                                            {"list"},
+                                                            {"export"},
+                                                            {"path"},
+                                                            {"--help"},
+                                                            {"set", "--help"},
+                                                            {"--version"},
+                                                            {"search", "a"},
+                                                            {"explain", "a"},
+                                                            {"diff"},
+                                                            {"get", "absent", "--default", "x"},
+                                                            {"doctor"},
+                                                            {"completion", "bash"}};
     for (const auto& arguments : printing) {
         const Outcome outcome = run(arguments, {"", writeToAFullDisk});
         EXPECT_EQ(outcome.exitCode, 4) << arguments.front();
         EXPECT_EQ(outcome.errors,
                   "qrvsettings: cannot write: No space left on device, standard output\n");
     }
+}
+
+TEST(Output, OfAChangeThatCannotBeWrittenIsAnErrorThoughTheChangeIsMade) {
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"set", "a", "1", "--json"},
+                                               {"apply", "changes", "--json"},
+                                               {"unset", "a", "--json"}}) {
+        ToolSupport::writeFile("changes", "set a 2\n");
+        const Outcome outcome = run(arguments, {"", writeToAFullDisk});
+        EXPECT_EQ(outcome.exitCode, 4) << arguments.front();
+        EXPECT_EQ(outcome.errors,
+                  "qrvsettings: cannot write: No space left on device, standard output\n");
+    }
+    EXPECT_EQ(run({"get", "a"}).exitCode, 1);
+}
+
+TEST(Output, OfACheckThatCannotBeWrittenIsAnError) {
+    for (const char* option : {"--check", "--dry-run"})
+        EXPECT_EQ(run({"apply", "-", option}, {"set a 2\n", writeToAFullDisk}).exitCode, 4);
+    EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
+}
+
+TEST(Output, WhatIsSaidBesideIsNoErrorWhereItCannotBeWritten) {
+    for (const bool isClosed : {true, false}) {
+        const Outcome outcome =
+            run({"apply", "-"}, {"set a 1\n", [isClosed] {
+                                     close(STDERR_FILENO);
+                                     if (isClosed) return;
+                                     static_cast<void>(open("/dev/full", O_WRONLY));
+                                 }});
+        EXPECT_EQ(outcome.exitCode, 0);
+    }
+    EXPECT_EQ(run({"get", "a"}).output, "1\n");
 }
 
 TEST(Output, WithoutStandardOutputIsAnError) {

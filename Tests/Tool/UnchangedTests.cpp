@@ -103,7 +103,8 @@ TEST(Unchanged, WhatTheStartUpWouldResetIsWritten) {
                          "nothing changed, Network.Menubar.Global.PrimaryInterface");
     pretendAnotherMachine();
     expectDone({"apply", "-"}, "unset Network.Menubar.Global.PrimaryInterface\n");
-    EXPECT_EQ(run({"get", "Network.Menubar.Global.PrimaryInterface", "--layer", "stored"}).exitCode, 1);
+    EXPECT_EQ(run({"get", "Network.Menubar.Global.PrimaryInterface", "--layer", "stored"}).exitCode,
+              1);
 }
 
 TEST(Unchanged, AFileInAnyFormStaysAsItIs) {
@@ -119,13 +120,6 @@ TEST(Unchanged, ADamagedFileIsReplacedAlsoByNothing) {
     expectDone({"set", "CPU.Menubar.Enabled", "true", "--replace-damaged"});
     EXPECT_EQ(storedSettings(), "{}");
     EXPECT_EQ(contentsOf(settingsFile().string() + ".damaged-1"), "{broken");
-}
-
-TEST(Unchanged, NothingIsWaitedForWhereNothingIsWritten) {
-    expectDone({"set", "a", "1"});
-    std::filesystem::permissions(settingsFile().parent_path(), std::filesystem::perms(0555));
-    expectNothingWritten({"apply", "-"}, "0 changed, 1 as it was", "set a 1\n");
-    std::filesystem::permissions(settingsFile().parent_path(), std::filesystem::perms(0755));
 }
 
 TEST(Unchanged, AnImportOfWhatIsStoredIsNotWritten) {
@@ -233,15 +227,4 @@ TEST(Check, KeepsTheCodesOfErrors) {
     EXPECT_EQ(run({"apply", "--check"}).exitCode, 2);
     writeSettings("{broken");
     EXPECT_EQ(run({"apply", "-", "--check"}, {"set a 1\n", {}}).exitCode, 3);
-}
-
-TEST(Unchanged, ManyAtOnceAgreeOnWhatIsStored) {
-    // Each of them either writes or finds what another has written.
-    std::vector<std::unique_ptr<ToolSupport::RunningTool>> tools;
-    for (int index = 0; index < 8; ++index)
-        tools.push_back(std::make_unique<ToolSupport::RunningTool>(
-            Arguments{"set", "a", std::to_string(index % 2)}));
-    for (const auto& tool : tools) EXPECT_EQ(tool->finish().exitCode, 0);
-    const std::string last = run({"get", "a"}).output;
-    EXPECT_TRUE(last == "0\n" || last == "1\n") << last;
 }

@@ -47,7 +47,7 @@ ExitCode runImport(const Options& options) {
         throw Failure(Fault::WrongValue,
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
-    if (needMigration(settings)) remark(migrationNote);
+    if (!changes.isEmpty() && needMigration(settings)) remark(migrationNote);
     if (options.writing.dryRun) remarkObjections(settings);
     remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);

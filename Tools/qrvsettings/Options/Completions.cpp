@@ -23,9 +23,13 @@ Candidates withoutSentences(const Names& names) {
     return words;
 }
 
-/// What a list beside a word has room for.
-std::string firstLineOf(std::string_view text) {
-    return std::string(text.substr(0, text.find('\n')));
+std::string sentenceOf(const KnownSetting* setting) {
+    return setting == nullptr ? "" : setting->sentence;
+}
+
+/// As one line, whatever the files of others say.
+std::string lineOf(std::string_view text) {
+    return printable(text.substr(0, text.find('\n')));
 }
 
 /// Reads a command line as the parser does, but accepts errors.
@@ -132,7 +136,7 @@ Candidates CommandLineSoFar::optionNames() const {
     Candidates names = {{"--help", "Print what it does, with an example"}};
     if (command_ == &program_) names.emplace("--version", "Print the version");
     for (const Option& option : options_)
-        if (!option.isArgument()) names.emplace(option.name, firstLineOf(option.description));
+        if (!option.isArgument()) names.emplace(option.name, option.description);
     return names;
 }
 
@@ -151,7 +155,7 @@ const Option* CommandLineSoFar::placeOfArgument() const {
 
 std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
     Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
+    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     if (!names.empty()) return names;
     const Option* const place = placeOfArgument();
     return place == nullptr ? names : wordsFor(*place);
@@ -184,10 +188,8 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
 Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
     const KnownLists lists = KnownLists::read();
     Candidates words;
-    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves()) {
-        const KnownSetting* const known = lists.at(keyPath);
-        words.emplace(keyPath, known == nullptr ? "" : printable(firstLineOf(known->sentence)));
-    }
+    for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
+        words.emplace(keyPath, sentenceOf(lists.at(keyPath)));
     return words;
 }
 
@@ -216,7 +218,7 @@ std::optional<Candidates> completionsOf(const Command& program, std::vector<std:
     if (!candidates) return std::nullopt;
     Candidates completions;
     for (const auto& [word, sentence] : *candidates)
-        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, sentence);
+        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, lineOf(sentence));
     return completions;
 }
 

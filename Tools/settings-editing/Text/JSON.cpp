@@ -32,7 +32,7 @@ bool looksSpecial(const NSDictionary& dictionary) {
 }
 
 bool looksSpecial(const JSONNode& node) {
-    return node.entries.size() == 1 && isSpecialKey(node.entries.front().first);
+    return node.keys.size() == 1 && isSpecialKey(node.keys.front());
 }
 
 json jsonOf(const PropertyListValue& value);
@@ -149,8 +149,7 @@ PropertyListValue Interpreter::valueOf(const JSONNode& node, std::size_t level) 
     if (node.kind == JSONNode::Kind::Scalar) return node.scalar;
     if (node.kind == JSONNode::Kind::Array) return arrayOf(node, level);
     if (!looksSpecial(node)) return dictionaryOf(node, level);
-    const auto& [key, content] = node.entries.front();
-    return specialValue(key, content, level);
+    return specialValue(node.keys.front(), node.children.front(), level);
 }
 
 PropertyListValue Interpreter::dateOf(const JSONNode& node, std::size_t level) const {
@@ -187,15 +186,15 @@ PropertyListValue Interpreter::specialValue(std::string_view key, const JSONNode
 PropertyListValue Interpreter::arrayOf(const JSONNode& node, std::size_t level) const {
     requireLevel(level, node);
     const NSMutableArray result;
-    for (const JSONNode& element : node.elements) result.addObject(valueOf(element, level + 1));
+    for (const JSONNode& element : node.children) result.addObject(valueOf(element, level + 1));
     return result.copy();
 }
 
 PropertyListValue Interpreter::dictionaryOf(const JSONNode& node, std::size_t level) const {
     requireLevel(level, node);
     const NSMutableDictionary result;
-    for (const auto& [key, value] : node.entries)
-        result.setObjectForKey(valueOf(value, level + 1), key);
+    for (std::size_t index = 0; index < node.keys.size(); ++index)
+        result.setObjectForKey(valueOf(node.children[index], level + 1), node.keys[index]);
     return result.copy();
 }
 
@@ -218,7 +217,7 @@ std::string markedDictionary(const NSDictionary& dictionary) {
 
 JSONDocument documentFromJSON(std::string_view text) {
     const JSONNode root = nodeFromJSON(text, maximumObjectLevels);
-    const bool isMarked = looksSpecial(root) && root.entries.front().first == dictionaryKey;
+    const bool isMarked = looksSpecial(root) && root.keys.front() == dictionaryKey;
     return {Interpreter(text).valueOf(root, 1), isMarked};
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "Text/FileForm.h"
 #include "Text/ScalarText.h"
@@ -212,7 +213,8 @@ void Reader::readEntry(JSONNode& node, std::map<std::string, std::size_t>& keys,
     skipBlanks();
     if (!isAt(':')) refuseWhatIsFound("a colon after the key");
     ++position_;
-    node.entries.emplace_back(std::move(key), value("a value after the colon"));
+    node.keys.push_back(std::move(key));
+    node.children.push_back(value("a value after the colon"));
 }
 
 void Reader::readArray(JSONNode& node) {
@@ -220,8 +222,8 @@ void Reader::readArray(JSONNode& node) {
     open(position_++);
     skipBlanks();
     if (!isAt(']')) {
-        node.elements.push_back(value("a value or ]"));
-        while (take(',')) node.elements.push_back(value("a value after the comma"));
+        node.children.push_back(value("a value or ]"));
+        while (take(',')) node.children.push_back(value("a value after the comma"));
     }
     if (!isAt(']')) refuseWhatIsFound("a comma or ]");
     ++position_;

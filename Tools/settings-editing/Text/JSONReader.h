@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -38,11 +37,11 @@ std::size_t characterCount(std::string_view text);
 struct JSONNode {
     enum class Kind { Scalar, Array, Object };
     Kind kind = Kind::Scalar;
-    std::size_t position = 0;  ///< of its first byte
-    std::size_t end = 0;       ///< behind its last byte
-    PropertyListValue scalar;  ///< a boolean, an integer, a real or a string
-    std::vector<JSONNode> elements;
-    std::vector<std::pair<std::string, JSONNode>> entries;  ///< no key stands there twice
+    std::size_t position = 0;       ///< of its first byte
+    std::size_t end = 0;            ///< behind its last byte
+    PropertyListValue scalar;       ///< a boolean, an integer, a real or a string
+    std::vector<std::string> keys;  ///< of an object, one for each child and none twice
+    std::vector<JSONNode> children;
 };
 
 /// Throws JSONFault for text that is not JSON in UTF-8 without a byte order mark, a key that an
