@@ -108,7 +108,8 @@ class Bench:
     def environment(self, participant, folder, locale="C.UTF-8"):
         """The environment of a participant, without the user's session."""
         environment = {"PATH": os.environ["PATH"], "HOME": str(folder), "LC_ALL": locale,
-                       "XDG_CONFIG_HOME": str(folder), "XDG_RUNTIME_DIR": str(folder / "runtime")}
+                       "XDG_CONFIG_HOME": str(folder), "XDG_CONFIG_DIRS": str(folder / "site"),
+                       "XDG_RUNTIME_DIR": str(folder / "runtime")}
         if participant == "dconf":
             environment["GSETTINGS_BACKEND"] = "dconf"
             if folder not in self.buses:

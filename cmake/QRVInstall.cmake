@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-# Install rules, in components: Library (to run hosts), Development (to build hosts), Tool, and
-# Documentation. No installed file contains the install prefix, so that the installation can be moved.
+# Install rules, in components: Library (to run hosts), History (to run hosts that remember changes),
+# Development (to build hosts), Tool, and Documentation. No installed file contains the install prefix, so
+# that the installation can be moved.
 include(GNUInstallDirs)
 include(QRVCompressed)
 include(CMakePackageConfigHelpers)
@@ -14,6 +15,16 @@ install(TARGETS QRVSettings QRVSettingsStatic EXPORT QRVSettingsTargets
   FILE_SET HEADERS DESTINATION "${QRV_INSTALL_HEADERS}" COMPONENT Development
   FILE_SET adapters DESTINATION "${QRV_INSTALL_HEADERS}" COMPONENT Development
   INCLUDES DESTINATION "${QRV_INSTALL_HEADERS}")
+# An export of its own: a package without it must not name a library that is not there.
+if(TARGET QRVHistory)
+  set_target_properties(QRVHistory PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(TARGETS QRVHistory EXPORT QRVHistoryTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT History NAMELINK_COMPONENT Development
+    FILE_SET HEADERS DESTINATION "${QRV_INSTALL_HEADERS}" COMPONENT Development
+    INCLUDES DESTINATION "${QRV_INSTALL_HEADERS}")
+  install(EXPORT QRVHistoryTargets NAMESPACE QRVSettings::
+    DESTINATION "${QRV_INSTALL_PACKAGE}" COMPONENT Development)
+endif()
 install(EXPORT QRVSettingsTargets NAMESPACE QRVSettings::
   DESTINATION "${QRV_INSTALL_PACKAGE}" COMPONENT Development)
 configure_package_config_file(
@@ -28,6 +39,11 @@ install(FILES
 file(RELATIVE_PATH QRV_PREFIX_FROM_PKGCONFIG
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/qrvsettings.pc.in" "${PROJECT_BINARY_DIR}/qrvsettings.pc" @ONLY)
+if(TARGET QRVHistory)
+  configure_file("${CMAKE_CURRENT_LIST_DIR}/qrvhistory.pc.in" "${PROJECT_BINARY_DIR}/qrvhistory.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/qrvhistory.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
+endif()
 install(FILES "${PROJECT_BINARY_DIR}/qrvsettings.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
 
@@ -71,6 +87,17 @@ foreach(page ${pages})
   endif()
 endforeach()
 add_custom_target(QRVManualPages ALL DEPENDS ${compressed_pages})
+# The page of the functions is found by the name of each.
+file(READ "${PROJECT_SOURCE_DIR}/Frameworks/include/QRVSettings/QRVSettingsC.h" interface)
+string(REGEX MATCHALL "QRV_EXPORT [^;(]*\\(" functions "${interface}")
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/compressed/functions")
+foreach(function ${functions})
+  string(REGEX MATCH "qrv_[a-z0-9_]+\\($" name "${function}")
+  string(REPLACE "(" ".3.gz" name "${name}")
+  file(CREATE_LINK qrvsettings.3.gz "${PROJECT_BINARY_DIR}/compressed/functions/${name}" SYMBOLIC)
+  install(FILES "${PROJECT_BINARY_DIR}/compressed/functions/${name}"
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT Development)
+endforeach()
 
 set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/qrvsettings-doc")
 file(GLOB texts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/*.md")

@@ -71,13 +71,23 @@ set(library "libqrvsettings${PROJECT_VERSION_MAJOR}")
 # ICU is loaded at run time, so that its package is not found out. Only unknown locales need it.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 string(REGEX MATCH "^[0-9]+" icu_major "${ICU_VERSION}")
+set(of_development "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev)
+if(TARGET QRVHistory)
+  set(history "libqrvhistory${PROJECT_VERSION_MAJOR}")
+  list(APPEND of_development "${history} (= ${QRV_DEBIAN_VERSION})")
+  list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks/QRVHistory")
+  qrv_debian_package(History NAME "${history}" SECTION libs SHARED_LIBRARY
+    DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
+    SUMMARY "shared library of the history"
+    TEXT "Remembers which program changed which setting when, and what it was before.")
+endif()
 qrv_debian_package(Library NAME "${library}" SECTION libs SHARED_LIBRARY
   RECOMMENDS "libicu${icu_major}"
   SUMMARY "shared library"
   TEXT "Several processes read, write and watch one property-list file of settings,
 each with a dotted key path.")
 qrv_debian_package(Development NAME libqrvsettings-dev SECTION libdevel
-  DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev
+  DEPENDS ${of_development}
   SUGGESTS qrvsettings-doc
   SUMMARY "development files"
   TEXT "The headers for C++20 and C, the static library, the manual page of the C

@@ -18,4 +18,11 @@ configure_file("${CMAKE_CURRENT_LIST_DIR}/Doxyfile.in" "${QRV_REFERENCE_FOLDER}/
 add_custom_target(reference COMMAND Doxygen::doxygen "${QRV_REFERENCE_FOLDER}/Doxyfile" USES_TERMINAL)
 if(QRV_BUILD_TESTS)
   add_test(NAME Checks.Reference COMMAND Doxygen::doxygen "${QRV_REFERENCE_FOLDER}/Doxyfile")
+  set_tests_properties(Checks.Reference PROPERTIES FIXTURES_SETUP reference)
+  file(STRINGS "${PROJECT_SOURCE_DIR}/Documentation/Tour.md" heading LIMIT_COUNT 1 REGEX "^# ")
+  string(SUBSTRING "${heading}" 2 -1 heading)
+  add_test(NAME Checks.ReferenceBeginsWithTheTour
+    COMMAND "${CMAKE_COMMAND}" -E cat "${QRV_REFERENCE_FOLDER}/html/index.html")
+  set_tests_properties(Checks.ReferenceBeginsWithTheTour PROPERTIES
+    FIXTURES_REQUIRED reference PASS_REGULAR_EXPRESSION "class=\"title\">${heading}")
 endif()

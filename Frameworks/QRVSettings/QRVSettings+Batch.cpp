@@ -6,8 +6,11 @@
 // records of an open batch and of its own migration to the next commit. It does not change the
 // cache.
 
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Site.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
@@ -32,6 +35,7 @@ void QRVSettingsPrepareBatchSave() {
 
 void QRVSettingsCommitBatchSave() {
     requireHostThread();
+    const QRVInside::OriginScope origin(QRVChangeOrigins::batch);
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setInBatchSave(false);
     const NSArray log = store.batchLogChanges().copy();
@@ -44,8 +48,11 @@ void QRVSettingsCommitBatchSave() {
 
 void QRVSettingsImport(const NSDictionary& settings) {
     requireHostThread();
+    const QRVInside::OriginScope origin(QRVChangeOrigins::import);
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setStorageCache(settings.mutableCopy());
+    const bool isLocked = QRVInside::StoreInside::state().locks != nullptr;
+    const NSDictionary tree = isLocked ? QRVInside::permittedImport(settings) : settings;
+    store.setStorageCache(tree.mutableCopy());
     {
         const BatchDuringImport batch;
         store.migrate();

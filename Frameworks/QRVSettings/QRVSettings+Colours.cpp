@@ -14,6 +14,8 @@
 #include <string_view>
 
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Site.h"
+#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::requireHostThread;
@@ -39,8 +41,9 @@ double component(std::string_view piece) {
     return PropertyListValue(piece).floatValue();
 }
 
-/// Null when `text` is not the text of a colour.
-PropertyListValue colorFromText(const PropertyListValue& text) {
+}  // namespace
+
+PropertyListValue QRVSettingsColorOfText(const PropertyListValue& text) {
     if (!text.isString()) return nullptr;
     const std::optional<Pieces> pieces = splitAtSpaces(text.stringView());
     if (!pieces) return nullptr;
@@ -49,33 +52,32 @@ PropertyListValue colorFromText(const PropertyListValue& text) {
                                      component(alpha));
 }
 
-PropertyListValue textOfColor(const PropertyListValue& value) {
-    if (value.isNull()) return nullptr;
-    if (!value.isColor()) throw NSInvalidArgumentException("the value to write is not a colour");
-    const NSColor color = value.color();
+std::string QRVSettingsTextOfColor(const NSColor& color) {
     const auto number = [](double component) { return PropertyListValue(component).stringValue(); };
     return number(color.redComponent) + " " + number(color.greenComponent) + " " +
            number(color.blueComponent) + " " + number(color.alphaComponent);
 }
 
-}  // namespace
-
 PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
+    const bool areLocked = QRVInside::StoreInside::state().locks != nullptr;
+    if (areLocked && QRVSettingsIsLocked(keyPath))
+        return colorFromText(QRVInside::lockedValue(keyPath.text()));
     const QRVSettings& store = QRVSettings::sharedSettings();
 
     PropertyListValue cached = store.cache().objectForKey(keyPath.text());
     if (cached.isNullMarker()) return nullptr;  // 2
     if (!cached.isNull()) return cached;
 
-    PropertyListValue stored = colorFromText(QRVSettingsStoredObjectForKeyPath(keyPath));
+    PropertyListValue stored = QRVSettingsColorOfText(QRVSettingsStoredObjectForKeyPath(keyPath));
     if (!stored.isNull()) {  // 3
         if (!store.disableCache()) store.cache().setObjectForKey(stored, keyPath.text());
         return stored;
     }
 
-    PropertyListValue byDefault = colorFromText(QRVSettingsDefaultForKeyPath(keyPath));  // 4, 5
+    PropertyListValue byDefault =
+        QRVSettingsColorOfText(QRVSettingsDefaultForKeyPath(keyPath));  // 4, 5
     store.cache().setObjectForKey(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault,
                                   keyPath.text());
     return byDefault;
@@ -83,7 +85,10 @@ PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
 
 void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, QRVKeyPath keyPath) {
     requireHostThread();
-    const PropertyListValue text = textOfColor(color);
+    if (!color.isNull() && !color.isColor())
+        throw NSInvalidArgumentException("the value to write is not a colour");
+    const PropertyListValue text =
+        color.isNull() ? nullptr : PropertyListValue(QRVSettingsTextOfColor(color.color()));
     // The whole key path as one key of the top level. No key there holds a dot; for key paths with
     // a dot the write below compares with the default.
     const QRVSettings& store = QRVSettings::sharedSettings();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The built-in defaults.
+// The built-in defaults: the values of `KnownSettingsTable.h`, which names the constants of this
+// source, and those of the clocks, which depend on the user's locale.
 //
 // Whether a setting is a boolean or the integer 0 or 1 is part of its default: settings files hold
 // values of that kind, and a write is compared with it. Arrays and dictionaries are immutable,
@@ -13,8 +14,10 @@
 #include "Platform/Machine/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -69,96 +72,33 @@ constexpr const char* green = "0.384 0.729 0.274 1";
 /// A public resolver that answers pings everywhere.
 constexpr const char* pingAddress = "9.9.9.9";
 
-// NOLINTNEXTLINE(readability-function-size): a table, with a line for each default
-Table makeFixedDefaults() {
-    return {
-        // The keys "THeme" and "FlashSeperators" are misspelt in every settings file there is.
-        {"Menu.Theme.Dark", "indigo"},
-        {"Menu.Theme.Light", "indigo"},
-        {"Menu.THeme.Vibrancy", true},
-        {"Updater.AutomaticallyCheck", true},
-        {"Updater.AutomaticallyInstall", true},
-        {"CPU.Menubar.Enabled", true},
-        {"Memory.Menubar.Enabled", true},
-        {"Disks.Menubar.Enabled", true},
-        {"Network.Menubar.Enabled", true},
-        {"Sensors.Menubar.Enabled", true},
-        {"CPU.Menubar.Mode.HistoryGraph.Width", 40},
-        {"Memory.Menubar.Mode.HistoryGraph.Width", 40},
-        {"DiskActivity.Menubar.Mode.HistoryGraph.Width", 40},
-        {"Network.Menubar.Mode.HistoryGraph.Width", 40},
-        {"GPU.Menubar.Mode.HistoryGraph.Width", 40},
-        {"Battery.Menubar.Mode.HorizontalGraph.Graph.Draining.Low.Dark.Color", red},
-        {"Battery.Menubar.Mode.HorizontalGraph.Graph.Draining.Low.Light.Color", red},
-        {"UpdateFrequency", 1},
-        {"Menubar.Style", 0},
-        {"Processes.Combine", 1},
-        {"Notifications.Enabled", true},
-        {"Notifications.Items", notificationItems()},
-        {"CPU.Menu.Processes.Count", 5},
-        {"CPU.Menu.Processes.Format", 0},
-        {"CPU.Global.EfficiencyCores.Visible", 1},
-        {"CPU.Global.HyperthreadingCores.Visible", 0},
-        {"CPU.Menubar.Mode.Global.Graph.Breakdown", 0},
-        {"Memory.Menu.Processes.Count", 5},
-        {"Memory.Menu.Processes.Format", 0},
-        {"Memory.Menubar.Mode.UsedFree.ShowLabels", 1},
-        {"Disks.Menu.Processes.Count", 5},
-        {"Disks.Menu.Processes.Sorting", 0},
-        {"Disks.Global.Purgeable.Visible", 0},
-        {"Disks.Global.Activity.Graph.Type", 0},
-        {"Disks.Menu.Activity.Mode", 0},
-        {"Disks.Menubar.Mode.UsedFree.ShowLabels", 1},
-        {"DiskActivity.Menubar.Mode.ReadWrite.ShowLabels", 1},
-        {"Network.Menubar.Global.Decimals.MB", 0},
-        {"Network.Menu.Processes.Count", 5},
-        {"Network.Menu.Processes.Sorting", 0},
-        {"Network.Global.Bandwidth.Graph.Type", 0},
-        {"Network.Menu.Bandwidth.Mode", 0},
-        {"Network.Global.Bandwidth.Format", 0},
-        {"Network.Menubar.Mode.Status.Connected.Color", green},
-        {"Network.Menubar.Mode.Status.NotConnected.Color", red},
-        {"Network.Menubar.Mode.Status.NoInternet.Color", orange},
-        {"Network.Menubar.Mode.Status.NoIP.Color", yellow},
-        {"Network.Menubar.Mode.Status.Connected.Show", 1},
-        {"Network.Menubar.Mode.Status.NoInternet.Show", 1},
-        {"Network.Menubar.Mode.Status.NotConnected.Show", 1},
-        {"Network.Menubar.Mode.Status.NoIP.Show", 1},
-        {"Network.Menubar.Mode.VPN.Connected.Show", true},
-        {"Network.Menubar.Mode.VPN.Disconnected.Show", true},
-        {"Network.Menubar.Mode.Value.ShowArrows", true},
-        {"Network.Global.Addresses.Public.IPv4.Enabled", true},
-        {"Network.Global.Addresses.Public.IPv6.Enabled", true},
-        {"Network.Global.Addresses.Private.IPv4.Enabled", true},
-        {"Network.Global.Addresses.Private.IPv6.Secured.Enabled", true},
-        {"Network.Global.Addresses.Private.IPv6.Temporary.Enabled", false},
-        {"Network.Global.Addresses.Private.IPv6.Dynamic.Enabled", false},
-        {"Battery.Menubar.DetailedState", 0},
-        {"Memory.Menubar.Mode.Global.Type", 0},
-        {"Time.Menu.Cities.Type", 0},
-        {"Time.Menu.Calendar.Type", 0},
-        {"Time.Menubar.FlashSeperators", 0},
-        {"Sensors.Global.Fans.Curve.Sync", true},
-        {"Sensors.Global.Fans.Curve.Manual.Sync", true},
-        {"Sensors.Global.MonitorSmart", true},
-        {"Sensors.Global.MonitorFrequency", true},
-        {"Weather.Menu.Forecast.Graph.1", "windspeed"},
-        {"Weather.Menu.Forecast.Graph.2", "humidity"},
-        {"Astronomical.Global.Location", location(-7)},
-        {"Weather.Global.Location", location(-7)},
-        {"Time.Menu.Cities.Items", NSArray{location(-7), location(-6)}},
-        {"Combined.Menu.Cities.Items", arrayOf(location(-7))},
-        {"Network.Menu.Ping.Items", arrayOf({{"address", pingAddress}})},
-        {"Network.Menubar.Ping.Address", pingAddress},
-        {"Weather.Menubar.Temperature.Decimals", 0},
-        {"Network.Menu.State", NSArray{menuItem("network-ping", false),
-                                       menuItem("network-interfaces-notconnected", false)}},
-        {"Disks.Menu.State", arrayOf(menuItem("disks-removable", false))},
-        {"Combined.Menu.Items",
-         NSArray{"cpu-cpu", "memory-overview", "disks-physical", "network-bandwidth",
-                 "sensors-overview", "battery-combined"}},
-        {"Combined.Menu.Disks.Items", arrayOf({{"boot", true}})},
-    };
+NSArray networkMenuState() {
+    return {menuItem("network-ping", false), menuItem("network-interfaces-notconnected", false)};
+}
+
+NSArray disksMenuState() {
+    return arrayOf(menuItem("disks-removable", false));
+}
+
+NSArray combinedItems() {
+    return {"cpu-cpu",           "memory-overview",  "disks-physical",
+            "network-bandwidth", "sensors-overview", "battery-combined"};
+}
+
+NSArray combinedDisks() {
+    return arrayOf({{"boot", true}});
+}
+
+NSArray combinedCities() {
+    return arrayOf(location(-7));
+}
+
+NSArray timeCities() {
+    return {location(-7), location(-6)};
+}
+
+NSArray pingItems() {
+    return arrayOf({{"address", pingAddress}});
 }
 
 NSDictionary token(std::string_view format) {
@@ -175,8 +115,8 @@ NSArray clocksOfOneLine(const NSArray& items) {
 
 Table clockDefaults(const NSArray& clockLine, const NSArray& cityLine) {
     return {
-        {"Time.Menubar.Clocks", clocksOfOneLine(clockLine)},
-        {"Time.Menu.Cities.Format.1.Line1", cityLine},
+        {Keys::Time::Menubar::Clocks.keyPath(), clocksOfOneLine(clockLine)},
+        {Keys::Time::Menu::Cities::Format::N1::Line1.keyPath(), cityLine},
     };
 }
 
@@ -205,12 +145,22 @@ Table makeClockDefaults(ClockRule rule) {
     return {};
 }
 
-Table makeCityDefaults() {
-    return {
-        {"Time.Menu.Cities.Format.0.Line1", arrayOf(token("offset2"))},
-        {"Time.Menu.Cities.Format.2.Line1", arrayOf(token("offset2"))},
-        {"Time.Menu.Cities.Format.1.Flags", true},
+NSArray offsetLine() {
+    return arrayOf(token("offset2"));
+}
+
+/// In the place of a default that `makeClockDefaults` gives.
+constexpr NSNull byClockRule;
+
+// NOLINTNEXTLINE(readability-function-size): a table, with a line for each setting
+Table makeFixedDefaults() {
+    Table table = {
+#define QRV_SETTING(keyPath, levels, name, kind, byDefault, scope, sentence) {keyPath, byDefault},
+#include "QRVSettings/KnownSettingsTable.h"
     };
+    std::erase_if(
+        table, [](const Default& row) { return row.value.isNull() || row.value.isNullMarker(); });
+    return table;
 }
 
 /// Never destroyed: readers may hold the constants while the process exits.
@@ -226,11 +176,6 @@ const Table& clockDefaultsFor(ClockRule rule) {
                                            makeClockDefaults(ClockRule::TwelveHoursTwoDigits),
                                            makeClockDefaults(ClockRule::TwelveHours)};
     return tables[static_cast<std::size_t>(rule)];
-}
-
-const Table& cityDefaults() {
-    static const auto& table = *new Table(makeCityDefaults());
-    return table;
 }
 
 void store(const Table& table, const NSMutableDictionary& defaults) {
@@ -250,7 +195,6 @@ NSDictionary makeDefaults(ClockRule rule) {
     const NSMutableDictionary defaults;
     store(fixedDefaults(), defaults);
     store(clockDefaultsFor(rule), defaults);
-    store(cityDefaults(), defaults);
     return frozen(defaults);
 }
 
@@ -274,4 +218,5 @@ void QRVSettings::loadDefaults() {
     const ClockRule rule = QRVInside::clockRuleForPattern(
         QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()));
     for (const auto& [key, value] : defaultsFor(rule)) defaults.setObjectForKey(value, key);
+    QRVInside::laySiteOver(defaults);
 }

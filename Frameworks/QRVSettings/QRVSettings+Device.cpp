@@ -17,6 +17,7 @@
 
 #include "Platform/Machine/MachineIdentity.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
@@ -111,6 +112,7 @@ PropertyListValue QRVSettings::modelIdentifier() const {
 }
 
 void QRVInside::checkMachineIdentity() {
+    const OriginScope origin(QRVChangeOrigins::hardware);
     recordUnlessRecorded(currentDevice(), KeyPaths::device);  // 1
     recordUnlessRecorded(currentModel(), KeyPaths::model);
     const Identifier device = currentDevice();

@@ -27,7 +27,6 @@
 
 #include "QRVSettings/QRVSettings+Merging.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -42,6 +41,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Publication.h"
 #include "QRVSettings/QRVSettings+Saving.h"
@@ -122,6 +122,7 @@ class MergingSave {
         outcome_.keyPaths = writes_->keyPaths();
         outcome_.wasWholeTree = writes_->replaceTheTree();
         end();
+        if (isSaved_ && isFileChangeObserved()) noteFileChange(change_);
         return std::move(outcome_);
     }
 
@@ -177,8 +178,14 @@ class MergingSave {
         arePosted_ = true;
         std::string failure = replacedFile(access, bytes_);
         isSaved_ = failure.empty();
-        if (isSaved_) known_ = KnownFile{tree_, access.newFile()};
-        return failure;
+        if (!isSaved_) return failure;
+        const KnownFile replaced = std::exchange(*known_, KnownFile{tree_, access.newFile()});
+        change_.origin = writes_->origins();
+        change_.before = replaced.tree;
+        change_.after = tree_;
+        change_.fileBefore = replaced.file.identity();
+        change_.fileAfter = known_->file.identity();
+        return {};
     }
 
     std::string readAgain(const std::string& path) {
@@ -188,6 +195,7 @@ class MergingSave {
             storedFile().update([](StoredFile& file) { file.mustBeBackedUp = false; });
         std::string failure = secured(old, path);
         if (!failure.empty()) return failure;
+        change_.isBeforeKnown = old.condition != OldFile::Condition::Damaged;
         if (old.condition != OldFile::Condition::Damaged) {
             known_ = KnownFile{old.root, old.file};
             isFound_ = true;
@@ -226,6 +234,7 @@ class MergingSave {
     NSDictionary tree_ = nullptr;
     std::string bytes_;
     std::string failure_;  ///< of the serialisation
+    QRVFileChange change_{.isBeforeKnown = true};
     bool isFound_ = false;
     bool arePosted_ = false;
     bool isSaved_ = false;
@@ -258,12 +267,14 @@ void queueMissingValue() {
 // The tree replaces the whole file.
 void queueReplacement(const NSDictionary& object, const NSArray& log) {
     NSDictionary tree = frozen(object).dictionary();
+    const std::string origin = originOfWrites();
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
         ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
         unsaved.forgetThoseOfTheParent();
         unsaved.waiting.replaceTree(std::move(tree));
         unsaved.waiting.addRecords(log);
+        unsaved.waiting.addOrigins(origin);
         unsaved.ofBatch = {};
         unsaved.isTreeReplaced = false;
         return std::exchange(unsaved.isSaveQueued, true);
@@ -277,6 +288,7 @@ bool isTreeReplaced() {
 // A batch that is still there when a save is queued without it was ended by hand.
 template <typename Add>
 void queueWrites(const NSArray& log, Add&& add) {
+    const std::string origin = originOfWrites();
     queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
         ++file.version;
         UnsavedWrites& unsaved = file.unsaved;
@@ -284,6 +296,7 @@ void queueWrites(const NSArray& log, Add&& add) {
         if (!unsaved.ofBatch.isEmpty()) unsaved.waiting.append(std::exchange(unsaved.ofBatch, {}));
         add(unsaved.waiting);
         unsaved.waiting.addRecords(log);
+        unsaved.waiting.addOrigins(origin);
         return std::exchange(unsaved.isSaveQueued, true);
     }));
 }
@@ -302,17 +315,6 @@ void queueOrJoinBatch(const NSDictionary& tree, const NSArray& log, Add&& add) {
     } else {
         queueWrites(log, add);
     }
-}
-
-PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
-    PropertyListValue value = tree;
-    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
-        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
-        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
-        if (end == keyPath.size()) return value;
-        start = end + 1;
-    }
-    return nullptr;
 }
 
 // What a tree holds at the key paths of its change records.
@@ -385,6 +387,7 @@ void runMergingReload() {
             });
             return;
         }
+        noteReload(reading);
         bool isRead = false;
         storedFile().update([&](StoredFile& file) -> std::optional<KnownFile> {
             isRead = file.knownVersion == version;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "QRVSettings/ProfileSettings.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings.h"
@@ -72,6 +73,7 @@ void moveMenubarSettingsIntoDefaultProfile() {
 
 void QRVSettings::migrate() {
     requireHostThread();
+    const QRVInside::OriginScope origin(QRVChangeOrigins::migration);
     mergeCombinedPowerItems();
     moveMenubarSettingsIntoDefaultProfile();
 }

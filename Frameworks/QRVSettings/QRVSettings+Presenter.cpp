@@ -11,7 +11,7 @@
 // 4. When another reload has been published since 2, this one runs again from there. Without
 // changes the stored tree and the cache stay as they are.
 // 5. The new tree becomes the stored one, and the cache is emptied.
-// 6. The change handler is called.
+// 6. The change handler is called, unless the site has locked all that has changed.
 // 7. A save of this process may have run beside the reload, or may be about to, and its writes may
 // have gone from the stored tree in 5. So when one is pending, has ended since 2, or the stored
 // tree was another one by 4, a second reload runs from 2, after the saves. It makes what the file
@@ -40,8 +40,10 @@
 #include "Platform/System/System.h"
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WatchStart.h"
@@ -145,6 +147,7 @@ void runReload(Reload::Kind kind) {
                                                [kind] { queueReload(kind); });
         return;
     }
+    QRVInside::noteReload(reload.reading);
     const NSArray changes =
         NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
     reload.isOther = changes.count() != 0;
@@ -183,11 +186,13 @@ void QRVInside::publishChanges(const NSArray& changes, const FileReading& readin
         keepTree(reading);
         return;
     }
-    NSLog("Prefs file changed");
+    const bool areLocked = StoreInside::state().locks != nullptr;
+    const NSArray visible = areLocked ? withoutLocked(changes) : changes;
+    if (visible.count() != 0) NSLog("Prefs file changed");
     takeOver(reading);  // 5
     // A copy: the handler may install another one.
     const QRVSettings::ChangeHandler onChange = store().onChange();
-    if (onChange) onChange(changes);  // 6
+    if (onChange && visible.count() != 0) onChange(visible);  // 6
 }
 
 void QRVInside::beginToWatchTheFile() {

@@ -3,7 +3,7 @@
 // the plain key paths.
 //
 // A read, QRVSettingsProfileObjectForKeyPath, P being the profile key path:
-// 1. A null key path is null.
+// 1. A null key path is null. What the site has locked has its default.
 // 2. A cache entry under P answers; the null marker gives null.
 // 3. A value stored at P answers; a value stored at the plain key path never does.
 // 4. The default of the plain key path answers, else null.
@@ -18,11 +18,28 @@
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
+using QRVInside::lockedView;
+using QRVInside::Locks;
 using QRVInside::requireHostThread;
+using QRVInside::StoreInside;
 
 namespace {
 
 constexpr std::string_view nullText = "(null)";
+
+PropertyListValue unlockedObject(QRVKeyPath keyPath) {
+    const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
+    const NSMutableDictionary cache = QRVSettings::sharedSettings().cache();
+
+    PropertyListValue cached = cache.objectForKey(profileKeyPath);
+    if (cached.isNullMarker()) return nullptr;  // 2
+    if (!cached.isNull()) return cached;
+
+    PropertyListValue value = QRVSettingsStoredObjectForKeyPath(profileKeyPath);  // 3
+    if (value.isNull()) value = QRVSettingsDefaultForKeyPath(keyPath);            // 4
+    cache.setObjectForKey(value.isNull() ? PropertyListValue(NSNull{}) : value, profileKeyPath);
+    return value;
+}
 
 }  // namespace
 
@@ -39,17 +56,13 @@ std::string QRVSettingsProfileKeyForKey(QRVKeyPath keyPath) {
 PropertyListValue QRVSettingsProfileObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
-    const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
-    const NSMutableDictionary cache = QRVSettings::sharedSettings().cache();
-
-    PropertyListValue cached = cache.objectForKey(profileKeyPath);
-    if (cached.isNullMarker()) return nullptr;  // 2
-    if (!cached.isNull()) return cached;
-
-    PropertyListValue value = QRVSettingsStoredObjectForKeyPath(profileKeyPath);  // 3
-    if (value.isNull()) value = QRVSettingsDefaultForKeyPath(keyPath);            // 4
-    cache.setObjectForKey(value.isNull() ? PropertyListValue(NSNull{}) : value, profileKeyPath);
-    return value;
+    const Locks* const locks = StoreInside::state().locks;
+    if (locks == nullptr) return unlockedObject(keyPath);
+    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
+    const Locks::Place place = locks->at(keyPath.text());
+    if (place.isLocked()) return byDefault;
+    return lockedView(place, unlockedObject(keyPath), byDefault,
+                      QRVSettings::sharedSettings().defaults());
 }
 
 void QRVSettingsProfileSetObjectForKeyPathWithCache(const PropertyListValue& value,

@@ -13,7 +13,8 @@ namespace QRVInside {
 NSArray withFoundByReading(const NSArray& changes);
 
 /// Without changes the stored tree and the cache stay as they are. Otherwise what was read becomes
-/// the stored tree, the cache is emptied, and the change handler is called.
+/// the stored tree, the cache is emptied, and the change handler is called with those that
+/// the site has not locked.
 void publishChanges(const NSArray& changes, const FileReading& reading);
 
 }  // namespace QRVInside

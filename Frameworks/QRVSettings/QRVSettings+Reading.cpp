@@ -3,9 +3,11 @@
 //
 // A layered read, QRVSettingsObjectForKeyPath:
 // 1. A null key path is null.
-// 2. A cache entry answers, whatever has changed in the layers below; the null marker gives null.
-// 3. A stored value answers, and is cached unless the cache is disabled.
-// 4. The default answers, and is cached likewise, a missing one as the null marker.
+// 2. The default of a key path that the site has locked answers, and in a dictionary above one it
+// has its place.
+// 3. A cache entry answers, whatever has changed in the layers below; the null marker gives null.
+// 4. A stored value answers, and is cached unless the cache is disabled.
+// 5. The default answers, and is cached likewise, a missing one as the null marker.
 
 #include <cstdint>
 #include <optional>
@@ -22,6 +24,8 @@
 #include "QRVSettings/QRVSettings.h"
 
 using NSDictionaryQRV::objectAtKeyPath;
+using QRVInside::lockedValue;
+using QRVInside::lockedView;
 using QRVInside::requireHostThread;
 using QRVInside::storedTree;
 using QRVInside::StoreInside;
@@ -152,22 +156,37 @@ void cacheUnlessDisabled(const PropertyListValue& value, QRVKeyPath keyPath) {
 }
 
 // The entry of the cache; null when there is none.
-PropertyListValue cachedObject(QRVKeyPath keyPath) {
-    return StoreInside::state().cache.read(
+PropertyListValue cachedObject(const StoreInside::State& state, QRVKeyPath keyPath) {
+    return state.cache.read(
         [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
 }
 
 // Not inlined, so that a read that the cache answers is short.
 [[gnu::noinline]] PropertyListValue objectBelowTheCache(QRVKeyPath keyPath) {
     PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
-    if (!stored.isNull()) {  // 3
+    if (!stored.isNull()) {  // 4
         cacheUnlessDisabled(stored, keyPath);
         return stored;
     }
 
-    PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);  // 4
+    PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);  // 5
     cacheUnlessDisabled(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault, keyPath);
     return byDefault;
+}
+
+[[gnu::always_inline]] inline PropertyListValue objectWithoutLocks(const StoreInside::State& state,
+                                                                   QRVKeyPath keyPath) {
+    PropertyListValue cached = cachedObject(state, keyPath);
+    if (cached.isNull()) return objectBelowTheCache(keyPath);
+    if (cached.isNullMarker()) cached = nullptr;  // 3
+    return cached;
+}
+
+// Nor is this, for the same reason, and it alone looks for locks.
+[[gnu::noinline]] PropertyListValue objectWithLocks(const StoreInside::State& state,
+                                                    QRVKeyPath keyPath) {
+    if (state.locks->at(keyPath.text()).isLocked()) return lockedValue(keyPath.text());  // 2
+    return lockedView(keyPath.text(), objectWithoutLocks(state, keyPath));
 }
 
 }  // namespace
@@ -175,11 +194,9 @@ PropertyListValue cachedObject(QRVKeyPath keyPath) {
 PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
-
-    PropertyListValue cached = cachedObject(keyPath);
-    if (cached.isNull()) return objectBelowTheCache(keyPath);
-    if (cached.isNullMarker()) cached = nullptr;  // 2
-    return cached;
+    const StoreInside::State& state = StoreInside::state();
+    if (state.locks != nullptr) return objectWithLocks(state, keyPath);
+    return objectWithoutLocks(state, keyPath);
 }
 
 bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath) {

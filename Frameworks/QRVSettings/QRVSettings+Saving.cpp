@@ -25,6 +25,7 @@
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
+#include "QRVSettings/QRVSettings+FileChange.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Log.h"
 #include "QRVSettings/QRVSettings+Merging.h"
@@ -79,18 +80,41 @@ std::chrono::steady_clock::time_point deadlineAfter(std::chrono::milliseconds ti
            std::clamp<std::chrono::milliseconds>(timeout, {}, longest);
 }
 
-std::string saveTree(QRVPlatform::WriteAccess& access, const std::string& bytes,
-                     const NSArray& log) {
+/// A tree on its way to the file.
+struct TreeSave {
+    NSDictionary tree;  ///< frozen when the file is observed
+    NSArray log;
+    std::string bytes{};
+    /// For the observer; empty when there is none.
+    std::optional<QRVFileChange> change = std::nullopt;
+};
+
+std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
     StoreInside::State& state = StoreInside::state();
+    std::optional<QRVFileChange>& change = save.change;
+    if (change) {
+        change->isBeforeKnown = true;
+        change->before = state.lastSavedTree;
+        change->fileBefore = state.lastSaved;
+    }
     // The file of this process's last save is not damaged, and need not be read to know that.
-    if (state.lastSaved.isMissing() ||
+    const bool isBeforeMissing = change && change->before.isNull();
+    if (state.lastSaved.isMissing() || isBeforeMissing ||
         QRVPlatform::identityOfFileAtPath(access.path()) != state.lastSaved) {  // 2
         const OldFile old = QRVInside::readOldFile(access.path());
         std::string failure = QRVInside::secured(old, access.path());
         if (!failure.empty()) return failure;
+        if (change) {
+            change->isBeforeKnown = old.condition != OldFile::Condition::Damaged;
+            change->before = old.root;
+            change->fileBefore = old.file.identity();
+        }
     }
-    QRVInside::postRecords(log);                    // 3
-    return QRVInside::replacedFile(access, bytes);  // 4
+    QRVInside::postRecords(save.log);                                   // 3
+    std::string failure = QRVInside::replacedFile(access, save.bytes);  // 4
+    state.lastSavedTree = change && failure.empty() ? save.tree : nullptr;
+    if (change) change->fileAfter = state.lastSaved;
+    return failure;
 }
 
 /// Empty when the tree could not be serialised; then the outcome says why.
@@ -104,7 +128,7 @@ std::string serialised(const NSDictionary& object, SaveOutcome& outcome) {
     return {};
 }
 
-SaveOutcome save(const NSDictionary& object, const NSArray& log) {
+SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string origin) {
     SaveOutcome outcome;
     outcome.wasWholeTree = true;
     outcome.keyPaths = keyPathsOf(log);
@@ -113,13 +137,20 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log) {
         outcome.wasWithoutTree = true;
         return outcome;
     }
+    TreeSave save{object, log};
+    if (QRVInside::isFileChangeObserved()) {
+        save.tree = QRVInside::frozen(object).dictionary();
+        save.change.emplace();
+        save.change->origin = std::move(origin);
+        save.change->after = save.tree;
+    }
     QRVInside::guardedSave(object, outcome, [&] {
-        const std::string bytes = serialised(object, outcome);  // 1
+        save.bytes = serialised(save.tree, outcome);  // 1
         if (!outcome.failure.empty()) return;
-        QRVInside::coordinateSave(outcome, [&](QRVPlatform::WriteAccess& access) {
-            return saveTree(access, bytes, log);
-        });
+        QRVInside::coordinateSave(
+            outcome, [&](QRVPlatform::WriteAccess& access) { return saveTree(access, save); });
     });
+    if (save.change && outcome.failure.empty()) QRVInside::noteFileChange(*save.change);
     return outcome;
 }
 
@@ -220,6 +251,8 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std:
 void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log) {
     requireHostThread();
     StoreInside::State& state = StoreInside::state();
+    const bool isUnnamedTree = log.isNull() && state.ownOrigin == QRVChangeOrigins::set;
+    const QRVInside::OriginScope scope(isUnnamedTree ? QRVChangeOrigins::tree : state.ownOrigin);
     if (state.mergesSaves) {
         QRVInside::queueMergingSave(object, log);
         return;
@@ -229,7 +262,9 @@ void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log
         return;
     }
     state.saves.begin();
-    state.queue.async([&state, object, log] { state.saves.end(save(object, log)); });
+    state.queue.async([&state, object, log, origin = QRVInside::originOfWrites()] {
+        state.saves.end(save(object, log, origin));
+    });
 }
 
 void QRVSettingsSaveObject(const NSDictionary& object) {

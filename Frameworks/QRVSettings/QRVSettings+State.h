@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,7 @@
 #include "Platform/Threads/ThreadAffinity.h"
 #include "QRVSettings/QRVSettings+LocalChanges.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -23,6 +25,9 @@ namespace QRVInside {
 
 /// The application identifier and `ending`.
 std::string queueLabel(std::string_view ending);
+
+/// The name of the settings file in its folder.
+std::string settingsFileName();
 
 }  // namespace QRVInside
 
@@ -45,6 +50,9 @@ struct QRVSettings::State {
     /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
     std::atomic<unsigned> forksAtModificationDate = 0;
     QRVPlatform::AtomicProperty<std::shared_ptr<NSOperationQueue>> presenterQueue;
+    /// Whether there is a `fileChangeHandler`.
+    std::atomic<bool> isFileChangeObserved = false;
+    QRVPlatform::AtomicProperty<std::shared_ptr<const QRVFileChangeHandler>> fileChangeHandler;
 
     /// The thread that called the store first; used in builds with assertions.
     QRVPlatform::ThreadAffinity hostThread{[](const char* function) {
@@ -55,10 +63,17 @@ struct QRVSettings::State {
     bool disableCache = false;
     bool prepared = false;
     bool inBatchSave = false;
+    bool usesSiteDefaults = false;
+    std::unique_ptr<const QRVInside::Site> site;
+    /// Those of the site; null while nothing is locked.
+    const QRVInside::Locks* locks = nullptr;
     NSMutableDictionary defaults = nullptr;
     std::optional<std::string> activeProfile;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
+    std::optional<std::string> changeOrigin;
+    /// What the store itself calls the writes of this moment.
+    std::string_view ownOrigin = QRVChangeOrigins::set;
     /// What makes the writes of this moment unnecessary; null for writes that are always needed.
     std::shared_ptr<const QRVInside::Settled> unless;
     /// Its records any thread may read.
@@ -67,6 +82,8 @@ struct QRVSettings::State {
     // Used on `queue`.
     /// The file that the last save left behind; missing when it failed.
     QRVPlatform::FileIdentity lastSaved;
+    /// What it holds, frozen; null when nobody observes the file.
+    NSDictionary lastSavedTree = nullptr;
 
     // Set at creation and never replaced.
     const std::string location = QRVSettingsLocation();

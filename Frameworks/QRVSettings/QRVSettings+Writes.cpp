@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QRVSettings/QRVSettings+Writes.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -149,6 +150,17 @@ PropertyListValue frozen(const PropertyListValue& value) {
     return frozenValue(value, NSPropertyListSerialization::maximumLevels);
 }
 
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    for (std::size_t start = 0; start <= keyPath.size() && value.isDictionary();) {
+        const std::size_t end = std::min(keyPath.find('.', start), keyPath.size());
+        value = value.dictionary().objectForKey(keyPath.substr(start, end - start));
+        if (end == keyPath.size()) return value;
+        start = end + 1;
+    }
+    return nullptr;
+}
+
 bool Settled::isIn(const NSDictionary& tree) const {
     const PropertyListValue stored = NSDictionaryQRV::objectAtKeyPath(tree, keyPath);
     return !stored.isNull() && (!value || stored == *value);
@@ -187,6 +199,7 @@ void Writes::replaceTree(NSDictionary tree) {
     writes_.clear();
     indexes_.clear();
     count_ = 0;
+    origins_.clear();
     tree_ = std::move(tree);
 }
 
@@ -194,6 +207,17 @@ void Writes::addRecords(const NSArray& log) {
     if (log.isNull()) return;
     if (records_.isNull()) records_ = NSMutableArray();
     records_.addObjectsFromArray(log);
+}
+
+void Writes::addOrigins(const std::string& origins) {
+    constexpr std::string_view separator = ", ";
+    for (std::size_t start = 0; start < origins.size();) {
+        const std::size_t end = std::min(origins.find(separator, start), origins.size());
+        const std::string origin = origins.substr(start, end - start);
+        if ((", " + origins_ + ", ").find(", " + origin + ", ") == std::string::npos)
+            origins_.append(origins_.empty() ? "" : separator).append(origin);
+        start = end + separator.size();
+    }
 }
 
 void Writes::dropEarlierRecords() {
@@ -213,6 +237,7 @@ void Writes::append(const Writes& later) {
     for (const std::optional<Write>& write : later.writes_)
         if (write) add(*write);
     addRecords(later.records_);
+    addOrigins(later.origins_);
 }
 
 std::vector<std::string> Writes::keyPaths() const {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -19,6 +20,10 @@ namespace QRVInside {
 /// object. Below `NSPropertyListSerialization::maximumLevels`, which no file can hold, containers
 /// stay as they are.
 PropertyListValue frozen(const PropertyListValue& value);
+
+/// The value at a key path; null also where a value on the way is no dictionary. The log stays as
+/// it is.
+PropertyListValue valueAt(const NSDictionary& tree, std::string_view keyPath);
 
 /// Tells that a write is not needed any more, because another process has done the same.
 struct Settled {
@@ -59,6 +64,10 @@ class Writes {
     void addRecords(const NSArray& log);
     void append(const Writes& later);
 
+    /// What the writes are, for observers of the file; several are joined by ", ".
+    void addOrigins(const std::string& origins);
+    [[nodiscard]] const std::string& origins() const { return origins_; }
+
     /// Neither writes nor another tree.
     [[nodiscard]] bool isEmpty() const { return count_ == 0 && tree_.isNull(); }
     [[nodiscard]] bool replaceTheTree() const { return !tree_.isNull(); }
@@ -89,6 +98,7 @@ class Writes {
     std::unordered_map<std::string, std::size_t> indexes_;  ///< into `writes_`, by key path
     std::size_t count_ = 0;                                 ///< of the writes that are there
     NSMutableArray records_ = nullptr;
+    std::string origins_;
 };
 
 }  // namespace QRVInside

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Writing a setting.
 //
-// A write, plain or into a profile, on the caller's thread:
+// A write, plain or into a profile, on the caller's thread, after what the site has locked is taken
+// out of it:
 // 1. The working tree is a copy of the stored tree, which is read from the file when there is none.
 // 2. The default of the key path is looked up.
 // 3. A value that is of the default's kind and equal to it is not stored.
@@ -19,6 +20,7 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
@@ -41,13 +43,10 @@ NSDictionary changeRecord(QRVKeyPath keyPath) {
     return QRVPlatform::immutableDictionary(entries);
 }
 
-}  // namespace
-
-void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
-                             QRVKeyPath keyPathOfDefault, bool isOfEmpty) {
-    requireHostThread();
+void writeUnlocked(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault,
+                   bool isOfEmpty) {
     const QRVSettings& store = QRVSettings::sharedSettings();
-    NSMutableDictionary working = storedTree().mutableCopy();  // 1
+    NSMutableDictionary working = QRVInside::storedTree().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
     const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
@@ -56,13 +55,24 @@ void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
     const NSDictionary record = changeRecord(keyPath);  // 4
     const NSArray log = NSArray::arrayWithObject(record);
     NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
-    replaceStoredTree(working);                                     // 6
+    QRVInside::replaceStoredTree(working);                          // 6
     store.cache().setObjectForKey(value, keyPath.text());           // 7
-    if (StoreInside::state().mergesSaves)                           // 8
-        queueMergingSaveOfWrite(working, {std::string(keyPath.text()), stored, nullptr, isOfEmpty},
-                                log);
+    if (QRVInside::StoreInside::state().mergesSaves)                // 8
+        QRVInside::queueMergingSaveOfWrite(
+            working, {std::string(keyPath.text()), stored, nullptr, isOfEmpty}, log);
     else
         QRVSettingsSaveObjectWithLog(working.copy(), log);
+}
+
+}  // namespace
+
+void QRVInside::writeSetting(const PropertyListValue& value, QRVKeyPath keyPath,
+                             QRVKeyPath keyPathOfDefault, bool isOfEmpty) {
+    requireHostThread();
+    if (StoreInside::state().locks == nullptr || StoreInside::state().unless)
+        return writeUnlocked(value, keyPath, keyPathOfDefault, isOfEmpty);
+    const auto permitted = permittedWrite(value, keyPath, keyPathOfDefault, isOfEmpty);
+    if (permitted) writeUnlocked(*permitted, keyPath, keyPathOfDefault, isOfEmpty);
 }
 
 void QRVSettingsSetObjectForKeyPathWithCache(const PropertyListValue& value, QRVKeyPath keyPath,

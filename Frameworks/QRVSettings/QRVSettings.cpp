@@ -20,6 +20,10 @@ std::string QRVInside::queueLabel(std::string_view ending) {
     return std::string(applicationIdentifier) + std::string(ending);
 }
 
+std::string QRVInside::settingsFileName() {
+    return std::string(applicationIdentifier) + ".menubar.7.plist";
+}
+
 QRVSettings& QRVSettings::sharedSettings() {
     // Never destroyed: its queues may be at work while the process exits.
     static auto* const shared = new QRVSettings;
@@ -31,7 +35,7 @@ QRVSettings::QRVSettings() : state_(std::make_unique<State>()) {}
 std::string QRVSettingsLocation() {
     const std::string library = QRVPlatform::userLibraryFolder();
     if (library.empty()) return {};
-    return library + "/Preferences/" + std::string(applicationIdentifier) + ".menubar.7.plist";
+    return library + "/Preferences/" + QRVInside::settingsFileName();
 }
 
 bool QRVSettings::exists() const {

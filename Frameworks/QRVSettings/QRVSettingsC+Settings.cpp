@@ -163,6 +163,22 @@ qrv_result qrv_settings_profile_clear_cache(const char* key_path) {
     return perform([&] { QRVSettingsProfileClearCacheForKeyPath(keyPathOf(key_path)); });
 }
 
+qrv_result qrv_settings_is_locked(const char* key_path, bool* locked) {
+    return give(locked, [&] { return QRVSettingsIsLocked(keyPathOf(key_path)); });
+}
+
+qrv_result qrv_settings_lock_file(const char* key_path, qrv_value** file) {
+    return giveValue(file, [&] { return QRVSettingsLockFileForKeyPath(keyPathOf(key_path)); });
+}
+
+qrv_result qrv_settings_site_file(const char* key_path, qrv_value** file) {
+    return giveValue(file, [&] { return QRVSettingsSiteFileForKeyPath(keyPathOf(key_path)); });
+}
+
+qrv_result qrv_settings_site_defaults(qrv_value** values) {
+    return giveValue(values, [] { return QRVSettingsSiteDefaults().values; });
+}
+
 qrv_result qrv_settings_set_current_appearance(const char* appearance_name) {
     return perform([&] { QRVSettingsSetCurrentAppearance(textOf(appearance_name)); });
 }

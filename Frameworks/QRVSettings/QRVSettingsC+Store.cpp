@@ -91,6 +91,14 @@ qrv_result qrv_store_set_merges_saves(bool merges) {
     return perform([&] { store().setMergesSaves(merges); });
 }
 
+qrv_result qrv_store_uses_site_defaults(bool* uses) {
+    return give(uses, [] { return store().usesSiteDefaults(); });
+}
+
+qrv_result qrv_store_set_uses_site_defaults(bool uses) {
+    return perform([&] { store().setUsesSiteDefaults(uses); });
+}
+
 qrv_result qrv_store_save_lock_timeout(int64_t* milliseconds) {
     return give(milliseconds, [] {
         const auto timeout = store().saveLockTimeout();

@@ -107,6 +107,7 @@ def main():
         return
     with tempfile.TemporaryDirectory() as folder:
         os.environ["XDG_CONFIG_HOME"] = folder
+        os.environ["XDG_CONFIG_DIRS"] = folder + "/site"
         host(Library(path), path)
 
 

@@ -19,9 +19,11 @@ static int remove_entry(const char* path, const struct stat* status, int kind, s
 }
 
 static void run_in_folder(const test* each, const char* folder) {
+    char site[64];
+    snprintf(site, sizeof site, "%s/site", folder);
     alarm(120);
     if (setenv("HOME", folder, 1) != 0 || setenv("XDG_CONFIG_HOME", folder, 1) != 0 ||
-        chdir(folder) != 0)
+        setenv("XDG_CONFIG_DIRS", site, 1) != 0 || chdir(folder) != 0)
         exit(EXIT_FAILURE);
     each->body();
     exit(EXIT_SUCCESS);

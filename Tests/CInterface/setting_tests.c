@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Reading and writing settings, batches, import, profiles, appearance and colours.
+// Reading and writing settings, batches, import, profiles, appearance, colours, and the site.
+#define _XOPEN_SOURCE 700
 
+#include <stdio.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include "testing.h"
 
@@ -273,6 +276,56 @@ static void only_a_dictionary_is_saved_as_a_tree(void) {
     qrv_value_release(tree);
 }
 
+/// In the folder of the site that every test has.
+static void write_site_file(const char* ending, const char* contents) {
+    qrv_value* location = NULL;
+    const char* path = NULL;
+    size_t length = 0;
+    char site_path[256];
+    OK(qrv_settings_location(&location));
+    OK(qrv_value_get_string(location, &path, &length));
+    snprintf(site_path, sizeof site_path, "site/Preferences%s%s", strrchr(path, '/'), ending);
+    FILE* const file = fopen(site_path, "w");
+    CHECK(file != NULL && fputs(contents, file) >= 0 && fclose(file) == 0);
+    qrv_value_release(location);
+}
+
+static void check_ending(qrv_value* value, const char* expected) {
+    const char* text = NULL;
+    size_t length = 0;
+    OK(qrv_value_get_string(value, &text, &length));
+    CHECK(length > strlen(expected) && strcmp(text + length - strlen(expected), expected) == 0);
+    qrv_value_release(value);
+}
+
+static void the_site_gives_defaults_and_locks(void) {
+    qrv_value* values = NULL;
+    qrv_value* file = NULL;
+    bool flag = true;
+    CHECK(mkdir("site", 0700) == 0 && mkdir("site/Preferences", 0700) == 0);
+    write_site_file("", "{ UpdateFrequency = 7; }");
+    write_site_file(".locks", "# nobody changes this\nUpdateFrequency\n");
+    OK(qrv_store_uses_site_defaults(&flag));
+    CHECK(!flag);
+    OK(qrv_store_set_uses_site_defaults(true));
+    OK(qrv_store_load_defaults());
+    OK(qrv_settings_is_locked("UpdateFrequency", &flag));
+    CHECK(flag);
+    OK(qrv_settings_is_locked(NULL, &flag));
+    CHECK(!flag);
+    OK(qrv_settings_site_defaults(&values));
+    check_kind(values, QRV_KIND_DICTIONARY);
+    set_integer("UpdateFrequency", 3);
+    qrv_value* value = NULL;
+    OK(qrv_settings_object("UpdateFrequency", &value));
+    check_text(value, "7");
+    OK(qrv_settings_lock_file("UpdateFrequency", &file));
+    check_ending(file, ".menubar.7.plist.locks");
+    OK(qrv_settings_site_file("UpdateFrequency", &file));
+    check_ending(file, ".menubar.7.plist");
+    FAILS(QRV_ERROR_NULL_POINTER, qrv_settings_is_locked("UpdateFrequency", NULL));
+}
+
 const test setting_tests[] = {
     {"a read asks the layers in turn", a_read_asks_the_layers_in_turn},
     {"a write reaches the file", a_write_reaches_the_file},
@@ -286,6 +339,7 @@ const test setting_tests[] = {
     {"an appearance is dark or light", an_appearance_is_dark_or_light},
     {"a colour is stored as text", a_colour_is_stored_as_text},
     {"only a colour is written as one", only_a_colour_is_written_as_one},
+    {"the site gives defaults and locks", the_site_gives_defaults_and_locks},
     {"the null key path has no value", the_null_key_path_has_no_value},
     {"a key path that leads nowhere is an error", a_key_path_that_leads_nowhere_is_an_error},
     {"a key path that is not UTF-8 is an error", a_key_path_that_is_not_utf8_is_an_error},

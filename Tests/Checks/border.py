@@ -21,8 +21,9 @@ INCLUDE_LINES = (
     "Platform/Files/NSFileCoordinator.h", "Platform/Files/NSFilePresenter.h",
     "Platform/PropertyLists/NSPropertyListSerialization.h", "Platform/System/NSAppearance.h",
     "Platform/System/System.h", "Platform/System/Terminal.h", "Platform/Values/PropertyListValue.h",
-    "QRVLogger/DDLog.h", "QRVSettings/Adapters/DesktopAppearance.h", "QRVSettings/Adapters/GLibAppearance.h",
-    "QRVSettings/Adapters/QtAppearance.h", "QRVSettings/KeyPath.h", "QRVSettings/NSDictionary+QRV.h",
+    "QRVHistory/QRVHistory.h", "QRVLogger/DDLog.h", "QRVSettings/Adapters/DesktopAppearance.h",
+    "QRVSettings/Adapters/GLibAppearance.h", "QRVSettings/Adapters/QtAppearance.h", "QRVSettings/FileChange.h",
+    "QRVSettings/KeyPath.h", "QRVSettings/NSDictionary+QRV.h", "QRVSettings/QRVKeys.h",
     "QRVSettings/QRVKnownSettings.h", "QRVSettings/QRVSettings.h", "QRVSettings/QRVSettingsC.h")
 
 

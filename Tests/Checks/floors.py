@@ -23,6 +23,7 @@ ROOMS = {
     "Frameworks/Platform/Coordination": ("Threads", "Descriptors", "Files", "Presenters"),
     "Frameworks/QRVLogger": PLATFORM,
     "Frameworks/QRVSettings": (*PLATFORM, "QRVLogger"),
+    "Frameworks/QRVHistory": ("Values", "PropertyLists", "Log", "Files", "Dispatch", "QRVSettings"),
     "Tools/settings-editing/Reporting": (),
     "Tools/settings-editing/Text": ("Values", "PropertyLists", "QRVSettings", "Reporting"),
     "Tools/settings-editing/Settings": ("Values", "PropertyLists", "Log", "Files", "Coordination",
@@ -36,7 +37,7 @@ ROOMS = {
                                    "Process", "Options"),
     "Tools/qrvsettings/Parser": ("Reporting", "Process", "Options", "Commands"),
     "Tools/qrvsettings": ("Log", "Reporting", "Process", "Parser"),
-    "Examples": (*PLATFORM, "QRVLogger", "QRVSettings"),
+    "Examples": (*PLATFORM, "QRVLogger", "QRVSettings", "QRVHistory"),
 }
 # Public headers keep the include lines of hosts: these do not lie in a folder named after their room.
 ROOM_OF_HEADER = {

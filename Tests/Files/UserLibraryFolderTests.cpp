@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the user's library folder is.
+// Where the user's library folder is, and those of the site.
 
 #include <gtest/gtest.h>
 #include <pwd.h>
@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "Platform/Files/Files.h"
 #include "Platform/Files/UserFolders.h"
@@ -87,4 +88,29 @@ TEST(UserLibraryFolder, OfAPrivilegedProgramIsNotChosenByItsCaller) {
     const auto lines = PrivilegedProgram::printedWithPrivileges();
     if (lines.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
     EXPECT_EQ(lines.at(0), configurationFolderOf(PrivilegedProgram::nobody));
+}
+
+TEST(SiteFolders, AreThoseOfTheListInItsOrder) {
+    using Folders = std::vector<std::string>;
+    EXPECT_EQ(UserFolders::siteFolders("/b:/a//:/b/"), (Folders{"/b", "/a"}));
+    EXPECT_EQ(UserFolders::siteFolders("relative::./x:~:/a"), Folders{"/a"});
+    EXPECT_EQ(UserFolders::siteFolders("/"), Folders{"/."});
+    EXPECT_EQ(UserFolders::siteFolders("relative"), Folders{});
+    for (const char* missing : {static_cast<const char*>(nullptr), ""})
+        EXPECT_EQ(UserFolders::siteFolders(missing), Folders{"/etc/xdg"});
+}
+
+TEST(SiteFolders, FollowTheEnvironment) {
+    setenv("XDG_CONFIG_DIRS", "/of/the/site", 1);
+    EXPECT_EQ(UserFolders::siteFolders(), std::vector<std::string>{"/of/the/site"});
+    unsetenv("XDG_CONFIG_DIRS");
+    EXPECT_EQ(UserFolders::siteFolders(), std::vector<std::string>{"/etc/xdg"});
+}
+
+TEST(SiteFolders, OfAPrivilegedProgramAreNotChosenByItsCaller) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
+    EXPECT_EQ(PrivilegedProgram::printedWithoutPrivileges().at(2), "/of/the/caller");
+    const auto lines = PrivilegedProgram::printedWithPrivileges();
+    if (lines.empty()) GTEST_SKIP() << "a program gets no privileges by its file here";
+    EXPECT_EQ(lines.at(2), "/etc/xdg");
 }

@@ -89,6 +89,7 @@ class Steps:
             self.expect_files(package, f"/usr/share/man/man{page[-1]}/{page}.gz")
         if not pages:
             raise Failure("there are no manual pages")
+        self.expect_files("libqrvsettings-dev", "/usr/share/man/man3/qrv_settings_object.3.gz")
 
     def expect_library(self):
         """What makes the linker of programs, and packages that use the library, know it."""

@@ -89,7 +89,7 @@ class Steps:
         home = self.folder / name / "home"
         shutil.rmtree(home, ignore_errors=True)
         home.mkdir(parents=True)
-        return {"XDG_CONFIG_HOME": str(home), "HOME": str(home)}
+        return {"XDG_CONFIG_HOME": str(home), "XDG_CONFIG_DIRS": str(home / "site"), "HOME": str(home)}
 
     def expect_consumer(self, name, program, **more):
         output = run(program, environment={**self.environment(name), **more})
@@ -98,9 +98,10 @@ class Steps:
 
     def use_cmake(self, name, library, *arguments, source="main.cpp"):
         build = self.folder / name / "build"
+        ccache = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
         run("cmake", "-G", "Ninja", "-S", self.source / "Tests/Package/consumer", "-B", build,
             "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
-            f"-DQRV_LIBRARY={library}", f"-DQRV_SOURCE_FILE={source}", *arguments)
+            f"-DQRV_LIBRARY={library}", f"-DQRV_SOURCE_FILE={source}", *ccache, *arguments)
         run("cmake", "--build", build, "--target", "consumer")
         self.expect_consumer(name, build / "consumer")
         commands = json.loads((build / "compile_commands.json").read_text())

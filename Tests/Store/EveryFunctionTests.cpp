@@ -92,6 +92,14 @@ Actions ofTheHost() {
     return {
         {{"QRVSettings::migrate"}, [] { store().migrate(); }},
         {{"QRVSettings::setMergesSaves"}, [] { store().setMergesSaves(!store().mergesSaves()); }},
+        {{"QRVSettings::usesSiteDefaults", "QRVSettings::setUsesSiteDefaults"},
+         [] { store().setUsesSiteDefaults(!store().usesSiteDefaults()); }},
+        {{"QRVSettingsIsLocked", "QRVSettingsLockFileForKeyPath", "QRVSettingsSiteFileForKeyPath",
+          "QRVSettingsSiteDefaults"},
+         [=] {
+             use(QRVSettingsIsLocked(width()), QRVSettingsLockFileForKeyPath(width()),
+                 QRVSettingsSiteFileForKeyPath(width()), QRVSettingsSiteDefaults().values);
+         }},
         {{"QRVSettingsWaitForSaves"},
          [] { use(QRVSettingsWaitForSaves(std::chrono::milliseconds(1)).keyPaths); }},
         {{"QRVSettings::disableCache", "QRVSettings::setDisableCache", "QRVSettings::setCache"},
@@ -104,6 +112,11 @@ Actions ofTheHost() {
         {{"QRVSettings::activeProfile", "QRVSettings::setActiveProfile"},
          [] { store().setActiveProfile(store().activeProfile() == "a" ? "b" : "a"); }},
         {{"QRVSettings::onChange"}, [] { use(store().onChange()); }},
+        {{"QRVSettings::changeOrigin", "QRVSettings::setChangeOrigin"},
+         [] {
+             store().setChangeOrigin("test");
+             use(store().changeOrigin());
+         }},
         {{"QRVSettings::defaults", "QRVSettings::setDefaults"},
          [] { store().setDefaults(store().defaults().mutableCopy()); }},
         {{"QRVSettings::setStorageCache"},
@@ -240,6 +253,10 @@ Actions ofAnyThreadForTheStore() {
                  use(QRVKnownSettingAt(setting.keyPath), QRVPlainKeyPath(setting.keyPath),
                      QRVScopeOfKeyPath(setting.keyPath), QRVIsRecordOfStore(setting.keyPath));
          }},
+        {{"QRVSettingsColorOfText", "QRVSettingsTextOfColor"},
+         [] {
+             use(QRVSettingsColorOfText(QRVSettingsTextOfColor(NSColor{1, 0, 0.5, 1})));
+         }},
         {{"QRVSettingsMenuThemeForAppearance"},
          [] { use(QRVSettingsMenuThemeForAppearance("NSAppearanceNameAqua")); }},
     };
@@ -299,19 +316,27 @@ Actions ofAnyThreadForThePlatform() {
          }},
         {{"QRVPlatform::attributesOfItemAtPath", "QRVPlatform::settledAttributesOfItemAtPath",
           "QRVPlatform::identityOfFileAtPath", "QRVPlatform::fileExistsAtPath",
-          "QRVPlatform::userLibraryFolder"},
+          "QRVPlatform::userLibraryFolder", "QRVPlatform::userStateFolder"},
          [] {
              const std::string path = QRVSettingsLocation();
              use(attributesOfItemAtPath(path), settledAttributesOfItemAtPath(path),
-                 identityOfFileAtPath(path), fileExistsAtPath(path), userLibraryFolder());
+                 identityOfFileAtPath(path), fileExistsAtPath(path), userLibraryFolder(),
+                 userStateFolder());
          }},
         {{"QRVPlatform::backUpFile"},
          [] {
              replaceFile("kept", "bytes");
              fs::remove(backUpFile("kept").path);
          }},
-        {{"QRVPlatform::setFileFailureHandler"},
-         [] { setFileFailureHandler([](const FileFailure&) {}); }},
+        {{"QRVSettings::setFileChangeHandler"},
+         [] {
+             store().setFileChangeHandler([](const QRVFileChange& change) { use(change.after); });
+         }},
+        {{"QRVPlatform::setFileFailureHandler", "QRVPlatform::reportFileFailure"},
+         [] {
+             setFileFailureHandler([](const FileFailure&) {});
+             reportFileFailure({"test", {}, {}});
+         }},
         {{"NSLog", "setNSLogSink", "QRVPlatform::formattedText"},
          [] {
              setNSLogSink([](const std::string&) {});

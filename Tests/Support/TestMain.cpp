@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The main function of every test program: each test is a process of its own, with an empty folder
-// of its own as home and as configuration home, and with a session bus that is not there, so that
-// tests run in parallel and never meet a person's settings or desktop. One chosen test runs right
-// here, where a debugger sees it.
+// of its own as home and as configuration home, a site without files, and a session bus that is not
+// there. So tests run in parallel, and never meet the settings or the desktop of a person or of the
+// machine. One chosen test runs right here, where a debugger sees it.
 
 #include <gtest/gtest.h>
 
@@ -25,6 +25,8 @@ int runHere() {
     }
     setenv("HOME", folder.c_str(), 1);
     setenv("XDG_CONFIG_HOME", (folder + "/config").c_str(), 1);
+    setenv("XDG_CONFIG_DIRS", (folder + "/site").c_str(), 1);
+    setenv("XDG_STATE_HOME", (folder + "/state").c_str(), 1);
     setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + folder + "/bus").c_str(), 1);
     std::filesystem::current_path(folder);
     const int result = RUN_ALL_TESTS();

@@ -68,7 +68,7 @@ TEST(ColorGet, SaysWhenTheValueIsNoColour) {
 }
 
 TEST(ColorGet, SaysWhenTheDefaultStandsInForWhatIsStored) {
-    ASSERT_EQ(run({"set", keyPath, "0 0 0"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "--any-kind", keyPath, "0 0 0"}).exitCode, 0);
     const Outcome outcome = run({"color", "get", keyPath});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output, "0.384 0.729 0.274 1\n");

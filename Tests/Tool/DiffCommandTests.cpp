@@ -77,7 +77,7 @@ TEST(Diff, GoesByTheFileAsItIsAlsoWhereTheApplicationCannotStart) {
 TEST(Diff, AReplayOnNothingGivesTheSameSettings) {
     set({"t", values});
     set({"CPU.Menubar.Enabled", "false"});
-    set({"UpdateFrequency", "true"});
+    set({"--any-kind", "UpdateFrequency", "true"});
     set({"it's", "$HOME"});
     const Outcome commands = run({"diff", "--as-commands"});
     ASSERT_EQ(commands.exitCode, 1);

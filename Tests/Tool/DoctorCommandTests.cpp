@@ -310,11 +310,11 @@ TEST(Doctor, NamesTyposOfKnownKeyPaths) {
         {"MenubarCurrentAppearance", "MenubarCurrentApperance"},
         {"Disk.Menubar.Enabled", "Disks.Menubar.Enabled"},
         {"CPUMenubar.Enabled", "CPU.Menubar.Enabled"},
-        {"Profiles.Settings.p.UpdateFrequeny", "UpdateFrequency"},
+        {"Profiles.Settings.p.UpdateFrequeny", "Profiles.Settings.p.UpdateFrequency"},
     };
     for (const auto& [keyPath, meant] : typos) {
         std::filesystem::remove(settingsFile());
-        ASSERT_EQ(run({"set", keyPath, "x"}).exitCode, 0);
+        ASSERT_EQ(run({"set", "--new", keyPath, "x"}).exitCode, 0);
         const Report report = examine();
         EXPECT_EQ(report.exitCode, 1) << keyPath;
         EXPECT_THAT(report.keyPaths, ElementsAre(keyPath));
@@ -323,7 +323,7 @@ TEST(Doctor, NamesTyposOfKnownKeyPaths) {
 }
 
 TEST(Doctor, ItsAdviceForATypoMovesTheValue) {
-    ASSERT_EQ(run({"set", "UpdateFrequeny", "3"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "--new", "UpdateFrequeny", "3"}).exitCode, 0);
     const json findings = json::parse(run({"doctor", "--json"}).output)["findings"];
     ASSERT_EQ(findings.size(), 1U);
     const std::string advice = findings[0]["advice"];
@@ -340,7 +340,7 @@ TEST(Doctor, AKeyPathOfADefaultIsNoTypo) {
     const json defaults = json::parse(run({"list", "--layer", "default", "--json"}).output);
     std::string commands;
     for (const auto& [keyPath, value] : defaults.items()) commands += "set " + keyPath + " \"x\"\n";
-    ASSERT_EQ(run({"apply", "-"}, {commands, {}}).exitCode, 0);
+    ASSERT_EQ(run({"apply", "-", "--any-kind"}, {commands, {}}).exitCode, 0);
     ASSERT_EQ(run({"appearance", "set", "dark"}).exitCode, 0);
     for (const std::string& message : examine().messages)
         EXPECT_THAT(message, testing::Not(HasSubstr("did you mean")));

@@ -119,7 +119,7 @@ TEST(ProfileColor, TheDefaultColourIsNotStored) {
 }
 
 TEST(ProfileColor, SaysWhenTheDefaultStandsInForWhatIsStored) {
-    setInTravel(color, "red");
+    ASSERT_EQ(inTravel({"set", "--any-kind", color, "red"}).exitCode, 0);
     const Outcome outcome = inTravel({"color", "get", color});
     EXPECT_EQ(outcome.output, "0.384 0.729 0.274 1\n");
     EXPECT_THAT(outcome.errors, HasSubstr(std::string("default, ") + color));

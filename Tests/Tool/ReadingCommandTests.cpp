@@ -236,7 +236,7 @@ TEST(Get, NamesTheKeyPathThatMayBeMeant) {
     expectNotSet({"get", "CPU.Menubar.Enabeld"},
                  "not set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
     expectNotSet({"get", "CPU.Menubar.Enabeld", "--layer", "stored"},
-                 "not set, CPU.Menubar.Enabeld");
+                 "not set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
 }
 
 TEST(Export, GivesThePropertyListAgain) {

@@ -185,7 +185,7 @@ TEST(StartUp, WhereNothingWasSetNoEarlierVersionIsReported) {
 
 TEST(StartUp, ARefusedWriteTellsNothingOfWhatItDidNotSave) {
     writeSettings(ofAnEarlierVersion());
-    const Outcome outcome = run({"set", "CPU.Menubar.Enabled.Deeper", "1"});
+    const Outcome outcome = run({"set", "--any-kind", "CPU.Menubar.Enabled.Deeper", "1"});
     EXPECT_EQ(outcome.exitCode, 5);
     EXPECT_THAT(outcome.errors, StartsWith("qrvsettings: a stored value is in the way: "));
 }

@@ -130,7 +130,7 @@ TEST(Watch, TakesThePrefixByComponents) {
     set("CPUs.x", "1");
     set("CPU.x", "2");
     ASSERT_TRUE(watch.prints("CPU.x\t2\n")) << watch.output();
-    set("CP", "3");
+    set("C", "3");
     set("CPU.x", "4");
     EXPECT_TRUE(watch.prints("CPU.x\t2\nCPU.x\t4\n")) << watch.output();
 }

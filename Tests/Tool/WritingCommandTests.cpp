@@ -73,15 +73,6 @@ TEST(Set, ADefaultIsNotStoredAndLeavesNoEmptyLevel) {
     EXPECT_EQ(storedSettings(), "{}");
 }
 
-TEST(Set, SaysWhenTheDefaultIsOfAnotherKind) {
-    ASSERT_EQ(run({"set", "UpdateFrequency", "3"}).exitCode, 0);
-    const Outcome outcome = run({"set", "CPU.Menubar.Enabled", "yes"});
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors,
-              "qrvsettings: the default is of another kind, boolean, CPU.Menubar.Enabled\n");
-    EXPECT_EQ(run({"set", "UpdateFrequency", "4.0"}).errors, "") << "a number all the same";
-}
-
 TEST(Set, SaysWhichCharactersStrictXMLReadersRefuse) {
     const auto said = [](const std::string& what, const std::string& keyPath) {
         return "qrvsettings: a " + what + ", which strict XML readers refuse, " + keyPath + "\n";

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "Platform/Files/Files.h"
@@ -22,14 +23,14 @@ ReplaceableHandler<const FileFailure&>& currentHandler() {
 class ReportedFailures {
   public:
     /// True the first time.
-    bool insert(const std::string& operation, const std::string& path) {
+    bool insert(const std::string& operation, const std::string& path, const std::string& keyPath) {
         const LockGuard lock(mutex_);
-        return failures_.emplace(operation, path).second;
+        return failures_.emplace(operation, path, keyPath).second;
     }
 
   private:
     Mutex mutex_;
-    std::set<std::pair<std::string, std::string>> failures_ QRV_GUARDED_BY(mutex_);
+    std::set<std::tuple<std::string, std::string, std::string>> failures_ QRV_GUARDED_BY(mutex_);
 };
 
 }  // namespace
@@ -51,9 +52,10 @@ std::error_code FileFailures::reported(const std::string& operation, const std::
 }
 
 void FileFailures::reportOnce(const std::string& operation, const std::string& path,
-                              std::error_code error) {
+                              std::error_code error, const std::string& keyPath) {
     static auto& reportedFailures = *new ReportedFailures;
-    if (reportedFailures.insert(operation, path)) reported(operation, path, error);
+    if (reportedFailures.insert(operation, path, keyPath))
+        reported(operation, path, error, keyPath);
 }
 
 bool FileFailures::isRefusal(std::error_code error) {
@@ -64,6 +66,10 @@ bool FileFailures::isRefusal(std::error_code error) {
 
 void setFileFailureHandler(std::function<void(const FileFailure&)> handler) {
     currentHandler().replace(std::move(handler));
+}
+
+void reportFileFailure(const FileFailure& failure) {
+    currentHandler().call(failure);
 }
 
 }  // namespace QRVPlatform

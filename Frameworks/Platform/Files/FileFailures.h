@@ -19,8 +19,9 @@ std::error_code reported(const std::string& operation, const std::string& path,
                          std::error_code error, const std::string& keyPath = {});
 
 /// The same for what does not make an operation fail: the handler is called once in the life of the
-/// process for each operation on a path.
-void reportOnce(const std::string& operation, const std::string& path, std::error_code error);
+/// process for each operation on a path, or on a value in its file.
+void reportOnce(const std::string& operation, const std::string& path, std::error_code error,
+                const std::string& keyPath = {});
 
 /// The system does not do this here, whoever asks how often.
 bool isRefusal(std::error_code error);

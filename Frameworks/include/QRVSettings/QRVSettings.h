@@ -41,6 +41,9 @@
 /// reads, writes and saves like any other process. Where the parent watched the file, the child
 /// watches it from its next write or use of the main queue on.
 ///
+/// Site: with `setUsesSiteDefaults(true)`, files of the machine's administrator change defaults and
+/// lock key paths; `QRVSettingsIsLocked` has the rules.
+///
 /// Several writers: every host should call `setMergesSaves(true)` at its start. Then no process
 /// loses what another has written. Otherwise each save replaces the whole file by the tree of its
 /// own process: of two processes that save at nearly the same time, the later one wins.
@@ -53,12 +56,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/NSOperationQueue.h"
 #include "Platform/Export.h"
 #include "Platform/Files/NSFilePresenter.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/FileChange.h"
 #include "QRVSettings/KeyPath.h"
 
 namespace QRVInside {
@@ -152,6 +158,30 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     [[nodiscard]] bool mergesSaves() const;
     void setMergesSaves(bool mergesSaves);
 
+    /// Whether `loadDefaults` lays the defaults of the site over the built-in ones, and locks what
+    /// the site locks. False at the start; to be set before `loadDefaults`.
+    ///
+    /// - The site's files are property lists named as the settings file, in the folder
+    ///   `Preferences` of each folder of `$XDG_CONFIG_DIRS`, which is `/etc/xdg` when unset or
+    ///   empty. Relative folders are ignored, and by a privileged program the variable, too.
+    /// - They are laid over the defaults value by value: dictionaries are merged, and arrays are
+    ///   values. Where two lists have a value at one key path, the list of the folder that comes
+    ///   first gives it. The result is the default in every function that speaks of one: a write
+    ///   that equals it is not stored.
+    /// - A file that is named as a list with ".locks" at its end locks key paths, one on a line;
+    ///   `QRVSettingsIsLocked` says what that does. "PREFIX.*" is the same as "PREFIX": both lock
+    ///   the key path with all that is below it. White space at both ends of a line is ignored, and
+    ///   so are empty lines and those that begin with "#". The locks of all folders count. There
+    ///   may be locks without a list.
+    /// - `loadDefaults` reads the files at each call, and nothing watches them.
+    /// - A file that cannot be read, is damaged or too large (a file of locks: 1 MiB) is left out;
+    ///   so is a value that no key path reaches, one below "Device", "Migration", "Profiles" or
+    ///   "MenubarCurrentApperance", which are the store's and the user's, and a line that is no
+    ///   key path. The failure handler is called for each once in the life of the process, and
+    ///   `QRVSettingsSiteDefaults` tells of them.
+    [[nodiscard]] bool usesSiteDefaults() const;
+    void setUsesSiteDefaults(bool usesSiteDefaults);
+
     /// How long a save waits while another process is writing the file; empty for as long as it
     /// takes, as at the start. A save that has waited so long fails with std::errc::timed_out and
     /// changes nothing. Holds for saves that begin to wait later. Any thread.
@@ -186,6 +216,21 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     ///   the other process's value, and the key path is not reported later.
     [[nodiscard]] const ChangeHandler& onChange() const;
     void setOnChange(ChangeHandler onChange);
+
+    /// The host's name for what it writes next, such as "undo": an observer of the file receives
+    /// it with each save that was queued meanwhile. Empty at the start: the store names its saves
+    /// itself (QRVChangeOrigins).
+    [[nodiscard]] const std::optional<std::string>& changeOrigin() const;
+    void setChangeOrigin(std::optional<std::string> changeOrigin);
+
+    /// Called after each save of this process that has replaced the file, on `queue()`, and with
+    /// what a reload has read, on `readQueue()`. A reload may also have read what this process
+    /// saved itself. The calls of saves are in their order, and have been made before
+    /// `QRVSettingsWaitForSaves` returns. The next save waits for the handler: it should pass the
+    /// change on to a queue of its own and return. An exception from it ends the program. Null, as
+    /// at the start, for none: then saves do nothing more than without it. To be set before
+    /// `loadDefaults`. Any thread.
+    void setFileChangeHandler(QRVFileChangeHandler handler);
     /// @}
 
     /// @name State of the store, for hosts to read
@@ -194,7 +239,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// Full path of the settings file. Any thread.
     [[nodiscard]] const std::string& location() const;
 
-    /// The built-in defaults as a tree, mutable at the top only; null until `loadDefaults`.
+    /// The built-in defaults as a tree, with those of the site, mutable at the top only; null until
+    /// `loadDefaults`.
     [[nodiscard]] NSMutableDictionary defaults() const;
     void setDefaults(NSMutableDictionary defaults);
 
@@ -284,7 +330,7 @@ QRV_EXPORT PropertyListValue QRVSettingsStoredObjectForKeyPath(QRVKeyPath keyPat
 /// stored dictionary answers alone.
 QRV_EXPORT PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath);
 
-/// The built-in default.
+/// The default of the site, else the built-in one.
 QRV_EXPORT PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath);
 
 /// The effective value as a boolean (`PropertyListValue::boolValue`).
@@ -397,6 +443,56 @@ QRV_EXPORT void QRVSettingsProfileSetObjectForKeyPath(const PropertyListValue& v
 QRV_EXPORT void QRVSettingsProfileClearCacheForKeyPath(QRVKeyPath keyPath);
 /// @}
 
+/// @name Defaults and locks of the site
+/// Everything here is as of the last `loadDefaults`, and empty unless `usesSiteDefaults()` was set
+/// before it.
+/// @{
+
+/// Whether the site has locked the key path, or one above it: then the default answers above the
+/// cache and the stored value; that of the site, or where it has none the built-in one. A locked
+/// key path is locked in every profile. (In a profile whose name holds a ".", only functions that
+/// take the plain key path see that.)
+///
+/// - A write of the host, of whatever kind, changes nothing at a locked key path: neither the
+///   stored value nor the cache. A write above one, such as that of a dictionary or an import,
+///   changes everything else. What is no dictionary cannot be written above a locked key path.
+///   Unless the locked value is what was written or is what was stored, the failure handler is
+///   called with "write locked setting", the path of the file of locks, and the key path.
+/// - A read of a dictionary above a locked key path gives the locked value in its place there.
+/// - `onChange` is not called for a locked key path, whoever changed the stored value there.
+/// - Stored values stay: they answer again when the lock is gone. The functions for stored values
+///   and for whole trees (`QRVSettingsStoredObjectForKeyPath`, `QRVSettingsSaveObject`,
+///   `setStorageCache`, ...) know no locks, nor does what the store changes for itself
+///   (`loadDefaults`, `migrate`).
+///
+/// A lock is no guard against the user: it holds for programs that ask for the site's defaults, in
+/// folders that the user's environment names.
+QRV_EXPORT bool QRVSettingsIsLocked(QRVKeyPath keyPath);
+
+/// The file that locks the key path; empty when it is not locked.
+QRV_EXPORT std::string QRVSettingsLockFileForKeyPath(QRVKeyPath keyPath);
+
+/// The list that gives the default at the key path; empty when that is the built-in one, or a
+/// dictionary.
+QRV_EXPORT std::string QRVSettingsSiteFileForKeyPath(QRVKeyPath keyPath);
+
+/// What was found in the site's files.
+struct QRVSiteDefaults {
+    /// Something that was left out.
+    struct Fault {
+        std::string file;
+        std::string keyPath;    ///< of the value, or the text of the line; empty for the whole file
+        std::error_code error;  ///< std::errc::invalid_argument for wrong contents
+        std::string reason;     ///< one line for people
+    };
+    NSDictionary values = nullptr;   ///< of all lists, immutable; null when there is none
+    NSDictionary builtIn = nullptr;  ///< the defaults without these values, immutable
+    std::vector<std::string> files;  ///< that were read, of the first folder first
+    std::vector<Fault> faults;
+};
+QRV_EXPORT QRVSiteDefaults QRVSettingsSiteDefaults();
+/// @}
+
 /// @name Appearance of the menu bar
 /// The platform names appearances (`Platform/System/NSAppearance.h`). The four names there are
 /// dark; every other name, and null, is light.
@@ -431,4 +527,10 @@ QRV_EXPORT PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath);
 /// NSInvalidArgumentException when `color` is neither a colour nor null, and where
 /// `QRVSettingsSetObjectForKeyPath` does.
 QRV_EXPORT void QRVSettingsSetColorForKeyPath(const PropertyListValue& color, QRVKeyPath keyPath);
+
+/// The colour that a text of the settings is, as `QRVSettingsColorForKeyPath` reads it; null for
+/// everything else. Any thread.
+QRV_EXPORT PropertyListValue QRVSettingsColorOfText(const PropertyListValue& text);
+/// The text that `QRVSettingsSetColorForKeyPath` writes. Any thread.
+QRV_EXPORT std::string QRVSettingsTextOfColor(const NSColor& color);
 /// @}

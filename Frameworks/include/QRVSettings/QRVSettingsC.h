@@ -199,6 +199,8 @@ QRV_EXPORT qrv_result qrv_store_monitor_file_changes(bool* monitor);
 QRV_EXPORT qrv_result qrv_store_set_monitor_file_changes(bool monitor);
 QRV_EXPORT qrv_result qrv_store_merges_saves(bool* merges);
 QRV_EXPORT qrv_result qrv_store_set_merges_saves(bool merges);
+QRV_EXPORT qrv_result qrv_store_uses_site_defaults(bool* uses);
+QRV_EXPORT qrv_result qrv_store_set_uses_site_defaults(bool uses);
 /// -1 for as long as it takes.
 QRV_EXPORT qrv_result qrv_store_save_lock_timeout(int64_t* milliseconds);
 /// A negative number for as long as it takes.
@@ -297,6 +299,17 @@ QRV_EXPORT qrv_result qrv_settings_profile_set_object_with_cache(const qrv_value
                                                                  bool with_cache);
 QRV_EXPORT qrv_result qrv_settings_profile_set_object(const qrv_value* value, const char* key_path);
 QRV_EXPORT qrv_result qrv_settings_profile_clear_cache(const char* key_path);
+/// @}
+
+/// @name Defaults and locks of the site
+/// @{
+QRV_EXPORT qrv_result qrv_settings_is_locked(const char* key_path, bool* locked);
+/// A string.
+QRV_EXPORT qrv_result qrv_settings_lock_file(const char* key_path, qrv_value** file);
+/// A string.
+QRV_EXPORT qrv_result qrv_settings_site_file(const char* key_path, qrv_value** file);
+/// A dictionary, or null: the member `values`.
+QRV_EXPORT qrv_result qrv_settings_site_defaults(qrv_value** values);
 /// @}
 
 /// @name Appearance of the menu bar

@@ -2,6 +2,7 @@
 // Makes the changes of a script in one save.
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -20,13 +21,23 @@ namespace {
 
 struct Options {
     std::string file;
+    Leniency leniency;
     WritingOptions writing;
     ChangeReport report;
 };
 
-void makeAll(const std::vector<Edit>& edits, const std::string& name, PendingChanges& changes) {
+void requireUsual(const SettingObjections& objections, const Edit& edit, const Leniency& leniency) {
+    if (edit.value.isNull()) return;
+    requireUsual(objections, edit.keyPath, edit.value, ProfileScope(edit.profile),
+                 {leniency.takesTypos || edit.isNew, leniency.takesAnyKind || edit.isOfAnyKind});
+}
+
+void makeAll(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency,
+             PendingChanges& changes) {
+    const SettingObjections objections;
     for (const Edit& edit : edits) {
         try {
+            requireUsual(objections, edit, leniency);
             changes.set(edit.value, edit.keyPath, ProfileScope(edit.profile));
         } catch (const Failure& failure) {
             throw Failure(failure.fault(), atLine(name, edit.line, failure.what()));
@@ -40,18 +51,18 @@ NSDictionary valuesOf(const std::vector<Edit>& edits) {
     return values;
 }
 
-Changes preview(const std::vector<Edit>& edits, const std::string& name) {
+Changes preview(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency) {
     PendingChanges neverSaved;
-    makeAll(edits, name, neverSaved);
+    makeAll(edits, name, leniency, neverSaved);
     Changes changes = neverSaved.changes();
     if (!changes.isEmpty())
         for (const std::string& note : neverSaved.notes()) remark(note);
     return changes;
 }
 
-Changes saveAll(const std::vector<Edit>& edits, const std::string& name) {
+Changes saveAll(const std::vector<Edit>& edits, const std::string& name, const Leniency& leniency) {
     PendingChanges changes;
-    makeAll(edits, name, changes);
+    makeAll(edits, name, leniency, changes);
     return changes.save();
 }
 
@@ -78,7 +89,8 @@ ExitCode apply(const Options& options) {
         remark("no changes, " + name);
         return ExitCode::Done;
     }
-    const Changes changes = options.writing.dryRun ? preview(edits, name) : saveAll(edits, name);
+    const Changes changes = options.writing.dryRun ? preview(edits, name, options.leniency)
+                                                   : saveAll(edits, name, options.leniency);
     remarkWhatStrictXMLRefuses(valuesOf(edits));
     return report(changes, options);
 }
@@ -90,7 +102,7 @@ OptionList declare(Options& options) {
     OptionList list = previewFlags(options.writing, options.report);
     list.insert(list.begin(), file);
     list.push_back(changesAsJSONFlag(options.report));
-    return withWritingOptions(list, options.writing);
+    return withWritingOptions(withLeniency(list, options.leniency), options.writing);
 }
 
 }  // namespace

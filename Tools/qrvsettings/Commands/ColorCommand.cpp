@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -28,6 +29,7 @@ struct Options {
     std::string profile;
     std::vector<std::string> color;
     bool hexadecimal = false;
+    Leniency leniency;
     WritingOptions writing;
 };
 
@@ -92,6 +94,7 @@ ExitCode set(const Options& options) {
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.writing);
     PendingChanges changes;
+    requireUsualColor(options.keyPath, scope, options.leniency);
     changes.write(storedKeyPath, [&] {
         scope.extendDefault(options.keyPath);
         QRVSettingsSetColorForKeyPath(color, storedKeyPath);
@@ -127,7 +130,9 @@ OptionList declareSet(Options& options) {
         required(texts("COLOR", options.color,
                        "R G B [A], numbers usually from 0 to 1, or '#rrggbb' or '#rrggbbaa'"));
     return withWritingOptions(
-        {keyPathArgument(options.keyPath), profileOption(options.profile), color}, options.writing);
+        withLeniency({keyPathArgument(options.keyPath), profileOption(options.profile), color},
+                     options.leniency),
+        options.writing);
 }
 
 OptionList declareUnset(Options& options) {

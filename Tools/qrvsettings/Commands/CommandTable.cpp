@@ -11,6 +11,9 @@ constexpr std::string_view setFooter =
 begins with {, [ or " is JSON, and anything else is a string. One newline at the end of
 standard input is dropped. A value that begins with a dash and is no number goes after --.
 
+A key path that looks like a typo of a known one is refused, and so is a value of another
+kind than the setting's, none of its choices, or out of its range.
+
 In JSON, {"$date":"2020-01-01T00:00:00Z"} is a date, {"$data":"AQI="} is data (base64),
 {"$real":"nan"} (inf, -inf) is a real, and {"$dictionary":{...}} is a dictionary that looks
 like one of these.
@@ -20,7 +23,7 @@ Example: qrvsettings set CPU.Menubar.Mode.HistoryGraph.Width 40)";
 constexpr std::string_view applyFooter =
     R"(A line is one of these, blank, or a comment that begins with #:
 
-  set [--type NAME] [--profile NAME] KEYPATH VALUE
+  set [--type NAME] [--profile NAME] [--new] [--any-kind] KEYPATH VALUE
   unset [--profile NAME] KEYPATH
   qrvsettings set ... or qrvsettings unset ..., as "diff --as-commands" prints them
 
@@ -28,8 +31,9 @@ VALUE is the rest of the line, without the blanks at its end, and is read as in 
 that begins with {, [ or " is JSON. Unlike in "set", a lone - is an ordinary string. A KEYPATH
 or the NAME of a profile that holds blanks is written as a JSON string. What begins with two
 dashes and is no option goes after --. The changes are made in the order of their lines.
-Unsetting a key that is not set does nothing. Where nothing changes nothing is written. How
-many settings changed, and how many key paths are as they were, is said on standard error.
+Unsetting a key that is not set does nothing. A line is refused as "set" refuses it. Where
+nothing changes nothing is written. How many settings changed, and how many key paths are as
+they were, is said on standard error.
 
 Example: printf 'set UpdateFrequency 3\nunset Menu.Theme.Dark\n' | qrvsettings apply -)";
 

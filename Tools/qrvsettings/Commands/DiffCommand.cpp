@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -59,7 +60,8 @@ std::string textOf(const Comparison& comparison, const Options& options) {
         case Form::JSON:
             return differenceObjects(comparison.differences);
         case Form::Commands:
-            return shellCommands(comparison.differences, comparison.newTree, options.profile);
+            return shellCommands(comparison.differences, comparison.newTree, optionsThatTakeIt(),
+                                 options.profile);
         case Form::Lines:
             break;
     }

@@ -6,6 +6,7 @@
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
+#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/KnownKeyPaths.h"
@@ -31,10 +32,21 @@ struct Explanation {
     PropertyListValue effective;
     std::string layer;
     PropertyListValue stored;
+    PropertyListValue site;
+    std::string siteFile;
+    std::string lockFile;
     PropertyListValue byDefault;
     std::string profile;
     PropertyListValue inProfile;
 };
+
+/// The layer that answers, when the stored value is of the layer that has this name; it is empty
+/// when nothing is stored.
+std::string answeringLayer(const Explanation& explanation, const std::string& stored) {
+    if (!stored.empty() && explanation.lockFile.empty()) return stored;
+    if (!explanation.site.isNull()) return "site";
+    return explanation.byDefault.isNull() ? "none" : "default";
+}
 
 /// Reads the stored value before the preparation, which may reset it in memory.
 Explanation explanationOf(const Options& options) {
@@ -43,18 +55,22 @@ Explanation explanationOf(const Options& options) {
     openToRead();
     const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(options.keyPath);
     prepareToRead();
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(options.keyPath);
-    const std::string layer = !scope.stored(options.keyPath).isNull()
-                                  ? (scope.isProfile() ? "profile" : "stored")
-                              : byDefault.isNull() ? "none"
-                                                   : "default";
-    return {options.keyPath,
-            scope.effective(options.keyPath),
-            layer,
-            stored,
-            byDefault,
-            options.profile.empty() ? "default" : options.profile,
-            profile.stored(options.keyPath)};
+    const QRVSiteDefaults site = QRVSettingsSiteDefaults();
+    Explanation explanation{
+        .keyPath = options.keyPath,
+        .effective = scope.effective(options.keyPath),
+        .layer = "",
+        .stored = stored,
+        .site = NSDictionaryQRV::objectAtKeyPath(site.values, options.keyPath),
+        .siteFile = QRVSettingsSiteFileForKeyPath(options.keyPath),
+        .lockFile = QRVSettingsLockFileForKeyPath(scope.storedKeyPath(options.keyPath)),
+        .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
+        .profile = options.profile.empty() ? "default" : options.profile,
+        .inProfile = profile.stored(options.keyPath)};
+    const bool isStored = !scope.stored(options.keyPath).isNull();
+    const std::string layerOfStored = scope.isProfile() ? "profile" : "stored";
+    explanation.layer = answeringLayer(explanation, isStored ? layerOfStored : "");
+    return explanation;
 }
 
 PropertyListValue orNullMarker(const PropertyListValue& value) {
@@ -63,6 +79,10 @@ PropertyListValue orNullMarker(const PropertyListValue& value) {
 
 PropertyListValue kindOrNullMarker(const PropertyListValue& value) {
     return value.isNull() ? PropertyListValue(NSNull()) : kindWord(value);
+}
+
+PropertyListValue textOrNullMarker(const std::string& text) {
+    return text.empty() ? PropertyListValue(NSNull()) : text;
 }
 
 bool canCompareKinds(const Explanation& explanation) {
@@ -81,6 +101,10 @@ std::string jsonOf(const Explanation& explanation) {
                {"layer", explanation.layer},
                {"stored", orNullMarker(explanation.stored)},
                {"storedKind", kindOrNullMarker(explanation.stored)},
+               {"site", orNullMarker(explanation.site)},
+               {"siteKind", kindOrNullMarker(explanation.site)},
+               {"siteFile", textOrNullMarker(explanation.siteFile)},
+               {"lockFile", textOrNullMarker(explanation.lockFile)},
                {"default", orNullMarker(explanation.byDefault)},
                {"defaultKind", kindOrNullMarker(explanation.byDefault)},
                {"kindDiffers", canCompareKinds(explanation)
@@ -102,7 +126,12 @@ std::string linesOf(const Explanation& explanation) {
     std::vector<Fact> facts = {{"key path", keyPathText(explanation.keyPath)}};
     add(facts, "effective", explanation.effective);
     facts.push_back({"layer", explanation.layer});
+    if (!explanation.lockFile.empty())
+        facts.push_back({"locked by", keyPathText(explanation.lockFile)});
     add(facts, "stored", explanation.stored);
+    if (!explanation.site.isNull()) add(facts, "site", explanation.site);
+    if (!explanation.siteFile.empty())
+        facts.push_back({"site file", keyPathText(explanation.siteFile)});
     add(facts, "default", explanation.byDefault);
     if (canCompareKinds(explanation))
         facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});

@@ -2,6 +2,7 @@
 // Replaces all stored settings by those of a file.
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -47,6 +48,7 @@ ExitCode runImport(const Options& options) {
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
     if (!changes.isEmpty() && needMigration(settings)) remark(migrationNote);
+    if (options.writing.dryRun) remarkObjections(settings);
     remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
     return report(changes, options, name);

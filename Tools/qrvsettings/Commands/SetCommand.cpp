@@ -2,6 +2,7 @@
 // Stores one setting.
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -26,6 +27,7 @@ struct Options {
     std::string value;
     std::string type;
     std::string profile;
+    Leniency leniency;
     WritingOptions writing;
     ChangeReport report;
 };
@@ -59,13 +61,10 @@ std::string replacedBelow(const std::string& keyPath, const PropertyListValue& r
 }
 
 /// It is allowed, but a typo in the key path or the value looks the same.
-void remarkWhatIsUnusual(const PropertyListValue& value, const PropertyListValue& replaced,
-                         const std::string& keyPath) {
+void remarkWhatIsReplaced(const PropertyListValue& value, const PropertyListValue& replaced,
+                          const std::string& keyPath) {
     const std::string below = replacedBelow(keyPath, replaced, value);
     if (!below.empty()) remark("this replaces what was stored below, " + keyPath + ": " + below);
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
-    if (!byDefault.isNull() && !byDefault.isSameKindAs(value))
-        remark("the default is of another kind, " + kindWord(byDefault) + ", " + keyPath);
 }
 
 ExitCode set(const Options& options) {
@@ -75,9 +74,10 @@ ExitCode set(const Options& options) {
     openToWrite(options.writing);
     const PropertyListValue replaced = scope.stored(options.keyPath);
     PendingChanges changes;
+    requireUsual(SettingObjections(), options.keyPath, value, scope, options.leniency);
     changes.set(value, options.keyPath, scope);
     const Changes saved = changes.save();
-    remarkWhatIsUnusual(value, replaced, options.keyPath);
+    remarkWhatIsReplaced(value, replaced, options.keyPath);
     remarkWhatStrictXMLRefuses({{options.keyPath, value}});
     if (options.report.json)
         printObject(saved);
@@ -95,9 +95,10 @@ OptionList declare(Options& options) {
     type.words = valueTypes();
     type.takesOnlyWords = true;
     return withWritingOptions(
-        {keyPathArgument(options.keyPath),
-         required(text("VALUE", options.value, "See below; - reads standard input")), type,
-         profileOption(options.profile), changesAsJSONFlag(options.report)},
+        withLeniency({keyPathArgument(options.keyPath),
+                      required(text("VALUE", options.value, "See below; - reads standard input")),
+                      type, profileOption(options.profile), changesAsJSONFlag(options.report)},
+                     options.leniency),
         options.writing);
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "Commands/CommandTable.h"
+#include "Commands/Leniency.h"
 #include "Options/CommonOptions.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Process/ExitCode.h"
@@ -141,7 +142,7 @@ std::string Watch::line(const std::string& keyPath) const {
     if (options_.form == Form::Commands) {
         // A value that replaces a dictionary removes what was in it.
         const auto leaf = leafAbove(file_, keyPath);
-        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_);
+        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_, optionsThatTakeIt());
     }
     const PropertyListValue stored = objectAtKeyPath(file_, keyPath);
     // A read of the store would read the file again where it was missing.

@@ -34,7 +34,8 @@ Option prefixArgument(std::optional<std::string>& prefix) {
 }
 
 const std::vector<std::string>& layerNames() {
-    static const auto& names = *new std::vector<std::string>{"effective", "stored", "default"};
+    static const auto& names =
+        *new std::vector<std::string>{"effective", "stored", "site", "default"};
     return names;
 }
 
@@ -42,7 +43,8 @@ Option layerOption(std::string& layer) {
     Option option =
         text("--layer", layer,
              "effective: stored values over the defaults, as the application sees them; "
-             "stored: the settings file alone; default: the built-in defaults alone");
+             "stored: the settings file alone; site: the defaults of this machine's "
+             "administrator alone; default: these over the built-in ones");
     option.takes = Takes::Layer;
     option.valueName = "NAME";
     option.words = layerNames();

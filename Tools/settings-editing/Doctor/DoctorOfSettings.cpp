@@ -52,7 +52,7 @@ Finding ofAnotherKind(const std::string& keyPath, const PropertyListValue& store
 /// Reports a stored leaf, or a dictionary on the way to it, that is of another kind than the
 /// default.
 void examineKind(const std::string& keyPath, const NSDictionary& settings, Findings& findings) {
-    const std::string_view plain = withoutProfile(keyPath);
+    const std::string_view plain = QRVPlainKeyPath(keyPath);
     const std::string place = keyPath.substr(0, keyPath.size() - plain.size());
     const auto above = leafAbove(QRVSettings::sharedSettings().defaults(), plain);
     const std::string judged = above.value_or(std::string(plain));
@@ -64,24 +64,22 @@ void examineKind(const std::string& keyPath, const NSDictionary& settings, Findi
 
 void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
                      const NSDictionary& settings, Findings& findings) {
-    const std::string_view plain = withoutProfile(keyPath);
-    const auto meant = known.meantBy(plain);
+    const auto meant = known.meantInPlaceBy(keyPath);
     if (!meant) return;
-    const std::string place = keyPath.substr(0, keyPath.size() - plain.size());
     const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(settings, keyPath);
     findings.emplace(
         keyPath,
         Finding{
             Level::Warning,
             "nothing is known to read " + keyPathText(keyPath) + "; did you mean " + *meant + "?",
-            "store it there, and remove this one: qrvsettings set -- " + shellWord(place + *meant) +
-                " " + shellWord(jsonText(value)) + " && " + unsetCommand(keyPath),
+            "store it there, and remove this one: qrvsettings set -- " + shellWord(*meant) + " " +
+                shellWord(jsonText(value)) + " && " + unsetCommand(keyPath),
             keyPath});
 }
 
 void examineEmptyDictionary(const std::string& keyPath, Findings& findings) {
     const PropertyListValue byDefault =
-        QRVSettingsDefaultForKeyPath(std::string(withoutProfile(keyPath)));
+        QRVSettingsDefaultForKeyPath(std::string(QRVPlainKeyPath(keyPath)));
     if (!byDefault.isDictionary() || isLeftByMigration(keyPath)) return;
     findings.emplace(
         keyPath, Finding{Level::Note,
@@ -164,6 +162,24 @@ void examineSize(const NSDictionary& settings, std::vector<Finding>& findings) {
     report(size.bytes, NSPropertyListSerialization::maximumContents, " bytes of text and data");
 }
 
+void examineSite(Diagnosis& diagnosis) {
+    const QRVSiteDefaults site = QRVSettingsSiteDefaults();
+    NSMutableArray files;
+    std::string text;
+    for (const std::string& file : site.files) {
+        files.addObject(file);
+        text += (text.empty() ? "" : ", ") + file;
+    }
+    if (!site.files.empty()) diagnosis.facts.push_back({"site", files, text});
+    for (const QRVSiteDefaults::Fault& fault : site.faults) {
+        const std::string what =
+            fault.keyPath.empty() ? fault.file : keyPathText(fault.keyPath) + " in " + fault.file;
+        diagnosis.findings.push_back(
+            {Level::Warning, "the site's settings are left out: " + what + ": " + fault.reason,
+             "ask the administrator of this machine to correct the file", fault.keyPath});
+    }
+}
+
 }  // namespace
 
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
@@ -175,7 +191,8 @@ void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings) {
         {"settings", leaves.count(), std::to_string(leaves.count()) + " stored"});
     examineSize(settings, diagnosis.findings);
     examinePreparation(diagnosis);
-    const KnownKeyPaths known(QRVSettings::sharedSettings().defaults());
+    examineSite(diagnosis);
+    const KnownKeyPaths known(KnownLists::read());
     Findings findings;
     for (const auto& [key, value] : leaves) {
         const std::string keyPath(key);

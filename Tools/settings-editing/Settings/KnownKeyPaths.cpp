@@ -2,29 +2,11 @@
 #include "Settings/KnownKeyPaths.h"
 
 #include <algorithm>
-#include <array>
 
-#include "QRVSettings/NSDictionary+QRV.h"
-#include "QRVSettings/QRVSettings.h"
-#include "QRVSettings/StoreKeyPaths.h"
 #include "Text/LetterCase.h"
 
 namespace Tool {
 namespace {
-
-/// The store uses them, and they have no default.
-constexpr std::array withoutDefault = {
-    QRVStoreKeyPaths::currentAppearance,
-    QRVStoreKeyPaths::device,
-    QRVStoreKeyPaths::model,
-    QRVStoreKeyPaths::combinedItemsMigrated,
-    QRVStoreKeyPaths::profilesMigrated,
-    QRVStoreKeyPaths::availableProfile,
-    QRVStoreKeyPaths::combinedItems,
-    QRVStoreKeyPaths::primaryInterface,
-    QRVStoreKeyPaths::fans,
-    QRVStoreKeyPaths::profileSensors,
-};
 
 bool isDigit(char character) {
     return '0' <= character && character <= '9';
@@ -73,11 +55,8 @@ std::string_view throughFirstDifference(std::string_view keyPath, std::string_vi
 
 }  // namespace
 
-KnownKeyPaths::KnownKeyPaths(const NSDictionary& defaults) {
-    NSMutableDictionary leaves;
-    NSDictionaryQRV::flatten(defaults, leaves);
-    for (const auto& [keyPath, value] : leaves) add(std::string(keyPath));
-    for (const std::string_view keyPath : withoutDefault) add(std::string(keyPath));
+KnownKeyPaths::KnownKeyPaths(const KnownLists& lists) {
+    for (const auto& [keyPath, setting] : lists.settings()) add(keyPath);
 }
 
 void KnownKeyPaths::add(const std::string& keyPath) {
@@ -105,17 +84,16 @@ std::optional<std::string> KnownKeyPaths::meantBy(std::string_view keyPath) cons
     return known == keyPaths_.end() ? std::nullopt : std::optional(*known);
 }
 
-std::string didYouMean(std::string_view keyPath) {
-    const auto known =
-        KnownKeyPaths(QRVSettings::sharedSettings().defaults()).meantBy(withoutProfile(keyPath));
-    return known ? "; did you mean " + *known + "?" : "";
+std::optional<std::string> KnownKeyPaths::meantInPlaceBy(std::string_view keyPath) const {
+    const std::string_view plain = QRVPlainKeyPath(keyPath);
+    const auto meant = meantBy(plain);
+    if (!meant) return std::nullopt;
+    return std::string(keyPath.substr(0, keyPath.size() - plain.size())) + *meant;
 }
 
-std::string_view withoutProfile(std::string_view keyPath) {
-    constexpr std::string_view profiles = QRVStoreKeyPaths::profiles;
-    if (!keyPath.starts_with(profiles) || keyPath.substr(profiles.size(), 1) != ".") return keyPath;
-    const std::size_t end = keyPath.find('.', profiles.size() + 1);
-    return end == keyPath.npos ? keyPath : keyPath.substr(end + 1);
+std::string didYouMean(std::string_view keyPath) {
+    const auto known = KnownKeyPaths(KnownLists::read()).meantInPlaceBy(keyPath);
+    return known ? "; did you mean " + *known + "?" : "";
 }
 
 }  // namespace Tool

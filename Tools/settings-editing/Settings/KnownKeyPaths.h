@@ -6,16 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Values/PropertyListValue.h"
+#include "Settings/KnownLists.h"
 
 namespace Tool {
 
-/// The key paths that the application is known to use, and those above them: key paths with a
-/// default, and those of the store itself. The application also uses others, without a default.
+/// The key paths that are known, and those above them. The application also uses others.
 class KnownKeyPaths {
   public:
-    /// `defaults` is the tree of them; null for none.
-    explicit KnownKeyPaths(const NSDictionary& defaults);
+    explicit KnownKeyPaths(const KnownLists& lists);
 
     [[nodiscard]] bool have(std::string_view keyPath) const;
 
@@ -23,6 +21,8 @@ class KnownKeyPaths {
     /// swapped with its neighbour, or letters in the wrong case. Empty for a known key path, and
     /// where the difference has a meaning: another number, or another known name in its place.
     [[nodiscard]] std::optional<std::string> meantBy(std::string_view keyPath) const;
+    /// The same for a key path that may be one of a profile, in that profile.
+    [[nodiscard]] std::optional<std::string> meantInPlaceBy(std::string_view keyPath) const;
 
   private:
     [[nodiscard]] bool isTypo(std::string_view keyPath, std::string_view known) const;
@@ -31,11 +31,6 @@ class KnownKeyPaths {
 };
 
 /// `; did you mean KEYPATH?`, for the end of a message; empty when it is no typo of a known one.
-/// Call it after the store is prepared: there are no defaults before.
 std::string didYouMean(std::string_view keyPath);
-
-/// The key path as the application reads it: for a setting of a profile, the part after the name of
-/// the profile.
-std::string_view withoutProfile(std::string_view keyPath);
 
 }  // namespace Tool

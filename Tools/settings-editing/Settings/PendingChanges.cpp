@@ -4,6 +4,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
+#include "Settings/LockedSettings.h"
 #include "Settings/Preparation.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Saving.h"
@@ -54,7 +55,7 @@ void PendingChanges::set(const PropertyListValue& value, const std::string& keyP
 
 void PendingChanges::write(const std::string& storedKeyPath, const std::function<void()>& change) {
     try {
-        change();
+        changeUnlocked(change);
         if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
             QRVSettingsRemoveEmptyLevelsAbove(storedKeyPath);
     } catch (const NSInvalidArgumentException& exception) {
@@ -89,21 +90,35 @@ void prepareWithoutStoredSettings() {
     prepareToRead();
 }
 
+namespace {
+
+struct Import {
+    NSDictionary settings;  ///< with what is locked as it is stored
+    Changes changes;
+};
+
+Import importedInMemory(const NSDictionary& settings) {
+    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
+    prepareWithoutStoredSettings();
+    const NSDictionary allowed = withLockedSettingsOf(before, settings);
+    replaceStoredTree(allowed);
+    QRVSettings::sharedSettings().migrate();
+    return {allowed, changesOfReplacement(before, QRVSettingsStoredValues())};
+}
+
+}  // namespace
+
 Changes importSettings(const NSDictionary& settings) {
-    Changes changes = importInMemory(settings);
+    const auto [allowed, changes] = importedInMemory(settings);
     if (changes.isEmpty() && !isFileDamaged()) return changes;
     // Otherwise the migration takes what it has cached before for done.
     QRVSettings::sharedSettings().cache().removeAllObjects();
-    saveAndWait([&settings] { QRVSettingsImport(settings); });
+    saveAndWait([&tree = allowed] { QRVSettingsImport(tree); });
     return changes;
 }
 
 Changes importInMemory(const NSDictionary& settings) {
-    const NSDictionary before = snapshotOf(QRVSettingsStoredValues());
-    prepareWithoutStoredSettings();
-    replaceStoredTree(settings);
-    QRVSettings::sharedSettings().migrate();
-    return changesOfReplacement(before, QRVSettingsStoredValues());
+    return importedInMemory(settings).changes;
 }
 
 }  // namespace Tool

@@ -35,7 +35,8 @@ class PendingChanges {
              const ProfileScope& scope = ProfileScope(""));
 
     /// Runs `change`, which writes at this stored key path. Throws Failure (WrongValue) that names
-    /// the stored value in its way, or what no settings file can hold; then nothing is written.
+    /// the stored value in its way, the file that locks it, or what no settings file can hold; then
+    /// nothing is written.
     void write(const std::string& storedKeyPath, const std::function<void()>& change);
 
     /// What the writes so far change, compared with what the file held when this process read it.
@@ -63,8 +64,8 @@ void prepareWithoutStoredSettings();
 
 /// Replaces all settings, in one save; pending changes are discarded, and so is what others have
 /// saved before. Saves nothing when the file held these settings as this process read it, unless it
-/// is damaged. Throws Failure as `saveAndWait` does, and NSInvalidArgumentException when the
-/// settings cannot be migrated.
+/// is damaged. What is locked stays as it is stored. Throws Failure as `saveAndWait` and
+/// `withLockedSettingsOf` do, and NSInvalidArgumentException when the settings cannot be migrated.
 Changes importSettings(const NSDictionary& settings);
 
 /// The same without the save.

@@ -29,6 +29,7 @@ std::string text(std::string_view keyPath) {
 void runPreparation() {
     QRVSettings& store = QRVSettings::sharedSettings();
     try {
+        store.setUsesSiteDefaults(true);
         store.loadDefaults();
         store.prepare();
     } catch (const NSInvalidArgumentException& exception) {

@@ -11,7 +11,8 @@
 
 namespace Tool {
 
-/// Prepares the store as the application does at its start. The caller has opened a batch: what
+/// Prepares the store as the application does at its start, with the defaults and locks of the
+/// site. The caller has opened a batch: what
 /// that writes must not be saved unless somebody asks for it. Returns a line for the user about
 /// each thing that it resets or migrates. Throws Failure (WrongValue) when a stored value is in the
 /// way.

@@ -15,6 +15,7 @@ namespace Tool {
 
 SettingsLayer::SettingsLayer(std::string_view name, ProfileScope scope)
     : name_(name == "stored"    ? Name::Stored
+            : name == "site"    ? Name::Site
             : name == "default" ? Name::Default
                                 : Name::Effective),
       scope_(std::move(scope)) {}
@@ -22,21 +23,25 @@ SettingsLayer::SettingsLayer(std::string_view name, ProfileScope scope)
 // The preparation changes stored values in memory, such as those of another machine: it would hide
 // what the file holds.
 void SettingsLayer::open() const {
-    if (name_ != Name::Default) openToRead();
-    if (name_ != Name::Stored) prepareToRead();
+    if (hasStored()) openToRead();
+    if (hasDefaults()) prepareToRead();
 }
 
 PropertyListValue SettingsLayer::value(QRVKeyPath keyPath) const {
     if (name_ == Name::Stored) return scope_.stored(keyPath);
+    if (name_ == Name::Site)
+        return NSDictionaryQRV::objectAtKeyPath(QRVSettingsSiteDefaults().values, keyPath);
     if (name_ == Name::Default) return QRVSettingsDefaultForKeyPath(keyPath);
     return scope_.effective(keyPath);
 }
 
 NSDictionary SettingsLayer::flattened() const {
     NSMutableDictionary leaves;
-    if (name_ != Name::Stored)
+    if (name_ == Name::Site)
+        NSDictionaryQRV::flatten(QRVSettingsSiteDefaults().values, leaves);
+    else if (hasDefaults())
         NSDictionaryQRV::flatten(QRVSettings::sharedSettings().defaults(), leaves);
-    if (name_ != Name::Default) NSDictionaryQRV::flatten(scope_.storedTree(), leaves);
+    if (hasStored()) NSDictionaryQRV::flatten(scope_.storedTree(), leaves);
     return leaves;
 }
 
@@ -46,7 +51,7 @@ NSDictionary SettingsLayer::leaves() const {
     NSMutableDictionary leaves;
     for (const auto& [keyPath, candidate] : flattened()) {
         const PropertyListValue answer = value(keyPath);
-        if (!answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
+        if (!answer.isNull() && !answer.isDictionary()) leaves.setObjectForKey(answer, keyPath);
     }
     return leaves;
 }

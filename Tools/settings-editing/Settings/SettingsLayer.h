@@ -11,10 +11,10 @@
 namespace Tool {
 
 /// Where a read looks: "effective" is what the application sees, "stored" the settings file alone,
-/// "default" the built-in defaults alone.
+/// "site" the defaults of the site alone, "default" these over the built-in ones.
 class SettingsLayer {
   public:
-    /// `name` is one of the three.
+    /// `name` is one of the four.
     SettingsLayer(std::string_view name, ProfileScope scope);
 
     /// Call it before the first read. Throws Failure: UnreadableFile when the layer needs the
@@ -30,7 +30,12 @@ class SettingsLayer {
     [[nodiscard]] NSDictionary leavesAndEmptyDictionaries() const;
 
   private:
-    enum class Name { Effective, Stored, Default };
+    enum class Name { Effective, Stored, Site, Default };
+    /// Whether the layer has what is stored, and the defaults.
+    [[nodiscard]] bool hasStored() const {
+        return name_ == Name::Effective || name_ == Name::Stored;
+    }
+    [[nodiscard]] bool hasDefaults() const { return name_ != Name::Stored; }
     [[nodiscard]] NSDictionary flattened() const;
     Name name_;
     ProfileScope scope_;

@@ -80,16 +80,27 @@ struct Operation {
     std::string name;
     std::string type;
     std::string profile;
+    bool isNew = false;
+    bool isOfAnyKind = false;
 
     [[nodiscard]] bool isSet() const { return name == "set"; }
     void start(const std::string& word);
+    /// False where there is no such option without a value.
+    bool takeFlag(std::string_view option);
     void requireOption(std::string_view option) const;
     void takeOption(std::string_view option, const std::string& value);
+    [[nodiscard]] Edit edit(std::size_t number, std::string keyPath, PropertyListValue value) const;
 };
 
 void Operation::start(const std::string& word) {
     if (word != "set" && word != "unset") refuse("neither set nor unset: " + shortened(word));
     name = word;
+}
+
+bool Operation::takeFlag(std::string_view option) {
+    if (isSet() && option == "--new") return isNew = true;
+    if (isSet() && option == "--any-kind") return isOfAnyKind = true;
+    return false;
 }
 
 void Operation::requireOption(std::string_view option) const {
@@ -103,6 +114,10 @@ void Operation::takeOption(std::string_view option, const std::string& value) {
         type = typeNamed(value);
     else
         profile = profileNamed(value);
+}
+
+Edit Operation::edit(std::size_t number, std::string keyPath, PropertyListValue value) const {
+    return {number, std::move(keyPath), std::move(value), profile, isNew, isOfAnyKind};
 }
 
 /// Reads one line from its start.
@@ -142,7 +157,7 @@ void LineReader::takeOptions() {
         const std::string_view name = takeUpTo(rest_, rest_.find_first_of(" \t="));
         if (name == "--" && !rest_.starts_with('='))
             areOptionsOver_ = true;
-        else
+        else if (rest_.starts_with('=') || !operation_.takeFlag(name))
             takeOption(name);
         skipBlanks(rest_);
     }
@@ -172,14 +187,11 @@ PropertyListValue LineReader::takeValue(const std::string& keyPath) {
 Edit LineReader::edit(std::size_t number) {
     operation_.start(std::string(takeWord(rest_)));
     takeOptions();
-    Edit edit{number, takeKeyPath(), nullptr, {}};
+    const std::string keyPath = takeKeyPath();
     takeOptions();
-    if (operation_.isSet())
-        edit.value = takeValue(edit.keyPath);
-    else if (!rest_.empty())
-        refuse("more than a key path: " + shortened(rest_));
-    edit.profile = operation_.profile;
-    return edit;
+    if (operation_.isSet()) return operation_.edit(number, keyPath, takeValue(keyPath));
+    if (!rest_.empty()) refuse("more than a key path: " + shortened(rest_));
+    return operation_.edit(number, keyPath, nullptr);
 }
 
 /// Reads one command for a shell.
@@ -219,7 +231,7 @@ void CommandReader::takeWords() {
             arguments_.push_back(word);
         else if (word.text == "--")
             areOptionsOver = true;
-        else
+        else if (!operation_.takeFlag(word.text))
             takeOption(word.text);
     }
 }
@@ -240,10 +252,10 @@ std::vector<Edit> CommandReader::edits(std::size_t number) {
         if (arguments_.size() > 2)
             refuse("more than a key path and a value: " + shortened(arguments_[2].text));
         edits.push_back(
-            {number, arguments_.front().text, valueOf(arguments_.back()), operation_.profile});
+            operation_.edit(number, arguments_.front().text, valueOf(arguments_.back())));
     } else {
         for (const ShellWord& keyPath : arguments_)
-            edits.push_back({number, keyPath.text, nullptr, operation_.profile});
+            edits.push_back(operation_.edit(number, keyPath.text, nullptr));
     }
     return edits;
 }

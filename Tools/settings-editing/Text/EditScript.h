@@ -4,7 +4,7 @@
 /// Edits of settings as a script, one a line:
 ///
 ///     # a comment
-///     set [--type NAME] [--profile NAME] KEYPATH VALUE
+///     set [--type NAME] [--profile NAME] [--new] [--any-kind] KEYPATH VALUE
 ///     unset [--profile NAME] KEYPATH
 ///     qrvsettings set [--type NAME] [--profile NAME] [--] KEYPATH VALUE
 ///     qrvsettings unset [--profile NAME] [--] KEYPATH...
@@ -29,8 +29,10 @@ namespace Tool {
 struct Edit {
     std::size_t line;  ///< counted from 1
     std::string keyPath;
-    PropertyListValue value;  ///< null to remove the setting
-    std::string profile;      ///< whose setting it is; empty for the application's
+    PropertyListValue value;   ///< null to remove the setting
+    std::string profile;       ///< whose setting it is; empty for the application's
+    bool isNew = false;        ///< `--new`
+    bool isOfAnyKind = false;  ///< `--any-kind`
 };
 
 /// `name` is the name of the script in messages. Throws Failure (WrongValue), with name and line,

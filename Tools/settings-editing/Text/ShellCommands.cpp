@@ -11,9 +11,11 @@
 namespace Tool {
 namespace {
 
-std::string start(const char* operation, const std::string& profile) {
+/// `options` end with a blank.
+std::string start(const std::string& operation, const std::string& options,
+                  const std::string& profile) {
     const std::string option = profile.empty() ? "" : "--profile=" + shellWord(profile) + " ";
-    return std::string("qrvsettings ") + operation + " " + option + "-- ";
+    return "qrvsettings " + operation + " " + options + option + "-- ";
 }
 
 using NSDictionaryQRV::objectAtKeyPath;
@@ -64,18 +66,19 @@ std::string unsetCommand(const std::string& keyPath) {
 
 // As JSON, so that the value needs no --type.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
-                         const std::string& profile) {
+                         const OptionsToSet& optionsToSet, const std::string& profile) {
     if (keyPath.find('\0') != keyPath.npos) {
         notice("no argument of a command can hold this key path, " + keyPath);
         return {};
     }
     const PropertyListValue value = objectAtKeyPath(tree, keyPath);
-    if (value.isNull()) return start("unset", profile) + shellWord(keyPath) + "\n";
-    return start("set", profile) + shellWord(keyPath) + " " + shellWord(jsonText(value)) + "\n";
+    if (value.isNull()) return start("unset", "", profile) + shellWord(keyPath) + "\n";
+    return start("set", optionsToSet(keyPath, value), profile) + shellWord(keyPath) + " " +
+           shellWord(jsonText(value)) + "\n";
 }
 
 std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& newTree,
-                          const std::string& profile) {
+                          const OptionsToSet& optionsToSet, const std::string& profile) {
     std::string lines;
     for (const Difference& difference : differences) {
         // A value that replaces a dictionary removes what was in it.
@@ -83,7 +86,7 @@ std::string shellCommands(const std::vector<Difference>& differences, const NSDi
         if (!difference.isReached)
             notice("no key path reaches this key, " + difference.keyPath);
         else if (!isGone)
-            lines += shellCommand(difference.keyPath, newTree, profile);
+            lines += shellCommand(difference.keyPath, newTree, optionsToSet, profile);
     }
     return lines;
 }

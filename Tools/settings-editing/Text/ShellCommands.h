@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,13 +18,17 @@ std::string shellWord(std::string_view text);
 /// The command that removes the setting.
 std::string unsetCommand(const std::string& keyPath);
 
+/// The options of the command that sets a value, each with a blank after it.
+using OptionsToSet =
+    std::function<std::string(const std::string& keyPath, const PropertyListValue& value)>;
+
 /// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
 /// named, hold at the key path what this tree holds. Empty, with a notice, where none can.
 std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
-                         const std::string& profile = "");
+                         const OptionsToSet& optionsToSet, const std::string& profile = "");
 
 /// The commands that make the changes, which lead from another tree to this one.
 std::string shellCommands(const std::vector<Difference>& differences, const NSDictionary& newTree,
-                          const std::string& profile = "");
+                          const OptionsToSet& optionsToSet, const std::string& profile = "");
 
 }  // namespace Tool

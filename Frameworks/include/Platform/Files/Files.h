@@ -33,6 +33,10 @@ namespace QRVPlatform {
 /// when there is no home folder. Never ends in a slash. The folder need not exist.
 QRV_EXPORT std::string userLibraryFolder();
 
+/// The folder for what programs keep between their runs, and a user does not carry to another
+/// machine: `$XDG_STATE_HOME`, else `.local/state` in the home folder, under the same rules.
+QRV_EXPORT std::string userStateFolder();
+
 // FilePaths
 
 /// How many symbolic links in a row are followed; one more is taken for a loop.
@@ -163,5 +167,8 @@ struct FileFailure {
 /// (Dispatch.h, NSFilePresenter.h). Null, as at the start, for none. A call under way on another
 /// thread may still use the previous handler after this returns.
 QRV_EXPORT void setFileFailureHandler(std::function<void(const FileFailure&)> handler);
+
+/// Calls the handler, if there is one: for libraries that build on this one.
+QRV_EXPORT void reportFileFailure(const FileFailure& failure);
 
 }  // namespace QRVPlatform

@@ -86,13 +86,14 @@ class GLibDesktopAppearance {
     }
     static void changed(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
                         GVariant* parameters, gpointer data) noexcept {
-        GVariant* const key = g_variant_n_children(parameters) < 2
-                                  ? nullptr
-                                  : g_variant_get_child_value(parameters, 1);
-        const bool isOurs = key != nullptr && g_variant_is_of_type(key, G_VARIANT_TYPE_STRING) &&
-                            g_str_equal(g_variant_get_string(key, nullptr), Answers::settingKey);
-        if (key != nullptr) g_variant_unref(key);
-        if (isOurs) self(data).ask();
+        if (isColorScheme(parameters)) self(data).ask();
+    }
+
+    static bool isColorScheme(GVariant* parameters) {
+        if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ssv)")) == 0) return false;
+        const gchar* key = nullptr;
+        g_variant_get_child(parameters, 1, "&s", &key);
+        return g_str_equal(key, Answers::settingKey) != 0;
     }
 
     /// Of several questions, the answer to the last one counts.
