@@ -84,6 +84,7 @@ LOADED = {None: [at_most_beside_limit(100_000, "100 us")]}
 ROWS = [
     Row("read, hot key", "ReadHotKey", demands=HIT),
     Row("read, all keys", "ReadAllKeys", demands=HIT),
+    Row("  with an empty site", "SiteHotKey", limit="ReadHotKey", demands={None: [at_most_limit(1.5)]}),
     Row("boolean, hot key", "BooleanHotKey", demands=HIT),
     Row("boolean, all keys", "BooleanAllKeys", demands=HIT),
     Row("boolean, allocations", "Allocations", ALL, "", {None: [at_most(0, "0")]}, "count"),

@@ -71,23 +71,24 @@ set(library "libqrvsettings${PROJECT_VERSION_MAJOR}")
 # ICU is loaded at run time, so that its package is not found out. Only unknown locales need it.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 string(REGEX MATCH "^[0-9]+" icu_major "${ICU_VERSION}")
-set(of_development "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev)
-if(TARGET QRVHistory)
-  set(history "libqrvhistory${PROJECT_VERSION_MAJOR}")
-  list(APPEND of_development "${history} (= ${QRV_DEBIAN_VERSION})")
-  list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks/QRVHistory")
-  qrv_debian_package(History NAME "${history}" SECTION libs SHARED_LIBRARY
-    DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
-    SUMMARY "shared library of the history"
-    TEXT "Remembers which program changed which setting when, and what it was before.")
-endif()
 qrv_debian_package(Library NAME "${library}" SECTION libs SHARED_LIBRARY
   RECOMMENDS "libicu${icu_major}"
   SUMMARY "shared library"
   TEXT "Several processes read, write and watch one property-list file of settings,
 each with a dotted key path.")
+set(depends_of_development "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev)
+if(TARGET QRVHistory)
+  set(history "libqrvhistory${PROJECT_VERSION_MAJOR}")
+  list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks/QRVHistory")
+  list(APPEND depends_of_development "${history} (= ${QRV_DEBIAN_VERSION})")
+  qrv_debian_package(History NAME "${history}" SECTION libs SHARED_LIBRARY
+    DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
+    SUMMARY "history of changes"
+    TEXT "Remembers in a database of SQLite which program changed which setting when,
+and tells what takes a change back.")
+endif()
 qrv_debian_package(Development NAME libqrvsettings-dev SECTION libdevel
-  DEPENDS ${of_development}
+  DEPENDS ${depends_of_development}
   SUGGESTS qrvsettings-doc
   SUMMARY "development files"
   TEXT "The headers for C++20 and C, the static library, the manual page of the C
@@ -104,5 +105,12 @@ if(TARGET qrvsettings)
     TEXT "Reads, writes, compares and watches the settings, and explains where a value
 comes from.")
 endif()
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/Python/qrvsettings" DESTINATION lib/python3/dist-packages COMPONENT Python
+  FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+qrv_debian_package(Python NAME python3-qrvsettings SECTION python ALL_ARCHITECTURES
+  DEPENDS "python3 (>= 3.9)" "${library} (>= ${PROJECT_VERSION})"
+  SUMMARY "package for Python 3"
+  TEXT "Reads, writes and watches the settings, with exact kinds, in asyncio too.")
 
 include(CPack)

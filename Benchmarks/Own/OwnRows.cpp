@@ -211,6 +211,20 @@ void registerStart(const Fixture& of) {
     });
 }
 
+/// Of a host that asks for defaults and locks of the site, which has none.
+void registerSite(const Fixture& of) {
+    const auto hotKey = std::span<const std::string>(of.integers).first(1);
+    benchmark::RegisterBenchmark(
+        ("SiteHotKey" + of.name).c_str(), [hotKey](benchmark::State& state) {
+            QRVSettings::sharedSettings().setUsesSiteDefaults(true);
+            QRVSettings::sharedSettings().loadDefaults();
+            OwnStore::save();
+            Measures::readRoundAndRound<std::string>(state, hotKey, readKeyPath);
+            QRVSettings::sharedSettings().setUsesSiteDefaults(false);
+            QRVSettings::sharedSettings().setDefaults(nullptr);
+        });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -222,6 +236,7 @@ int main(int argc, char** argv) {
     registerMergedSaves(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
+    registerSite(of);
     registerStart(of);
     return Measures::runRows(argc, argv);
 }

@@ -11,7 +11,8 @@ int main(void) {
     qrv_value* unsaved = NULL;
     qrv_value* reason = NULL;
     if (qrv_store_set_merges_saves(true) != QRV_OK ||  // no process loses what another has written
-        qrv_store_load_defaults() != QRV_OK ||         // before the first read
+        qrv_store_set_uses_site_defaults(true) != QRV_OK ||
+        qrv_store_load_defaults() != QRV_OK ||  // before the first read
         qrv_settings_object("CPU.Menubar.Mode.HistoryGraph.Width", &value) != QRV_OK ||
         qrv_value_get_integer(value, &width) != QRV_OK ||
         qrv_settings_wait_for_saves(5000, &saves, &unsaved, &reason) != QRV_OK)

@@ -7,8 +7,9 @@
 
 int main() {
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setMergesSaves(true);  // no process loses what another has written
-    store.loadDefaults();        // before the first read
+    store.setMergesSaves(true);       // no process loses what another has written
+    store.setUsesSiteDefaults(true);  // defaults of this machine's administrator hold
+    store.loadDefaults();             // before the first read
     const char* const width = "CPU.Menubar.Mode.HistoryGraph.Width";
 
     std::cout << "width by default: " << QRVSettingsObjectForKeyPath(width) << '\n';

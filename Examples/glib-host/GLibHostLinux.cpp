@@ -26,6 +26,7 @@ int main() {
 
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMergesSaves(true);
+    store.setUsesSiteDefaults(true);
     store.setMonitorFileChanges(true);  // before prepare
     store.setOnChange([](const NSArray& keyPaths) {
         for (const PropertyListValue& keyPath : keyPaths)

@@ -21,13 +21,11 @@ gboolean quit(gint, GIOCondition, gpointer loop) {
 
 int runAppearanceProcess() {
     startUp(nullptr);
+    const GLibMainQueue mainQueue;
+    const GLibDesktopAppearance appearance;  // from here on ours follows it
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
-    {
-        const GLibMainQueue mainQueue;
-        const GLibDesktopAppearance appearance;  // from here on ours follows it
-        g_unix_fd_add(endOfProcess(), G_IO_IN, &quit, loop);
-        g_main_loop_run(loop);
-    }
+    g_unix_fd_add(endOfProcess(), G_IO_IN, &quit, loop);
+    g_main_loop_run(loop);
     g_main_loop_unref(loop);
     return endUp(0);
 }

@@ -10,6 +10,7 @@ void startUp(QRVSettings::ChangeHandler onChange) {
     endWithoutLosingSaves();
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMergesSaves(true);
+    store.setUsesSiteDefaults(true);
     store.setMonitorFileChanges(true);  // before prepare
     store.setOnChange(std::move(onChange));
     store.loadDefaults();

@@ -24,6 +24,7 @@ void print(const std::string& keyPath) {
 void startUp() {
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMergesSaves(true);
+    store.setUsesSiteDefaults(true);
     store.setMonitorFileChanges(true);  // before prepare
     store.setOnChange([](const NSArray& keyPaths) {
         for (const PropertyListValue& keyPath : keyPaths) print(keyPath.stringValue());

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
 
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMergesSaves(true);
+    store.setUsesSiteDefaults(true);
     store.setMonitorFileChanges(true);  // before prepare
     store.setOnChange([](const NSArray& keyPaths) {
         for (const PropertyListValue& keyPath : keyPaths)

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The code of Documentation/Tour.md, in its order. Prints what it sees.
+// The code of Documentation/Tour.md, in its order, and of the README's typed keys. Prints what it
+// sees.
 
 #include <iostream>
 
 #include "Platform/Files/Files.h"
+#include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -52,6 +54,16 @@ void useColours() {
     std::cout << "colour: " << color.redComponent << ' ' << color.greenComponent << '\n';
 }
 
+constexpr QRVKey<std::int64_t> interval("Host.Interval");  // a key of the host's own
+
+void useKeys() {
+    if (QRVSettingsProfileValue(Keys::CPU::Menubar::Enabled)) std::cout << "typed: a bool\n";
+    QRVSettingsSetValue("violet", Keys::Menu::Theme::Dark);
+    QRVSettingsSetValue(nullptr, Keys::Menu::Theme::Dark);        // the default again
+    const std::int64_t seconds = QRVSettingsValue(interval, 30);  // 30 until somebody sets it
+    std::cout << "every " << seconds << " s\n";
+}
+
 void meetErrors() {
     try {
         QRVSettingsSetObjectForKeyPath(1, "CPU.Menubar.Enabled.Deeper");
@@ -70,7 +82,8 @@ void meetErrors() {
 
 int main() {
     QRVSettings& store = QRVSettings::sharedSettings();
-    store.setMergesSaves(true);  // no process loses what another has written
+    store.setMergesSaves(true);       // no process loses what another has written
+    store.setUsesSiteDefaults(true);  // defaults of this machine's administrator hold
     store.loadDefaults();
     store.prepare();
 
@@ -79,6 +92,7 @@ int main() {
     writeTogether();
     useProfiles();
     useColours();
+    useKeys();
     meetErrors();
 
     const QRVSaveStatus saves = QRVSettingsWaitForSaves(std::chrono::seconds(5));

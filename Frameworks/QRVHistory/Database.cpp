@@ -9,6 +9,7 @@
 
 #include "Database.h"
 
+#include <algorithm>
 #include <chrono>
 #include <vector>
 
@@ -124,8 +125,8 @@ void Database::setHead(Head& head, const Version& version) {
     head.version = version;
 }
 
-std::map<std::string, std::string> Database::leaves(const Head& head) {
-    std::map<std::string, std::string> leaves;
+Leaves Database::leaves(const Head& head) {
+    Leaves leaves;
     Statement found = connection_.statement("SELECT key_path, value FROM leaves WHERE file = ?");
     found.bind(head.file);
     while (found.step()) leaves.emplace(found.string(0), found.string(1));
@@ -144,7 +145,7 @@ void Database::changeLeaves(const Head& head, const Changes& changes) {
     }
 }
 
-void Database::setLeaves(const Head& head, const std::map<std::string, std::string>& leaves) {
+void Database::setLeaves(const Head& head, const Leaves& leaves) {
     connection_.statement("DELETE FROM leaves WHERE file = ?").bind(head.file).run();
     Statement store =
         connection_.statement("INSERT INTO leaves(file, key_path, value) VALUES(?, ?, ?)");
@@ -194,6 +195,16 @@ Changes Database::changesOf(std::int64_t save) {
     return changes;
 }
 
+Leaves Database::leavesAfter(const Head& head, double position) {
+    Leaves result = leaves(head);
+    Statement later = connection_.statement(
+        "SELECT key_path, before, after FROM changes JOIN saves ON saves.id = changes.save"
+        " WHERE file = ? AND position > ? ORDER BY position DESC");
+    later.bind(head.file).bind(position);
+    while (later.step()) takeBack({{later.string(0), {later.text(1), later.text(2)}}}, result);
+    return result;
+}
+
 void Database::insert(const Head& head, const SaveRow& row, const Writer& writer,
                       const Changes& changes) {
     Statement save = connection_.statement(
@@ -209,7 +220,9 @@ void Database::insert(const Head& head, const SaveRow& row, const Writer& writer
             .bind(std::string_view(writer.origin));
     save.bind(std::string_view(row.from.name)).bind(row.from.time);
     save.bind(std::string_view(row.to.name)).bind(row.to.time);
-    save.bind(static_cast<std::int64_t>(changes.size())).bind(bytesOf(changes)).run();
+    save.bind(std::max<std::int64_t>(1, static_cast<std::int64_t>(changes.size())))
+        .bind(bytesOf(changes))
+        .run();
     const std::int64_t id = connection_.lastRow();
     Statement store = connection_.statement(
         "INSERT INTO changes(save, key_path, before, after) VALUES(?, ?, ?, ?)");

@@ -12,7 +12,6 @@
 // others, because every atomic replacement has a time of its own.
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,10 +67,10 @@ class Database {
 
     Head head(const std::string& settingsFile);
     void setHead(Head& head, const Version& version);
-    std::map<std::string, std::string> leaves(const Head& head);
+    Leaves leaves(const Head& head);
     /// The leaves change with what the head's next version holds.
     void changeLeaves(const Head& head, const Changes& changes);
-    void setLeaves(const Head& head, const std::map<std::string, std::string>& leaves);
+    void setLeaves(const Head& head, const Leaves& leaves);
 
     /// A save of an unknown program that ends at `to` or begins at `from`.
     std::optional<SaveRow> unknownSaveAt(const Head& head, const Version& from, const Version& to);
@@ -79,6 +78,8 @@ class Database {
     std::optional<SaveRow> unknownSaveAround(const Head& head, std::int64_t time);
     bool hasSave(const Head& head, const Version& to, const Writer& writer);
     Changes changesOf(std::int64_t save);
+    /// What the version at the end of the save at `position` holds.
+    Leaves leavesAfter(const Head& head, double position);
 
     /// `id` 0 for the next one.
     void insert(const Head& head, const SaveRow& row, const Writer& writer, const Changes& changes);

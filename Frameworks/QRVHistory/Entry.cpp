@@ -22,9 +22,11 @@
 // 6. The save is older than all that is unknown. It is inserted by its time, and the head stays.
 //
 // Splitting: an unknown save from w to z, with the own save from x to y between them, becomes an
-// unknown save from w to x, the own one, and an unknown one from y to z. The trees at x and y tell
-// what was changed before and after. Parts without changes are left out. So it is the same in the
-// end, whoever enters first, and nothing is entered twice.
+// unknown save from w to x, the own one, and an unknown one from y to z. What the file held at w
+// and z follows from the head and the saves since; what it held at x and y is known. So it is the
+// same in the end, whoever enters first, and nothing is entered twice. An unknown save may have no
+// changes: what one save in it has done, another may have taken back. It is kept for those saves,
+// and no query finds it.
 //
 // What happens when a process dies:
 // - before its save replaced the file: there is nothing to enter.
@@ -85,16 +87,6 @@ Reading readFile(const std::string& path) {
     return reading;
 }
 
-Text leafText(const NSDictionary& tree, const std::string& keyPath) {
-    const PropertyListValue leaf = leafAt(tree, keyPath);
-    return leaf.isNull() ? Text() : textOf(leaf);
-}
-
-void addUnlessEqual(Changes& changes, const std::string& keyPath, const Text& before,
-                    const Text& after) {
-    if (!areEqual(before, after)) changes[keyPath] = {before, after};
-}
-
 }  // namespace
 
 Entry::Entry(Database& database, std::string settingsFile, double now)
@@ -124,7 +116,8 @@ void Entry::begin(const Version& version, const NSDictionary& tree) {
 }
 
 void Entry::append(const Part& part) {
-    if (!part.changes.empty()) {
+    const bool isUnknown = part.writer.program.empty();
+    if (!part.changes.empty() || (isUnknown && part.from != part.to)) {
         database_.insert(head_, {0, database_.nextPosition(head_), part.time, part.from, part.to},
                          part.writer, part.changes);
         database_.changeLeaves(head_, part.changes);
@@ -144,28 +137,17 @@ void Entry::insertLate(const Part& own) {
 }
 
 void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& change) {
-    const bool isFirst = unknown.from == own.from;
-    const bool isLast = unknown.to == own.to;
-    Part first{unknown.from, own.from, {}, {}, unknown.time};
+    Leaves leaves = database_.leavesAfter(head_, unknown.position);
     Part last{own.to, unknown.to, {}, {}, unknown.time};
-    const Changes changes = database_.changesOf(unknown.id);
-    for (const auto& [keyPath, between] : changes) {
-        if (!isFirst)
-            addUnlessEqual(first.changes, keyPath, between.before,
-                           leafText(change.before, keyPath));
-        if (!isLast)
-            addUnlessEqual(last.changes, keyPath, leafText(change.after, keyPath), between.after);
-    }
-    // Somebody has taken back what was changed here: before it, or else after it.
-    for (const auto& [keyPath, ofOwn] : own.changes)
-        if (!changes.contains(keyPath) && !(isFirst && isLast))
-            (isLast ? first : last).changes[keyPath] = {ofOwn.after, ofOwn.before};
-    if (!isFirst && own.from.time > 0)
-        first.time = static_cast<double>(own.from.time) / nanosecondsPerSecond;
+    for (auto& [keyPath, back] : changesSince(leaves, change.after))
+        last.changes.emplace(keyPath, Change{std::move(back.after), std::move(back.before)});
+    takeBack(database_.changesOf(unknown.id), leaves);
+    Part first{unknown.from, own.from, {}, changesSince(leaves, change.before), unknown.time};
+    if (own.from.time > 0) first.time = static_cast<double>(own.from.time) / nanosecondsPerSecond;
 
     std::vector<const Part*> parts;
     for (const Part* const part : {&std::as_const(first), &own, &std::as_const(last)})
-        if (!part->changes.empty()) parts.push_back(part);
+        if (part->from != part->to) parts.push_back(part);
     const double before = database_.positionBefore(head_, unknown.position);
     const double step = (unknown.position - before) / static_cast<double>(parts.size());
     database_.remove(unknown.id);

@@ -29,10 +29,9 @@ std::string selectionOf(const QRVHistoryQuery& query) {
         "SELECT saves.id, saves.time, program, process, origin, position FROM saves"
         " JOIN files ON files.id = saves.file WHERE files.path = ?";
     if (query.since) text += " AND saves.time >= ?";
-    if (!query.prefix.empty())
-        text +=
-            " AND EXISTS(SELECT 1 FROM changes WHERE save = saves.id"
-            " AND (key_path = ? OR substr(key_path, 1, length(?)) = ?))";
+    text += " AND EXISTS(SELECT 1 FROM changes WHERE save = saves.id";
+    if (!query.prefix.empty()) text += " AND (key_path = ? OR substr(key_path, 1, length(?)) = ?)";
+    text += ")";
     if (!query.ids.empty()) {
         text += " AND saves.id IN (?";
         for (std::size_t index = 1; index < query.ids.size(); ++index) text += ",?";
@@ -103,12 +102,12 @@ bool QRVHistoryStart(std::string_view program) {
 }
 
 bool QRVHistoryWait(std::chrono::milliseconds timeout) {
-    if (Recorder::shared() == nullptr) return true;
     constexpr std::chrono::hours longest(24 * 365);
     const auto deadline = std::chrono::steady_clock::now() +
                           std::clamp<std::chrono::milliseconds>(timeout, {}, longest);
     const bool areSaved = QRVSettingsWaitForSaves(timeout).state != QRVSaveStatus::State::Pending;
-    return Recorder::shared()->waitUntil(deadline) && areSaved;
+    Recorder* const recorder = Recorder::shared();
+    return (recorder == nullptr || recorder->waitUntil(deadline)) && areSaved;
 }
 
 QRVHistoryAnswer QRVHistorySaves(const QRVHistoryQuery& query) {

@@ -55,9 +55,9 @@ Changes changesBetween(const NSDictionary& before, const NSDictionary& after) {
     return changes;
 }
 
-Changes changesSince(const std::map<std::string, std::string>& leaves, const NSDictionary& tree) {
+Changes changesSince(const Leaves& leaves, const NSDictionary& tree) {
     Changes changes;
-    std::map<std::string, std::string> now = leavesOf(tree);
+    Leaves now = leavesOf(tree);
     for (const auto& [keyPath, text] : leaves) {
         const auto found = now.find(keyPath);
         const Text after = found == now.end() ? Text() : Text(found->second);
@@ -69,8 +69,16 @@ Changes changesSince(const std::map<std::string, std::string>& leaves, const NSD
     return changes;
 }
 
-std::map<std::string, std::string> leavesOf(const NSDictionary& tree) {
-    std::map<std::string, std::string> leaves;
+void takeBack(const Changes& changes, Leaves& leaves) {
+    for (const auto& [keyPath, change] : changes)
+        if (change.before)
+            leaves.insert_or_assign(keyPath, *change.before);
+        else
+            leaves.erase(keyPath);
+}
+
+Leaves leavesOf(const NSDictionary& tree) {
+    Leaves leaves;
     if (tree.isNull()) return leaves;
     const NSMutableDictionary flat;
     NSDictionaryQRV::flatten(tree, flat);

@@ -20,6 +20,7 @@ struct Change {
 };
 /// By key path.
 using Changes = std::map<std::string, Change>;
+using Leaves = std::map<std::string, std::string>;
 
 /// The value as the element of an XML property list, which reads back to the same kind and value;
 /// empty for null, and for what no property list can hold.
@@ -35,9 +36,11 @@ PropertyListValue leafAt(const NSDictionary& tree, std::string_view keyPath);
 
 /// From one tree to another.
 Changes changesBetween(const NSDictionary& before, const NSDictionary& after);
-/// From leaves, as text, to a tree.
-Changes changesSince(const std::map<std::string, std::string>& leaves, const NSDictionary& tree);
+/// From leaves to a tree.
+Changes changesSince(const Leaves& leaves, const NSDictionary& tree);
+/// Makes the leaves what they were before the changes.
+void takeBack(const Changes& changes, Leaves& leaves);
 /// Each leaf of the tree.
-std::map<std::string, std::string> leavesOf(const NSDictionary& tree);
+Leaves leavesOf(const NSDictionary& tree);
 
 }  // namespace QRVHistoryInside

@@ -63,7 +63,7 @@ PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;  // 1
     const bool areLocked = QRVInside::StoreInside::state().locks != nullptr;
     if (areLocked && QRVSettingsIsLocked(keyPath))
-        return colorFromText(QRVInside::lockedValue(keyPath.text()));
+        return QRVSettingsColorOfText(QRVInside::lockedValue(keyPath.text()));
     const QRVSettings& store = QRVSettings::sharedSettings();
 
     PropertyListValue cached = store.cache().objectForKey(keyPath.text());

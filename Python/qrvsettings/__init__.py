@@ -21,12 +21,12 @@ Kinds are exact: bool, int (from -2**63 to 2**64-1), float, str, bytes, datetime
 UTC when read), list and dict with str as keys. None is no value.
 """
 
-from ._errors import (Error, InvalidArgumentError, LibraryError, SaveError, SaveTimeoutError, WrongKindError,
-                      WrongThreadError)
+from ._errors import (Error, InvalidArgumentError, LibraryError, LockedError, SaveError, SaveTimeoutError,
+                      WrongKindError, WrongThreadError)
 from ._settings import Profile, Settings, open
 from ._values import Color, Settable, Value
 from ._watch import Change, Subscription, Watch
 
-__all__ = ["Change", "Color", "Error", "InvalidArgumentError", "LibraryError", "Profile", "SaveError",
-           "SaveTimeoutError", "Settable", "Settings", "Subscription", "Value", "Watch", "WrongKindError",
+__all__ = ["Change", "Color", "Error", "InvalidArgumentError", "LibraryError", "LockedError", "Profile",
+           "SaveError", "SaveTimeoutError", "Settable", "Settings", "Subscription", "Value", "Watch", "WrongKindError",
            "WrongThreadError", "open"]

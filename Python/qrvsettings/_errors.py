@@ -27,6 +27,10 @@ class InvalidArgumentError(Error, ValueError):
     """The store refuses a key path or a value."""
 
 
+class LockedError(Error):
+    """The administrator of this machine has locked the setting, by a file that the reason names."""
+
+
 class WrongKindError(Error, TypeError):
     """A value is of a kind that was not asked for, or that no setting can have."""
 

@@ -12,7 +12,7 @@ from ctypes import byref, c_bool, c_int32, c_size_t, c_void_p
 from types import TracebackType
 from typing import Any, Dict, Iterator, List, Optional, Type, TypeVar, Union, overload
 
-from ._errors import Error, LibraryError, SaveError, SaveTimeoutError, WrongKindError, WrongThreadError
+from ._errors import Error, LibraryError, LockedError, SaveError, SaveTimeoutError, WrongKindError, WrongThreadError
 from ._library import ChangeHandler, Library
 from ._values import Color, Settable, Value, Values, c_text
 from ._watch import Handler, Subscription, Watch
@@ -52,7 +52,7 @@ class _Reader:
 class Settings(_Reader):
     """The store of this process. `open` makes it."""
 
-    def __init__(self, library: Library, merges_saves: bool) -> None:
+    def __init__(self, library: Library, merges_saves: bool, uses_site_defaults: bool) -> None:
         self._library = library
         self._values = Values(library)
         self._thread = threading.get_ident()
@@ -62,6 +62,7 @@ class Settings(_Reader):
         self._handler_error: Optional[BaseException] = None
         self._on_change = ChangeHandler(self._changed)
         library.call("store_set_merges_saves", merges_saves)
+        library.call("store_set_uses_site_defaults", uses_site_defaults)
         library.call("store_set_on_change", self._on_change, None, None)
         library.call("store_load_defaults")
         library.call("store_prepare")
@@ -78,19 +79,28 @@ class Settings(_Reader):
         return self._value_at("settings_stored_object", key_path)
 
     def default(self, key_path: str) -> Optional[Value]:
-        """The built-in default."""
+        """The default: that of the machine's administrator, else the built-in one."""
         return self._value_at("settings_default", key_path)
+
+    def is_locked(self, key_path: str) -> bool:
+        """Whether the administrator of this machine has locked the setting: then the default is its value."""
+        is_locked = c_bool()
+        self._call("settings_is_locked", c_text(key_path), byref(is_locked), key_path=key_path)
+        return is_locked.value
 
     def stored_values(self) -> Dict[str, Value]:
         """All that is stored, as a tree of dictionaries."""
         return _tree(self._value("settings_stored_values"))
 
     def defaults(self) -> Dict[str, Value]:
-        """All built-in defaults, as a tree of dictionaries."""
+        """All defaults, as a tree of dictionaries."""
         return _tree(self._value("store_defaults"))
 
     def set(self, key_path: str, value: Settable) -> None:
-        """Writes a setting and queues a save. A value that equals its default is not stored."""
+        """Writes a setting and queues a save. A value that equals its default is not stored.
+
+        Raises LockedError for a locked setting. In a dictionary, settings that are locked stay as they are.
+        """
         _refuse_none(key_path, value)
         self._write("settings_set_object", key_path, value)
 
@@ -279,7 +289,8 @@ class Settings(_Reader):
         return self._value_at("settings_object", key_path)
 
     def _write(self, function: str, key_path: str, value: Optional[Settable]) -> None:
-        self._check_thread()
+        if self.is_locked(key_path):
+            raise LockedError(f"locked by {str(self._value_at('settings_lock_file', key_path))}", key_path)
         text = c_text(key_path)
         with self._values.handle_of(value, key_path) as handle:
             self._library.call(function, handle, text, key_path=key_path)
@@ -340,19 +351,22 @@ def _tree(value: Optional[Value]) -> Dict[str, Value]:
 _opened: Optional[Settings] = None
 
 
-def open(library: Optional[str] = None, *, merges_saves: bool = True) -> Settings:
+def open(library: Optional[str] = None, *, merges_saves: bool = True, uses_site_defaults: bool = True) -> Settings:
     """The store of this process; the first call starts it, on this thread, and its arguments count.
 
     `library` is the path of the shared library; without it, the environment variable QRVSETTINGS_LIBRARY is, else
-    the loader finds libQRVSettings.so.7. Without `merges_saves`, a save replaces the whole file, with all that
-    other processes have written since this one read it.
+    the loader finds libQRVSettings.so.7.
+
+    Without `merges_saves`, a save replaces the whole file, with all that
+    other processes have written since this one read it. Without `uses_site_defaults`, the defaults and locks of the
+    machine's administrator do not count.
 
     At the end of the process it waits up to 5 seconds for saves; what is not saved then is reported on standard
     error.
     """
     global _opened
     if _opened is None:
-        _opened = Settings(Library(library), merges_saves)
+        _opened = Settings(Library(library), merges_saves, uses_site_defaults)
         atexit.register(_opened._end)
     elif library is not None and library != _opened._library.path:
         raise LibraryError(f"{_opened._library.path} is loaded already")

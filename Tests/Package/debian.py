@@ -17,9 +17,11 @@ SKIPPED = 77
 # Each package with what its dependencies have to name.
 PACKAGES = {
     "libqrvsettings7": ("libc6",),
+    "libqrvhistory7": ("libqrvsettings7 (= 7", "libsqlite3-0"),  # left out where SQLite is not installed
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
     "qrvsettings": ("libqrvsettings7 (= 7",),
     "qrvsettings-doc": (),
+    "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
 COMPLETIONS = ("bash-completion/completions/qrvsettings", "zsh/vendor-completions/_qrvsettings",
                "fish/vendor_completions.d/qrvsettings.fish")
@@ -43,6 +45,8 @@ class Steps:
     def __init__(self, source, build, folder):
         self.source, self.build, self.folder = source, build, folder
         self.made = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
+        if not (build / "qrvhistory.pc").exists():
+            PACKAGES.pop("libqrvhistory7")
 
     def make(self):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -76,9 +80,16 @@ class Steps:
         self.expect_files("libqrvsettings-dev", libraries / "libQRVSettings.so", libraries / "libQRVSettings.a",
                           libraries / "pkgconfig/qrvsettings.pc", libraries / "cmake/QRVSettings/QRVSettingsConfig.cmake",
                           "/usr/include/qrvsettings/QRVSettings/QRVSettings.h")
+        if "libqrvhistory7" in PACKAGES:
+            self.expect_files("libqrvhistory7", libraries / "libQRVHistory.so.7")
+            self.expect_files("libqrvsettings-dev", libraries / "libQRVHistory.so", libraries / "pkgconfig/qrvhistory.pc",
+                              libraries / "cmake/QRVSettings/QRVHistoryTargets.cmake",
+                              "/usr/include/qrvsettings/QRVHistory/QRVHistory.h")
         self.expect_files("qrvsettings", "/usr/bin/qrvsettings", *(f"/usr/share/{path}" for path in COMPLETIONS))
         self.expect_files("qrvsettings-doc", "/usr/share/doc/qrvsettings-doc/Documentation/Tour.md",
                           "/usr/share/doc/qrvsettings-doc/examples/first-setting/main.cpp")
+        self.expect_files("python3-qrvsettings", "/usr/lib/python3/dist-packages/qrvsettings/__init__.py",
+                          "/usr/lib/python3/dist-packages/qrvsettings/py.typed")
         self.expect_pages()
         self.expect_library()
 
@@ -114,10 +125,19 @@ class Steps:
         tool = run(root / "usr/bin/qrvsettings", "--version")
         if not tool.startswith("qrvsettings 7"):
             raise Failure(f"the packaged tool says that it is {tool}")
+        self.use_python(root)
         run(*dpkg, "--purge", *self.made)
         left = list((root / "usr").rglob("*"))
         if left:
             raise Failure(f"left after the removal: {left}")
+
+    def use_python(self, root):
+        libraries = next(root.rglob("libQRVSettings.so.7")).parent
+        program = "import qrvsettings; print(qrvsettings.open().get('CPU.Menubar.Mode.HistoryGraph.Width'))"
+        width = run("env", f"PYTHONPATH={root}/usr/lib/python3/dist-packages", f"LD_LIBRARY_PATH={libraries}",
+                    f"XDG_CONFIG_HOME={self.folder}/config", "python3", "-B", "-c", program)
+        if width != "40\n":
+            raise Failure(f"the packaged Python reads {width}")
 
     def lintian(self):
         run("lintian", "--fail-on", "error", "--tag-display-limit", "0", *self.made.values())

@@ -73,6 +73,13 @@ class Steps:
         self.use_cmake("own-names", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}",
                        source="own_names.cpp")
 
+    def examples(self):
+        build = self.folder / "examples/build"
+        run("cmake", "-G", "Ninja", "-S", self.prefix / "share/doc/qrvsettings-doc/examples", "-B", build,
+            f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "--build", build, "--target", "first-setting")
+        self.expect_output("examples", build / "first-setting", "width: 60")
+
     def subdirectory(self):
         self.use_cmake("subdirectory", "QRVSettings", f"-DQRV_SOURCE={self.source}")
 
@@ -92,8 +99,11 @@ class Steps:
         return {"XDG_CONFIG_HOME": str(home), "XDG_CONFIG_DIRS": str(home / "site"), "HOME": str(home)}
 
     def expect_consumer(self, name, program, **more):
+        self.expect_output(name, program, WANTED, **more)
+
+    def expect_output(self, name, program, wanted, **more):
         output = run(program, environment={**self.environment(name), **more})
-        if WANTED not in output:
+        if wanted not in output:
             raise Failure(f"{program} prints {output}")
 
     def use_cmake(self, name, library, *arguments, source="main.cpp"):

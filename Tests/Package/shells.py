@@ -23,6 +23,7 @@ LOADER_OF_BASH = Path("/usr/share/bash-completion/bash_completion")
 PLACE_OF_ZSH = "/usr/share/zsh/vendor-completions"
 
 ODD = "odd:one\\2 $(touch hit)"
+KEY_PATH = "CPU.Menubar.Enabled"
 SENTENCE = "Print the value of a setting in each layer, and which layer answers"
 OPTION = "Print every value as JSON, not only dictionaries and arrays"
 
@@ -37,6 +38,14 @@ def output_of(command, environment, folder):
     if result.returncode or result.stderr:
         raise Failure(f"{command[0]} ends with status {result.returncode}:\n{result.stdout}{result.stderr}")
     return result.stdout
+
+
+def known_line(environment, folder):
+    """What the tool tells of a known setting: its key path, a tab and a sentence."""
+    line = output_of(["qrvsettings", "completion", "candidates", "--", "get", KEY_PATH], environment, folder).strip()
+    if not re.fullmatch(rf"{KEY_PATH}\t\S.*", line):
+        raise Failure(f"the tool tells {line!r}")
+    return line
 
 
 def expect(offered, line, wanted):
@@ -62,7 +71,7 @@ def bash(environment, folder, prefix):
         return SKIPPED
     for line, wanted in (("qrvsettings ex", ["explain", "export"]),
                          ("qrvsettings get --js", ["--json"]),
-                         ("qrvsettings get CPU.Menubar.E", ["CPU.Menubar.Enabled"]),
+                         ("qrvsettings get CPU.Menubar.E", [KEY_PATH]),
                          ("qrvsettings get odd", [r"odd:one\\2\ \$\(touch\ hit\)"])):
         command = ["bash", "--norc", "-c", IN_BASH, "bash", LOADER_OF_BASH, *line.split(" ")]
         expect(output_of(command, environment, folder).splitlines(), line, wanted)
@@ -72,6 +81,7 @@ def bash(environment, folder, prefix):
 def fish(environment, folder, prefix):
     for line, wanted in (("qrvsettings expl", f"explain\t{SENTENCE}"),
                          ("qrvsettings get --js", f"--json\t{OPTION}"),
+                         ("qrvsettings get CPU.Menubar.E", known_line(environment, folder)),
                          ("qrvsettings get --layer=st", "--layer=stored"),
                          ("qrvsettings get odd", ODD),
                          ("qrvsettings import settings.pl", "settings.plist")):
@@ -129,6 +139,7 @@ def zsh(environment, folder, prefix):
     places = output_of(["zsh", "-f", "-c", "print -l $fpath"], environment, folder).splitlines()
     if PLACE_OF_ZSH not in places:
         raise Failure(f"zsh looks for completions in {places}")
+    sentence = known_line(environment, folder).split("\t")[1]
     place = prefix / PLACE_OF_ZSH.removeprefix("/usr/")
     Path(environment["HOME"], ".zshrc").write_text(IN_ZSH)
     shell = Terminal(["zsh", "-d", "-i"], {**environment, "PLACE": str(place), "TERM": "xterm", "COLUMNS": "200"}, folder)
@@ -138,7 +149,8 @@ def zsh(environment, folder, prefix):
         for typed, shown in (("qrvsettings ex\t\t", (f"explain  -- {SENTENCE}", "export   -- ")),
                              ("qrvsettings get --j\t", ("--json ",)),
                              ("qrvsettings get --\t\t", (f"--json     -- {OPTION}",)),
-                             ("qrvsettings get CPU.Menubar.E\t", ("CPU.Menubar.Enabled ",)),
+                             ("qrvsettings get CPU.Menubar.E\t", (f"{KEY_PATH} ",)),
+                             ("qrvsettings get CPU.Menubar.\t\t", (f"{KEY_PATH}  ", f"-- {sentence}")),
                              ("qrvsettings get odd\t", (r"odd:one\\2\ \$\(touch\ hit\) ",)),
                              ("qrvsettings get --layer=st\t", ("--layer=stored ",)),
                              ("qrvsettings import settings.pl\t", ("settings.plist ",))):

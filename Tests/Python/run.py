@@ -25,7 +25,8 @@ def names_of(suite):
 
 def run(name):
     with tempfile.TemporaryDirectory() as folder:
-        environment = {**os.environ, "HOME": folder, "XDG_CONFIG_HOME": f"{folder}/config"}
+        environment = {**os.environ, "HOME": folder, "XDG_CONFIG_HOME": f"{folder}/config",
+                       "XDG_CONFIG_DIRS": f"{folder}/site"}
         result = subprocess.run([sys.executable, "-m", "unittest", name], env=environment, text=True,
                                 cwd=Path(__file__).parent, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                 timeout=DEADLINE, check=False)

@@ -2,9 +2,11 @@
 """How the library is found, and what the package says when it is not."""
 
 import os
+import re
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
 import qrvsettings
 from qrvsettings import _library
@@ -33,6 +35,11 @@ class Loading(unittest.TestCase):
 
     def test_the_name_is_that_of_the_library(self):
         self.assertEqual(_library.SONAME, os.path.basename(LIBRARY))
+
+    def test_the_version_is_that_of_the_library(self):
+        project = (Path(__file__).parents[2] / "Python/pyproject.toml").read_text()
+        version = re.search('(?m)^version = "(.*)"$', project).group(1)
+        self.assertEqual(Path(LIBRARY).resolve().name, f"libQRVSettings.so.{version}")
 
     def test_a_missing_library_is_named(self):
         with self.assertRaisesRegex(qrvsettings.LibraryError, "missing.so"):

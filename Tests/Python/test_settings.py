@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Reading, writing, batches, profiles and saves."""
 
+import os
+import plistlib
 import subprocess
 import sys
 import textwrap
@@ -151,6 +153,40 @@ class Settings(unittest.TestCase):
         thread.join()
         self.assertEqual(len(raised), 6)
         self.assertEqual(settings.get(WIDTH), 40)
+
+
+class Site(unittest.TestCase):
+    def setUp(self):
+        """A default and a lock of the administrator, before this process opens the store."""
+        name = Path(other.run("print(settings.location)").strip()).name
+        folder = Path(os.environ["XDG_CONFIG_DIRS"]) / "Preferences"
+        folder.mkdir(parents=True)
+        values = {"CPU": {"Menubar": {"Mode": {"HistoryGraph": {"Width": 44}}}}, "UpdateFrequency": 9}
+        (folder / name).write_bytes(plistlib.dumps(values))
+        self.locks = folder / f"{name}.locks"
+        self.locks.write_text("UpdateFrequency\n")
+
+    def test_a_default_of_the_site_is_the_default(self):
+        settings = qrvsettings.open()
+        self.assertEqual((settings.get(WIDTH), settings.default(WIDTH)), (44, 44))
+        settings.set(WIDTH, 40)
+        self.assertEqual((settings.get(WIDTH), settings.is_locked(WIDTH)), (40, False))
+
+    def test_a_locked_setting_cannot_be_written(self):
+        settings = qrvsettings.open()
+        self.assertTrue(settings.is_locked("UpdateFrequency"))
+        for write in (lambda: settings.set("UpdateFrequency", 2), lambda: settings.unset("UpdateFrequency"),
+                      lambda: settings.profile("Travel").set("UpdateFrequency", 2)):
+            with self.assertRaises(qrvsettings.LockedError) as raised:
+                write()
+            self.assertEqual(str(raised.exception), f"UpdateFrequency: locked by {self.locks}")
+        self.assertEqual(settings.get("UpdateFrequency"), 9)
+
+    def test_a_program_can_do_without_it(self):
+        settings = qrvsettings.open(uses_site_defaults=False)
+        self.assertEqual(settings.get(WIDTH), 40)
+        settings.set("UpdateFrequency", 2)
+        self.assertEqual(settings.get("UpdateFrequency"), 2)
 
 
 class Profiles(unittest.TestCase):

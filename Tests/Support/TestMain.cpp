@@ -27,6 +27,8 @@ int runHere() {
     setenv("XDG_CONFIG_HOME", (folder + "/config").c_str(), 1);
     setenv("XDG_CONFIG_DIRS", (folder + "/site").c_str(), 1);
     setenv("XDG_STATE_HOME", (folder + "/state").c_str(), 1);
+    setenv("XDG_DATA_HOME", (folder + "/data").c_str(), 1);
+    setenv("XDG_DATA_DIRS", (folder + "/system").c_str(), 1);
     setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + folder + "/bus").c_str(), 1);
     std::filesystem::current_path(folder);
     const int result = RUN_ALL_TESTS();

@@ -8,6 +8,7 @@
 #include <regex>
 #include <sstream>
 
+#include "QRVSettings/QRVKnownSettings.h"
 #include "Tool/ToolSupport.h"
 
 using testing::AllOf;
@@ -105,7 +106,16 @@ TEST(Candidates, HaveTheSentencesOfTheHelp) {
         while (std::getline(lines, line))
             EXPECT_THAT(line, testing::MatchesRegex("[a-z-]+\t[^\t]+")) << line;
     }
-    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "s"}).output, "stored\n");
+    EXPECT_EQ(candidatesWithSentences({"get", "--layer", "d"}).output, "default\n");
+}
+
+TEST(Candidates, HaveTheSentencesOfKnownSettings) {
+    const QRVKnownSetting* const known = QRVKnownSettingAt("CPU.Menubar.Enabled");
+    ASSERT_NE(known, nullptr);
+    EXPECT_EQ(candidatesWithSentences({"get", "CPU.Menubar.E"}).output,
+              "CPU.Menubar.Enabled\t" + std::string(known->sentence) + "\n");
+    ASSERT_EQ(run({"set", "Odd", "1"}).exitCode, 0);
+    EXPECT_EQ(candidatesWithSentences({"get", "Odd"}).output, "Odd\n");
 }
 
 TEST(Candidates, AreTheOptionsOfTheCommand) {
@@ -117,8 +127,8 @@ TEST(Candidates, AreTheOptionsOfTheCommand) {
 }
 
 TEST(Candidates, AreTheWordsThatAnOptionTakes) {
-    expectCandidates({"get", "--layer", ""}, "default\neffective\nstored\n");
-    expectCandidates({"get", "--layer=s"}, "--layer=stored\n");
+    expectCandidates({"get", "--layer", ""}, "default\neffective\nsite\nstored\n");
+    expectCandidates({"get", "--layer=s"}, "--layer=site\n--layer=stored\n");
     expectCandidates({"set", "--type", "d"}, "data\ndate\n");
     expectNone({"watch", "--count", ""});
     expectNone({"get", "--frobnicate=x"});
@@ -182,7 +192,7 @@ TEST(BashCompletion, OffersWhatTheToolTells) {
 
 TEST(BashCompletion, TakesTheEqualsSignThatBashSetsApart) {
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "st"}), "stored\n");
-    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nstored\n");
+    EXPECT_EQ(offeredByBash({"get", "--layer", "="}), "default\neffective\nsite\nstored\n");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "stored", "UpdateF"}), "");
     EXPECT_EQ(offeredByBash({"get", "--layer", "=", "effective", "UpdateF"}), "UpdateFrequency\n");
 }

@@ -409,3 +409,13 @@ TEST(Doctor, SaysThatThereIsNoHomeFolder) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("error: there is no home folder"));
 }
+
+TEST(Doctor, NotesWhatIsWrongWithAnInstalledList) {
+    const std::string data = std::filesystem::current_path().string() + "/data";
+    const std::string list = data + "/qrvsettings/known/host.json";
+    writeFile(list, R"({"settings": {"Host.A": {"kind": "number"}}})");
+    setenv("XDG_DATA_DIRS", data.c_str(), 1);
+    writeMigrated("");
+    expectFinding(examine(), 0,
+                  "note: a list of settings has a fault: Host.A: \"number\" is no kind, " + list);
+}

@@ -50,7 +50,8 @@ TEST(Explain, TheDefaultAnswersWhereNothingIsStored) {
     EXPECT_EQ(outcome.output,
               R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
               R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
-              R"("layer":"default","profile":"default","profileKind":null,"profileValue":null,)"
+              R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
+              R"("profileValue":null,"site":null,"siteFile":null,"siteKind":null,)"
               R"("stored":null,"storedKind":null})"
               "\n");
 }

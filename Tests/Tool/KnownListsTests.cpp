@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 using namespace Tool;
 
@@ -135,6 +136,13 @@ TEST_F(KnownListsTests, OfTheUserComeFirstThenThoseOfTheSystemInOrder) {
     EXPECT_EQ(sentenceOf(lists, "Host.E"), "none");
 }
 
+TEST_F(KnownListsTests, InAFolderThatIsNamedTwiceAreReadOnce) {
+    setenv("XDG_DATA_DIRS", (own + ":" + first + ":" + first).c_str(), 1);
+    write(own, "a.json", "");
+    write(first, "a.json", "");
+    EXPECT_EQ(KnownLists::read().remarks().size(), 2U);
+}
+
 TEST_F(KnownListsTests, OfTheUserAreInTheHomeFolderByDefault) {
     unsetenv("XDG_DATA_HOME");
     setenv("HOME", place.c_str(), 1);
@@ -207,7 +215,7 @@ TEST_F(KnownListsTests, WithWrongFactsKeepTheOthers) {
                     R"(Host.A: renamed-from is a setting of the library: "CPU.Menubar.Enabled")",
                     R"(Host.A: renamed-from is no other key path: "Host.A")",
                     R"(Host.A: scope is "record", not "application" or "profile")",
-                    "Host.A: unit is not a string: 5", R"(Host.B: kind is "number", which is none)",
+                    "Host.A: unit is not a string: 5", R"(Host.B: "number" is no kind)",
                     "Host.C: range of a setting that is no number",
                     R"(Host.D: range is not {"from": NUMBER, "to": NUMBER}: {"least":1})",
                     "Host.E: its description is not a dictionary",
@@ -223,6 +231,25 @@ TEST_F(KnownListsTests, WithWrongFactsKeepTheOthers) {
     EXPECT_EQ(lists.at("Host.B")->minimum, PropertyListValue(0.5));
     EXPECT_EQ(lists.at("Host.E"), nullptr);
     EXPECT_TRUE(lists.at("Device.Device")->file.empty());
+}
+
+TEST_F(KnownListsTests, HaveTheFormOfTheManualPage) {
+    std::ostringstream page;
+    page << std::ifstream(QRV_FILE_PAGE).rdbuf();
+    const std::string text = page.str();
+    const std::size_t start = text.find("{\"settings\"");
+    ASSERT_NE(start, text.npos);
+    std::string example = text.substr(start, text.find("\n.EE", start) - start);
+    std::erase(example, '\\');
+    write(own, "a.json", example);
+    const KnownLists lists = KnownLists::read();
+    EXPECT_THAT(reasons(lists), IsEmpty());
+    const KnownSetting* const interval = lists.at("Weather.Global.Interval");
+    ASSERT_NE(interval, nullptr);
+    EXPECT_EQ(interval->unit, "minutes");
+    EXPECT_EQ(lists.renamedFrom("Weather.Global.Frequency"), interval);
+    ASSERT_NE(lists.at("Weather.Menubar.Style"), nullptr);
+    EXPECT_EQ(lists.at("Weather.Menubar.Style")->choices.size(), 2U);
 }
 
 TEST_F(KnownListsTests, CallEveryKindByOneWord) {

@@ -71,9 +71,9 @@ inline constexpr std::size_t QRVHistoryMaximumPending = 1'000;
 QRV_EXPORT bool QRVHistoryStart(std::string_view program = {});
 
 /// Waits for the saves of this process (`QRVSettingsWaitForSaves`) and then until they, and what
-/// others have changed, are entered: for the end of a short program. True when that is so; at once
-/// when this process does not take part. False when the timeout has passed, and at once when they
-/// cannot be entered. On the host's main thread.
+/// others have changed, are entered: for the end of a short program. True when that is so; a process
+/// that does not take part has nothing to enter. False when the timeout has passed, and at once
+/// when something cannot be entered. On the host's main thread.
 QRV_EXPORT bool QRVHistoryWait(std::chrono::milliseconds timeout);
 /// @}
 

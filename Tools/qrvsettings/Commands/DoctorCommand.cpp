@@ -68,6 +68,7 @@ ExitCode doctor(const Options& options) {
     const NSDictionary settings = examineFile(diagnosis);
     examineMachine(diagnosis, settings);
     examineSettings(diagnosis, settings);
+    examineLists(diagnosis);
     print(options.json ? jsonOf(diagnosis) : linesOf(diagnosis));
     return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(), needsAPerson)
                ? ExitCode::NotSet

@@ -5,6 +5,8 @@
 
 #include "Options/CommonOptions.h"
 #include "Reporting/Failure.h"
+#include "Reporting/PrintableText.h"
+#include "Settings/KnownLists.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsLayer.h"
@@ -20,9 +22,13 @@ Candidates withoutSentences(const Names& names) {
     return words;
 }
 
-/// What a list beside a word has room for.
-std::string firstLineOf(std::string_view text) {
-    return std::string(text.substr(0, text.find('\n')));
+std::string sentenceOf(const KnownSetting* setting) {
+    return setting == nullptr ? "" : setting->sentence;
+}
+
+/// As one line, whatever the files of others say.
+std::string lineOf(std::string_view text) {
+    return printable(text.substr(0, text.find('\n')));
 }
 
 /// Reads a command line as the parser does, but accepts errors.
@@ -125,13 +131,13 @@ Candidates CommandLineSoFar::optionNames() const {
     Candidates names = {{"--help", "Print what it does, with an example"}};
     if (command_ == &program_) names.emplace("--version", "Print the version");
     for (const Option& option : options_)
-        if (!option.isArgument()) names.emplace(option.name, firstLineOf(option.description));
+        if (!option.isArgument()) names.emplace(option.name, option.description);
     return names;
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
     Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, firstLineOf(part.summary));
+    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     if (!names.empty()) return names;
     const Option* place = nullptr;
     std::size_t places = 0;
@@ -164,8 +170,9 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
 
 Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
     Candidates words;
+    const KnownLists known = KnownLists::read();
     for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
-        words.emplace(keyPath, "");
+        words.emplace(keyPath, sentenceOf(known.at(keyPath)));
     return words;
 }
 
@@ -194,7 +201,7 @@ std::optional<Candidates> completionsOf(const Command& program, std::vector<std:
     if (!candidates) return std::nullopt;
     Candidates completions;
     for (const auto& [word, sentence] : *candidates)
-        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, sentence);
+        if (word.starts_with(last) && canBeTyped(word)) completions.emplace(word, lineOf(sentence));
     return completions;
 }
 

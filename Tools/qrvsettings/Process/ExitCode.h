@@ -34,7 +34,8 @@ inline constexpr std::array exitCodes = {
     ExitCodeMeaning{ExitCode::NotWritten,
                     "the change did not reach the file, or the output could not be written"},
     ExitCodeMeaning{ExitCode::WrongValue,
-                    "a value, or a file that was named, is not what was asked for"},
+                    "a value, or a file that was named, is not what was asked for, or "
+                    "the site has locked the setting"},
     ExitCodeMeaning{ExitCode::TimedOut, "timed out"},
 };
 

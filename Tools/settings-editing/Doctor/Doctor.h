@@ -44,4 +44,7 @@ void examineMachine(Diagnosis& diagnosis, const NSDictionary& settings);
 /// Examines the settings as the application will read them. Prepares the store.
 void examineSettings(Diagnosis& diagnosis, const NSDictionary& settings);
 
+/// Examines the lists of settings that applications have installed.
+void examineLists(Diagnosis& diagnosis);
+
 }  // namespace Tool

@@ -94,7 +94,7 @@ class EntryReader {
             std::find_if(kinds.begin(), kinds.end(), [&](const NamedKind& one) {
                 return value.isString() && one.name == value.stringView();
             });
-        if (named == kinds.end()) return fault("kind is " + quoted(value) + ", which is none");
+        if (named == kinds.end()) return fault(quoted(value) + " is no kind");
         const bool isOther = known_ != nullptr && known_->kind != Kind::Null;
         if (isOther && known_->kind != named->kind)
             return fault("kind is " + quoted(value) + ", and that of the library is \"" +

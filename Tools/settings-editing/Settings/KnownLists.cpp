@@ -36,7 +36,9 @@ std::vector<std::string> dataFolders() {
     if (list.empty()) list = "/usr/local/share:/usr/share";
     for (std::size_t start = 0; start <= list.size();) {
         const std::size_t end = std::min(list.find(':', start), list.size());
-        folders.push_back(list.substr(start, end - start));
+        const std::string folder = list.substr(start, end - start);
+        if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+            folders.push_back(folder);
         start = end + 1;
     }
     std::erase_if(folders, [](const std::string& folder) { return !folder.starts_with('/'); });

@@ -2,17 +2,13 @@
 #include "Settings/Records.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
+#include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
-#include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
-
-constexpr std::array<std::string_view, 4> records = {"Device", "Migration", "Profiles.Available",
-                                                     QRVStoreKeyPaths::currentAppearance};
 
 bool isNothing(const PropertyListValue& value) {
     return value.isNull() || (value.isArray() && value.array().count() == 0) ||
@@ -22,9 +18,7 @@ bool isNothing(const PropertyListValue& value) {
 }  // namespace
 
 bool isRecord(std::string_view storedKeyPath) {
-    return std::any_of(records.begin(), records.end(), [storedKeyPath](std::string_view record) {
-        return isAtOrBelow(storedKeyPath, record);
-    });
+    return QRVScopeOfKeyPath(storedKeyPath) == QRVSettingScope::Record;
 }
 
 bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& before,
