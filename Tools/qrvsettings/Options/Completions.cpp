@@ -137,8 +137,8 @@ Candidates CommandLineSoFar::optionNames() const {
 
 std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
     Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
-    if (!names.empty()) return names;
+    if (argumentCount_ == 0)
+        for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     const Option* place = nullptr;
     std::size_t places = 0;
     for (const Option& option : options_)
@@ -147,7 +147,9 @@ std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
             ++places;
         }
     if (place == nullptr || (places <= argumentCount_ && !place->isRepeated)) return names;
-    return wordsFor(*place);
+    auto words = wordsFor(*place);
+    if (words) words->merge(names);
+    return words;
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const {
