@@ -15,10 +15,10 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",      "set",    "unset",     "list",  "search",
-                                           "explain",  "diff",   "export",    "color", "appearance",
-                                           "profiles", "apply",  "import",    "merge", "watch",
-                                           "path",     "doctor", "completion"};
+const std::vector<std::string> commands = {"get",      "set",   "unset",   "list",   "search",
+                                           "explain",  "diff",  "export",  "color",  "appearance",
+                                           "profiles", "apply", "history", "import", "merge",
+                                           "undo",     "watch", "path",    "doctor", "completion"};
 
 }  // namespace
 
@@ -136,9 +136,9 @@ TEST(CommandLine, WrongUsageIsSaidInWordsOfThisProgram) {
          "--layer needs a NAME behind it; one that begins with a dash is written --layer=--json",
          "get"},
         {{"get", "a", "--layer", "middle"},
-         "--layer takes effective, stored or default, not middle",
+         "--layer takes effective, stored, site or default, not middle",
          "get"},
-        {{"get", "a", "--layer="}, "--layer takes effective, stored or default, not ", "get"},
+        {{"get", "a", "--layer="}, "--layer takes effective, stored, site or default, not ", "get"},
         {{"set", "a", "1", "--type", "int", "--type", "int"}, "--type stands there twice", "set"},
         {{"--profile", "x", "get", "a", "--profile", "y"}, "--profile stands there twice", "get"},
         {{"search", "a", "--keys", "--values"}, "--keys and --values exclude each other", "search"},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Settings/PendingChanges.h"
 
+#include "QRVSettings/FileChange.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
@@ -72,7 +73,11 @@ Changes PendingChanges::changes() const {
 Changes PendingChanges::save() {
     Changes result = changes();
     if (result.isEmpty() && !isFileDamaged()) return result;
+    requireSavable();
     for (const std::string& note : notes_) notice(note);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    if (!store.changeOrigin() && keyPaths_.size() == 1)
+        store.setChangeOrigin(std::string(QRVChangeOrigins::set));
     saveAndWait(QRVSettingsCommitBatchSave, keyPaths_);
     for (const std::string& keyPath : keyPaths_)
         if (hasFractionsOfSeconds(QRVSettingsStoredObjectForKeyPath(keyPath)))
@@ -111,6 +116,7 @@ Import importedInMemory(const NSDictionary& settings) {
 Changes importSettings(const NSDictionary& settings) {
     const auto [allowed, changes] = importedInMemory(settings);
     if (changes.isEmpty() && !isFileDamaged()) return changes;
+    requireSavable();
     // Otherwise the migration takes what it has cached before for done.
     QRVSettings::sharedSettings().cache().removeAllObjects();
     saveAndWait([&tree = allowed] { QRVSettingsImport(tree); });
