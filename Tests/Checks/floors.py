@@ -35,7 +35,7 @@ ROOMS = {
     "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
                                    "QRVSettings", "Reporting", "Text", "Settings", "Doctor",
                                    "Process", "Options"),
-    "Tools/qrvsettings/Parser": ("Reporting", "Process", "Options", "Commands"),
+    "Tools/qrvsettings/Parser": ("Reporting", "Text", "Process", "Options", "Commands"),
     "Tools/qrvsettings": ("Log", "Reporting", "Process", "Parser"),
     "Examples": (*PLATFORM, "QRVLogger", "QRVSettings", "QRVHistory"),
 }
