@@ -94,10 +94,11 @@ OptionList declare(Options& options) {
     type.valueName = "NAME";
     type.words = valueTypes();
     type.takesOnlyWords = true;
+    Option value = required(text("VALUE", options.value, "See below; - reads standard input"));
+    value.takes = Takes::Value;
     return withWritingOptions(
-        withLeniency({keyPathArgument(options.keyPath),
-                      required(text("VALUE", options.value, "See below; - reads standard input")),
-                      type, profileOption(options.profile), changesAsJSONFlag(options.report)},
+        withLeniency({keyPathArgument(options.keyPath), value, type, profileOption(options.profile),
+                      changesAsJSONFlag(options.report)},
                      options.leniency),
         options.writing);
 }
