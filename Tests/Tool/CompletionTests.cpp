@@ -141,7 +141,7 @@ TEST(Candidates, AreTheKeyPathsOfDefaultsAndFile) {
     expectCandidates({"set", "Time.Menubar.F"}, "Time.Menubar.FlashSeperators\n");
     expectCandidates({"watch", "Menu.Th"}, "Menu.Theme.Dark\nMenu.Theme.Light\n");
     expectNone({"get", "CPU.Menubar.Width", "CPU"});
-    expectNone({"set", "CPU.Menubar.Width", ""});
+    expectNone({"set", "CPU.Menubar.Width", "1", ""});
 }
 
 TEST(Candidates, OfWhatIsToBeRemovedAreWhatIsStored) {

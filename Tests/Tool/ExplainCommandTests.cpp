@@ -40,6 +40,7 @@ TEST(Explain, TheStoredValueAnswersBeforeTheDefault) {
               "default:        true\n"
               "default kind:   boolean\n"
               "kinds differ:   no\n"
+              "scope:          of each profile: none\n"
               "profile:        default\n"
               "in profile:     not set\n");
 }
@@ -51,7 +52,7 @@ TEST(Explain, TheDefaultAnswersWhereNothingIsStored) {
               R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
               R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
               R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
-              R"("profileValue":null,"site":null,"siteFile":null,"siteKind":null,)"
+              R"("profileValue":null,"profiles":["default"],"scope":"application","site":null,"siteFile":null,"siteKind":null,)"
               R"("stored":null,"storedKind":null})"
               "\n");
 }

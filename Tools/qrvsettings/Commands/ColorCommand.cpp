@@ -129,6 +129,7 @@ OptionList declareSet(Options& options) {
     Option color =
         required(texts("COLOR", options.color,
                        "R G B [A], numbers usually from 0 to 1, or '#rrggbb' or '#rrggbbaa'"));
+    color.takes = Takes::Color;
     return withWritingOptions(
         withLeniency({keyPathArgument(options.keyPath), profileOption(options.profile), color},
                      options.leniency),

@@ -113,6 +113,14 @@ constexpr std::array commands = {
         "is effective.\n\n"
         "Example: qrvsettings explain CPU.Menubar.Enabled",
         configureExplain},
+    Command{
+        "describe", "Print what settings are: in words, with kind, default and present value",
+        "Without PREFIX all known settings are described. For a single one all is printed that\n"
+        "is known of it, with the value that the application reads: of a setting of each profile\n"
+        "that in the profile \"default\", or in the one that is named. Lists of applications add\n"
+        "to what is known, see qrvsettings(5). The exit code is 1 where nothing is known.\n\n"
+        "Example: qrvsettings describe CPU.Menubar",
+        configureDescribe},
     Command{"diff", "Print what is stored and differs from the defaults, or how a file differs",
             "A line is a key path, a tab, and old -> new as JSON, null for not set. Without FILE, "
             "old\n"

@@ -18,6 +18,7 @@ Configuration configureCandidates();
 Configuration configureColorGet();
 Configuration configureColorSet();
 Configuration configureColorUnset();
+Configuration configureDescribe();
 Configuration configureDiff();
 Configuration configureDoctor();
 Configuration configureExplain();

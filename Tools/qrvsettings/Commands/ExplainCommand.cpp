@@ -12,6 +12,7 @@
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
+#include "Settings/SettingDescription.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
@@ -38,6 +39,7 @@ struct Explanation {
     PropertyListValue byDefault;
     std::string profile;
     PropertyListValue inProfile;
+    QRVSettingScope scope;
 };
 
 /// The layer that answers, when the stored value is of the layer that has this name; it is empty
@@ -66,7 +68,8 @@ Explanation explanationOf(const Options& options) {
         .lockFile = QRVSettingsLockFileForKeyPath(scope.storedKeyPath(options.keyPath)),
         .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
         .profile = options.profile.empty() ? "default" : options.profile,
-        .inProfile = profile.stored(options.keyPath)};
+        .inProfile = profile.stored(options.keyPath),
+        .scope = scopeOf(KnownLists::read(), options.keyPath)};
     const bool isStored = !scope.stored(options.keyPath).isNull();
     const std::string layerOfStored = scope.isProfile() ? "profile" : "stored";
     explanation.layer = answeringLayer(explanation, isStored ? layerOfStored : "");
@@ -94,6 +97,8 @@ bool kindsDiffer(const Explanation& explanation) {
 }
 
 std::string jsonOf(const Explanation& explanation) {
+    NSMutableArray profiles;
+    for (const std::string& name : profileNames()) profiles.addObject(name);
     return jsonText(NSDictionary{
                {"keyPath", explanation.keyPath},
                {"effective", orNullMarker(explanation.effective)},
@@ -110,6 +115,8 @@ std::string jsonOf(const Explanation& explanation) {
                {"kindDiffers", canCompareKinds(explanation)
                                    ? PropertyListValue(kindsDiffer(explanation))
                                    : PropertyListValue(NSNull())},
+               {"scope", scopeWord(explanation.scope)},
+               {"profiles", profiles},
                {"profile", explanation.profile},
                {"profileValue", orNullMarker(explanation.inProfile)},
                {"profileKind", kindOrNullMarker(explanation.inProfile)},
@@ -135,6 +142,8 @@ std::string linesOf(const Explanation& explanation) {
     add(facts, "default", explanation.byDefault);
     if (canCompareKinds(explanation))
         facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});
+    if (explanation.scope == QRVSettingScope::Profile)
+        facts.push_back({"scope", scopeInWords(explanation.scope)});
     facts.push_back({"profile", keyPathText(explanation.profile)});
     add(facts, "in profile", explanation.inProfile);
     return factLines(facts);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,5 +14,7 @@ struct Fact {
 
 /// A line for each, `name: value`, the values one below the other.
 std::string factLines(const std::vector<Fact>& facts);
+/// The same with values on lines of at most `width` bytes.
+std::string factLines(const std::vector<Fact>& facts, std::size_t width);
 
 }  // namespace Tool

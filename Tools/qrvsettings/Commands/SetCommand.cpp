@@ -3,6 +3,7 @@
 
 #include "Commands/CommandTable.h"
 #include "Commands/Leniency.h"
+#include "Commands/ProfileHint.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -83,6 +84,7 @@ ExitCode set(const Options& options) {
         printObject(saved);
     else
         remarkIfUnchanged(saved, options.keyPath);
+    hintAfterWrite(options.keyPath, scope);
     return ExitCode::Done;
 }
 
@@ -94,10 +96,11 @@ OptionList declare(Options& options) {
     type.valueName = "NAME";
     type.words = valueTypes();
     type.takesOnlyWords = true;
+    Option value = required(text("VALUE", options.value, "See below; - reads standard input"));
+    value.takes = Takes::Value;
     return withWritingOptions(
-        withLeniency({keyPathArgument(options.keyPath),
-                      required(text("VALUE", options.value, "See below; - reads standard input")),
-                      type, profileOption(options.profile), changesAsJSONFlag(options.report)},
+        withLeniency({keyPathArgument(options.keyPath), value, type, profileOption(options.profile),
+                      changesAsJSONFlag(options.report)},
                      options.leniency),
         options.writing);
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Options/CommonOptions.h"
+#include "Options/ValueCompletions.h"
 #include "Reporting/Failure.h"
 #include "Reporting/PrintableText.h"
 #include "Settings/KnownLists.h"
@@ -48,6 +49,7 @@ class CommandLineSoFar {
     }
     [[nodiscard]] const Option* optionNamed(const std::string& name) const;
     [[nodiscard]] Candidates optionNames() const;
+    [[nodiscard]] const Option* placeOfArgument() const;
     [[nodiscard]] std::optional<Candidates> wordsInPlace() const;
     [[nodiscard]] std::optional<Candidates> wordsFor(const Option& option) const;
     [[nodiscard]] Candidates keyPathsOf(const std::string& layer) const;
@@ -57,6 +59,7 @@ class CommandLineSoFar {
     OptionList options_;
     std::size_t argumentCount_ = 0;
     const Option* pendingOption_ = nullptr;  ///< its value is the next word
+    std::string keyPath_;                    ///< the argument, where there is one
     std::optional<Option> early_;            ///< one that stands before its command
     std::string profile_;
     std::string layer_ = layerNames().front();
@@ -80,6 +83,8 @@ void CommandLineSoFar::take(const std::string& word) {
     } else if (const Command* const part = command_->partNamed(word)) {
         enter(*part);
     } else {
+        const Option* const place = placeOfArgument();
+        if (place != nullptr && place->takes == Takes::KeyPath) keyPath_ = word;
         ++argumentCount_;
     }
 }
@@ -135,10 +140,8 @@ Candidates CommandLineSoFar::optionNames() const {
     return names;
 }
 
-std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
-    Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
-    if (!names.empty()) return names;
+/// Where the next argument belongs; null where there is no place for it.
+const Option* CommandLineSoFar::placeOfArgument() const {
     const Option* place = nullptr;
     std::size_t places = 0;
     for (const Option& option : options_)
@@ -146,8 +149,16 @@ std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
             place = &option;
             ++places;
         }
-    if (place == nullptr || (places <= argumentCount_ && !place->isRepeated)) return names;
-    return wordsFor(*place);
+    const bool isFull = place != nullptr && places <= argumentCount_ && !place->isRepeated;
+    return isFull ? nullptr : place;
+}
+
+std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
+    Candidates names;
+    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
+    if (!names.empty()) return names;
+    const Option* const place = placeOfArgument();
+    return place == nullptr ? names : wordsFor(*place);
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const {
@@ -156,6 +167,12 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
             return std::nullopt;
         case Takes::KeyPath:
             return keyPathsOf(layer_);
+        case Takes::KnownKeyPath:
+            return knownKeyPaths();
+        case Takes::Value:
+            return valuesOf(keyPath_, ProfileScope(profile_));
+        case Takes::Color:
+            return colorsOf(keyPath_, ProfileScope(profile_));
         case Takes::StoredKeyPath:
             return keyPathsOf("stored");
         case Takes::Profile:
@@ -169,10 +186,10 @@ std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const
 }
 
 Candidates CommandLineSoFar::keyPathsOf(const std::string& layer) const {
+    const KnownLists lists = KnownLists::read();
     Candidates words;
-    const KnownLists known = KnownLists::read();
     for (const auto& [keyPath, value] : SettingsLayer(layer, ProfileScope(profile_)).leaves())
-        words.emplace(keyPath, sentenceOf(known.at(keyPath)));
+        words.emplace(keyPath, sentenceOf(lists.at(keyPath)));
     return words;
 }
 

@@ -20,7 +20,10 @@ enum class Takes {
     Text,           ///< anything; `words`, if any, are offered
     File,           ///< the name of a file
     KeyPath,        ///< a key path of any layer, or of the layer and the profile that are named
+    KnownKeyPath,   ///< a key path of which something is known
     StoredKeyPath,  ///< a key path that is stored
+    Value,          ///< a value of the key path before it
+    Color,          ///< a colour for the key path before it
     Layer,          ///< one of `layerNames`
     Profile,        ///< the name of a profile
 };

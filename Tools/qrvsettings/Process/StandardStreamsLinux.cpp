@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Process/StandardStreams.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace Tool {
@@ -11,6 +12,13 @@ bool standardOutputIsTerminal() {
 
 bool standardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+std::size_t widthOfStandardOutput() {
+    constexpr std::size_t usual = 80;
+    winsize size{};
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? size.ws_col : usual;
 }
 
 }  // namespace Tool

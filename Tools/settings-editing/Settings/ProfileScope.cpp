@@ -7,6 +7,7 @@
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 #include "Text/FileForm.h"
+#include "Text/KeyPaths.h"
 
 namespace Tool {
 
@@ -65,6 +66,13 @@ std::set<std::string> profileNames() {
          QRVSettingsStoredObjectForKeyPath(QRVStoreKeyPaths::profiles).dictionary())
         names.emplace(name);
     return names;
+}
+
+std::string profilesInWords() {
+    std::string text;
+    for (const std::string& name : profileNames())
+        text += (text.empty() ? "" : ", ") + keyPathText(name);
+    return text.empty() ? "none" : text;
 }
 
 }  // namespace Tool

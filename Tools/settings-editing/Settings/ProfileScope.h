@@ -40,5 +40,7 @@ class ProfileScope {
 
 /// The profiles that have settings. Of a name that holds dots only the part before the first one.
 std::set<std::string> profileNames();
+/// The same with commas between them; "none" where there is none.
+std::string profilesInWords();
 
 }  // namespace Tool

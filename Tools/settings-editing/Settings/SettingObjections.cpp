@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <map>
 
-#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Settings/SettingDescription.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
 #include "Text/ScalarText.h"
@@ -16,16 +16,8 @@ namespace {
 
 using Kind = PropertyListValue::Kind;
 
-std::string withArticle(Kind kind) {
-    if (kind == Kind::Color) return "a colour";
-    const std::string word = kindWord(kind);
-    if (kind == Kind::Data) return word;
-    return (kind == Kind::Integer || kind == Kind::Array ? "an " : "a ") + word;
-}
-
 std::string exampleOf(const KnownSetting& setting, const char* otherwise) {
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(setting.keyPath);
-    const PropertyListValue& example = byDefault.isNull() ? setting.byDefault : byDefault;
+    const PropertyListValue example = knownDefault(setting);
     return example.isNull() ? otherwise : bareText(example);
 }
 
@@ -77,20 +69,6 @@ bool isOutside(const PropertyListValue& value, const KnownSetting& setting) {
     return value.isNumber() &&
            ((!setting.minimum.isNull() && value.doubleValue() < setting.minimum.doubleValue()) ||
             (!setting.maximum.isNull() && value.doubleValue() > setting.maximum.doubleValue()));
-}
-
-std::string rangeOf(const KnownSetting& setting) {
-    const std::string unit = setting.unit.empty() ? "" : " " + setting.unit;
-    if (setting.maximum.isNull()) return bareText(setting.minimum) + unit + " or more";
-    if (setting.minimum.isNull()) return bareText(setting.maximum) + unit + " or less";
-    return "from " + bareText(setting.minimum) + " to " + bareText(setting.maximum) + unit;
-}
-
-std::string choicesOf(const KnownSetting& setting) {
-    std::string text;
-    for (const KnownChoice& choice : setting.choices)
-        text += (text.empty() ? "" : ", ") + bareText(choice.value);
-    return text;
 }
 
 /// Calls `judge` for the value and for all that a dictionary holds, until one has an objection.
@@ -151,7 +129,7 @@ std::string SettingObjections::toPlace(std::string_view plain) const {
     for (std::size_t end = plain.find('.'); end != plain.npos; end = plain.find('.', end + 1)) {
         const KnownSetting* const above = lists_.at(plain.substr(0, end));
         if (above != nullptr && above->kind != Kind::Dictionary && above->kind != Kind::Null)
-            return above->keyPath + " is " + withArticle(above->kind) +
+            return above->keyPath + " is " + kindWithArticle(above->kind) +
                    ", so that nothing can be below it";
     }
     return {};
@@ -160,16 +138,16 @@ std::string SettingObjections::toPlace(std::string_view plain) const {
 std::string SettingObjections::toLeaf(const KnownSetting& setting, const std::string& keyPath,
                                       const PropertyListValue& value) const {
     if (!fits(value, setting.kind))
-        return keyPathText(keyPath) + " is " + withArticle(setting.kind) + ", not " + given(value) +
-               "; " + wayToSay(setting);
+        return keyPathText(keyPath) + " is " + kindWithArticle(setting.kind) + ", not " +
+               given(value) + "; " + wayToSay(setting);
     const auto isChoice = [&value](const KnownChoice& choice) { return choice.value == value; };
     if (!setting.choices.empty() &&
         std::none_of(setting.choices.begin(), setting.choices.end(), isChoice))
         return keyPathText(keyPath) + " is none of its choices, " + shortened(bareText(value)) +
-               "; say one of " + choicesOf(setting);
+               "; say one of " + choicesInWords(setting);
     if (isOutside(value, setting))
         return keyPathText(keyPath) + " is out of range, " + bareText(value) + "; say a number " +
-               rangeOf(setting);
+               rangeInWords(setting);
     return {};
 }
 
@@ -181,7 +159,7 @@ std::string SettingObjections::toColor(const std::string& keyPath) const {
     const KnownSetting* const setting = lists_.at(keyPath);
     if (setting == nullptr || setting->kind == Kind::Color || setting->kind == Kind::Null)
         return {};
-    return keyPathText(keyPath) + " is " + withArticle(setting->kind) + ", not a colour";
+    return keyPathText(keyPath) + " is " + kindWithArticle(setting->kind) + ", not a colour";
 }
 
 std::vector<std::string> SettingObjections::toTree(const NSDictionary& tree) const {
