@@ -266,13 +266,11 @@ std::string Reader::string() {
     const std::size_t start = position_++;
     std::string result;
     while (!isAt('"')) {
-        const std::size_t end =
-            std::find_if(text_.begin() + static_cast<std::ptrdiff_t>(position_), text_.end(),
-                         [](char one) {
-                             return one == '"' || one == '\\' ||
-                                    static_cast<unsigned char>(one) < ' ';
-                         }) -
-            text_.begin();
+        const auto* const stop = std::find_if(
+            text_.begin() + static_cast<std::ptrdiff_t>(position_), text_.end(), [](char one) {
+                return one == '"' || one == '\\' || static_cast<unsigned char>(one) < ' ';
+            });
+        const auto end = static_cast<std::size_t>(stop - text_.begin());
         const std::string plain(text_.substr(position_, end - position_));
         try {
             requireUTF8(plain);
