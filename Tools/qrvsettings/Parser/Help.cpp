@@ -94,7 +94,7 @@ std::string nameOf(const std::vector<const Command*>& path) {
 
 std::string usageOf(const std::vector<const Command*>& path, const OptionList& options) {
     std::string usage = nameOf(path) + " [OPTION...]";
-    if (!path.back()->parts.empty()) return usage + " COMMAND [ARGUMENT...]";
+    if (path.back()->configure == nullptr) return usage + " COMMAND [ARGUMENT...]";
     for (const Option& option : options)
         if (option.isArgument()) usage += " " + placeOf(option);
     return usage;
