@@ -31,12 +31,13 @@ ROOMS = {
     "Tools/settings-editing/Doctor": ("Values", "PropertyLists", "Files", "Presenters", "QRVSettings", "Reporting",
                                       "Text", "Settings"),
     "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
-    "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process"),
+    "Tools/qrvsettings/History": ("Values", "QRVSettings", "QRVHistory", "Reporting", "Text"),
+    "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process", "History"),
     "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
                                    "QRVSettings", "Reporting", "Text", "Settings", "Doctor",
-                                   "Process", "Options"),
-    "Tools/qrvsettings/Parser": ("Reporting", "Process", "Options", "Commands"),
-    "Tools/qrvsettings": ("Log", "Reporting", "Process", "Parser"),
+                                   "Process", "History", "Options"),
+    "Tools/qrvsettings/Parser": ("Reporting", "Text", "Process", "Options", "Commands"),
+    "Tools/qrvsettings": ("Log", "Reporting", "Process", "History", "Parser"),
     "Examples": (*PLATFORM, "QRVLogger", "QRVSettings", "QRVHistory"),
 }
 # Public headers keep the include lines of hosts: these do not lie in a folder named after their room.

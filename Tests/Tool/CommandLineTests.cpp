@@ -15,10 +15,10 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::vector<std::string> commands = {"get",      "set",    "unset",     "list",  "search",
-                                           "explain",  "diff",   "export",    "color", "appearance",
-                                           "profiles", "apply",  "import",    "merge", "watch",
-                                           "path",     "doctor", "completion"};
+const std::vector<std::string> commands = {"get",      "set",   "unset",   "list",   "search",
+                                           "explain",  "diff",  "export",  "color",  "appearance",
+                                           "profiles", "apply", "history", "import", "merge",
+                                           "undo",     "watch", "path",    "doctor", "completion"};
 
 }  // namespace
 

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Two machines share settings by Git with the commands that qrvsettings(7) shows, taken from the page.
+"""Two machines share settings by Git with the commands that qrvsettings(7) shows, taken from the page. The
+README shows some of them.
 
-    git_merge.py TOOL PAGE
+    git_merge.py TOOL PAGE README
 
 Skipped (exit code 77) where there is no git.
 """
@@ -21,6 +22,14 @@ def commands_of(page, heading):
     """The examples of a section, as they are typed."""
     section = re.split(r"\n\.S[SH] ", page.partition(f"\n.SS {heading}\n")[2])[0]
     return [block.replace("\\-", "-") for block in re.findall(r"\.EX\n(.*?)\.EE", section, re.DOTALL)]
+
+
+def require_same_commands(page, readme):
+    block = readme.partition("\n## Settings of several machines\n")[2].partition("```sh\n")[2].partition("```")[0]
+    shown = "".join(commands_of(page, "Settings in a Git repository")).splitlines()
+    lines = [re.sub(r"  +# .*", "", line) for line in block.splitlines()]
+    if not lines or not all(line in shown for line in lines):
+        raise AssertionError(f"the README has other commands than the page: {lines}")
 
 
 class Machine:
@@ -119,11 +128,12 @@ def take_copy(page, folder, tool):
 
 
 def main():
-    tool, page = sys.argv[1:]
+    tool, page, readme = sys.argv[1:]
     if shutil.which("git") is None:
         print("there is no git")
         return SKIPPED
     text = Path(page).read_text()
+    require_same_commands(text, Path(readme).read_text())
     with tempfile.TemporaryDirectory() as folder:
         share(text, Path(folder), tool)
         take_copy(text, Path(folder), tool)

@@ -18,13 +18,14 @@ def help_of(tool, command):
     text = subprocess.run([tool, *command, "--help"], capture_output=True, text=True, check=True).stdout
     options = set(re.findall(r"^  (?:-\w, )?(--[a-z-]+)", text, re.MULTILINE))
     listed = text.partition("\nCommands:\n")[2].partition("\n\n")[0]
-    return options, re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE)
+    is_whole = re.search(r"^Usage: .* COMMAND \[ARGUMENT\.\.\.\]$", text, re.MULTILINE) is None
+    return options, re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE), is_whole
 
 
 def helped(tool, command=()):
-    """The options of each command that takes no further command, and of the program."""
-    options, parts = help_of(tool, command)
-    found = {} if parts and command else {command: options - EVERYWHERE if command else options}
+    """The options of each command that may stand without a further one, and of the program."""
+    options, parts, is_whole = help_of(tool, command)
+    found = {} if command and not is_whole else {command: options - EVERYWHERE if command else options}
     for part in parts:
         found |= helped(tool, (*command, part))
     return found

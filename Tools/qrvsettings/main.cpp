@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "History/ToolHistory.h"
 #include "Parser/CommandLine.h"
 #include "Platform/System/System.h"
 #include "Process/ExitCode.h"
@@ -38,5 +39,7 @@ int main(int argc, char** argv) {
         const Tool::Waiting waiting(description);
         work();
     });
-    return static_cast<int>(run({argv + (argc > 0 ? 1 : 0), argv + argc}));
+    const Tool::ExitCode code = run({argv + (argc > 0 ? 1 : 0), argv + argc});
+    Tool::waitForHistory();
+    return static_cast<int>(code);
 }

@@ -76,6 +76,11 @@ constexpr std::array completionParts = {
         configureCandidates},
 };
 
+constexpr std::array historyParts = {
+    Command{"clear", "Remove all entries of the history, and their values from the disk",
+            "Example: qrvsettings history clear", configureHistoryClear},
+};
+
 constexpr std::array commands = {
     Command{"get", "Print the value of a setting", "Example: qrvsettings get CPU.Menubar.Enabled",
             configureGet},
@@ -109,8 +114,8 @@ constexpr std::array commands = {
         "in\n"
         "the profile \"default\" or the one that is named. Integers and reals count as one "
         "kind\n"
-        "when the stored value is compared with the default. The exit code is 1 where nothing\n"
-        "is effective.\n\n"
+        "when the stored value is compared with the default. \"last change\" is the last one in\n"
+        "the history. The exit code is 1 where nothing is effective.\n\n"
         "Example: qrvsettings explain CPU.Menubar.Enabled",
         configureExplain},
     Command{
@@ -166,6 +171,26 @@ constexpr std::array commands = {
         "it.\n\n"
         "Example: qrvsettings merge base.plist ours.plist theirs.plist --output merged.plist",
         configureMerge},
+    Command{
+        "history", "Print who has changed which setting when, the latest last",
+        "For each save: its ID, the time, the program with its process, what it was; then its\n"
+        "changes, a line each: key path, old -> new as JSON. A program that does not take part in\n"
+        "the history is \"another program\", at the time when its change was noticed.\n"
+        "\n"
+        "TIME is '10 minutes ago', 2h, today, yesterday, 09:30, 2026-11-22 or\n"
+        "'2026-11-22 09:30'. QRVSETTINGS_HISTORY=0 in the environment switches the history off.\n"
+        "\n"
+        "Example: qrvsettings history CPU --since yesterday",
+        configureHistory, historyParts},
+    Command{
+        "undo", "Take back what a save has changed, in one save",
+        "Prints what it changes, a line each: key path, tab, old -> new as JSON. It is in the\n"
+        "history itself: an undo of an undo makes the change again. What was changed since is\n"
+        "named, with the program and the time; nothing is undone then, and the exit code is 1.\n"
+        "Records of the store stay. TIME is as in history.\n"
+        "\n"
+        "Example: qrvsettings undo --since '10 minutes ago' --dry-run",
+        configureUndo},
     Command{
         "watch", "Print changes of the settings file as they happen, a line each",
         "A line is a key path, a tab, and the new value as JSON: the default where the setting\n"

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Prints the value of a setting in each layer.
 
+#include <optional>
+
 #include "Commands/CommandTable.h"
 #include "Commands/FactLines.h"
+#include "History/HistoryText.h"
+#include "History/ToolHistory.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
@@ -40,6 +44,8 @@ struct Explanation {
     std::string profile;
     PropertyListValue inProfile;
     QRVSettingScope scope;
+    std::optional<QRVHistorySave> lastChange;
+    std::optional<QRVHistorySave> lastChangeInProfile;
 };
 
 /// The layer that answers, when the stored value is of the layer that has this name; it is empty
@@ -69,7 +75,9 @@ Explanation explanationOf(const Options& options) {
         .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
         .profile = options.profile.empty() ? "default" : options.profile,
         .inProfile = profile.stored(options.keyPath),
-        .scope = scopeOf(KnownLists::read(), options.keyPath)};
+        .scope = scopeOf(KnownLists::read(), options.keyPath),
+        .lastChange = lastChangeInHistory(options.keyPath),
+        .lastChangeInProfile = lastChangeInHistory(profile.storedKeyPath(options.keyPath))};
     const bool isStored = !scope.stored(options.keyPath).isNull();
     const std::string layerOfStored = scope.isProfile() ? "profile" : "stored";
     explanation.layer = answeringLayer(explanation, isStored ? layerOfStored : "");
@@ -96,6 +104,10 @@ bool kindsDiffer(const Explanation& explanation) {
     return !explanation.stored.isSameKindAs(explanation.byDefault);
 }
 
+PropertyListValue objectOf(const std::optional<QRVHistorySave>& change) {
+    return change ? PropertyListValue(historyObject(*change)) : NSNull();
+}
+
 std::string jsonOf(const Explanation& explanation) {
     NSMutableArray profiles;
     for (const std::string& name : profileNames()) profiles.addObject(name);
@@ -120,6 +132,8 @@ std::string jsonOf(const Explanation& explanation) {
                {"profile", explanation.profile},
                {"profileValue", orNullMarker(explanation.inProfile)},
                {"profileKind", kindOrNullMarker(explanation.inProfile)},
+               {"lastChange", objectOf(explanation.lastChange)},
+               {"profileLastChange", objectOf(explanation.lastChangeInProfile)},
            }) +
            "\n";
 }
@@ -127,6 +141,11 @@ std::string jsonOf(const Explanation& explanation) {
 void add(std::vector<Fact>& facts, const std::string& name, const PropertyListValue& value) {
     facts.push_back({name, value.isNull() ? "not set" : jsonText(value)});
     if (!value.isNull()) facts.push_back({name + " kind", kindWord(value)});
+}
+
+void add(std::vector<Fact>& facts, const std::string& name,
+         const std::optional<QRVHistorySave>& change) {
+    if (change) facts.push_back({name, lastChangeText(*change)});
 }
 
 std::string linesOf(const Explanation& explanation) {
@@ -146,6 +165,8 @@ std::string linesOf(const Explanation& explanation) {
         facts.push_back({"scope", scopeInWords(explanation.scope)});
     facts.push_back({"profile", keyPathText(explanation.profile)});
     add(facts, "in profile", explanation.inProfile);
+    add(facts, "last change", explanation.lastChange);
+    add(facts, "profile change", explanation.lastChangeInProfile);
     return factLines(facts);
 }
 

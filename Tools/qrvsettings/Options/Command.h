@@ -14,8 +14,9 @@ namespace Tool {
 struct Command {
     std::string_view name;
     std::string_view summary;
-    std::string_view footer;       ///< ends its help: an explanation, and one example
-    Configuration (*configure)();  ///< null when one of the parts has to be named
+    std::string_view footer;  ///< ends its help: an explanation, and one example
+    /// Of the command without any of its parts; null when one of them has to be named.
+    Configuration (*configure)();
     std::span<const Command> parts{};
 
     [[nodiscard]] const Command* partNamed(std::string_view part) const;

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#include "History/ToolHistory.h"
 #include "Settings/SettingsFileCondition.h"
+#include "Text/PastTime.h"
 #include "Text/ScalarText.h"
 
 namespace Tool {
@@ -106,6 +108,16 @@ Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
                 }};
 }
 
+Option sinceOption(std::optional<std::string>& since, const std::string& description) {
+    return {.name = "--since",
+            .description = description,
+            .takes = Takes::Text,
+            .store = [&since](const std::vector<std::string>& given) { since = given.front(); },
+            .valueName = "TIME",
+            .words = {"today", "yesterday"},
+            .objection = objectionToPastTime};
+}
+
 OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
     options.push_back(
         {.name = "--replace-damaged",
@@ -124,6 +136,7 @@ OptionList withWritingOptions(OptionList options, WritingOptions& writing) {
 }
 
 void openToWrite(const WritingOptions& writing) {
+    if (!writing.dryRun) takePartInHistory();
     openToWrite(writing,
                 {"; --replace-damaged backs it up and goes on", "; --force overwrites it"});
 }

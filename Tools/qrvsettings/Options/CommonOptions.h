@@ -38,9 +38,13 @@ Option commandsForm(Form& form, const std::string& description);
 Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
                      const std::string& description);
 
+/// `--since TIME`, a text that `pastTimeFromText` takes; stays empty without it.
+Option sinceOption(std::optional<std::string>& since, const std::string& description);
+
 /// The options of a command, and those that every command takes that writes.
 OptionList withWritingOptions(OptionList options, WritingOptions& writing);
-/// Opens the settings file for such a command; see `openToWrite`.
+/// Opens the settings file for such a command, which takes part in the history; see
+/// `openToWrite`.
 void openToWrite(const WritingOptions& writing);
 
 }  // namespace Tool

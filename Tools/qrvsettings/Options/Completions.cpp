@@ -155,10 +155,13 @@ const Option* CommandLineSoFar::placeOfArgument() const {
 
 std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
     Candidates names;
-    for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
-    if (!names.empty()) return names;
+    if (argumentCount_ == 0)
+        for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     const Option* const place = placeOfArgument();
-    return place == nullptr ? names : wordsFor(*place);
+    if (place == nullptr) return names;
+    std::optional<Candidates> words = wordsFor(*place);
+    if (words) words->merge(names);
+    return words;
 }
 
 std::optional<Candidates> CommandLineSoFar::wordsFor(const Option& option) const {

@@ -63,6 +63,9 @@ class Reader {
   private:
     void enter(const Command& command);
     [[nodiscard]] bool isCommand() const { return path_.back()->configure != nullptr; }
+    [[nodiscard]] bool isPartNext() const {
+        return path_.back()->partNamed(rest_.back()) != nullptr;
+    }
     [[nodiscard]] std::string name() const { return nameOf({path_.begin() + 1, path_.end()}); }
     std::string take();
 
@@ -73,6 +76,7 @@ class Reader {
     void takeOption(const std::string& word);
     std::string valueFor(const Option& option);
     void takeValue(const Option& option, const std::string& value);
+    static void requireNoObjection(const Option& option, const std::string& value);
     void takeArguments();
     void requireNoExclusion() const;
 
@@ -131,7 +135,7 @@ void Reader::deferOption(const std::string& word) {
 }
 
 void Reader::findCommand() {
-    while (!isCommand() && !rest_.empty()) {
+    while (!rest_.empty() && (!isCommand() || isPartNext())) {
         const std::string word = take();
         if (isHelp(word)) {
             isHelpWanted_ = true;
@@ -190,14 +194,18 @@ std::string Reader::valueFor(const Option& option) {
                                           "=" + shortened(rest_.back())));
 }
 
+void Reader::requireNoObjection(const Option& option, const std::string& value) {
+    if (!option.objection) return;
+    if (const std::string objection = option.objection(value); !objection.empty())
+        throw WrongUsage(option.name + ": " + objection);
+}
+
 void Reader::takeValue(const Option& option, const std::string& value) {
     if (option.takesOnlyWords &&
         std::find(option.words.begin(), option.words.end(), value) == option.words.end())
         throw WrongUsage(option.name + " takes " + choiceOf(option.words) + ", not " +
                          shortened(value));
-    if (option.objection)
-        if (const std::string objection = option.objection(value); !objection.empty())
-            throw WrongUsage(option.name + ": " + objection);
+    requireNoObjection(option, value);
     option.store({value});
 }
 
@@ -229,6 +237,7 @@ void Reader::takeArguments() {
         }
         const auto end = option.isRepeated ? arguments_.end() : next + 1;
         given_.insert(option.name);
+        for (auto word = next; word != end; ++word) requireNoObjection(option, *word);
         option.store({next, end});
         next = end;
     }

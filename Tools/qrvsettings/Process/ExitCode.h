@@ -27,10 +27,10 @@ inline constexpr std::array exitCodes = {
     ExitCodeMeaning{ExitCode::Done, "done"},
     ExitCodeMeaning{ExitCode::NotSet,
                     "not set, not found; something differs (diff), would change (--check), is in "
-                    "conflict (merge), or needs a person (doctor)"},
+                    "conflict (merge), was changed since (undo), or needs a person (doctor)"},
     ExitCodeMeaning{ExitCode::WrongUsage, "wrong usage"},
     ExitCodeMeaning{ExitCode::UnreadableFile,
-                    "the settings file exists but cannot be read or parsed"},
+                    "the settings file or the history exists but cannot be read or parsed"},
     ExitCodeMeaning{ExitCode::NotWritten,
                     "the change did not reach the file, or the output could not be written"},
     ExitCodeMeaning{ExitCode::WrongValue,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Settings/PendingChanges.h"
 
+#include "QRVSettings/FileChange.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/Notices.h"
@@ -74,6 +75,9 @@ Changes PendingChanges::save() {
     if (result.isEmpty() && !isFileDamaged()) return result;
     requireSavable();
     for (const std::string& note : notes_) notice(note);
+    QRVSettings& store = QRVSettings::sharedSettings();
+    if (!store.changeOrigin() && keyPaths_.size() == 1)
+        store.setChangeOrigin(std::string(QRVChangeOrigins::set));
     saveAndWait(QRVSettingsCommitBatchSave, keyPaths_);
     for (const std::string& keyPath : keyPaths_)
         if (hasFractionsOfSeconds(QRVSettingsStoredObjectForKeyPath(keyPath)))

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "History/ToolHistory.h"
+
+#include <chrono>
+
+#include "Reporting/Failure.h"
+
+namespace Tool {
+namespace {
+
+/// For the entry of a save, while other processes are writing theirs.
+constexpr std::chrono::seconds longestWait{2};
+
+void requireHistory() {
+    const std::string why = whyNoHistory();
+    if (!why.empty()) throw Failure(Fault::NotSet, why);
+}
+
+std::vector<QRVHistorySave> savesOf(QRVHistoryAnswer answer) {
+    if (!answer.failure.empty())
+        throw Failure(Fault::UnreadableFile, "the history cannot be read: " + answer.failure +
+                                                 ", " + QRVHistoryLocation());
+    return std::move(answer.saves);
+}
+
+}  // namespace
+
+std::string whyNoHistory() {
+    if (QRVHistoryIsSwitchedOff())
+        return "there is no history: QRVSETTINGS_HISTORY=0 switches it off";
+    return QRVHistoryLocation().empty() ? "there is no history: there is no home folder" : "";
+}
+
+void takePartInHistory() {
+    QRVHistoryStart();
+}
+
+void waitForHistory() {
+    static bool isWritable = true;
+    if (isWritable) isWritable = QRVHistoryWait(longestWait);
+}
+
+std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
+    requireHistory();
+    return savesOf(QRVHistorySaves(query));
+}
+
+std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
+    // To wait for a locked one once is enough.
+    static bool isReadable = whyNoHistory().empty();
+    if (!isReadable) return std::nullopt;
+    const QRVHistoryAnswer answer = QRVHistoryLastChange(keyPath);
+    isReadable = answer.failure.empty();
+    if (answer.saves.empty()) return std::nullopt;
+    return answer.saves.front();
+}
+
+QRVHistoryInverse inverseOfSaves(const std::vector<QRVHistorySave>& saves,
+                                 const NSDictionary& stored, QRVHistoryConflicts conflicts) {
+    return QRVHistoryInverseOf(saves, stored, conflicts);
+}
+
+void clearHistory() {
+    requireHistory();
+    const std::string failure = QRVHistoryClear();
+    if (!failure.empty())
+        throw Failure(Fault::NotWritten,
+                      "the history cannot be cleared: " + failure + ", " + QRVHistoryLocation());
+}
+
+}  // namespace Tool
