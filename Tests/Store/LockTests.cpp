@@ -262,6 +262,17 @@ TEST(Locks, HoldInAnImport) {
         << "the caller's tree stays";
 }
 
+TEST(Locks, AnImportOfNothingLeavesWhatIsLocked) {
+    startWithLock();
+    Failures failures;
+    QRVSettingsSetObjectForKeyPath(4, frequency);
+    QRVSettingsImport(nullptr);
+    StoreSupport::finishSaves();
+    EXPECT_THAT(failures.take(), ElementsAre("write locked setting: CPU.Menubar.Enabled"));
+    EXPECT_TRUE(StoreSupport::fileTree().objectForKey(frequency).isNull());
+    EXPECT_EQ(StoreSupport::fileTree().objectForKey("CPU"), cpu("the user's").objectForKey("CPU"));
+}
+
 TEST(Locks, LeaveTheStoresOwnChangesAlone) {
     writeLocks("CPU.*\nSensors.*\nNetwork.*\nCombined.*\n");
     StoreSupport::writeSettings(
