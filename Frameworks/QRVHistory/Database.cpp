@@ -164,15 +164,11 @@ void Database::setLeaves(const Head& head, const Leaves& leaves) {
 
 std::optional<SaveRow> Database::unknownSaveAt(const Head& head, const Version& from,
                                                const Version& to) {
-    Statement found =
-        connection_.statement(std::string(rowColumns) +
-                              "WHERE file = ? AND program IS NULL"
-                              " AND (to_version = ? OR (from_version = ? AND to_time > ?))"
-                              " ORDER BY position DESC LIMIT 1");
-    found.bind(head.file)
-        .bind(std::string_view(to.name))
-        .bind(std::string_view(from.name))
-        .bind(to.time);
+    Statement found = connection_.statement(std::string(rowColumns) +
+                                            "WHERE file = ? AND program IS NULL"
+                                            " AND (to_version = ? OR from_version = ?)"
+                                            " ORDER BY position DESC LIMIT 1");
+    found.bind(head.file).bind(std::string_view(to.name)).bind(std::string_view(from.name));
     return firstRow(found);
 }
 

@@ -40,7 +40,8 @@
 // be entered by 6 and their values once more as unknown.
 //
 // The absence of a file has no identity. So an absence that a save has ended counts as one of just
-// before it, and one that is found as one of then.
+// before it, and one that is found as one of then. Only these two are compared by the time at which
+// the save gave the new file its name.
 //
 // A damaged file has no version here: nobody knows what it holds. A save that replaces it changes
 // what differs from the head.
@@ -58,6 +59,8 @@ namespace QRVHistoryInside {
 namespace {
 
 constexpr double nanosecondsPerSecond = 1e9;
+/// Of the clock that gives files their change times, in nanoseconds.
+constexpr std::int64_t largestGranularity = 10'000'000;
 
 /// The settings file as it is now.
 struct Reading {
@@ -102,8 +105,10 @@ bool Entry::isAtHead(const Version& version) const {
     return head_.version && *head_.version == version;
 }
 
-bool Entry::isNewerThanHead(const Version& version) const {
-    return version.time > head_.version->time ||
+// An absence may have been found while the new file had its modification time and not yet its name.
+bool Entry::isNewerThanHead(const Version& version, std::int64_t timeOfName) const {
+    const std::int64_t time = head_.version->isAbsence() ? timeOfName : version.time;
+    return time > head_.version->time ||
            Version(QRVPlatform::identityOfFileAtPath(settingsFile_), 0) == version;
 }
 
@@ -180,9 +185,9 @@ void Entry::enter(const OwnSave& save) {
                    static_cast<double>(to.time) / nanosecondsPerSecond};
     if (isAtHead(from)) return append(own);  // 1
     if (const auto unknown = database_.unknownSaveAt(head_, from, to))
-        return split(*unknown, own, change);   // 2
-    if (isAtHead(to)) return insertLate(own);  // 3
-    if (isNewerThanHead(to)) {                 // 4
+        return split(*unknown, own, change);                 // 2
+    if (isAtHead(to)) return insertLate(own);                // 3
+    if (isNewerThanHead(to, change.fileAfter.changeTime)) {  // 4
         appendUnknown(from, change.before);
         return append(own);
     }
@@ -192,7 +197,8 @@ void Entry::enter(const OwnSave& save) {
 }
 
 void Entry::enterOthers() {
-    const auto timeNow = static_cast<std::int64_t>(now_ * nanosecondsPerSecond);
+    const auto timeNow =
+        static_cast<std::int64_t>(now_ * nanosecondsPerSecond) - largestGranularity;
     const Version now(QRVPlatform::identityOfFileAtPath(settingsFile_), timeNow);
     const bool isStillAbsent = now.isAbsence() && head_.version && head_.version->isAbsence();
     if (isStillAbsent || isAtHead(now)) return;

@@ -164,3 +164,39 @@ TEST(EntryModel, WhateverTheOrderOfEntriesEachSaveIsEnteredOnceAndTheRestIsUnkno
         model.check();
     }
 }
+
+TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
+    const std::string path = QRVSettingsLocation();
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    StoreSupport::writeFile(QRVHistoryLocation(), "");
+    const auto enter = [](const std::function<void(QRVHistoryInside::Entry&)>& work) {
+        Database database(QRVHistoryLocation(), Connection::Access::ReadAndWrite);
+        Transaction transaction(database.connection());
+        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
+                                      NSDate::now().timeIntervalSince1970());
+        work(entry);
+        transaction.commit();
+    };
+    const auto written = [](const NSDictionary& tree) {
+        return NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
+    };
+    QRVFileChange first;
+    first.isBeforeKnown = true;
+    first.after = NSDictionary{{"A", 1}};
+    ASSERT_FALSE(QRVPlatform::replaceFile(path + ".new", written(first.after)));
+    enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+    std::filesystem::rename(path + ".new", path);
+    first.fileAfter = QRVPlatform::identityOfFileAtPath(path);
+
+    QRVFileChange second;
+    second.isBeforeKnown = true;
+    second.before = first.after;
+    second.fileBefore = first.fileAfter;
+    second.after = NSDictionary{{"A", 2}};
+    otherReplaces(second.after);
+    second.fileAfter = QRVPlatform::identityOfFileAtPath(path);
+    const Writer writer{"test", 1, "set"};
+    enter([&](QRVHistoryInside::Entry& entry) { entry.enter({first, writer}); });
+    enter([&](QRVHistoryInside::Entry& entry) { entry.enter({second, writer}); });
+    EXPECT_EQ(lines(), (Lines{"test/set: A none > 1", "test/set: A 1 > 2"}));
+}
