@@ -9,7 +9,7 @@ namespace Tool {
 namespace {
 
 /// For the entry of a save, while other processes are writing theirs.
-constexpr std::chrono::seconds longestWait{5};
+constexpr std::chrono::seconds longestWait{2};
 
 void requireHistory() {
     const std::string why = whyNoHistory();
@@ -36,7 +36,8 @@ void takePartInHistory() {
 }
 
 void waitForHistory() {
-    QRVHistoryWait(longestWait);
+    static bool isWritable = true;
+    if (isWritable) isWritable = QRVHistoryWait(longestWait);
 }
 
 std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
@@ -45,8 +46,11 @@ std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
 }
 
 std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
-    if (!whyNoHistory().empty()) return std::nullopt;
+    // To wait for a locked one once is enough.
+    static bool isReadable = whyNoHistory().empty();
+    if (!isReadable) return std::nullopt;
     const QRVHistoryAnswer answer = QRVHistoryLastChange(keyPath);
+    isReadable = answer.failure.empty();
     if (answer.saves.empty()) return std::nullopt;
     return answer.saves.front();
 }
