@@ -246,11 +246,22 @@ double Database::nextPosition(const Head& head) {
     return found.real(0) + 1;
 }
 
-double Database::positionBefore(const Head& head, double position) {
+// A gap that is halved again and again would end with equal positions.
+Gap Database::gapBefore(const Head& head, double position) {
+    constexpr double smallestGap = 1e-4;
+    constexpr double room = 1'000;
     Statement found =
         connection_.statement("SELECT max(position) FROM saves WHERE file = ? AND position < ?");
     found.bind(head.file).bind(position).step();
-    return found.text(0) ? found.real(0) : position - 1;
+    const double begin = found.text(0) ? found.real(0) : position - 1;
+    if (position - begin >= smallestGap) return {begin, position};
+    connection_
+        .statement("UPDATE saves SET position = position + ? WHERE file = ? AND position >= ?")
+        .bind(room)
+        .bind(head.file)
+        .bind(position)
+        .run();
+    return {begin, position + room};
 }
 
 double Database::positionAt(const Head& head, std::int64_t time) {
@@ -258,8 +269,8 @@ double Database::positionAt(const Head& head, std::int64_t time) {
         connection_.statement("SELECT min(position) FROM saves WHERE file = ? AND to_time > ?");
     found.bind(head.file).bind(time).step();
     if (!found.text(0)) return nextPosition(head);
-    const double next = found.real(0);
-    return (positionBefore(head, next) + next) / 2;
+    const Gap gap = gapBefore(head, found.real(0));
+    return (gap.begin + gap.end) / 2;
 }
 
 void Database::prune(double now) {

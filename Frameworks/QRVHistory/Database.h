@@ -57,6 +57,12 @@ struct SaveRow {
     Version to;
 };
 
+/// Positions of saves between which there is none.
+struct Gap {
+    double begin = 0;
+    double end = 0;
+};
+
 /// Functions throw SQLiteError. Used within a transaction, but for the reading of saves.
 class Database {
   public:
@@ -88,8 +94,9 @@ class Database {
     void remove(std::int64_t save);
     /// Behind all others.
     double nextPosition(const Head& head);
-    /// Of the save before `position`.
-    double positionBefore(const Head& head, double position);
+    /// Between the save at `position` and the one before it, wide enough for others. The saves from
+    /// that one on may move to make room; it is at the end then.
+    Gap gapBefore(const Head& head, double position);
     /// Between the saves before and after a time.
     double positionAt(const Head& head, std::int64_t time);
 

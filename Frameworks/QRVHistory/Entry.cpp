@@ -156,12 +156,12 @@ void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& 
     std::vector<const Part*> parts;
     for (const Part* const part : {&std::as_const(first), &own, &std::as_const(last)})
         if (part->from != part->to) parts.push_back(part);
-    const double before = database_.positionBefore(head_, unknown.position);
-    const double step = (unknown.position - before) / static_cast<double>(parts.size());
+    const Gap gap = database_.gapBefore(head_, unknown.position);
+    const double step = (gap.end - gap.begin) / static_cast<double>(parts.size());
     database_.remove(unknown.id);
-    double position = before;
+    double position = gap.begin;
     for (const Part* part : parts) {
-        position = part == parts.back() ? unknown.position : position + step;
+        position = part == parts.back() ? gap.end : position + step;
         // The number of the unknown save stays with the last part.
         const std::int64_t id = part == parts.back() ? unknown.id : 0;
         database_.insert(head_, {id, position, part->time, part->from, part->to}, part->writer,
