@@ -85,7 +85,7 @@ bool Version::isAbsence() const {
     return name.starts_with(absence);
 }
 
-Database::Database(const std::string& path, Connection::Access access) : connection_(path, access) {
+Database::Database(const std::string& path, Access access) : connection_(path) {
     connection_.setTimeout(busyMilliseconds);
     Statement layout = connection_.statement("PRAGMA user_version");
     layout.step();
@@ -94,7 +94,7 @@ Database::Database(const std::string& path, Connection::Access access) : connect
     if (version != 0 && version != layoutVersion)
         throw SQLiteError(SQLiteError::Kind::Other, make_error_code(std::errc::not_supported),
                           "the history was written by a later version");
-    if (access == Connection::Access::Read) return;
+    if (access == Access::Read) return;
     connection_.run(
         "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = NORMAL;"
         "PRAGMA secure_delete = ON; PRAGMA trusted_schema = OFF");

@@ -66,8 +66,9 @@ struct Gap {
 /// Functions throw SQLiteError. Used within a transaction, but for the reading of saves.
 class Database {
   public:
+    enum class Access { ReadAndWrite, Read };
     /// Opens the file that is there, and makes the tables unless it is only read.
-    Database(const std::string& path, Connection::Access access);
+    Database(const std::string& path, Access access);
 
     [[nodiscard]] const Connection& connection() const { return connection_; }
     /// False for an empty database that is only read.

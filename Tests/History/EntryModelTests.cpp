@@ -140,7 +140,7 @@ class Model {
 
     template <typename Work>
     void enter(Work&& work) {
-        Database database(QRVHistoryLocation(), Connection::Access::ReadAndWrite);
+        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
         Transaction transaction(database.connection());
         QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
                                       NSDate::now().timeIntervalSince1970());
@@ -187,7 +187,7 @@ TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     StoreSupport::writeFile(QRVHistoryLocation(), "");
     const auto enter = [](const std::function<void(QRVHistoryInside::Entry&)>& work) {
-        Database database(QRVHistoryLocation(), Connection::Access::ReadAndWrite);
+        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
         Transaction transaction(database.connection());
         QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
                                       NSDate::now().timeIntervalSince1970());
