@@ -104,7 +104,8 @@ file(GLOB texts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/*.md")
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/ARCHITECTURE.md"
   DESTINATION "${documents}" COMPONENT Documentation)
 install(FILES ${texts} DESTINATION "${documents}/Documentation" COMPONENT Documentation)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/Examples/" DESTINATION "${documents}/examples" COMPONENT Documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/Examples/" DESTINATION "${documents}/examples" COMPONENT Documentation
+  PATTERN "__pycache__" EXCLUDE)
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Library)
 
 include(QRVPackage)

@@ -4,11 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <string>
 
 #include "QRVSettings/ProfileSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
-
-using QRVInside::takeKey;
 
 namespace {
 
@@ -55,15 +54,22 @@ std::string_view restInProfile(std::string_view keyPath, std::string_view& profi
                                             : keyPath.substr(profile.size() + 1);
 }
 
+bool isLevelOfKnownSettings(std::string_view keyPath) {
+    const std::string start = std::string(keyPath) + ".";
+    const auto* const below =
+        std::ranges::lower_bound(knownSettings, start, {}, &QRVKnownSetting::keyPath);
+    return below != knownSettings.end() && below->keyPath.starts_with(start);
+}
+
 /// What the store leaves where there was nothing.
 bool isLeftByStore(std::string_view keyPath, const PropertyListValue& value) {
-    if (value.isDictionary()) return value.dictionary().count() == 0;
+    if (value.isDictionary() && value.dictionary().count() == 0)
+        return isLevelOfKnownSettings(QRVPlainKeyPath(keyPath));
+    if (!value.isArray() || value.array().count() != 0) return false;
     std::string_view profile = "default";
     const std::string_view rest = restInProfile(keyPath, profile);
-    const bool isCombinedItems =
-        profile == "default" &&
-        (rest.data() == nullptr ? keyPath : rest) == QRVStoreKeyPaths::combinedItems;
-    return isCombinedItems && value.isArray() && value.array().count() == 0;
+    return profile == "default" &&
+           (rest.data() == nullptr ? keyPath : rest) == QRVStoreKeyPaths::combinedItems;
 }
 
 }  // namespace

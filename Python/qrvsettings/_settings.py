@@ -119,6 +119,7 @@ class Settings(_Reader):
 
     def set_color(self, key_path: str, color: Color) -> None:
         """Writes a colour as text, as the store keeps colours."""
+        _refuse_none(key_path, color)
         self._write("settings_set_color", key_path, color)
         self._call_at("settings_clear_cache", key_path)
 
@@ -339,7 +340,7 @@ class Profile(_Reader):
             self._settings.active_profile = before
 
 
-def _refuse_none(key_path: str, value: Optional[Settable]) -> None:
+def _refuse_none(key_path: str, value: object) -> None:
     if value is None:
         raise WrongKindError("None is no value; unset removes a setting", key_path)
 

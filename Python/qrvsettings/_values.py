@@ -188,8 +188,6 @@ class Values:
     def _create_dictionary(self, entries: Mapping[str, Settable]) -> c_void_p:
         keys = []
         for key in entries:
-            if not isinstance(key, str):
-                raise WrongKindError(f"the key {key!r} is no str")
             keys.append(c_text(key))
         with self._handles_of(list(entries.values())) as handles:
             count = len(handles)
@@ -218,7 +216,9 @@ def utf8(text: str) -> bytes:
 
 
 def c_text(text: str) -> bytes:
-    """For parameters that end at a zero byte."""
+    """For parameters that end at a zero byte: key paths, keys, and names of profiles."""
+    if not isinstance(text, str):
+        raise WrongKindError(f"{text!r} is no str")
     if "\0" in text:
         raise InvalidArgumentError(f"{text!r} contains a zero byte")
     return utf8(text)

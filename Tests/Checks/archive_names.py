@@ -12,7 +12,7 @@ from pathlib import Path
 
 NAMESPACES = {"QRVPlatform", "QRVInside", "__gnu_cxx"}
 # Classes that hosts are given, and what is derived from their names.
-GIVEN_CLASS = re.compile(r"(NS|DD|Dispatch|PropertyList|QRVSettings|qrv_)")
+GIVEN_CLASS = re.compile(r"(NS|DD|Dispatch|PropertyList|QRV[A-Z]|qrv_)")
 # An encoded name begins with what the symbol is of its entity (a table of virtual functions, a guard, a
 # member of another function), then tells scopes from the outside in, each with its length.
 ENTITY = re.compile(r"_Z(?:T[VTIS]|GV|GR|Th\w*?_|Z)*(?P<nested>N?)[VKRO]*(?P<rest>.*)")

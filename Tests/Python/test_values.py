@@ -85,6 +85,17 @@ class Values(unittest.TestCase):
                 settings.set("Test.X", value)
         self.assertIsNone(settings.get("Test.X"))
 
+    def test_what_is_no_colour_and_no_key_path_is_refused(self):
+        settings = qrvsettings.open()
+        with self.assertRaisesRegex(qrvsettings.InvalidArgumentError, "^Test.X: .*colour"):
+            settings.set_color("Test.X", "red")
+        with self.assertRaisesRegex(qrvsettings.WrongKindError, "^Test.X: "):
+            settings.set_color("Test.X", None)
+        for call in (settings.get, settings.stored, settings.unset, settings.profile().get):
+            for key_path in (None, 5, b"bytes"):
+                with self.assertRaisesRegex(qrvsettings.WrongKindError, "is no str$"):
+                    call(key_path)
+
     def test_text_may_contain_a_zero_byte_and_a_key_path_may_not(self):
         settings = qrvsettings.open()
         settings.set("Test.Text", "a\0b")

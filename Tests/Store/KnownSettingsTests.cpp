@@ -166,6 +166,10 @@ TEST(RecordsOfTheStore, IncludeWhatItLeavesWhereThereWasNothing) {
     const NSDictionary noEntries;
     const NSArray noItems;
     EXPECT_TRUE(QRVIsRecordOfStore("Network.Menubar.Global", noEntries));
+    EXPECT_TRUE(QRVIsRecordOfStore("Profiles.Settings.work.Sensors.Menubar", noEntries));
+    EXPECT_FALSE(QRVIsRecordOfStore("Host.Tree", noEntries));
+    EXPECT_FALSE(QRVIsRecordOfStore("Weather.Global.Location", noEntries));
+    EXPECT_FALSE(QRVIsRecordOfStore("CPU.Men", noEntries));
     EXPECT_TRUE(QRVIsRecordOfStore("Combined.Menubar.Items", noItems));
     EXPECT_TRUE(QRVIsRecordOfStore("Profiles.Settings.default.Combined.Menubar.Items", noItems));
     EXPECT_FALSE(QRVIsRecordOfStore("Profiles.Settings.work.Combined.Menubar.Items", noItems));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A program that prints the user's library folder, the time pattern of an unknown locale and the
-// site's folders, a line each. With an argument it prints nothing unless its file gives it
-// privileges.
+// A program that prints the user's library folder, the time pattern of an unknown locale, the
+// site's folders and the user's state folder, a line each. With an argument it prints nothing
+// unless its file gives it privileges.
 
 #include <sys/auxv.h>
 #include <unistd.h>
@@ -18,6 +18,7 @@ int main(int argc, char**) {
               << QRVPlatform::shortTimePattern("xx_YY") << std::endl;
     for (const std::string& folder : QRVPlatform::UserFolders::siteFolders())
         std::cout << folder << std::endl;
+    std::cout << QRVPlatform::userStateFolder() << std::endl;
     // A normal exit would search for leaks in a sanitizer's build, which needs a process that may
     // trace itself.
     _exit(0);

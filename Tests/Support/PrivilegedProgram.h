@@ -21,7 +21,8 @@ constexpr uid_t nobody = 65534;
 
 inline Lines outputOf(const std::string& arguments) {
     const std::string command =
-        "XDG_CONFIG_HOME=/of/the/caller XDG_CONFIG_DIRS=/of/the/caller HOME=/of/the/caller "
+        "XDG_CONFIG_HOME=/of/the/caller XDG_CONFIG_DIRS=/of/the/caller "
+        "XDG_STATE_HOME=/of/the/caller HOME=/of/the/caller "
         "./program ";
     FILE* const stream = popen((command + arguments).c_str(), "r");
     if (stream == nullptr) throw std::runtime_error("cannot start the program");

@@ -40,6 +40,7 @@ TEST(Explain, TheStoredValueAnswersBeforeTheDefault) {
               "default:        true\n"
               "default kind:   boolean\n"
               "kinds differ:   no\n"
+              "scope:          of each profile: none\n"
               "profile:        default\n"
               "in profile:     not set\n");
 }
@@ -53,7 +54,8 @@ TEST(Explain, TheDefaultAnswersWhereNothingIsStored) {
         R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
         R"("lastChange":null,)"
         R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
-        R"("profileLastChange":null,"profileValue":null,"site":null,"siteFile":null,"siteKind":null,)"
+        R"("profileLastChange":null,"profileValue":null,"profiles":["default"],)"
+        R"("scope":"application","site":null,"siteFile":null,"siteKind":null,)"
         R"("stored":null,"storedKind":null})"
         "\n");
 }

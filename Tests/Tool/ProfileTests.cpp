@@ -141,3 +141,55 @@ TEST(Profiles, SaysWhenThereAreNone) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "qrvsettings: there are no profiles\n");
 }
+
+TEST(ProfileHint, SetSaysThatTheApplicationReadsElsewhere) {
+    const Outcome first = run({"set", "CPU.Menubar.Enabled", "false"});
+    EXPECT_EQ(first.exitCode, 0);
+    EXPECT_EQ(first.errors,
+              "qrvsettings: the application reads this in its profile; --profile NAME sets it "
+              "there (profiles: default), CPU.Menubar.Enabled\n");
+    setInTravel("CPU.Menubar.Enabled", "false");
+    EXPECT_THAT(run({"set", "CPU.Menubar.Enabled", "true"}).errors,
+                HasSubstr("(profiles: default, travel), CPU.Menubar.Enabled\n"));
+    EXPECT_EQ(run({"set", "CPU.Menubar.Enabled", "false", "--quiet"}).errors, "");
+}
+
+TEST(ProfileHint, SetSaysNothingWhereTheApplicationReads) {
+    EXPECT_EQ(run({"set", "--profile", "default", "CPU.Menubar.Enabled", "false"}).errors, "");
+    EXPECT_EQ(run({"set", "Profiles.Settings.p.CPU.Menubar.Enabled", "false"}).errors, "");
+    EXPECT_EQ(run({"set", width, "60"}).errors, "");
+    EXPECT_EQ(run({"set", "GPU.Menubar.Enabled", "true"}).errors, "");
+}
+
+TEST(ProfileHint, TheFirstExampleOfTheManualPageReachesTheApplication) {
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "false", "--profile"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "Profiles.Settings.default.CPU.Menubar.Enabled"}).output, "false\n");
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--profile"}).output, "false\n");
+    ASSERT_EQ(run({"unset", "CPU.Menubar.Enabled", "--profile"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "--profile", "--json", "CPU.Menubar.Enabled"}).output, "true\n");
+}
+
+TEST(ProfileHint, GetSaysWhatTheApplicationReadsInstead) {
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "false"}).exitCode, 0);
+    const Outcome outcome = run({"get", "CPU.Menubar.Enabled"});
+    EXPECT_EQ(outcome.output, "false\n");
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: the application reads this in its profile (default: true), "
+              "CPU.Menubar.Enabled\n");
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--quiet"}).errors, "");
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--layer", "stored"}).errors, "");
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--profile"}).errors, "");
+    EXPECT_EQ(run({"get", "Memory.Menubar.Enabled"}).errors, "");
+    ASSERT_EQ(run({"set", "CPU.Menubar.Enabled", "false", "--profile"}).exitCode, 0);
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled"}).errors, "");
+}
+
+TEST(ProfileHint, ExplainNamesTheProfiles) {
+    setInTravel("CPU.Menubar.Enabled", "false");
+    EXPECT_THAT(run({"explain", "CPU.Menubar.Enabled"}).output,
+                HasSubstr("scope:          of each profile: default, travel\n"));
+    EXPECT_THAT(run({"explain", "CPU.Menubar.Enabled", "--json"}).output,
+                HasSubstr(R"("profiles":["default","travel"],"scope":"profile")"));
+    EXPECT_THAT(run({"explain", width}).output, testing::Not(HasSubstr("scope:")));
+    EXPECT_THAT(run({"explain", width, "--json"}).output, HasSubstr(R"("scope":"application")"));
+}

@@ -141,6 +141,16 @@ TEST(ReadOnlyFile, IsNotReplacedUnlessForced) {
     }
 }
 
+TEST(ReadOnlyFile, IsNoObstacleToWhatIsSoAlready) {
+    ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    writeFile("same.json", run({"export", "--json"}).output);
+    std::filesystem::permissions(settingsFile(), std::filesystem::perms(0444));
+    EXPECT_EQ(run({"set", "a", "1"}).exitCode, 0);
+    EXPECT_EQ(run({"apply", "-"}, {"set a 1\nunset b\n", {}}).exitCode, 0);
+    EXPECT_EQ(run({"import", "same.json"}).exitCode, 0);
+    EXPECT_EQ(run({"set", "a", "2"}).exitCode, 4);
+}
+
 TEST(ReadOnlyFile, IsAnObstacleBehindALinkToo) {
     ASSERT_EQ(run({"set", "a", "1"}).exitCode, 0);
     const auto target = std::filesystem::absolute("target.plist");

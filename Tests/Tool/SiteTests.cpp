@@ -34,7 +34,7 @@ std::string cpu(const std::string& element) {
 
 /// The site's value is false, and what the user has stored is "mine".
 void lockCPU() {
-    ASSERT_EQ(run({"set", enabled, "mine"}).exitCode, 0);
+    ASSERT_EQ(run({"set", enabled, "mine", "--any-kind"}).exitCode, 0);
     ToolSupport::writeFile(siteList(), cpu("<false/>"));
     ToolSupport::writeFile(siteLocks(), "# nobody\nCPU.Menubar.Enabled\n");
 }
@@ -70,13 +70,23 @@ TEST(Site, ALockIsRefusedAndNamed) {
     expectRefused(run({"set", "CPU.Menubar", "{\"Enabled\":true}"}));
     expectRefused(run({"unset", enabled}));
     expectRefused(run({"unset", "CPU"}));
-    expectRefused(
-        run({"apply", "-"},
-            {.input = "set UpdateFrequency 3\nset CPU.Menubar.Enabled 1\n", .prepare = nullptr}));
+    expectRefused(run(
+        {"apply", "-"},
+        {.input = "set UpdateFrequency 3\nset CPU.Menubar.Enabled true\n", .prepare = nullptr}));
     expectRefused(run({"import", "-"}, {.input = cpu("<true/>"), .prepare = nullptr}));
     expectRefused(run({"import", "-", "--dry-run"}, {.input = cpu("<true/>"), .prepare = nullptr}));
-    expectRefused(run({"color", "set", enabled, "#ffffff"}));
     EXPECT_EQ(storedSettings(), before) << "nothing is written, not even what is not locked";
+}
+
+TEST(Site, ALockedColourIsRefused) {
+    const std::string color = "Network.Menubar.Mode.Status.NoIP.Color";
+    ToolSupport::writeFile(siteLocks(), "Network.Menubar.Mode.*");
+    const Outcome outcome = run({"color", "set", color, "#ffffff"});
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("the site has locked it, in " + siteLocks() + ": " + color));
+    EXPECT_EQ(run({"color", "set", color, "#ffffff", "--profile", "work"}).exitCode, 5);
+    EXPECT_EQ(run({"color", "get", color, "--profile", "work", "--hex"}).output, "#ffc600ff\n");
 }
 
 TEST(Site, WhatIsSetAsItIsLockedIsNoFailure) {

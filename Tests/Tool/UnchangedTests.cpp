@@ -78,12 +78,12 @@ TEST(Unchanged, AnotherKindIsAChange) {
 }
 
 TEST(Unchanged, ADefaultThatIsNotStoredWritesNoFile) {
-    expectNothingWritten({"set", "CPU.Menubar.Enabled", "true"},
-                         "nothing changed, CPU.Menubar.Enabled");
-    expectNothingWritten({"set", "CPU.Menubar.Enabled", "true", "--profile", "default"},
-                         "nothing changed, CPU.Menubar.Enabled");
+    expectNothingWritten({"set", "Notifications.Enabled", "true"},
+                         "nothing changed, Notifications.Enabled");
+    expectNothingWritten({"set", "Notifications.Enabled", "true", "--profile", "default"},
+                         "nothing changed, Notifications.Enabled");
     expectNothingWritten({"apply", "-"}, "0 changed, 2 as they were",
-                         "set CPU.Menubar.Enabled true\nunset absent\n");
+                         "set Notifications.Enabled true\nunset absent\n");
     EXPECT_FALSE(std::filesystem::exists(configurationFolder()));
 }
 

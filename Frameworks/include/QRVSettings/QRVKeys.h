@@ -96,28 +96,47 @@ Value nothing() {
 
 /// Empty where the value counts as absent.
 template <QRVKeyValue Value>
-std::optional<Value> valueAs(const PropertyListValue& value) {
-    if constexpr (std::same_as<Value, bool>)
-        return isConvertible(value) ? std::optional(value.boolValue()) : std::nullopt;
-    else if constexpr (std::same_as<Value, std::int64_t>)
-        return isConvertible(value) ? std::optional(value.integerValue()) : std::nullopt;
-    else if constexpr (std::same_as<Value, double>)
-        return isConvertible(value) ? std::optional(value.doubleValue()) : std::nullopt;
-    else if constexpr (std::same_as<Value, std::string>)
-        return isConvertible(value) ? std::optional(value.stringValue()) : std::nullopt;
-    else if constexpr (std::same_as<Value, NSDate>)
-        return value.isDate() ? std::optional(value.date()) : std::nullopt;
-    else if constexpr (std::same_as<Value, NSData>)
-        return value.isData() ? std::optional(value.data()) : std::nullopt;
-    else if constexpr (std::same_as<Value, NSArray>)
-        return value.isArray() ? std::optional(value.array()) : std::nullopt;
-    else if constexpr (std::same_as<Value, NSDictionary>)
-        return value.isDictionary() ? std::optional(value.dictionary()) : std::nullopt;
-    else if constexpr (std::same_as<Value, NSColor>) {
-        const PropertyListValue color = value.isColor() ? value : QRVSettingsColorOfText(value);
-        return color.isColor() ? std::optional(color.color()) : std::nullopt;
-    } else
-        return value.isNull() ? std::nullopt : std::optional(value);
+std::optional<Value> valueAs(const PropertyListValue& value);
+template <>
+inline std::optional<bool> valueAs(const PropertyListValue& value) {
+    return isConvertible(value) ? std::optional(value.boolValue()) : std::nullopt;
+}
+template <>
+inline std::optional<std::int64_t> valueAs(const PropertyListValue& value) {
+    return isConvertible(value) ? std::optional(value.integerValue()) : std::nullopt;
+}
+template <>
+inline std::optional<double> valueAs(const PropertyListValue& value) {
+    return isConvertible(value) ? std::optional(value.doubleValue()) : std::nullopt;
+}
+template <>
+inline std::optional<std::string> valueAs(const PropertyListValue& value) {
+    return isConvertible(value) ? std::optional(value.stringValue()) : std::nullopt;
+}
+template <>
+inline std::optional<NSDate> valueAs(const PropertyListValue& value) {
+    return value.isDate() ? std::optional(value.date()) : std::nullopt;
+}
+template <>
+inline std::optional<NSData> valueAs(const PropertyListValue& value) {
+    return value.isData() ? std::optional(value.data()) : std::nullopt;
+}
+template <>
+inline std::optional<NSArray> valueAs(const PropertyListValue& value) {
+    return value.isArray() ? std::optional(value.array()) : std::nullopt;
+}
+template <>
+inline std::optional<NSDictionary> valueAs(const PropertyListValue& value) {
+    return value.isDictionary() ? std::optional(value.dictionary()) : std::nullopt;
+}
+template <>
+inline std::optional<NSColor> valueAs(const PropertyListValue& value) {
+    const PropertyListValue color = value.isColor() ? value : QRVSettingsColorOfText(value);
+    return color.isColor() ? std::optional(color.color()) : std::nullopt;
+}
+template <>
+inline std::optional<PropertyListValue> valueAs(const PropertyListValue& value) {
+    return value.isNull() ? std::nullopt : std::optional(value);
 }
 
 template <QRVKeyValue Value>

@@ -58,8 +58,9 @@ QRV_EXPORT QRVSettingScope QRVScopeOfKeyPath(QRVKeyPath keyPath);
 /// lies below one, or a level that holds nothing but records. Comparisons of two machines, and
 /// copies for another machine, leave these out.
 ///
-/// With the value it also tells what the store leaves behind where there was nothing: an empty
-/// dictionary, and the empty list that the migration writes to "Combined.Menubar.Items", also in
-/// the profile "default". Without one, the levels that the migration makes in the profile "default"
+/// With the value it also tells what is left behind where there is no setting: an empty dictionary
+/// at a level of known settings, plain or in a profile, as a removed setting leaves it above; and
+/// the empty list that the migration writes to "Combined.Menubar.Items", also in the profile
+/// "default". Without a value, the levels that the migration makes in the profile "default"
 /// ("Profiles.Settings.default.CPU.Menubar") count as records; what lies below them does not.
 QRV_EXPORT bool QRVIsRecordOfStore(QRVKeyPath keyPath, const PropertyListValue& value = nullptr);

@@ -11,6 +11,7 @@
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
 #include "Process/StandardStreams.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Reporting/PrintableText.h"
 #include "Settings/KnownKeyPaths.h"
@@ -40,23 +41,27 @@ struct PresentValue {
     std::string profile;  ///< empty for a setting of the application
 };
 
-PresentValue presentValueOf(const KnownSetting& setting, const std::string& profile) {
-    const bool isOfProfile = setting.scope == QRVSettingScope::Profile || !profile.empty();
-    const ProfileScope scope(!isOfProfile ? "" : profile.empty() ? "default" : profile);
+/// The profile whose settings are meant; empty for those of the application.
+std::string profileOf(const KnownSetting& setting, const std::string& profile) {
+    const bool isOfProfile = setting.scope == QRVSettingScope::Profile;
+    return profile.empty() && isOfProfile ? "default" : profile;
+}
+
+PresentValue presentValueOf(const KnownSetting& setting, const Options& options) {
+    const std::string profile = profileOf(setting, options.profile);
+    const ProfileScope scope(profile);
     const PropertyListValue value = scope.effective(setting.keyPath);
-    const bool isStored = !scope.stored(setting.keyPath).isNull();
-    return {value,
-            isStored         ? (isOfProfile ? "profile" : "stored")
-            : value.isNull() ? "none"
-                             : "default",
-            !isOfProfile      ? ""
-            : profile.empty() ? "default"
-                              : profile};
+    const auto from = [&](const char* layer) { return PresentValue{value, layer, profile}; };
+    if (QRVSettingsIsLocked(scope.storedKeyPath(setting.keyPath))) return from("site");
+    if (!scope.stored(setting.keyPath).isNull())
+        return from(profile.empty() ? "stored" : "profile");
+    return from(value.isNull() ? "none" : "default");
 }
 
 std::string valueInWords(const PresentValue& present) {
     if (present.value.isNull()) return "not set";
     if (present.layer == "default") return "the default";
+    if (present.layer == "site") return jsonText(present.value) + " (locked by the site)";
     return jsonText(present.value) + " (stored" +
            (present.profile.empty() ? "" : " in the profile " + keyPathText(present.profile)) + ")";
 }
@@ -78,7 +83,7 @@ std::string factsOf(const KnownSetting& setting, const Options& options) {
     add("default", byDefault.isNull() ? "none" : jsonText(byDefault));
     add("scope", scopeInWords(setting.scope));
     for (const std::string& earlier : setting.renamedFrom) add("earlier", keyPathText(earlier));
-    add("value", valueInWords(presentValueOf(setting, options.profile)));
+    add("value", valueInWords(presentValueOf(setting, options)));
     add("list", setting.file);
     return factLines(facts, widthOfStandardOutput());
 }
@@ -102,7 +107,7 @@ NSArray choicesOf(const KnownSetting& setting) {
 NSDictionary objectOf(const KnownSetting& setting, const Options& options) {
     NSMutableArray earlier;
     for (const std::string& keyPath : setting.renamedFrom) earlier.addObject(keyPath);
-    const PresentValue present = presentValueOf(setting, options.profile);
+    const PresentValue present = presentValueOf(setting, options);
     return {{"keyPath", setting.keyPath},
             {"sentence", orNullMarker(setting.sentence)},
             {"kind", kindWord(setting.kind)},

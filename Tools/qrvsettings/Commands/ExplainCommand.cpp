@@ -16,6 +16,7 @@
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
+#include "Settings/SettingDescription.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/FileForm.h"
 #include "Text/JSON.h"
@@ -42,6 +43,7 @@ struct Explanation {
     PropertyListValue byDefault;
     std::string profile;
     PropertyListValue inProfile;
+    QRVSettingScope scope;
     std::optional<QRVHistorySave> lastChange;
     std::optional<QRVHistorySave> lastChangeInProfile;
 };
@@ -73,6 +75,7 @@ Explanation explanationOf(const Options& options) {
         .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
         .profile = options.profile.empty() ? "default" : options.profile,
         .inProfile = profile.stored(options.keyPath),
+        .scope = scopeOf(KnownLists::read(), options.keyPath),
         .lastChange = lastChangeInHistory(options.keyPath),
         .lastChangeInProfile = lastChangeInHistory(profile.storedKeyPath(options.keyPath))};
     const bool isStored = !scope.stored(options.keyPath).isNull();
@@ -106,6 +109,8 @@ PropertyListValue objectOf(const std::optional<QRVHistorySave>& change) {
 }
 
 std::string jsonOf(const Explanation& explanation) {
+    NSMutableArray profiles;
+    for (const std::string& name : profileNames()) profiles.addObject(name);
     return jsonText(NSDictionary{
                {"keyPath", explanation.keyPath},
                {"effective", orNullMarker(explanation.effective)},
@@ -122,6 +127,8 @@ std::string jsonOf(const Explanation& explanation) {
                {"kindDiffers", canCompareKinds(explanation)
                                    ? PropertyListValue(kindsDiffer(explanation))
                                    : PropertyListValue(NSNull())},
+               {"scope", scopeWord(explanation.scope)},
+               {"profiles", profiles},
                {"profile", explanation.profile},
                {"profileValue", orNullMarker(explanation.inProfile)},
                {"profileKind", kindOrNullMarker(explanation.inProfile)},
@@ -154,6 +161,8 @@ std::string linesOf(const Explanation& explanation) {
     add(facts, "default", explanation.byDefault);
     if (canCompareKinds(explanation))
         facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});
+    if (explanation.scope == QRVSettingScope::Profile)
+        facts.push_back({"scope", scopeInWords(explanation.scope)});
     facts.push_back({"profile", keyPathText(explanation.profile)});
     add(facts, "in profile", explanation.inProfile);
     add(facts, "last change", explanation.lastChange);

@@ -5,6 +5,7 @@
 
 #include "Commands/CommandTable.h"
 #include "Commands/PrintedValue.h"
+#include "Commands/ProfileHint.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
@@ -35,16 +36,20 @@ PropertyListValue fallbackOf(const Options& options) {
 
 ExitCode get(const Options& options) {
     requireUTF8(options.keyPath);
-    const SettingsLayer layer(options.layer, ProfileScope(options.profile));
+    const ProfileScope scope(options.profile);
+    const SettingsLayer layer(options.layer, scope);
     layer.open();
     PropertyListValue value = layer.value(options.keyPath);
-    if (value.isNull() && options.fallback) value = fallbackOf(options);
+    const bool isOfLayer = !value.isNull();
+    if (!isOfLayer && options.fallback) value = fallbackOf(options);
     if (value.isNull())
         throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
     if (options.json)
         print(jsonText(value) + "\n");
     else
         printValue(value);
+    if (isOfLayer && options.layer == layerNames().front())
+        hintAfterRead(options.keyPath, value, scope);
     return ExitCode::Done;
 }
 

@@ -3,6 +3,7 @@
 
 #include "Commands/CommandTable.h"
 #include "Commands/Leniency.h"
+#include "Commands/ProfileHint.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -83,6 +84,7 @@ ExitCode set(const Options& options) {
         printObject(saved);
     else
         remarkIfUnchanged(saved, options.keyPath);
+    hintAfterWrite(options.keyPath, scope);
     return ExitCode::Done;
 }
 

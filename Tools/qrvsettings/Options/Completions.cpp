@@ -159,7 +159,7 @@ std::optional<Candidates> CommandLineSoFar::wordsInPlace() const {
         for (const Command& part : command_->parts) names.emplace(part.name, part.summary);
     const Option* const place = placeOfArgument();
     if (place == nullptr) return names;
-    auto words = wordsFor(*place);
+    std::optional<Candidates> words = wordsFor(*place);
     if (words) words->merge(names);
     return words;
 }

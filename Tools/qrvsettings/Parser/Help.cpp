@@ -90,6 +90,7 @@ std::vector<Row> rowsOfOptions(const OptionList& options, bool isProgram) {
 
 std::vector<Row> rowsOfParts(const Command& command) {
     std::vector<Row> rows;
+    rows.reserve(command.parts.size());
     for (const Command& part : command.parts)
         rows.push_back({std::string(part.name), std::string(part.summary)});
     return rows;
@@ -97,6 +98,7 @@ std::vector<Row> rowsOfParts(const Command& command) {
 
 std::vector<Row> rowsOfExitCodes() {
     std::vector<Row> rows;
+    rows.reserve(exitCodes.size());
     for (const auto& [code, meaning] : exitCodes)
         rows.push_back({std::to_string(static_cast<int>(code)), std::string(meaning)});
     return rows;

@@ -70,7 +70,7 @@ PropertyListValue valueOfList(const std::string& path, const std::string& bytes)
 NSDictionary settingsOfList(const std::string& path) {
     const QRVPlatform::FileContents file = QRVPlatform::contentsOfFile(path, maximumSize);
     if (file.error) throw Failure(Fault::UnreadableFile, file.error.message());
-    const NSDictionary settings =
+    NSDictionary settings =
         valueOfList(path, file.bytes).dictionary().objectForKey("settings").dictionary();
     if (settings.isNull())
         throw Failure(Fault::WrongValue, "there is no dictionary \"settings\" at the root");

@@ -73,6 +73,7 @@ Changes PendingChanges::changes() const {
 Changes PendingChanges::save() {
     Changes result = changes();
     if (result.isEmpty() && !isFileDamaged()) return result;
+    requireSavable();
     for (const std::string& note : notes_) notice(note);
     QRVSettings& store = QRVSettings::sharedSettings();
     if (!store.changeOrigin() && keyPaths_.size() == 1)
@@ -115,6 +116,7 @@ Import importedInMemory(const NSDictionary& settings) {
 Changes importSettings(const NSDictionary& settings) {
     const auto [allowed, changes] = importedInMemory(settings);
     if (changes.isEmpty() && !isFileDamaged()) return changes;
+    requireSavable();
     // Otherwise the migration takes what it has cached before for done.
     QRVSettings::sharedSettings().cache().removeAllObjects();
     saveAndWait([&tree = allowed] { QRVSettingsImport(tree); });

@@ -8,14 +8,6 @@
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace Tool {
-namespace {
-
-bool isNothing(const PropertyListValue& value) {
-    return value.isNull() || (value.isArray() && value.array().count() == 0) ||
-           (value.isDictionary() && value.dictionary().count() == 0);
-}
-
-}  // namespace
 
 bool isRecord(std::string_view storedKeyPath) {
     return QRVScopeOfKeyPath(storedKeyPath) == QRVSettingScope::Record;
@@ -23,8 +15,10 @@ bool isRecord(std::string_view storedKeyPath) {
 
 bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& before,
                     const PropertyListValue& after) {
-    if (isRecord(storedKeyPath)) return true;
-    return isNothing(before) && isNothing(after) && isLeftByMigration(storedKeyPath);
+    const auto isNoSetting = [storedKeyPath](const PropertyListValue& value) {
+        return value.isNull() || QRVIsRecordOfStore(storedKeyPath, value);
+    };
+    return isNoSetting(before) && isNoSetting(after);
 }
 
 bool isLeftByMigration(std::string_view storedKeyPath) {

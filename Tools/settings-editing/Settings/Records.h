@@ -22,8 +22,8 @@ bool isRecord(std::string_view storedKeyPath);
 /// than none.
 bool isLeftByMigration(std::string_view storedKeyPath);
 
-/// Whether a difference is the store's own: of a record, or between nothing and what is empty and
-/// left by the migration. `storedKeyPath` is where the file keeps the value.
+/// Whether a difference is the store's own: none of the values is a setting (`QRVIsRecordOfStore`).
+/// `storedKeyPath` is where the file keeps the value.
 bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& before,
                     const PropertyListValue& after);
 

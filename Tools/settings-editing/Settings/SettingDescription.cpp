@@ -47,6 +47,11 @@ std::string kindWithArticle(Kind kind) {
     return (kind == Kind::Integer || kind == Kind::Array ? "an " : "a ") + words;
 }
 
+QRVSettingScope scopeOf(const KnownLists& lists, const std::string& keyPath) {
+    const KnownSetting* const setting = lists.at(keyPath);
+    return setting == nullptr ? QRVScopeOfKeyPath(keyPath) : setting->scope;
+}
+
 std::string scopeWord(QRVSettingScope scope) {
     switch (scope) {
         case QRVSettingScope::Application:

@@ -58,6 +58,17 @@ void requireWritable(const std::string& target, const std::string& advice) {
                                              modeText(facts.mode) + ", " + target + advice);
 }
 
+/// What `openToWrite` was told of a read-only file.
+struct Permission {
+    ReadOnlyFile readOnlyFile = ReadOnlyFile::Replaced;
+    std::string advice;
+};
+
+Permission& permission() {
+    static auto& permission = *new Permission;
+    return permission;
+}
+
 }  // namespace
 
 std::string SettingsFileCondition::fault() const {
@@ -103,9 +114,14 @@ void openToWrite(const WritingOptions& options, const WritingAdvice& advice) {
     waitFor(lockOfSettingsFile, [] { QRVSettingsStoredValues(); });
     if (store.storageCache().isNull())
         require(conditionOfSettingsFile(), options.damagedFile, advice.damagedFile);
-    if (options.dryRun) return;
-    const std::string target = QRVPlatform::resolvedPath(store.location()).path;
-    if (options.readOnlyFile == ReadOnlyFile::Refused) requireWritable(target, advice.readOnlyFile);
+    permission() = {options.readOnlyFile, advice.readOnlyFile};
+}
+
+void requireSavable() {
+    const std::string target =
+        QRVPlatform::resolvedPath(QRVSettings::sharedSettings().location()).path;
+    if (permission().readOnlyFile == ReadOnlyFile::Refused)
+        requireWritable(target, permission().advice);
     const std::string obstacle = obstacleToSaves(target);
     if (!obstacle.empty()) throw Failure(Fault::NotWritten, "cannot save: " + obstacle);
 }

@@ -58,8 +58,11 @@ struct WritingAdvice {
 
 /// The same for a process that is going to save: its saves bring what it wrote, and keep what
 /// others have written. Throws Failure (NotWritten) when there is no home folder and so no place
-/// for the file, and, unless it is a dry run, when the file is read-only and may not be replaced,
-/// or when something lies in the way of saves.
+/// for the file.
 void openToWrite(const WritingOptions& options, const WritingAdvice& advice);
+
+/// To be called before a save. Throws Failure (NotWritten) when the file is read-only and
+/// `openToWrite` was not told that it may be replaced, and when something lies in the way of saves.
+void requireSavable();
 
 }  // namespace Tool

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "Commands/ProfileHint.h"
+
+#include "Process/StandardError.h"
+#include "Settings/KnownLists.h"
+#include "Settings/SettingDescription.h"
+#include "Text/JSON.h"
+#include "Text/KeyPaths.h"
+
+namespace Tool {
+namespace {
+
+/// Whether the key path is the plain one of a setting that each profile has.
+bool isReadElsewhere(const std::string& keyPath, const ProfileScope& scope) {
+    return !scope.isProfile() && QRVPlainKeyPath(keyPath) == keyPath &&
+           scopeOf(KnownLists::read(), keyPath) == QRVSettingScope::Profile;
+}
+
+}  // namespace
+
+void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope) {
+    if (isQuiet() || !isReadElsewhere(keyPath, scope)) return;
+    remark("the application reads this in its profile; --profile NAME sets it there (profiles: " +
+           profilesInWords() + "), " + keyPath);
+}
+
+void hintAfterRead(const std::string& keyPath, const PropertyListValue& printed,
+                   const ProfileScope& scope) {
+    if (isQuiet() || !isReadElsewhere(keyPath, scope)) return;
+    std::string others;
+    for (const std::string& profile : profileNames()) {
+        const PropertyListValue value = ProfileScope(profile).effective(keyPath);
+        if (value != printed)
+            others += (others.empty() ? "" : ", ") + keyPathText(profile) + ": " +
+                      (value.isNull() ? "not set" : jsonText(value));
+    }
+    if (!others.empty())
+        remark("the application reads this in its profile (" + others + "), " + keyPath);
+}
+
+}  // namespace Tool
