@@ -14,6 +14,7 @@
 #include "Platform/System/NSAppearance.h"
 #include "Processes.h"
 #include "QRVSettings/QRVSettings.h"
+#include "RememberedChanges.h"
 #include "StartUp.h"
 
 const char* const settingsCommands =
@@ -23,7 +24,8 @@ const char* const settingsCommands =
     "  labels on|off                    the labels of the memory item\n"
     "  width POINTS                     the width of the processor graph\n"
     "  frequency SECONDS                the time between updates of the display\n"
-    "  color RED GREEN BLUE             of a connected network, each from 0 to 1\n";
+    "  color RED GREEN BLUE             of a connected network, each from 0 to 1\n"
+    "  changes                          prints who changed what last\n";
 
 namespace {
 
@@ -78,10 +80,16 @@ bool setColor(std::istream& words) {
     return true;
 }
 
+bool showChanges() {
+    printRememberedChanges();
+    return true;
+}
+
 bool perform(const std::string& line) {
     std::istringstream words(line);
     std::string command;
     words >> command;
+    if (command == "changes") return showChanges();
     if (command == "width") return setWidth(words);
     if (command == "frequency") return setFrequency(words);
     if (command == "color") return setColor(words);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Processes.h"
+#include "RememberedChanges.h"
 
 void startUp(QRVSettings::ChangeHandler onChange) {
     endWithoutLosingSaves();
@@ -13,12 +14,14 @@ void startUp(QRVSettings::ChangeHandler onChange) {
     store.setUsesSiteDefaults(true);
     store.setMonitorFileChanges(true);  // before prepare
     store.setOnChange(std::move(onChange));
+    rememberChanges();  // before loadDefaults
     store.loadDefaults();
     store.prepare();
 }
 
 int endUp(int status) {
     const QRVSaveStatus saves = QRVSettingsWaitForSaves(std::chrono::seconds(5));
+    waitForRememberedChanges();
     if (saves.state == QRVSaveStatus::State::Saved) return status;
     std::cerr << "not saved: " << saves.keyPaths << ' ' << saves.reason << '\n';
     return 1;

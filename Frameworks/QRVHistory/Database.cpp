@@ -20,6 +20,7 @@ namespace QRVHistoryInside {
 namespace {
 
 constexpr std::int64_t layoutVersion = 1;
+constexpr const char* absence = "none:";
 
 constexpr const char* tables = R"(
 CREATE TABLE IF NOT EXISTS files(
@@ -69,11 +70,19 @@ std::int64_t bytesOf(const Changes& changes) {
 
 }  // namespace
 
-Version::Version(const QRVPlatform::FileIdentity& identity) {
-    if (identity.isMissing()) return;
+Version::Version(const QRVPlatform::FileIdentity& identity, std::int64_t timeOfAbsence)
+    : name(absence), time(timeOfAbsence) {
+    if (identity.isMissing()) {
+        name += std::to_string(time);
+        return;
+    }
     time = identity.modificationTime;
     name = std::to_string(identity.inode) + ":" + std::to_string(identity.size) + ":" +
            std::to_string(time);
+}
+
+bool Version::isAbsence() const {
+    return name.starts_with(absence);
 }
 
 Database::Database(const std::string& path, Connection::Access access) : connection_(path, access) {

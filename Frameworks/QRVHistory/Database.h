@@ -26,12 +26,14 @@ namespace QRVHistoryInside {
 inline constexpr int busyMilliseconds = 2'000;
 
 struct Version {
-    std::string name;       ///< "" when there is no file
+    std::string name;
     std::int64_t time = 0;  ///< nanoseconds since 1970
 
     Version() = default;
     Version(std::string itsName, std::int64_t itsTime) : name(std::move(itsName)), time(itsTime) {}
-    explicit Version(const QRVPlatform::FileIdentity& identity);
+    /// The absence of a file is a version, too, of the time given here.
+    Version(const QRVPlatform::FileIdentity& identity, std::int64_t timeOfAbsence);
+    [[nodiscard]] bool isAbsence() const;
     bool operator==(const Version& other) const { return name == other.name; }
 };
 

@@ -39,6 +39,9 @@
 // a save that is the file's current version counts as newer, too. Other saves of such a moment may
 // be entered by 6 and their values once more as unknown.
 //
+// The absence of a file has no identity. So an absence that a save has ended counts as one of just
+// before it, and one that is found as one of then.
+//
 // A damaged file has no version here: nobody knows what it holds. A save that replaces it changes
 // what differs from the head.
 
@@ -65,7 +68,7 @@ struct Reading {
 
 // Not coordinated: that would wait for writers, and what replaces the file is whole anyway. A file
 // that is written in place is read at the next occasion.
-Reading readFile(const std::string& path) {
+Reading readFile(const std::string& path, std::int64_t timeNow) {
     constexpr int mostTries = 3;
     Reading reading;
     for (int tries = 0; tries < mostTries && !reading.isWhole; ++tries) {
@@ -73,7 +76,7 @@ Reading readFile(const std::string& path) {
             QRVPlatform::contentsOfFile(path, NSPropertyListSerialization::maximumSize);
         if (contents.error && !contents.isMissing()) return reading;
         const auto now = QRVPlatform::identityOfFileAtPath(path);
-        reading.version = Version(now);
+        reading.version = Version(now, timeNow);
         if (contents.isMissing()) {
             reading.isWhole = now.isMissing();
             continue;
@@ -101,7 +104,7 @@ bool Entry::isAtHead(const Version& version) const {
 
 bool Entry::isNewerThanHead(const Version& version) const {
     return version.time > head_.version->time ||
-           Version(QRVPlatform::identityOfFileAtPath(settingsFile_)) == version;
+           Version(QRVPlatform::identityOfFileAtPath(settingsFile_), 0) == version;
 }
 
 double Entry::timeOf(const Version& version) const {
@@ -143,7 +146,7 @@ void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& 
         last.changes.emplace(keyPath, Change{std::move(back.after), std::move(back.before)});
     takeBack(database_.changesOf(unknown.id), leaves);
     Part first{unknown.from, own.from, {}, changesSince(leaves, change.before), unknown.time};
-    if (own.from.time > 0) first.time = static_cast<double>(own.from.time) / nanosecondsPerSecond;
+    first.time = static_cast<double>(own.from.time) / nanosecondsPerSecond;
 
     std::vector<const Part*> parts;
     for (const Part* const part : {&std::as_const(first), &own, &std::as_const(last)})
@@ -163,13 +166,13 @@ void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& 
 
 void Entry::enter(const OwnSave& save) {
     const QRVFileChange& change = save.change;
-    const Version to(change.fileAfter);
+    const Version to(change.fileAfter, 0);
     if (!change.isBeforeKnown) {
         if (!head_.version) return begin(to, change.after);
         const Changes changes = changesSince(database_.leaves(head_), change.after);
         return append({*head_.version, to, save.writer, changes, timeOf(to)});
     }
-    const Version from(change.fileBefore);
+    const Version from(change.fileBefore, to.time - 1);
     if (!head_.version) begin(from, change.before);
     // A transaction may have been committed although its end was reported as an error.
     if (database_.hasSave(head_, to, save.writer)) return;
@@ -189,13 +192,14 @@ void Entry::enter(const OwnSave& save) {
 }
 
 void Entry::enterOthers() {
-    if (isAtHead(Version(QRVPlatform::identityOfFileAtPath(settingsFile_)))) return;
-    const Reading reading = readFile(settingsFile_);
+    const auto timeNow = static_cast<std::int64_t>(now_ * nanosecondsPerSecond);
+    const Version now(QRVPlatform::identityOfFileAtPath(settingsFile_), timeNow);
+    const bool isStillAbsent = now.isAbsence() && head_.version && head_.version->isAbsence();
+    if (isStillAbsent || isAtHead(now)) return;
+    const Reading reading = readFile(settingsFile_, timeNow);
     if (!reading.isWhole || isAtHead(reading.version)) return;
-    Version version = reading.version;
-    if (version.name.empty()) version.time = static_cast<std::int64_t>(now_ * nanosecondsPerSecond);
-    if (!head_.version) return begin(version, reading.tree);
-    appendUnknown(version, reading.tree);
+    if (!head_.version) return begin(reading.version, reading.tree);
+    appendUnknown(reading.version, reading.tree);
 }
 
 }  // namespace QRVHistoryInside

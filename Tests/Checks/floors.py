@@ -36,7 +36,7 @@ ROOMS = {
     "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
                                    "QRVSettings", "Reporting", "Text", "Settings", "Doctor",
                                    "Process", "History", "Options"),
-    "Tools/qrvsettings/Parser": ("Reporting", "Process", "Options", "Commands"),
+    "Tools/qrvsettings/Parser": ("Reporting", "Text", "Process", "Options", "Commands"),
     "Tools/qrvsettings": ("Log", "Reporting", "Process", "History", "Parser"),
     "Examples": (*PLATFORM, "QRVLogger", "QRVSettings", "QRVHistory"),
 }

@@ -171,6 +171,16 @@ TEST_F(MenubarHost, SettingsAreSavedWhenTheirProcessEnds) {
               "0 1 0.5 1\n");
 }
 
+#if QRV_MENUBAR_HOST_HAS_HISTORY
+TEST_F(MenubarHost, TellsWhoChangedWhat) {
+    ASSERT_EQ(settings("frequency 2\n").exitCode, 0);
+    const auto outcome = settings("frequency 3\nchanges\n");
+    EXPECT_THAT(outcome.output, testing::HasSubstr(" (set) changed\n  UpdateFrequency: 2 -> 3\n"));
+    EXPECT_THAT(outcome.output, testing::HasSubstr("UpdateFrequency: (null) -> 2\n"));
+    EXPECT_THAT(outcome.output, testing::StartsWith("menubar-host["));
+}
+#endif
+
 TEST_F(MenubarHost, SaysWhatItDoesNotUnderstand) {
     const auto outcome = settings("appearance blue\nhide everything\nwidth\nlabels off\n");
     EXPECT_EQ(outcome.exitCode, 1);

@@ -135,7 +135,7 @@ class Steps:
         libraries = next(root.rglob("libQRVSettings.so.7")).parent
         program = "import qrvsettings; print(qrvsettings.open().get('CPU.Menubar.Mode.HistoryGraph.Width'))"
         width = run("env", f"PYTHONPATH={root}/usr/lib/python3/dist-packages", f"LD_LIBRARY_PATH={libraries}",
-                    f"XDG_CONFIG_HOME={self.folder}/config", "python3", "-B", "-c", program)
+                    f"XDG_CONFIG_HOME={self.folder}/config", f"XDG_CONFIG_DIRS={self.folder}/site", "python3", "-B", "-c", program)
         if width != "40\n":
             raise Failure(f"the packaged Python reads {width}")
 

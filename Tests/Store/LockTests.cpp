@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+SiteFiles.h"
 #include "Store/MergingSupport.h"
 #include "Support/SiteSupport.h"
@@ -283,6 +284,15 @@ TEST(Locks, ARemovalOfEmptyLevelsIsNoFailure) {
     QRVSettingsRemoveEmptyLevelsAbove(enabled);
     EXPECT_THAT(failures.take(), IsEmpty());
     EXPECT_EQ(stored("CPU.Menubar"), PropertyListValue(NSDictionary()));
+}
+
+TEST(Locks, HoldForTypedKeys) {
+    startWithLock();
+    Failures failures;
+    EXPECT_FALSE(QRVSettingsValue(Keys::CPU::Menubar::Enabled));
+    QRVSettingsSetValue(true, Keys::CPU::Menubar::Enabled);
+    EXPECT_THAT(failures.take(), ElementsAre("write locked setting: CPU.Menubar.Enabled"));
+    EXPECT_FALSE(QRVSettingsValue(Keys::CPU::Menubar::Enabled));
 }
 
 TEST(Locks, ALockedColourIsTheDefault) {

@@ -241,3 +241,11 @@ TEST(ImportDryRun, NamesNotMoreThanAFew) {
     EXPECT_THAT(run({"import", "new.json", "--dry-run"}).errors,
                 testing::EndsWith("qrvsettings: the same holds for 2 more settings\n"));
 }
+
+TEST(Typo, UnsetNamesWhatMayBeMeant) {
+    const Outcome outcome = run({"unset", "CPU.Menubar.Enable", "absent"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors,
+              "qrvsettings: not set, CPU.Menubar.Enable; did you mean CPU.Menubar.Enabled?\n"
+              "qrvsettings: not set, absent\n");
+}

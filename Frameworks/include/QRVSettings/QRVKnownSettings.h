@@ -26,7 +26,8 @@ struct QRVKnownSetting {
     /// `Color` for text that is a colour. `Null` where it is not known: then any kind will do.
     PropertyListValue::Kind kind;
     QRVSettingScope scope;
-    /// Whether there is a built-in default, which `QRVSettingsDefaultForKeyPath` gives.
+    /// Whether it has a built-in default of its own, which `QRVSettingsDefaultForKeyPath` gives;
+    /// that of a level is made of those below it.
     bool hasDefault;
     /// What the setting is, for people: one sentence in English.
     std::string_view sentence;

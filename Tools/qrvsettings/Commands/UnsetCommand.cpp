@@ -6,6 +6,7 @@
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardError.h"
+#include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
@@ -27,7 +28,7 @@ std::vector<std::string> storedOnes(const ProfileScope& scope,
     std::vector<std::string> stored;
     for (const std::string& keyPath : keyPaths) {
         if (scope.stored(keyPath).isNull())
-            say("not set, " + keyPath);
+            say("not set, " + keyPath + didYouMean(keyPath));
         else
             stored.push_back(keyPath);
     }

@@ -65,6 +65,7 @@ class Watch {
     [[nodiscard]] bool isDone() const { return options_.count && lineCount_ >= *options_.count; }
 
     Options options_;
+    const OptionsToSet optionsToSet_ = optionsThatTakeIt();
     NSDictionary file_;  ///< what it held when it was last compared
     std::size_t lineCount_ = 0;
 };
@@ -142,7 +143,7 @@ std::string Watch::line(const std::string& keyPath) const {
     if (options_.form == Form::Commands) {
         // A value that replaces a dictionary removes what was in it.
         const auto leaf = leafAbove(file_, keyPath);
-        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_, optionsThatTakeIt());
+        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_, optionsToSet_);
     }
     const PropertyListValue stored = objectAtKeyPath(file_, keyPath);
     // A read of the store would read the file again where it was missing.

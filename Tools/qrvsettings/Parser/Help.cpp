@@ -5,34 +5,13 @@
 #include <string_view>
 
 #include "Process/ExitCode.h"
+#include "Text/WrappedText.h"
 
 namespace Tool {
 namespace {
 
 constexpr std::size_t lineWidth = 80;
 constexpr std::size_t farthestColumn = 24;
-
-/// The words of a text in lines up to `lineWidth`, from `column` on, which the first line has
-/// reached already.
-std::string wrapped(std::string_view text, std::size_t column) {
-    std::string result;
-    std::size_t reached = column;
-    while (!text.empty()) {
-        const std::string_view word = text.substr(0, text.find(' '));
-        if (reached > column && reached + 1 + word.size() > lineWidth) {
-            result += "\n" + std::string(column, ' ');
-            reached = column;
-        }
-        if (reached > column) {
-            result += ' ';
-            ++reached;
-        }
-        result += word;
-        reached += word.size();
-        text.remove_prefix(std::min(word.size() + 1, text.size()));
-    }
-    return result + "\n";
-}
 
 struct Row {
     std::string name;
@@ -48,8 +27,8 @@ std::string section(const std::string& title, const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         const std::string start = "  " + row.name;
         const bool fits = start.size() + 2 <= column;
-        text += start + (fits ? "" : "\n") + std::string(column - (fits ? start.size() : 0), ' ') +
-                wrapped(row.description, column);
+        const std::string description = wrapped(row.description, column, lineWidth);
+        text += start + (fits ? description.substr(start.size()) : "\n" + description);
     }
     return text;
 }

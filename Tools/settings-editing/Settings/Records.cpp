@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Settings/Records.h"
 
-#include <algorithm>
 #include <string>
 
 #include "QRVSettings/QRVKnownSettings.h"
-#include "QRVSettings/StoreKeyPaths.h"
 
 namespace Tool {
 
@@ -22,13 +20,8 @@ bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& bef
 }
 
 bool isLeftByMigration(std::string_view storedKeyPath) {
-    constexpr std::string_view profile = "Profiles.Settings.default.";
-    if (storedKeyPath == QRVStoreKeyPaths::combinedItems) return true;
-    if (!storedKeyPath.starts_with(profile)) return false;
-    storedKeyPath.remove_prefix(profile.size());
-    return storedKeyPath == QRVStoreKeyPaths::combinedItems ||
-           (storedKeyPath.ends_with(".Menubar") &&
-            std::count(storedKeyPath.begin(), storedKeyPath.end(), '.') == 1);
+    return !isRecord(storedKeyPath) && (QRVIsRecordOfStore(storedKeyPath) ||
+                                        QRVIsRecordOfStore(storedKeyPath, NSMutableArray()));
 }
 
 void removeRecords(std::vector<Difference>& differences, const ProfileScope& scope) {
