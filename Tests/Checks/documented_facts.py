@@ -23,6 +23,7 @@ DURABILITY = "Documentation/Durability.md"
 TOUR = "Documentation/Tour.md"
 TOOL_PAGE = "Documentation/man/qrvsettings.1"
 FILE_PAGE = "Documentation/man/qrvsettings.5"
+CONCEPTS_PAGE = "Documentation/man/qrvsettings.7"
 HEADERS = "Frameworks"
 
 
@@ -118,6 +119,10 @@ FACTS = (
          ((FILE_PAGE, r"([\d,]+) MiB of\s+text and data", MEBIBYTE),)),
     Fact("limit of values", "NSPropertyListSerialization.h", r"\bmaximumValues = ([^;]+);",
          ((FILE_PAGE, r"([\d,]+) values"),)),
+    Fact("limit of changes in the history", "QRVHistory.h", r"\bQRVHistoryMaximumChanges = ([^;]+);",
+         ((CONCEPTS_PAGE, r"at most ([\d,]+) changes"),)),
+    Fact("age of the history in hours", "QRVHistory.h", r"\bQRVHistoryMaximumAge\{([^}]+)\}",
+         ((CONCEPTS_PAGE, r"changes and (\d+) days", 24),)),
     Fact("limit of symbolic links", "*", r"\bmaximumSymbolicLinks = (\d+);",
          ((DURABILITY, r"up to (\d+) links"),), r"(?:after|up to) (\d+) (?:of them|links)"),
     Fact("mode of a new file", "NewFileLinux.cpp", r"\bprivateMode = ([^;]+);",

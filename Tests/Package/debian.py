@@ -19,7 +19,7 @@ PACKAGES = {
     "libqrvsettings7": ("libc6",),
     "libqrvhistory7": ("libqrvsettings7 (= 7", "libsqlite3-0"),  # left out where SQLite is not installed
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
-    "qrvsettings": ("libqrvsettings7 (= 7",),
+    "qrvsettings": ("libqrvsettings7 (= 7", "libqrvhistory7 (= 7"),
     "qrvsettings-doc": (),
     "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
@@ -47,6 +47,7 @@ class Steps:
         self.made = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
         if not (build / "qrvhistory.pc").exists():
             PACKAGES.pop("libqrvhistory7")
+            PACKAGES["qrvsettings"] = PACKAGES["libqrvsettings-dev"]
 
     def make(self):
         shutil.rmtree(self.folder, ignore_errors=True)

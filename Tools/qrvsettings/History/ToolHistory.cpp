@@ -3,13 +3,14 @@
 
 #include <chrono>
 
+#include "Process/Waiting.h"
 #include "Reporting/Failure.h"
 
 namespace Tool {
 namespace {
 
 /// For the entry of a save, while other processes are writing theirs.
-constexpr std::chrono::seconds longestWait{2};
+constexpr std::chrono::seconds longestWait{5};
 
 void requireHistory() {
     const std::string why = whyNoHistory();
@@ -37,7 +38,9 @@ void takePartInHistory() {
 
 void waitForHistory() {
     static bool isWritable = true;
-    if (isWritable) isWritable = QRVHistoryWait(longestWait);
+    if (!isWritable) return;
+    const Waiting waiting([] { return "the history of the settings"; });
+    isWritable = QRVHistoryWait(longestWait);
 }
 
 std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
