@@ -29,7 +29,7 @@ BLOCK = re.compile(r"(?<=^```console\n).*?(?=^```$)", re.DOTALL | re.MULTILINE)
 # As sshd does it: no terminal, a home folder of its own, few variables.
 SSH = """#!/bin/sh
 host="$1"; shift
-mkdir -p "/$HOME/../$host"
+mkdir -p "$HOME/../$host"
 cd "$HOME/../$host" && exec env -i HOME="$PWD" PATH="$PATH" {sanitizers} sh -c "$*" < /dev/null
 """
 
@@ -58,16 +58,17 @@ class Shell:
         text, self.unread = self.unread, ""
         return text
 
-    def run(self, command, expected_in_background):
-        """What the command prints; of one in the background, as much as is expected."""
+    def run(self, command, shown_lines):
+        """What the command prints; of one in the background, as many lines as the page shows."""
         os.write(self.commands, f"{command}\n(status=$?; printf '{END}'; exit $status)\n".encode())
         printed = self.read_until(lambda text: END in text)
         if END not in printed:
             raise AssertionError(f"no end after {MOST_SECONDS} s: {command}\n{printed}")
+        printed = printed.replace(END, "")
         if command.endswith("&"):
             self.unread = printed
-            printed = self.read_until(lambda text: len(text.splitlines()) >= expected_in_background)
-        return printed.replace(END, "")
+            printed = self.read_until(lambda text: text.count("\n") >= shown_lines)
+        return printed
 
     def close(self):
         os.close(self.commands)
@@ -119,7 +120,7 @@ def do_job(job, tool):
         def filled(match):
             text = ""
             for command, shown in commands_of(match.group()):
-                printed = shell.run(command, max(1, len(shown.splitlines())) if "2>" not in command else 0)
+                printed = shell.run(command, shown.count("\n"))
                 text += shown_command(command) + comparable(printed.replace(str(home.parent), "/home"))
             return text
 
