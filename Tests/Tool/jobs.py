@@ -9,6 +9,7 @@ shows below it is waited for. Skipped (exit code 77) where a program of a job is
 """
 
 import difflib
+import json
 import os
 import re
 import selectors
@@ -99,6 +100,27 @@ def comparable(text):
     return re.sub(r"qrvsettings\[\d+\]", "qrvsettings[4711]", text)
 
 
+def saves_in(home, environment):
+    """The numbers of the saves in the history, in their order. They may have gaps; the page has none."""
+    printed = subprocess.run(["qrvsettings", "history", "--json"], cwd=home, env=environment, capture_output=True,
+                             text=True, check=False).stdout
+    return [json.loads(line)["id"] for line in printed.splitlines()]
+
+
+def with_own_save(command, home, environment):
+    """The command, where it names a save as the page numbers it."""
+    return re.sub(r"(?<=qrvsettings undo )\d+", lambda number: str(
+        saves_in(home, environment)[int(number.group()) - 1]), command)
+
+
+def with_saves_of_page(printed, home, environment):
+    pattern = re.compile(r"^\d+(?=  \d{4}-)|(?<=\()\d+(?=\)$)", re.MULTILINE)
+    if not pattern.search(printed):
+        return printed
+    saves = saves_in(home, environment)
+    return pattern.sub(lambda number: str(saves.index(int(number.group())) + 1), printed)
+
+
 def environment_of(home, programs):
     sanitizers = {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}
     assignments = " ".join(f"{name}='{value}'" for name, value in sanitizers.items())
@@ -115,12 +137,14 @@ def do_job(job, tool):
         home.mkdir()
         programs.mkdir()
         (programs / "qrvsettings").symlink_to(Path(tool).resolve())
-        shell = Shell(home, environment_of(home, programs))
+        environment = environment_of(home, programs)
+        shell = Shell(home, environment)
 
         def filled(match):
             text = ""
             for command, shown in commands_of(match.group()):
-                printed = shell.run(command, shown.count("\n"))
+                printed = shell.run(with_own_save(command, home, environment), shown.count("\n"))
+                printed = with_saves_of_page(printed, home, environment)
                 text += shown_command(command) + comparable(printed.replace(str(home.parent), "/home"))
             return text
 
