@@ -112,9 +112,10 @@ TEST(Apply, RefusesLinesThatAreNone) {
     expectRefused("#\n\nunset \n", "3: no key path\n");
     expectRefused("set b \n", "1: no value for b ");
     expectRefused("unset a b\n", "1: more than a key path: b\n");
-    expectRefused("\tset \"a 1\n", "1:6: wrong JSON: the string that begins here has no end\n");
+    expectRefused("\tset \"a 1\n", "1:6: wrong JSON: invalid string: missing closing quote\n");
     expectRefused("set \"a\"b 1\n", "1: no blank after the key path: b 1\n");
-    expectRefused("set \"a\\\n", "1:7: wrong JSON: no escape of JSON: \\\n");
+    expectRefused("set \"a\\\n",
+                  "1:5: wrong JSON: invalid string: forbidden character after backslash\n");
     expectRefused("SET a 1\n", "1: neither set nor unset: SET\n");
 }
 
@@ -176,7 +177,8 @@ TEST(Apply, RefusesOptionsThatAreNone) {
 }
 
 TEST(Apply, RefusesValuesThatNoFileHolds) {
-    expectRefused("set a 1\nset ä {\n", "2:8: wrong JSON: expected a key in quotation marks or }");
+    expectRefused("set a 1\nset ä {\n",
+                  "2:8: wrong JSON: unexpected end of input; expected string literal");
     expectRefused("\xef\xbb\xbfset a 1\n", "1: the text begins with a byte order mark");
     expectRefused("set a null\nset a [null]\n", "2:8: wrong JSON: null is no value of a setting");
     expectRefused("set a 99999999999999999999\n", "1: integer not between ");

@@ -222,7 +222,7 @@ TEST(Import, RefusesWhatIsNoTreeOfSettings) {
     expectRefused("<plist><dict><key>a</key></dict></plist>", "cannot be imported: ");
     expectRefused("bplist00x", "cannot be imported: ");
     expectRefused(R"({"a":)",
-                  "cannot be imported: wrong JSON at line 1, column 6: expected a value");
+                  "cannot be imported: wrong JSON at line 1, column 6: unexpected end of input");
     expectRefused("{\n\"a\": null}", "cannot be imported: wrong JSON at line 2, column 6: null is");
     expectRefused("a: b", "cannot be imported: neither JSON nor a property list");
     expectRefused("{ Migration = flat; }", "cannot be migrated: ");
