@@ -83,6 +83,20 @@ std::vector<Row> rowsOfExitCodes() {
     return rows;
 }
 
+/// Paragraphs of a footer, with lines of their own where they are lists or examples.
+std::string paragraphs(std::string_view footer) {
+    constexpr std::string_view border = "\n\n";
+    std::string text;
+    while (!footer.empty()) {
+        std::string paragraph(footer.substr(0, footer.find(border)));
+        footer.remove_prefix(std::min(paragraph.size() + border.size(), footer.size()));
+        const bool hasOwnLines = paragraph.starts_with("  ") || paragraph.starts_with("Example: ");
+        if (!hasOwnLines) std::replace(paragraph.begin(), paragraph.end(), '\n', ' ');
+        text += "\n" + (hasOwnLines ? paragraph + "\n" : wrapped(paragraph, 0, lineWidth));
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string nameOf(const std::vector<const Command*>& path) {
@@ -108,7 +122,7 @@ std::string helpOf(const std::vector<const Command*>& path, const OptionList& op
     help += section("Commands", rowsOfParts(command));
     help += section("Options", rowsOfOptions(options, isProgram));
     if (isProgram) help += section("Exit codes", rowsOfExitCodes());
-    return help + "\n" + std::string(command.footer) + "\n";
+    return help + paragraphs(command.footer);
 }
 
 }  // namespace Tool
