@@ -48,16 +48,15 @@ TEST(Explain, TheStoredValueAnswersBeforeTheDefault) {
 TEST(Explain, TheDefaultAnswersWhereNothingIsStored) {
     const Outcome outcome = run({"explain", "Menu.Theme.Dark", "--json"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(
-        outcome.output,
-        R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
-        R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
-        R"("lastChange":null,)"
-        R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
-        R"("profileLastChange":null,"profileValue":null,"profiles":["default"],)"
-        R"("scope":"application","site":null,"siteFile":null,"siteKind":null,)"
-        R"("stored":null,"storedKind":null})"
-        "\n");
+    EXPECT_EQ(outcome.output,
+              R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
+              R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
+              R"("lastChange":null,)"
+              R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
+              R"("profileLastChange":null,"profileValue":null,"profiles":["default"],)"
+              R"("scope":"application","site":null,"siteFile":null,"siteKind":null,)"
+              R"("stored":null,"storedKind":null})"
+              "\n");
 }
 
 TEST(Explain, TheKindsThatDifferAreNamed) {
