@@ -17,7 +17,9 @@ install(TARGETS QRVSettings QRVSettingsStatic EXPORT QRVSettingsTargets
   INCLUDES DESTINATION "${QRV_INSTALL_HEADERS}")
 # An export of its own: a package without it must not name a library that is not there.
 if(TARGET QRVHistory)
-  set_target_properties(QRVHistory PROPERTIES INSTALL_RPATH "$ORIGIN")
+  if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")  # where the linker looks anyway
+    set_target_properties(QRVHistory PROPERTIES INSTALL_RPATH "$ORIGIN")
+  endif()
   install(TARGETS QRVHistory EXPORT QRVHistoryTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT History NAMELINK_COMPONENT Development
     FILE_SET HEADERS DESTINATION "${QRV_INSTALL_HEADERS}" COMPONENT Development

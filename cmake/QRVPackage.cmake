@@ -77,10 +77,12 @@ qrv_debian_package(Library NAME "${library}" SECTION libs SHARED_LIBRARY
   TEXT "Several processes read, write and watch one property-list file of settings,
 each with a dotted key path.")
 set(depends_of_development "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev)
+set(depends_of_tool "${library} (= ${QRV_DEBIAN_VERSION})")
 if(TARGET QRVHistory)
   set(history "libqrvhistory${PROJECT_VERSION_MAJOR}")
   list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks/QRVHistory")
   list(APPEND depends_of_development "${history} (= ${QRV_DEBIAN_VERSION})")
+  list(APPEND depends_of_tool "${history} (= ${QRV_DEBIAN_VERSION})")
   qrv_debian_package(History NAME "${history}" SECTION libs SHARED_LIBRARY
     DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
     SUMMARY "history of changes"
@@ -100,7 +102,7 @@ qrv_debian_package(Documentation NAME qrvsettings-doc SECTION doc ALL_ARCHITECTU
 measured speed, and small programs that use the library.")
 if(TARGET qrvsettings)
   qrv_debian_package(Tool NAME qrvsettings SECTION utils
-    DEPENDS "${library} (= ${QRV_DEBIAN_VERSION})"
+    DEPENDS ${depends_of_tool}
     SUMMARY "command-line tool"
     TEXT "Reads, writes, compares and watches the settings, and explains where a value
 comes from.")

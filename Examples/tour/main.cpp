@@ -31,6 +31,8 @@ void write() {
     for (const PropertyListValue& item :
          QRVSettingsObjectForKeyPath("Combined.Menubar.Items").array())
         std::cout << "item: " << item.dictionary().objectForKey("source") << '\n';
+
+    if (QRVSettingsIsLocked("UpdateFrequency")) std::cout << "the administrator has chosen this\n";
 }
 
 void writeTogether() {

@@ -85,7 +85,7 @@ bool Version::isAbsence() const {
     return name.starts_with(absence);
 }
 
-Database::Database(const std::string& path, Connection::Access access) : connection_(path, access) {
+Database::Database(const std::string& path, Access access) : connection_(path) {
     connection_.setTimeout(busyMilliseconds);
     Statement layout = connection_.statement("PRAGMA user_version");
     layout.step();
@@ -94,7 +94,7 @@ Database::Database(const std::string& path, Connection::Access access) : connect
     if (version != 0 && version != layoutVersion)
         throw SQLiteError(SQLiteError::Kind::Other, make_error_code(std::errc::not_supported),
                           "the history was written by a later version");
-    if (access == Connection::Access::Read) return;
+    if (access == Access::Read) return;
     connection_.run(
         "PRAGMA journal_mode = TRUNCATE; PRAGMA synchronous = NORMAL;"
         "PRAGMA secure_delete = ON; PRAGMA trusted_schema = OFF");
@@ -164,15 +164,11 @@ void Database::setLeaves(const Head& head, const Leaves& leaves) {
 
 std::optional<SaveRow> Database::unknownSaveAt(const Head& head, const Version& from,
                                                const Version& to) {
-    Statement found =
-        connection_.statement(std::string(rowColumns) +
-                              "WHERE file = ? AND program IS NULL"
-                              " AND (to_version = ? OR (from_version = ? AND to_time > ?))"
-                              " ORDER BY position DESC LIMIT 1");
-    found.bind(head.file)
-        .bind(std::string_view(to.name))
-        .bind(std::string_view(from.name))
-        .bind(to.time);
+    Statement found = connection_.statement(std::string(rowColumns) +
+                                            "WHERE file = ? AND program IS NULL"
+                                            " AND (to_version = ? OR from_version = ?)"
+                                            " ORDER BY position DESC LIMIT 1");
+    found.bind(head.file).bind(std::string_view(to.name)).bind(std::string_view(from.name));
     return firstRow(found);
 }
 
@@ -250,11 +246,22 @@ double Database::nextPosition(const Head& head) {
     return found.real(0) + 1;
 }
 
-double Database::positionBefore(const Head& head, double position) {
+// A gap that is halved again and again would end with equal positions.
+Gap Database::gapBefore(const Head& head, double position) {
+    constexpr double smallestGap = 1e-4;
+    constexpr double room = 1'000;
     Statement found =
         connection_.statement("SELECT max(position) FROM saves WHERE file = ? AND position < ?");
     found.bind(head.file).bind(position).step();
-    return found.text(0) ? found.real(0) : position - 1;
+    const double begin = found.text(0) ? found.real(0) : position - 1;
+    if (position - begin >= smallestGap) return {begin, position};
+    connection_
+        .statement("UPDATE saves SET position = position + ? WHERE file = ? AND position >= ?")
+        .bind(room)
+        .bind(head.file)
+        .bind(position)
+        .run();
+    return {begin, position + room};
 }
 
 double Database::positionAt(const Head& head, std::int64_t time) {
@@ -262,8 +269,8 @@ double Database::positionAt(const Head& head, std::int64_t time) {
         connection_.statement("SELECT min(position) FROM saves WHERE file = ? AND to_time > ?");
     found.bind(head.file).bind(time).step();
     if (!found.text(0)) return nextPosition(head);
-    const double next = found.real(0);
-    return (positionBefore(head, next) + next) / 2;
+    const Gap gap = gapBefore(head, found.real(0));
+    return (gap.begin + gap.end) / 2;
 }
 
 void Database::prune(double now) {

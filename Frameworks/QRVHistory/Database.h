@@ -57,11 +57,18 @@ struct SaveRow {
     Version to;
 };
 
+/// Positions of saves between which there is none.
+struct Gap {
+    double begin = 0;
+    double end = 0;
+};
+
 /// Functions throw SQLiteError. Used within a transaction, but for the reading of saves.
 class Database {
   public:
+    enum class Access { ReadAndWrite, Read };
     /// Opens the file that is there, and makes the tables unless it is only read.
-    Database(const std::string& path, Connection::Access access);
+    Database(const std::string& path, Access access);
 
     [[nodiscard]] const Connection& connection() const { return connection_; }
     /// False for an empty database that is only read.
@@ -88,8 +95,9 @@ class Database {
     void remove(std::int64_t save);
     /// Behind all others.
     double nextPosition(const Head& head);
-    /// Of the save before `position`.
-    double positionBefore(const Head& head, double position);
+    /// Between the save at `position` and the one before it, wide enough for others. The saves from
+    /// that one on may move to make room; it is at the end then.
+    Gap gapBefore(const Head& head, double position);
     /// Between the saves before and after a time.
     double positionAt(const Head& head, std::int64_t time);
 

@@ -40,7 +40,8 @@
 // be entered by 6 and their values once more as unknown.
 //
 // The absence of a file has no identity. So an absence that a save has ended counts as one of just
-// before it, and one that is found as one of then.
+// before it, and one that is found as one of then. Only these two are compared by the time at which
+// the save gave the new file its name.
 //
 // A damaged file has no version here: nobody knows what it holds. A save that replaces it changes
 // what differs from the head.
@@ -58,6 +59,8 @@ namespace QRVHistoryInside {
 namespace {
 
 constexpr double nanosecondsPerSecond = 1e9;
+/// Of the clock that gives files their change times, in nanoseconds.
+constexpr std::int64_t largestGranularity = 10'000'000;
 
 /// The settings file as it is now.
 struct Reading {
@@ -102,8 +105,10 @@ bool Entry::isAtHead(const Version& version) const {
     return head_.version && *head_.version == version;
 }
 
-bool Entry::isNewerThanHead(const Version& version) const {
-    return version.time > head_.version->time ||
+// An absence may have been found while the new file had its modification time and not yet its name.
+bool Entry::isNewerThanHead(const Version& version, std::int64_t timeOfName) const {
+    const std::int64_t time = head_.version->isAbsence() ? timeOfName : version.time;
+    return time > head_.version->time ||
            Version(QRVPlatform::identityOfFileAtPath(settingsFile_), 0) == version;
 }
 
@@ -151,12 +156,12 @@ void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& 
     std::vector<const Part*> parts;
     for (const Part* const part : {&std::as_const(first), &own, &std::as_const(last)})
         if (part->from != part->to) parts.push_back(part);
-    const double before = database_.positionBefore(head_, unknown.position);
-    const double step = (unknown.position - before) / static_cast<double>(parts.size());
+    const Gap gap = database_.gapBefore(head_, unknown.position);
+    const double step = (gap.end - gap.begin) / static_cast<double>(parts.size());
     database_.remove(unknown.id);
-    double position = before;
+    double position = gap.begin;
     for (const Part* part : parts) {
-        position = part == parts.back() ? unknown.position : position + step;
+        position = part == parts.back() ? gap.end : position + step;
         // The number of the unknown save stays with the last part.
         const std::int64_t id = part == parts.back() ? unknown.id : 0;
         database_.insert(head_, {id, position, part->time, part->from, part->to}, part->writer,
@@ -180,9 +185,9 @@ void Entry::enter(const OwnSave& save) {
                    static_cast<double>(to.time) / nanosecondsPerSecond};
     if (isAtHead(from)) return append(own);  // 1
     if (const auto unknown = database_.unknownSaveAt(head_, from, to))
-        return split(*unknown, own, change);   // 2
-    if (isAtHead(to)) return insertLate(own);  // 3
-    if (isNewerThanHead(to)) {                 // 4
+        return split(*unknown, own, change);                 // 2
+    if (isAtHead(to)) return insertLate(own);                // 3
+    if (isNewerThanHead(to, change.fileAfter.changeTime)) {  // 4
         appendUnknown(from, change.before);
         return append(own);
     }
@@ -192,7 +197,8 @@ void Entry::enter(const OwnSave& save) {
 }
 
 void Entry::enterOthers() {
-    const auto timeNow = static_cast<std::int64_t>(now_ * nanosecondsPerSecond);
+    const auto timeNow =
+        static_cast<std::int64_t>(now_ * nanosecondsPerSecond) - largestGranularity;
     const Version now(QRVPlatform::identityOfFileAtPath(settingsFile_), timeNow);
     const bool isStillAbsent = now.isAbsence() && head_.version && head_.version->isAbsence();
     if (isStillAbsent || isAtHead(now)) return;

@@ -44,7 +44,7 @@ class Entry {
     void split(const SaveRow& unknown, const Part& own, const QRVFileChange& change);
     [[nodiscard]] double timeOf(const Version& version) const;
     [[nodiscard]] bool isAtHead(const Version& version) const;
-    [[nodiscard]] bool isNewerThanHead(const Version& version) const;
+    [[nodiscard]] bool isNewerThanHead(const Version& version, std::int64_t timeOfName) const;
 
     Database& database_;
     std::string settingsFile_;

@@ -112,7 +112,9 @@ std::string renameDamaged(const std::string& path, std::uint64_t inode, std::err
     // A journal that stayed would be applied to the new database.
     for (const std::string_view ending : {"-journal", "-wal", "-shm"}) {
         const std::string from = path + std::string(ending);
-        rename(from.c_str(), (name + std::string(ending)).c_str());
+        // Mostly there is none.
+        [[maybe_unused]] const int result =
+            rename(from.c_str(), (name + std::string(ending)).c_str());
     }
     if (rename(path.c_str(), name.c_str()) == 0) return name;
     error = lastError();

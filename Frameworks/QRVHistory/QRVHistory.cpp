@@ -11,7 +11,6 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Recorder.h"
 
-using QRVHistoryInside::Connection;
 using QRVHistoryInside::Database;
 using QRVHistoryInside::Recorder;
 using QRVHistoryInside::SQLiteError;
@@ -21,7 +20,7 @@ namespace {
 
 /// Where a process that may not write to it, or cannot, can read.
 Database openedToRead(const std::string& path) {
-    return {path, Connection::Access::Read};
+    return {path, Database::Access::Read};
 }
 
 std::string selectionOf(const QRVHistoryQuery& query) {
@@ -142,7 +141,7 @@ std::string QRVHistoryClear() {
     std::string failure;
     Recorder::queue().sync([&] {
         try {
-            Database database(path, Connection::Access::ReadAndWrite);
+            Database database(path, Database::Access::ReadAndWrite);
             QRVHistoryInside::Transaction transaction(database.connection());
             database.removeAll(settingsFile);
             transaction.commit();

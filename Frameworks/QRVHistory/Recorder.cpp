@@ -163,7 +163,7 @@ Recorder::Result Recorder::resultOf(const Batch& batch, bool isRetry) {
 }
 
 Recorder::Result Recorder::enter(const Batch& batch) {
-    Database database(database_, Connection::Access::ReadAndWrite);
+    Database database(database_, Database::Access::ReadAndWrite);
     Transaction transaction(database.connection());
     const double now = NSDate::now().timeIntervalSince1970();
     Entry entry(database, QRVSettings::sharedSettings().location(), now);

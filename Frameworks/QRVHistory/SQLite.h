@@ -65,9 +65,8 @@ class Statement {
 
 class Connection {
   public:
-    enum class Access { ReadAndWrite, Read };
     /// Opens a file that is there.
-    Connection(const std::string& path, Access access);
+    explicit Connection(const std::string& path);
 
     [[nodiscard]] Statement statement(std::string_view text) const;
     void run(const char* statements) const;

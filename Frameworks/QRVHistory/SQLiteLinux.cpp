@@ -122,12 +122,12 @@ Text Statement::text(int column) const {
     return std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
 }
 
-Connection::Connection(const std::string& path, Access access)
-    : database_(nullptr, sqlite3_close_v2) {
+// A reader, too, may have to take back what a writer was at when it was killed. Where the file may
+// not be written, it is opened to be read.
+Connection::Connection(const std::string& path) : database_(nullptr, sqlite3_close_v2) {
     sqlite3* database = nullptr;
-    const int flags = access == Access::Read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    const int result =
-        sqlite3_open_v2(path.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(path.c_str(), &database,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     database_.reset(database);
     if (database == nullptr) throw std::bad_alloc();
     throwUnlessDone(database, result);

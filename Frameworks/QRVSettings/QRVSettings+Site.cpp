@@ -79,8 +79,7 @@ void laySiteOver(const NSMutableDictionary& defaults) {
     site->found.faults = std::move(files.faults);
     // The levels of the built-in defaults are shared, and stay as they are.
     if (!values.isEmpty())
-        for (const auto& [key, value] :
-             values.appliedTo(site->found.builtIn, Writes::Logging::Off))
+        for (const auto& [key, value] : values.appliedTo(site->found.builtIn, Writes::Logging::Off))
             defaults.setObjectForKey(value, key);
     install(std::move(site));
 }

@@ -48,7 +48,7 @@ bool isOfTheUser(std::string_view keyPath) {
     return isBelow(QRVStoreKeyPaths::device) || isBelow(QRVStoreKeyPaths::profilesMigrated) ||
            isBelow(QRVStoreKeyPaths::profiles) || isBelow(QRVStoreKeyPaths::currentAppearance);
 }
-constexpr const char* ofTheUser = "belongs to one user, and is left out";
+constexpr const char* ofTheUser = "is a record or a profile of one user";
 
 std::string_view withoutSpace(std::string_view text) {
     constexpr std::string_view space = " \t\r\v\f";
@@ -166,7 +166,8 @@ SiteFiles readSiteFiles(const std::vector<std::string>& folders, const std::stri
     const QRVPlatform::FileIdentity own = QRVPlatform::identityOfFileAtPath(settings);
     SiteFiles site;
     for (const std::string& folder : folders) {
-        const std::string list = folder + "/Preferences/" + name;
+        std::string list = folder;
+        list.append("/Preferences/").append(name);
         if (list == settings || isSameFile(QRVPlatform::identityOfFileAtPath(list), own)) continue;
         readList(list, site);
         readLocks(list + std::string(endingOfLocks), site);

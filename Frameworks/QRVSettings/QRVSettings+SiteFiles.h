@@ -15,7 +15,7 @@ namespace QRVInside {
 /// What follows the name of a list in that of the file of its locks.
 inline constexpr std::string_view endingOfLocks = ".locks";
 /// Bytes of a file of locks.
-inline constexpr std::size_t maximumSizeOfLocks = std::size_t{1} << 20U;
+inline constexpr std::size_t maximumSizeOfLocks = std::size_t{1} * 1024 * 1024;
 
 using SiteFault = QRVSiteDefaults::Fault;
 

@@ -23,6 +23,7 @@ DURABILITY = "Documentation/Durability.md"
 TOUR = "Documentation/Tour.md"
 TOOL_PAGE = "Documentation/man/qrvsettings.1"
 FILE_PAGE = "Documentation/man/qrvsettings.5"
+CONCEPTS_PAGE = "Documentation/man/qrvsettings.7"
 HEADERS = "Frameworks"
 
 
@@ -111,10 +112,17 @@ FACTS = (
          ((FILE_PAGE, r"([\d,]+) levels"),)),
     Fact("limit of bytes", "NSPropertyListSerialization.h", r"\bmaximumSize = ([^;]+);",
          ((FILE_PAGE, r"at most ([\d,]+) MiB", MEBIBYTE),)),
+    Fact("limit of a file of locks", "QRVSettings+SiteFiles.h", r"\bmaximumSizeOfLocks = ([^;]+);",
+         ((FILE_PAGE, r"text of up to ([\d,]+) MiB", MEBIBYTE),
+          ("Frameworks/include/QRVSettings/QRVSettings.h", r"a file of locks: ([\d,]+) MiB", MEBIBYTE))),
     Fact("limit of text and data", "NSPropertyListSerialization.h", r"\bmaximumContents = ([^;]+);",
          ((FILE_PAGE, r"([\d,]+) MiB of\s+text and data", MEBIBYTE),)),
     Fact("limit of values", "NSPropertyListSerialization.h", r"\bmaximumValues = ([^;]+);",
          ((FILE_PAGE, r"([\d,]+) values"),)),
+    Fact("limit of changes in the history", "QRVHistory.h", r"\bQRVHistoryMaximumChanges = ([^;]+);",
+         ((CONCEPTS_PAGE, r"at most ([\d,]+) changes"),)),
+    Fact("age of the history in hours", "QRVHistory.h", r"\bQRVHistoryMaximumAge\{([^}]+)\}",
+         ((CONCEPTS_PAGE, r"changes and (\d+) days", 24),)),
     Fact("limit of symbolic links", "*", r"\bmaximumSymbolicLinks = (\d+);",
          ((DURABILITY, r"up to (\d+) links"),), r"(?:after|up to) (\d+) (?:of them|links)"),
     Fact("mode of a new file", "NewFileLinux.cpp", r"\bprivateMode = ([^;]+);",

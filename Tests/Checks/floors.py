@@ -31,7 +31,7 @@ ROOMS = {
     "Tools/settings-editing/Doctor": ("Values", "PropertyLists", "Files", "Presenters", "QRVSettings", "Reporting",
                                       "Text", "Settings"),
     "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
-    "Tools/qrvsettings/History": ("Values", "QRVSettings", "QRVHistory", "Reporting", "Text"),
+    "Tools/qrvsettings/History": ("Values", "QRVSettings", "QRVHistory", "Reporting", "Text", "Process"),
     "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process", "History"),
     "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
                                    "QRVSettings", "Reporting", "Text", "Settings", "Doctor",

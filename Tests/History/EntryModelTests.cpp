@@ -33,7 +33,7 @@ class Model {
             std::filesystem::path(QRVHistoryLocation()).parent_path());
         StoreSupport::writeFile(QRVHistoryLocation(), "");
         first_ = HostProcess::settingsOf(StoreSupport::fileTree());
-        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+        enterOthers();
     }
 
     void step() {
@@ -42,14 +42,14 @@ class Model {
             case 0:
             case 1:
             case 2:
-                return save(program);
+                return save(program, changedTree());
             case 3:
                 return replace(changedTree());
             case 4:
                 if (below(3) == 0) return removeFile();
                 return replace(StoreSupport::fileTree());
             case 5:
-                return enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+                return enterOthers();
             case 6:
                 if (below(4) == 0) program.pending.clear();  // It is killed.
                 return;
@@ -64,7 +64,7 @@ class Model {
             isLeft = false;
             for (const Program& program : programs_) isLeft = isLeft || !program.pending.empty();
         }
-        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+        enterOthers();
     }
 
     void check() {
@@ -85,6 +85,35 @@ class Model {
         for (const QRVHistorySave& save : all)
             if (!save.program.empty()) own.insert(lineOf(save));
         EXPECT_EQ(own, entered_);
+    }
+
+    void save(Program& program, const NSDictionary& tree) {
+        QRVFileChange change;
+        change.isBeforeKnown = true;
+        change.origin = "set";
+        change.before = StoreSupport::fileTree();
+        change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+        change.after = tree;
+        replace(change.after);
+        change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+        program.pending.push_back({change, program.writer});
+    }
+
+    void enterOthers() {
+        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+    }
+
+    void enterOne(Program& program) {
+        if (program.pending.empty()) return;
+        const OwnSave save = program.pending.front();
+        program.pending.pop_front();
+        enter([&save](QRVHistoryInside::Entry& entry) { entry.enter(save); });
+        QRVHistorySave line;
+        line.program = program.writer.program;
+        line.origin = program.writer.origin;
+        for (const auto& [keyPath, change] : changesBetween(save.change.before, save.change.after))
+            line.changes.push_back({keyPath, valueOf(change.before), valueOf(change.after)});
+        if (!line.changes.empty()) entered_.insert(lineOf(line));
     }
 
   private:
@@ -109,39 +138,14 @@ class Model {
 
     static void removeFile() { std::filesystem::remove(QRVSettingsLocation()); }
 
-    void save(Program& program) {
-        QRVFileChange change;
-        change.isBeforeKnown = true;
-        change.origin = "set";
-        change.before = StoreSupport::fileTree();
-        change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        change.after = changedTree();
-        replace(change.after);
-        change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        program.pending.push_back({change, program.writer});
-    }
-
     template <typename Work>
     void enter(Work&& work) {
-        Database database(QRVHistoryLocation(), Connection::Access::ReadAndWrite);
+        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
         Transaction transaction(database.connection());
         QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
                                       NSDate::now().timeIntervalSince1970());
         work(entry);
         transaction.commit();
-    }
-
-    void enterOne(Program& program) {
-        if (program.pending.empty()) return;
-        const OwnSave save = program.pending.front();
-        program.pending.pop_front();
-        enter([&save](QRVHistoryInside::Entry& entry) { entry.enter(save); });
-        QRVHistorySave line;
-        line.program = program.writer.program;
-        line.origin = program.writer.origin;
-        for (const auto& [keyPath, change] : changesBetween(save.change.before, save.change.after))
-            line.changes.push_back({keyPath, valueOf(change.before), valueOf(change.after)});
-        if (!line.changes.empty()) entered_.insert(lineOf(line));
     }
 
     std::mt19937 random_;
@@ -163,4 +167,53 @@ TEST(EntryModel, WhateverTheOrderOfEntriesEachSaveIsEnteredOnceAndTheRestIsUnkno
         model.finish();
         model.check();
     }
+}
+
+TEST(EntryModel, ManySavesThatAreEnteredLateKeepTheirOrder) {
+    Program program{{"test", 1, "set"}, {}};
+    Model model(0);
+    constexpr int count = 120;
+    for (int value = 1; value <= count; ++value) model.save(program, NSDictionary{{"A", value}});
+    model.enterOthers();
+    while (!program.pending.empty()) model.enterOne(program);
+    const auto all = saves();
+    ASSERT_GE(all.size(), static_cast<std::size_t>(count));
+    for (int value = 1; value <= count; ++value)
+        EXPECT_EQ(all[static_cast<std::size_t>(count - value)].changes.back().after, value);
+}
+
+TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
+    const std::string path = QRVSettingsLocation();
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    StoreSupport::writeFile(QRVHistoryLocation(), "");
+    const auto enter = [](const std::function<void(QRVHistoryInside::Entry&)>& work) {
+        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
+        Transaction transaction(database.connection());
+        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
+                                      NSDate::now().timeIntervalSince1970());
+        work(entry);
+        transaction.commit();
+    };
+    const auto written = [](const NSDictionary& tree) {
+        return NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
+    };
+    QRVFileChange first;
+    first.isBeforeKnown = true;
+    first.after = NSDictionary{{"A", 1}};
+    ASSERT_FALSE(QRVPlatform::replaceFile(path + ".new", written(first.after)));
+    enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+    std::filesystem::rename(path + ".new", path);
+    first.fileAfter = QRVPlatform::identityOfFileAtPath(path);
+
+    QRVFileChange second;
+    second.isBeforeKnown = true;
+    second.before = first.after;
+    second.fileBefore = first.fileAfter;
+    second.after = NSDictionary{{"A", 2}};
+    otherReplaces(second.after);
+    second.fileAfter = QRVPlatform::identityOfFileAtPath(path);
+    const Writer writer{"test", 1, "set"};
+    enter([&](QRVHistoryInside::Entry& entry) { entry.enter({first, writer}); });
+    enter([&](QRVHistoryInside::Entry& entry) { entry.enter({second, writer}); });
+    EXPECT_EQ(lines(), (Lines{"test/set: A none > 1", "test/set: A 1 > 2"}));
 }

@@ -174,6 +174,26 @@ TEST(HistoryFailure, OfADatabaseCutOffIsSurvived) {
     EXPECT_EQ(lines({.prefix = "A"}), Lines{"test/set: A none > 1"});
 }
 
+TEST(HistoryFailure, OfAWriterThatDiedInTheMiddleIsRolledBackByTheNextReader) {
+    if (isSanitized) GTEST_SKIP() << "forks beside threads";
+    start();
+    set(1, "A");
+    ChildProcess killed([] {
+        const OtherConnection other;
+        other.run(
+            "PRAGMA cache_size = 1; PRAGMA journal_mode = TRUNCATE; BEGIN IMMEDIATE;"
+            "DELETE FROM changes; CREATE TABLE half(a);"
+            "WITH RECURSIVE number(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM number LIMIT 200)"
+            " INSERT INTO half SELECT randomblob(10000) FROM number");
+        raise(SIGKILL);
+        return false;
+    });
+    EXPECT_TRUE(killed.diedOf(SIGKILL));
+    EXPECT_EQ(lines(), Lines{"test/set: A none > 1"});
+    set(2, "A");
+    EXPECT_EQ(lines().size(), 2U);
+}
+
 TEST(HistoryFailure, OfARemovedDatabaseBeginsANewOne) {
     start();
     set(1, "A");

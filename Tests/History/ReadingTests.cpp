@@ -2,6 +2,7 @@
 // What can be asked, and the file that holds it.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <set>
 
@@ -35,6 +36,26 @@ TEST(History, GetsItsModeBack) {
     fs::permissions(QRVHistoryLocation(), fs::perms(0644));
     set(2, "A");
     EXPECT_EQ(modeOf(QRVHistoryLocation()), 0600U);
+}
+
+TEST(History, ThatRootMakesInSomebodysHomeBelongsToThatUser) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to give files away";
+    constexpr uid_t nobody = 65534;
+    const fs::path state = getenv("XDG_STATE_HOME");
+    fs::create_directories(state);
+    ASSERT_EQ(chown(state.c_str(), nobody, nobody), 0);
+    start();
+    set(1, "A");
+    set(2, "A");
+    const fs::path path = QRVHistoryLocation();
+    std::vector<fs::path> made{path.parent_path()};
+    for (const auto& entry : fs::directory_iterator(path.parent_path())) made.push_back(entry);
+    ASSERT_GE(made.size(), 2U);
+    for (const fs::path& each : made) {
+        struct stat status {};
+        ASSERT_EQ(stat(each.c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, nobody) << each;
+    }
 }
 
 TEST(History, IsEmptyBeforeItsBegin) {

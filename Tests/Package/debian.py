@@ -19,7 +19,7 @@ PACKAGES = {
     "libqrvsettings7": ("libc6",),
     "libqrvhistory7": ("libqrvsettings7 (= 7", "libsqlite3-0"),  # left out where SQLite is not installed
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
-    "qrvsettings": ("libqrvsettings7 (= 7",),
+    "qrvsettings": ("libqrvsettings7 (= 7", "libqrvhistory7 (= 7"),
     "qrvsettings-doc": (),
     "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
@@ -47,6 +47,7 @@ class Steps:
         self.made = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
         if not (build / "qrvhistory.pc").exists():
             PACKAGES.pop("libqrvhistory7")
+            PACKAGES["qrvsettings"] = PACKAGES["libqrvsettings-dev"]
 
     def make(self):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -135,7 +136,8 @@ class Steps:
         libraries = next(root.rglob("libQRVSettings.so.7")).parent
         program = "import qrvsettings; print(qrvsettings.open().get('CPU.Menubar.Mode.HistoryGraph.Width'))"
         width = run("env", f"PYTHONPATH={root}/usr/lib/python3/dist-packages", f"LD_LIBRARY_PATH={libraries}",
-                    f"XDG_CONFIG_HOME={self.folder}/config", "python3", "-B", "-c", program)
+                    f"XDG_CONFIG_HOME={self.folder}/config", f"XDG_CONFIG_DIRS={self.folder}/site",
+                    "python3", "-B", "-c", program)
         if width != "40\n":
             raise Failure(f"the packaged Python reads {width}")
 

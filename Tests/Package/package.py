@@ -73,6 +73,10 @@ class Steps:
         self.use_cmake("own-names", "QRVSettingsStatic", f"-DCMAKE_PREFIX_PATH={self.prefix}",
                        source="own_names.cpp")
 
+    def find_history(self):
+        self.use_cmake("find-history", "QRVHistory", f"-DCMAKE_PREFIX_PATH={self.prefix}", source="history.cpp")
+        self.use_pkgconfig("pkgconfig-history", package="qrvhistory", source="history.cpp")
+
     def examples(self):
         build = self.folder / "examples/build"
         run("cmake", "-G", "Ninja", "-S", self.prefix / "share/doc/qrvsettings-doc/examples", "-B", build,
@@ -96,7 +100,8 @@ class Steps:
         home = self.folder / name / "home"
         shutil.rmtree(home, ignore_errors=True)
         home.mkdir(parents=True)
-        return {"XDG_CONFIG_HOME": str(home), "XDG_CONFIG_DIRS": str(home / "site"), "HOME": str(home)}
+        return {"XDG_CONFIG_HOME": str(home), "XDG_CONFIG_DIRS": str(home / "site"), "HOME": str(home),
+                "XDG_STATE_HOME": str(home / "state")}
 
     def expect_consumer(self, name, program, **more):
         self.expect_output(name, program, WANTED, **more)
@@ -124,15 +129,15 @@ class Steps:
         if problems:
             raise Failure("\n".join(f"the include path {' '.join(path)} {problem}" for problem in problems))
 
-    def use_pkgconfig(self, name, *options):
+    def use_pkgconfig(self, name, *options, package="qrvsettings", source="main.cpp"):
         path = {"PKG_CONFIG_PATH": str(self.library_folder() / "pkgconfig")}
-        flags = run("pkg-config", "--cflags", "--libs", *options, "qrvsettings", environment=path).split()
+        flags = run("pkg-config", "--cflags", "--libs", *options, package, environment=path).split()
         self.expect_border(border.include_path(flags))
         if options:  # the linker is to take the archive although the shared library is there too
             flags = ["-l:libQRVSettings.a" if flag == "-lQRVSettings" else flag for flag in flags]
         program = self.folder / name / "consumer"
         program.parent.mkdir(parents=True, exist_ok=True)
-        run("g++", "-std=c++20", self.source / "Tests/Package/consumer/main.cpp", "-o", program, *flags)
+        run("g++", "-std=c++20", self.source / "Tests/Package/consumer" / source, "-o", program, *flags)
         self.expect_consumer(name, program, LD_LIBRARY_PATH=str(self.library_folder()))
 
 

@@ -171,7 +171,8 @@ def main():
     folder.mkdir(parents=True)
     (folder / "settings.plist").touch()
     environment = {"PATH": f"{prefix}/bin:/usr/local/bin:/usr/bin:/bin", "HOME": str(folder), "LC_ALL": "C.UTF-8",
-                   "XDG_CONFIG_HOME": str(folder), "XDG_DATA_DIRS": f"{prefix}/share:/usr/local/share:/usr/share"}
+                   "XDG_CONFIG_HOME": str(folder), "XDG_CONFIG_DIRS": str(folder / "site"),
+                   "XDG_DATA_DIRS": f"{prefix}/share:/usr/local/share:/usr/share"}
     try:
         output_of(["qrvsettings", "set", "--quiet", ODD, "1"], environment, folder)
         status = {"bash": bash, "zsh": zsh, "fish": fish}[shell](environment, folder, prefix)

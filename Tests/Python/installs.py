@@ -40,7 +40,7 @@ def main():
     shutil.copytree(source, folder / "source")  # where it also builds
     target = folder / "installed"
     environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
-    environment.update(XDG_CONFIG_HOME=str(folder / "config"), HOME=str(folder))
+    environment.update(XDG_CONFIG_HOME=str(folder / "config"), XDG_CONFIG_DIRS=str(folder / "site"), HOME=str(folder))
     subprocess.run([python, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps", "--quiet",
                     "--disable-pip-version-check", "--target", target, "."], cwd=folder / "source", env=environment,
                    check=True)

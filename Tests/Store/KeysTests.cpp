@@ -80,7 +80,7 @@ struct TableKey {
 
 #define KEY_Application(levels, name) \
     {#levels "::" #name, levels::name.keyPath(), kindOfKey(levels::name)},
-#define KEY_Profile KEY_Application
+#define KEY_Profile(levels, name) KEY_Application(levels, name)
 #define KEY_Record(levels, name)
 #define QRV_SETTING(keyPath, levels, name, kind, byDefault, scope, sentence) \
     KEY_##scope(levels, name)

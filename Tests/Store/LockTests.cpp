@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+SiteFiles.h"
 #include "Store/MergingSupport.h"
 #include "Support/SiteSupport.h"
@@ -261,6 +262,17 @@ TEST(Locks, HoldInAnImport) {
         << "the caller's tree stays";
 }
 
+TEST(Locks, AnImportOfNothingLeavesWhatIsLocked) {
+    startWithLock();
+    Failures failures;
+    QRVSettingsSetObjectForKeyPath(4, frequency);
+    QRVSettingsImport(nullptr);
+    StoreSupport::finishSaves();
+    EXPECT_THAT(failures.take(), ElementsAre("write locked setting: CPU.Menubar.Enabled"));
+    EXPECT_TRUE(StoreSupport::fileTree().objectForKey(frequency).isNull());
+    EXPECT_EQ(StoreSupport::fileTree().objectForKey("CPU"), cpu("the user's").objectForKey("CPU"));
+}
+
 TEST(Locks, LeaveTheStoresOwnChangesAlone) {
     writeLocks("CPU.*\nSensors.*\nNetwork.*\nCombined.*\n");
     StoreSupport::writeSettings(
@@ -283,6 +295,15 @@ TEST(Locks, ARemovalOfEmptyLevelsIsNoFailure) {
     QRVSettingsRemoveEmptyLevelsAbove(enabled);
     EXPECT_THAT(failures.take(), IsEmpty());
     EXPECT_EQ(stored("CPU.Menubar"), PropertyListValue(NSDictionary()));
+}
+
+TEST(Locks, HoldForTypedKeys) {
+    startWithLock();
+    Failures failures;
+    EXPECT_FALSE(QRVSettingsValue(Keys::CPU::Menubar::Enabled));
+    QRVSettingsSetValue(true, Keys::CPU::Menubar::Enabled);
+    EXPECT_THAT(failures.take(), ElementsAre("write locked setting: CPU.Menubar.Enabled"));
+    EXPECT_FALSE(QRVSettingsValue(Keys::CPU::Menubar::Enabled));
 }
 
 TEST(Locks, ALockedColourIsTheDefault) {

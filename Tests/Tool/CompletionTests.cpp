@@ -188,6 +188,10 @@ TEST(BashCompletion, OffersWhatTheToolTells) {
     EXPECT_EQ(offeredByBash({"get", "CPU.Menubar.E"}), "CPU.Menubar.Enabled\n");
     EXPECT_EQ(offeredByBash({"get", "--js"}), "--json\n");
     EXPECT_EQ(offeredByBash({"get", "frobnicate"}), "");
+    EXPECT_EQ(offeredByBash({"set", "CPU.Menubar.Enabled", "t"}), "true\n");
+    const std::string color = "Network.Menubar.Mode.Status.NoIP.Color";
+    EXPECT_EQ(offeredByBash({"set", color, ""}), "1\\ 0.776\\ 0\\ 1\n");
+    EXPECT_EQ(offeredByBash({"color", "set", color, ""}), "\\#ffc600ff\n");
 }
 
 TEST(BashCompletion, TakesTheEqualsSignThatBashSetsApart) {

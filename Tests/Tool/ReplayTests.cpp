@@ -149,6 +149,23 @@ TEST(ApplyCommands, LinesOfBothFormsMayStandTogether) {
     EXPECT_EQ(run({"get", "b"}).exitCode, 1);
 }
 
+TEST(ApplyCommands, OptionsAreReadAsOnTheCommandLine) {
+    const Outcome outcome = run({"apply", "-"}, {"qrvsettings set --profile -- -x 1\n"
+                                                 "qrvsettings set y -.5 --profile\n"
+                                                 "qrvsettings set --profile=q z -inf\n",
+                                                 {}});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(run({"get", "--profile", "--", "-x"}).output, "1\n");
+    EXPECT_EQ(run({"get", "y", "--profile", "default"}).output, "-0.5\n");
+    EXPECT_EQ(run({"get", "z", "--profile", "q"}).output, "-inf\n");
+    EXPECT_EQ(run({"profiles"}).output, "default\nq\n");
+    for (const char* line : {"qrvsettings set a -x\n", "qrvsettings set --profile -x a 1\n",
+                             "qrvsettings set --type -- a 1\n"}) {
+        EXPECT_EQ(run({"apply", "-"}, {line, {}}).exitCode, 5) << line;
+        EXPECT_EQ(ToolSupport::runShell(line).exitCode, 2) << line;
+    }
+}
+
 TEST(ApplyCommands, WhatAShellWouldReplaceIsRefused) {
     const std::vector<std::string> lines = {"qrvsettings set a $HOME",
                                             "qrvsettings set a \"$HOME\"",

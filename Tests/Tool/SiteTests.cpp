@@ -149,9 +149,21 @@ TEST(Site, TheDoctorNamesWrongFiles) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output,
                 HasSubstr("warning: the site's settings are left out: " + siteList() + ": "));
-    EXPECT_THAT(outcome.output,
-                HasSubstr("Device.Device in " + siteLocks() + ": belongs to one user"));
+    EXPECT_THAT(outcome.output, HasSubstr("Device.Device in " + siteLocks() +
+                                          ": is a record or a profile of one user"));
     EXPECT_THAT(outcome.output, HasSubstr("* in " + siteLocks() + ": names no key path"));
     EXPECT_THAT(outcome.output, HasSubstr("site:"));
     EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "9\n") << "nothing else is in their way";
+}
+
+TEST(Site, TheDoctorNamesAValueOfAnotherKindThanTheBuiltInDefault) {
+    ToolSupport::writeFile(siteList(),
+                           propertyList("<key>UpdateFrequency</key><true/><key>Menubar</key>"
+                                        "<dict><key>Style</key><integer>2</integer></dict>"));
+    const std::string text = run({"doctor"}).output;
+    EXPECT_THAT(text,
+                HasSubstr("warning: the site's UpdateFrequency is a boolean, and the built-in "
+                          "default is an integer, in " +
+                          siteList() + "\n"));
+    EXPECT_THAT(text, Not(HasSubstr("Menubar.Style")));
 }

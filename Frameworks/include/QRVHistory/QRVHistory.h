@@ -71,9 +71,9 @@ inline constexpr std::size_t QRVHistoryMaximumPending = 1'000;
 QRV_EXPORT bool QRVHistoryStart(std::string_view program = {});
 
 /// Waits for the saves of this process (`QRVSettingsWaitForSaves`) and then until they, and what
-/// others have changed, are entered: for the end of a short program. True when that is so; a process
-/// that does not take part has nothing to enter. False when the timeout has passed, and at once
-/// when something cannot be entered. On the host's main thread.
+/// others have changed, are entered: for the end of a short program. True when that is so; a
+/// process that does not take part has nothing to enter. False when the timeout has passed, and at
+/// once when something cannot be entered. On the host's main thread.
 QRV_EXPORT bool QRVHistoryWait(std::chrono::milliseconds timeout);
 /// @}
 
@@ -91,8 +91,9 @@ struct QRVHistoryChange {
 /// What one save changed: one atomic replacement of the settings file. Of unknown programs it is
 /// what one or several saves changed together.
 struct QRVHistorySave {
-    /// Names this save for good. A save that is entered later has a greater one; that need not be
-    /// a later save.
+    /// Names this save for good, unless it is of an unknown program: then the number may become
+    /// that of a part of it, which a process has entered as its own. A save that is entered later
+    /// has a greater one in general; it need not be a later save.
     std::int64_t id = 0;
     /// A later save of the file has a greater one. It may change when other saves are entered.
     double order = 0;

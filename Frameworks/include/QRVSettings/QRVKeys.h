@@ -18,9 +18,11 @@
 ///     constexpr QRVKey<std::int64_t> interval("Host.Interval");
 ///     const std::int64_t seconds = QRVSettingsValue(interval, 30);
 ///
-/// A function here does what its namesake of `QRVSettings.h` does, with a key in place of the key
-/// path: caching, threads and errors are as there. `QRVScopeOfKeyPath` says which settings the
-/// application reads from a profile.
+/// Each function does what the one with `Object` in its name does for a key path, or the one with
+/// `Color` for a colour: caching, threads and errors are as in `QRVSettings.h`. `QRVScopeOfKeyPath`
+/// says which settings the application reads from a profile.
+///
+/// Xlib.h defines a macro `Status`: undefine it after the include.
 ///
 /// What is stored may be of another kind than the key, because another program or an earlier
 /// version wrote it. Then booleans, numbers and text are converted as by `boolValue`,
@@ -266,7 +268,8 @@ void QRVSettingsProfileSetValue(std::nullptr_t, const QRVKey<Value>& key) {
     namespace levels {                                      \
     inline constexpr QRVKey<type> name(keyPath);            \
     }
-#define QRV_KEY_OF_Profile QRV_KEY_OF_Application
+#define QRV_KEY_OF_Profile(keyPath, levels, name, type) \
+    QRV_KEY_OF_Application(keyPath, levels, name, type)
 #define QRV_SETTING(keyPath, levels, name, kind, byDefault, scope, sentence) \
     QRV_KEY_OF_##scope(keyPath, levels, name, QRV_TYPE_##kind)
 #include "QRVSettings/KnownSettingsTable.h"  // IWYU pragma: keep

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "Process/Waiting.h"
 #include "Reporting/Failure.h"
 
 namespace Tool {
@@ -36,7 +37,10 @@ void takePartInHistory() {
 }
 
 void waitForHistory() {
-    QRVHistoryWait(longestWait);
+    static bool isWritable = true;
+    if (!isWritable) return;
+    const Waiting waiting([] { return "the history of the settings"; });
+    isWritable = QRVHistoryWait(longestWait);
 }
 
 std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
@@ -45,8 +49,11 @@ std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
 }
 
 std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
-    if (!whyNoHistory().empty()) return std::nullopt;
+    // To wait for a locked one once is enough.
+    static bool isReadable = whyNoHistory().empty();
+    if (!isReadable) return std::nullopt;
     const QRVHistoryAnswer answer = QRVHistoryLastChange(keyPath);
+    isReadable = answer.failure.empty();
     if (answer.saves.empty()) return std::nullopt;
     return answer.saves.front();
 }

@@ -12,6 +12,7 @@
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsLayer.h"
 #include "Text/KeyPaths.h"
+#include "Text/ShellWords.h"
 
 namespace Tool {
 namespace {

@@ -5,13 +5,6 @@
 
 namespace Tool {
 
-bool looksLikeOption(std::string_view word) {
-    constexpr std::string_view startsOfNumbers = "0123456789.";
-    return word.size() > 1 && word.front() == '-' &&
-           startsOfNumbers.find(word[1]) == startsOfNumbers.npos && !word.starts_with("-inf") &&
-           !word.starts_with("-nan");
-}
-
 Option flag(const std::string& name, bool& isGiven, const std::string& description) {
     return {.name = name, .description = description, .store = [&isGiven](const auto&) {
                 isGiven = true;

@@ -6,7 +6,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Process/ExitCode.h"
@@ -64,9 +63,6 @@ Configuration configured(OptionList (*declare)(Options&), ExitCode (*run)(const 
     const auto options = std::make_shared<Options>();
     return {declare(*options), [options, run] { return run(*options); }};
 }
-
-/// Whether a word of the command line is an option: it begins with a dash and is no number.
-bool looksLikeOption(std::string_view word);
 
 /// @name The usual kinds
 /// @{

@@ -15,6 +15,7 @@
 #include "Process/StandardError.h"
 #include "Process/StandardOutput.h"
 #include "Reporting/Failure.h"
+#include "Text/ShellWords.h"
 
 namespace Tool {
 namespace {

@@ -67,14 +67,13 @@ void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
     const auto meant = known.meantInPlaceBy(keyPath);
     if (!meant) return;
     const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(settings, keyPath);
-    findings.emplace(
-        keyPath,
-        Finding{
-            Level::Warning,
-            "nothing is known to read " + keyPathText(keyPath) + "; did you mean " + *meant + "?",
-            "store it there, and remove this one: qrvsettings set -- " + shellWord(*meant) + " " +
-                shellWord(jsonText(value)) + " && " + unsetCommand(keyPath),
-            keyPath});
+    findings.emplace(keyPath, Finding{Level::Warning,
+                                      "nothing is known to read " + keyPathText(keyPath) +
+                                          "; did you mean " + *meant + "?",
+                                      "store it there, and remove this one: qrvsettings set -- " +
+                                          shellWord(*meant) + " " + shellWord(jsonText(value)) +
+                                          " && " + unsetCommand(keyPath),
+                                      keyPath});
 }
 
 void examineEmptyDictionary(const std::string& keyPath, Findings& findings) {
@@ -162,9 +161,24 @@ void examineSize(const NSDictionary& settings, std::vector<Finding>& findings) {
     report(size.bytes, NSPropertyListSerialization::maximumContents, " bytes of text and data");
 }
 
+constexpr const char* adviceForSite = "ask the administrator of this machine to correct the file";
+
+void examineSiteKinds(const QRVSiteDefaults& site, std::vector<Finding>& findings) {
+    for (const auto& [key, value] : leavesByKeyPath(site.values)) {
+        const std::string keyPath(key);
+        const PropertyListValue builtIn = NSDictionaryQRV::objectAtKeyPath(site.builtIn, keyPath);
+        if (builtIn.isNull() || builtIn.isSameKindAs(value)) continue;
+        findings.push_back({Level::Warning,
+                            "the site's " + keyPathText(keyPath) + " is " + kindName(value) +
+                                ", and the built-in default is " + kindName(builtIn) + ", in " +
+                                QRVSettingsSiteFileForKeyPath(keyPath),
+                            adviceForSite, keyPath});
+    }
+}
+
 void examineSite(Diagnosis& diagnosis) {
     const QRVSiteDefaults site = QRVSettingsSiteDefaults();
-    NSMutableArray files;
+    const NSMutableArray files;
     std::string text;
     for (const std::string& file : site.files) {
         files.addObject(file);
@@ -176,8 +190,9 @@ void examineSite(Diagnosis& diagnosis) {
             fault.keyPath.empty() ? fault.file : keyPathText(fault.keyPath) + " in " + fault.file;
         diagnosis.findings.push_back(
             {Level::Warning, "the site's settings are left out: " + what + ": " + fault.reason,
-             "ask the administrator of this machine to correct the file", fault.keyPath});
+             adviceForSite, fault.keyPath});
     }
+    examineSiteKinds(site, diagnosis.findings);
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ std::string kindInWords(Kind kind) {
 }
 
 std::string kindWithArticle(Kind kind) {
-    const std::string words = kindInWords(kind);
+    std::string words = kindInWords(kind);
     if (kind == Kind::Data || kind == Kind::Null) return words;
     return (kind == Kind::Integer || kind == Kind::Array ? "an " : "a ") + words;
 }

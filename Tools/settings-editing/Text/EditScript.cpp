@@ -217,8 +217,16 @@ void CommandReader::takeOption(const std::string& word) {
     const std::size_t end = word.find('=');
     const std::string name = word.substr(0, end);
     operation_.requireOption(name);
-    if (end == word.npos && next_ == words_.size()) refuse("no value for " + name);
-    operation_.takeOption(name, end == word.npos ? words_[next_++].text : word.substr(end + 1));
+    const bool isAlone =
+        next_ == words_.size() || words_[next_].text == "--" || looksLikeOption(words_[next_].text);
+    if (end != word.npos)
+        operation_.takeOption(name, word.substr(end + 1));
+    else if (!isAlone)
+        operation_.takeOption(name, words_[next_++].text);
+    else if (name == "--profile")
+        operation_.takeOption(name, "default");
+    else
+        refuse("no value for " + name);
 }
 
 void CommandReader::takeWords() {
@@ -227,7 +235,7 @@ void CommandReader::takeWords() {
     bool areOptionsOver = false;
     while (next_ < words_.size()) {
         const ShellWord& word = words_[next_++];
-        if (areOptionsOver || !word.text.starts_with("--"))
+        if (areOptionsOver || (word.text != "--" && !looksLikeOption(word.text)))
             arguments_.push_back(word);
         else if (word.text == "--")
             areOptionsOver = true;

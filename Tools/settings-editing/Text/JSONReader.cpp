@@ -115,6 +115,7 @@ class Reader {
     void readArray(JSONNode& node);
     PropertyListValue scalar(const char* expected);
     PropertyListValue number(std::string_view digits) const;
+    [[nodiscard]] std::size_t endOfPlainText() const;
     std::string string();
     std::string escaped();
     unsigned fourDigits();
@@ -262,17 +263,20 @@ PropertyListValue Reader::number(std::string_view digits) const {
     return *real;
 }
 
+/// Where a quotation mark, a backslash, a control character or the end of the text is.
+std::size_t Reader::endOfPlainText() const {
+    std::size_t end = position_;
+    while (end < text_.size() && text_[end] != '"' && text_[end] != '\\' &&
+           static_cast<unsigned char>(text_[end]) >= ' ')
+        ++end;
+    return end;
+}
+
 std::string Reader::string() {
     const std::size_t start = position_++;
     std::string result;
     while (!isAt('"')) {
-        const std::size_t end =
-            std::find_if(text_.begin() + static_cast<std::ptrdiff_t>(position_), text_.end(),
-                         [](char one) {
-                             return one == '"' || one == '\\' ||
-                                    static_cast<unsigned char>(one) < ' ';
-                         }) -
-            text_.begin();
+        const std::size_t end = endOfPlainText();
         const std::string plain(text_.substr(position_, end - position_));
         try {
             requireUTF8(plain);

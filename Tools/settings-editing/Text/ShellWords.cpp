@@ -154,4 +154,11 @@ std::vector<ShellWord> shellWordsOf(std::string_view line) {
     return WordReader(line).words();
 }
 
+bool looksLikeOption(std::string_view word) {
+    constexpr std::string_view startsOfNumbers = "0123456789.";
+    return word.size() > 1 && word.front() == '-' &&
+           startsOfNumbers.find(word[1]) == startsOfNumbers.npos && !word.starts_with("-inf") &&
+           !word.starts_with("-nan");
+}
+
 }  // namespace Tool

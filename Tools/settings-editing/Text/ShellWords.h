@@ -20,4 +20,8 @@ struct ShellWord {
 /// thing here and another there.
 std::vector<ShellWord> shellWordsOf(std::string_view line);
 
+/// Whether the program takes a word for an option, before a word `--`: it begins with a dash and is
+/// no number.
+bool looksLikeOption(std::string_view word);
+
 }  // namespace Tool

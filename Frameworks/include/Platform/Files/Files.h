@@ -161,7 +161,8 @@ struct FileFailure {
     std::string keyPath{};
 };
 /// Called on the thread at work whenever coordinating, replacing or backing up a file fails, before
-/// the function concerned returns the same error, and whenever the store cannot save a setting.
+/// the function concerned returns the same error, and whenever the store cannot save a setting,
+/// refuses to write one, or leaves out a file of the site or a part of it.
 /// "set mode of file" alone does not make another operation fail (see `replaceFile`). Also, with an
 /// empty path, when a queue or the watch of files cannot get what it needs from the system
 /// (Dispatch.h, NSFilePresenter.h). Null, as at the start, for none. A call under way on another

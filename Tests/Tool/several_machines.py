@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Two machines share settings by Git with the commands that qrvsettings(7) shows, taken from the page. The
-README shows some of them.
+"""Machines share settings by Git, by a synchroniser's copies and by files of the site, with the commands that
+qrvsettings(7) shows, taken from the page. The README shows some of them.
 
-    git_merge.py TOOL PAGE README
+    several_machines.py TOOL PAGE README
 
 Skipped (exit code 77) where there is no git.
 """
@@ -127,6 +127,19 @@ def take_copy(page, folder, tool):
         machine.expect(key_path, value)
 
 
+def fill_site(page, folder, tool):
+    site_file, install, show = commands_of(page, "A fleet")
+    user = Machine(folder, "user", tool)
+    site = folder / "site"
+    user.environment["XDG_CONFIG_DIRS"] = str(site)
+    user.run("qrvsettings set UpdateFrequency 5")
+    (user.home / "site.plist").write_text(site_file)
+    user.run(install.replace("/etc/xdg", str(site)))
+    expect_in(user.run(show), "UpdateFrequency\t3\n", str(site))
+    expect_in(user.run("qrvsettings get UpdateFrequency"), "3\n")
+    expect_in(user.run("qrvsettings set UpdateFrequency 6", expected=5), "UpdateFrequency")
+
+
 def main():
     tool, page, readme = sys.argv[1:]
     if shutil.which("git") is None:
@@ -137,7 +150,8 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         share(text, Path(folder), tool)
         take_copy(text, Path(folder), tool)
-    print("two machines share settings")
+        fill_site(text, Path(folder), tool)
+    print("machines share settings")
     return 0
 
 
