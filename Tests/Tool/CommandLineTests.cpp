@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "Tool/ToolSupport.h"
 
 using testing::AllOf;
@@ -233,6 +235,21 @@ TEST(CommandLine, EachCommandExplainsItselfWithOneExample) {
         EXPECT_THAT(outcome.output, HasSubstr("Usage: qrvsettings " + command)) << command;
         EXPECT_THAT(outcome.output, HasSubstr("Example: ")) << command;
         EXPECT_EQ(outcome.errors, "") << command;
+    }
+}
+
+TEST(CommandLine, NoHelpIsWiderThanATerminal) {
+    constexpr std::size_t columns = 80;
+    std::vector<Arguments> everyHelp = {{},
+                                        {"color", "set"},
+                                        {"appearance", "set"},
+                                        {"completion", "candidates"},
+                                        {"history", "clear"}};
+    for (const std::string& command : commands) everyHelp.push_back({command});
+    for (Arguments arguments : everyHelp) {
+        arguments.emplace_back("--help");
+        std::istringstream lines(run(arguments).output);
+        for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), columns) << line;
     }
 }
 

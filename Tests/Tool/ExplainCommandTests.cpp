@@ -48,16 +48,15 @@ TEST(Explain, TheStoredValueAnswersBeforeTheDefault) {
 TEST(Explain, TheDefaultAnswersWhereNothingIsStored) {
     const Outcome outcome = run({"explain", "Menu.Theme.Dark", "--json"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(
-        outcome.output,
-        R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
-        R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
-        R"("lastChange":null,)"
-        R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
-        R"("profileLastChange":null,"profileValue":null,"profiles":["default"],)"
-        R"("scope":"application","site":null,"siteFile":null,"siteKind":null,)"
-        R"("stored":null,"storedKind":null})"
-        "\n");
+    EXPECT_EQ(outcome.output,
+              R"({"default":"indigo","defaultKind":"string","effective":"indigo",)"
+              R"("effectiveKind":"string","keyPath":"Menu.Theme.Dark","kindDiffers":null,)"
+              R"("lastChange":null,)"
+              R"("layer":"default","lockFile":null,"profile":"default","profileKind":null,)"
+              R"("profileLastChange":null,"profileValue":null,"profiles":["default"],)"
+              R"("scope":"application","site":null,"siteFile":null,"siteKind":null,)"
+              R"("stored":null,"storedKind":null})"
+              "\n");
 }
 
 TEST(Explain, TheKindsThatDifferAreNamed) {
@@ -73,6 +72,14 @@ TEST(Explain, TheKindsThatDifferAreNamed) {
         << "both are numbers";
     EXPECT_THAT(run({"explain", "UpdateFrequency", "--json"}).output,
                 testing::HasSubstr(R"("kindDiffers":true)"));
+}
+
+TEST(Explain, ASettingOfTheApplicationNamesNoProfileUnlessAskedOrThereIsAValue) {
+    const auto namesAProfile = testing::HasSubstr("in profile:");
+    EXPECT_THAT(run({"explain", "UpdateFrequency"}).output, testing::Not(namesAProfile));
+    EXPECT_THAT(run({"explain", "UpdateFrequency", "--profile"}).output, namesAProfile);
+    ASSERT_EQ(run({"set", "UpdateFrequency", "3", "--profile"}).exitCode, 0);
+    EXPECT_THAT(run({"explain", "UpdateFrequency"}).output, namesAProfile);
 }
 
 TEST(Explain, InAProfileItsOwnValueAnswersElseTheDefault) {
@@ -99,9 +106,8 @@ TEST(Explain, WhatNothingAnswersIsExplainedAndFails) {
     const Outcome outcome = run({"explain", "Menu.Theme.Drak"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output,
-              "key path:   Menu.Theme.Drak\neffective:  not set\nlayer:      none\n"
-              "stored:     not set\ndefault:    not set\nprofile:    default\n"
-              "in profile: not set\n");
+              "key path:  Menu.Theme.Drak\neffective: not set\nlayer:     none\n"
+              "stored:    not set\ndefault:   not set\n");
     EXPECT_EQ(outcome.errors,
               "qrvsettings: not set, Menu.Theme.Drak; did you mean Menu.Theme.Dark?\n");
     EXPECT_EQ(run({"explain", "Frobnicate"}).errors, "qrvsettings: not set, Frobnicate\n");

@@ -188,8 +188,8 @@ TEST(Undo, RefusesWhatWasChangedSinceAndNamesWhoDidIt) {
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.output, "");
     EXPECT_THAT(refused.errors,
-                MatchesRegex("qrvsettings: changed since, A: now 2, 2[0-9-]+ [0-9:]+ by "
-                             "qrvsettings.[0-9]+. .[0-9]+.\n"
+                MatchesRegex("qrvsettings: A was changed since: now 2, 2[0-9-]+ [0-9:]+ by "
+                             "qrvsettings.[0-9]+. .save [0-9]+.\n"
                              "qrvsettings: nothing is undone; --force overwrites what was changed "
                              "since\n"));
     EXPECT_EQ(get("A"), "2\n");
@@ -237,7 +237,7 @@ TEST(Explain, TellsTheLastChangeAndByWhat) {
     EXPECT_THAT(
         run({"explain", "CPU.Menubar.Width"}).output,
         testing::ContainsRegex(
-            "last change: +2[0-9-]+ [0-9:]+ by qrvsettings.[0-9]+., not set -> 60 .[0-9]+.\n"
+            "last change: +2[0-9-]+ [0-9:]+ by qrvsettings.[0-9]+., not set -> 60 .save [0-9]+.\n"
             "profile change: +2[0-9-]+ [0-9:]+ by qrvsettings.[0-9]+., not set -> 70 "));
     const auto explained =
         nlohmann::json::parse(run({"explain", "CPU.Menubar.Width", "--json"}).output);

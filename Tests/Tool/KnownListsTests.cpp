@@ -206,7 +206,7 @@ TEST_F(KnownListsTests, WithWrongFactsKeepTheOthers) {
     const KnownLists lists = KnownLists::read();
     EXPECT_THAT(
         reasons(lists),
-        ElementsAre(": an empty key path", "Device.Device: a record of the store",
+        ElementsAre("\"\": an empty key path", "Device.Device: a record of the store",
                     R"(Host.A: "colour" is no part of a description)",
                     R"(Host.A: a choice has no value: {"sentence":"No value."})",
                     R"(Host.A: a choice is of another kind than integer: "two")",

@@ -109,8 +109,9 @@ TEST(Kind, AnotherOneIsRefused) {
     expectSaid("CPU.Menubar.Enabled", "yes", "a boolean, not a string: \"yes\"; say true or false");
     expectSaid("CPU.Menubar.Enabled", "1", "a boolean, not an integer: 1; say true or false");
     expectSaid("UpdateFrequency", "fast",
-               "an integer, not a string: \"fast\"; say a number, such as 1");
-    expectSaid("UpdateFrequency", "4.0", "an integer, not a real: 4.0; say a number, such as 1");
+               "an integer, not a string: \"fast\"; say a whole number, such as 1");
+    expectSaid("UpdateFrequency", "4.0",
+               "an integer, not a real: 4.0; say a whole number, such as 1");
     expectSaid("Menu.Theme.Dark", "5", "a string, not an integer: 5; say it with --type string");
     expectSaid("Notifications.Items", "x", "an array, not a string: \"x\"; say it as JSON, [...]");
     expectSaid("Weather.Global.Location", "5",
@@ -187,7 +188,7 @@ TEST(RefusedLines, AreNamedAndNothingIsChanged) {
     expectRefused({"apply", "lines", "--dry-run"}, "lines" + typo + forNew);
     expectRefused({"apply", "-"},
                   std::string("standard input:2: UpdateFrequency is an integer, not a string: "
-                              "\"on\"; say a number, such as 1") +
+                              "\"on\"; say a whole number, such as 1") +
                       forAnyKind,
                   "set a 1\nset UpdateFrequency on\n");
     expectStored({"apply", "--new", "lines"});
@@ -224,12 +225,13 @@ TEST(ImportDryRun, NamesWhatSetWouldRefuse) {
                               "Migration":{"CombinedPowerItems":true,"Profiles":true}})");
     const Outcome outcome = run({"import", "new.json", "--dry-run"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.errors,
-              "qrvsettings: nothing is known to read CPU.Menubar.Enable; did you mean "
-              "CPU.Menubar.Enabled?\n"
-              "qrvsettings: UpdateFrequency is an integer, not a string: \"on\"; say a number, "
-              "such as 1\n");
-    EXPECT_EQ(run({"import", "new.json"}).errors, "");
+    EXPECT_EQ(
+        outcome.errors,
+        "qrvsettings: nothing is known to read CPU.Menubar.Enable; did you mean "
+        "CPU.Menubar.Enabled?\n"
+        "qrvsettings: UpdateFrequency is an integer, not a string: \"on\"; say a whole number, "
+        "such as 1\n");
+    EXPECT_EQ(run({"import", "new.json"}).errors, "qrvsettings: 3 changed\n");
     EXPECT_EQ(run({"get", "UpdateFrequency"}).output, "on\n");
 }
 

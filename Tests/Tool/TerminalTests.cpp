@@ -168,7 +168,7 @@ TEST(OutputOnATerminal, HoldsNoControlsOfOthers) {
         {{"list", "--layer", "stored", "--json"}, 2},
         {{"list", "--layer", "stored", "--keys", "--json", "--records"}, 1},
         {{"search", "31m", "--records"}, 5},
-        {{"explain", keyPath}, 9},
+        {{"explain", keyPath}, 7},
         {{"explain", keyPath, "--profile", keyPath}, 10},
         {{"profiles"}, 1},
         {{"diff", "--records"}, 8},

@@ -179,3 +179,10 @@ TEST(Unset, OneKeyPathMayLieBelowAnother) {
         EXPECT_EQ(storedSettings(), "{\"z\":1}");
     }
 }
+
+TEST(Set, AnEmptyKeyIsNamedAsJSON) {
+    ASSERT_EQ(run({"set", "", "4"}).exitCode, 0);
+    EXPECT_EQ(run({"set", ".a", "4"}).errors,
+              "qrvsettings: a stored value is in the way: \"\" is an integer, .a\n");
+    EXPECT_EQ(run({"list", "--layer", "stored"}).output, "\"\"\t4\n");
+}

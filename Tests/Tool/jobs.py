@@ -114,7 +114,7 @@ def with_own_save(command, home, environment):
 
 
 def with_saves_of_page(printed, home, environment):
-    pattern = re.compile(r"^\d+(?=  \d{4}-)|(?<=\()\d+(?=\)$)", re.MULTILINE)
+    pattern = re.compile(r"^\d+(?=  \d{4}-)|(?<=\(save )\d+(?=\)$)", re.MULTILINE)
     if not pattern.search(printed):
         return printed
     saves = saves_in(home, environment)

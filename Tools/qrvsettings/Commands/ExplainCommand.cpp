@@ -42,6 +42,7 @@ struct Explanation {
     std::string lockFile;
     PropertyListValue byDefault;
     std::string profile;
+    bool isProfileNamed;
     PropertyListValue inProfile;
     QRVSettingScope scope;
     std::optional<QRVHistorySave> lastChange;
@@ -74,6 +75,7 @@ Explanation explanationOf(const Options& options) {
         .lockFile = QRVSettingsLockFileForKeyPath(scope.storedKeyPath(options.keyPath)),
         .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
         .profile = options.profile.empty() ? "default" : options.profile,
+        .isProfileNamed = scope.isProfile(),
         .inProfile = profile.stored(options.keyPath),
         .scope = scopeOf(KnownLists::read(), options.keyPath),
         .lastChange = lastChangeInHistory(options.keyPath),
@@ -148,6 +150,12 @@ void add(std::vector<Fact>& facts, const std::string& name,
     if (change) facts.push_back({name, lastChangeText(*change)});
 }
 
+/// A setting of the application has no value in a profile, but for one that somebody has put there.
+bool concernsProfiles(const Explanation& explanation) {
+    return explanation.isProfileNamed || explanation.scope == QRVSettingScope::Profile ||
+           !explanation.inProfile.isNull();
+}
+
 std::string linesOf(const Explanation& explanation) {
     std::vector<Fact> facts = {{"key path", keyPathText(explanation.keyPath)}};
     add(facts, "effective", explanation.effective);
@@ -163,8 +171,10 @@ std::string linesOf(const Explanation& explanation) {
         facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});
     if (explanation.scope == QRVSettingScope::Profile)
         facts.push_back({"scope", scopeInWords(explanation.scope)});
-    facts.push_back({"profile", keyPathText(explanation.profile)});
-    add(facts, "in profile", explanation.inProfile);
+    if (concernsProfiles(explanation)) {
+        facts.push_back({"profile", keyPathText(explanation.profile)});
+        add(facts, "in profile", explanation.inProfile);
+    }
     add(facts, "last change", explanation.lastChange);
     add(facts, "profile change", explanation.lastChangeInProfile);
     return factLines(facts);

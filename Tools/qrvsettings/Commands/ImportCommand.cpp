@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Replaces all stored settings by those of a file.
 
+#include <algorithm>
+
 #include "Commands/CommandTable.h"
 #include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
@@ -13,6 +15,8 @@
 #include "Settings/MachineSettings.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/Preparation.h"
+#include "Settings/Records.h"
+#include "Text/Differences.h"
 #include "Text/FileForm.h"
 
 namespace Tool {
@@ -26,12 +30,23 @@ struct Options {
     ChangeReport report;
 };
 
+/// What the file or the start-up has changed in the store's own records is nobody's setting.
+void remarkCount(const Changes& changes) {
+    const auto isSetting = [](const Difference& difference) {
+        return !isOfStoreAlone(difference.keyPath, difference.oldValue, difference.newValue);
+    };
+    const auto count = std::count_if(changes.changed.begin(), changes.changed.end(), isSetting);
+    if (count > 0) remark(std::to_string(count) + " changed");
+}
+
 ExitCode report(const Changes& changes, const Options& options, const std::string& name) {
     if (options.writing.dryRun) return previewOf(changes, options.report);
     if (options.report.json)
         printObject(changes);
-    else
+    else if (changes.isEmpty())
         remarkIfUnchanged(changes, name);
+    else
+        remarkCount(changes);
     return ExitCode::Done;
 }
 

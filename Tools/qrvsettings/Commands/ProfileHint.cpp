@@ -20,8 +20,8 @@ bool isReadElsewhere(const std::string& keyPath, const ProfileScope& scope) {
 
 void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope) {
     if (isQuiet() || !isReadElsewhere(keyPath, scope)) return;
-    remark("the application reads this in its profile; --profile NAME sets it there (profiles: " +
-           profilesInWords() + "), " + keyPath);
+    remark("the application reads " + keyPathText(keyPath) +
+           " in its profile; --profile NAME sets it there (profiles: " + profilesInWords() + ")");
 }
 
 void hintAfterRead(const std::string& keyPath, const PropertyListValue& printed,
@@ -35,7 +35,8 @@ void hintAfterRead(const std::string& keyPath, const PropertyListValue& printed,
                       (value.isNull() ? "not set" : jsonText(value));
     }
     if (!others.empty())
-        remark("the application reads this in its profile (" + others + "), " + keyPath);
+        remark("the application reads " + keyPathText(keyPath) + " in its profile (" + others +
+               ")");
 }
 
 }  // namespace Tool

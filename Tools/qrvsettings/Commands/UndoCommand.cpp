@@ -74,15 +74,15 @@ std::vector<QRVHistorySave> chosenSaves(const Options& options) {
 
 std::string conflictText(const QRVHistoryConflict& conflict,
                          const std::vector<QRVHistorySave>& undone) {
-    std::string text = "changed since, " + keyPathText(conflict.keyPath) + ": now " +
+    std::string text = keyPathText(conflict.keyPath) + " was changed since: now " +
                        (conflict.now.isNull() ? "not set" : shortened(jsonText(conflict.now)));
     const auto change = lastChangeInHistory(conflict.keyPath);
     const bool isLater =
         change && std::all_of(undone.begin(), undone.end(),
                               [&change](const auto& save) { return save.id < change->id; });
-    return isLater
-               ? text + ", " + timeAndProgramText(*change) + " (" + std::to_string(change->id) + ")"
-               : text;
+    return isLater ? text + ", " + timeAndProgramText(*change) + " (save " +
+                         std::to_string(change->id) + ")"
+                   : text;
 }
 
 ExitCode refuse(const QRVHistoryInverse& inverse, const std::vector<QRVHistorySave>& saves) {

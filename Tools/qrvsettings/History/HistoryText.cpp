@@ -42,7 +42,7 @@ std::string lastChangeText(const QRVHistorySave& save) {
     const std::string what = save.changes.size() == 1
                                  ? changeText(save.changes.front())
                                  : std::to_string(save.changes.size()) + " settings";
-    return timeAndProgramText(save) + ", " + what + " (" + std::to_string(save.id) + ")";
+    return timeAndProgramText(save) + ", " + what + " (save " + std::to_string(save.id) + ")";
 }
 
 std::string historyLines(const QRVHistorySave& save) {

@@ -28,7 +28,9 @@ std::string section(const std::string& title, const std::vector<Row>& rows) {
         const std::string start = "  " + row.name;
         const bool fits = start.size() + 2 <= column;
         const std::string description = wrapped(row.description, column, lineWidth);
-        text += start + (fits ? description.substr(start.size()) : "\n" + description);
+        text += start;
+        if (!fits) text += '\n';
+        text.append(description, fits ? start.size() : 0);
     }
     return text;
 }
@@ -83,6 +85,20 @@ std::vector<Row> rowsOfExitCodes() {
     return rows;
 }
 
+/// Paragraphs of a footer, with lines of their own where they are lists or examples.
+std::string paragraphs(std::string_view footer) {
+    constexpr std::string_view border = "\n\n";
+    std::string text;
+    while (!footer.empty()) {
+        std::string paragraph(footer.substr(0, footer.find(border)));
+        footer.remove_prefix(std::min(paragraph.size() + border.size(), footer.size()));
+        const bool hasOwnLines = paragraph.starts_with("  ") || paragraph.starts_with("Example: ");
+        if (!hasOwnLines) std::replace(paragraph.begin(), paragraph.end(), '\n', ' ');
+        text += "\n" + (hasOwnLines ? paragraph + "\n" : wrapped(paragraph, 0, lineWidth));
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string nameOf(const std::vector<const Command*>& path) {
@@ -108,7 +124,7 @@ std::string helpOf(const std::vector<const Command*>& path, const OptionList& op
     help += section("Commands", rowsOfParts(command));
     help += section("Options", rowsOfOptions(options, isProgram));
     if (isProgram) help += section("Exit codes", rowsOfExitCodes());
-    return help + "\n" + std::string(command.footer) + "\n";
+    return help + paragraphs(command.footer);
 }
 
 }  // namespace Tool

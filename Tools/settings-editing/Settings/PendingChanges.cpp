@@ -21,9 +21,9 @@ namespace {
 Failure inTheWayOf(const std::string& keyPath, const NSInvalidArgumentException& exception) {
     const auto obstacle = leafAbove(QRVSettingsStoredValues(), keyPath);
     if (!obstacle) return {Fault::WrongValue, exception.what()};
-    return {Fault::WrongValue, "a stored value is in the way: " + *obstacle + " is " +
+    return {Fault::WrongValue, "a stored value is in the way: " + keyPathText(*obstacle) + " is " +
                                    kindName(QRVSettingsStoredObjectForKeyPath(*obstacle)) + ", " +
-                                   keyPath};
+                                   keyPathText(keyPath)};
 }
 
 /// A damaged file counts as empty, and is replaced also where there is nothing to save.

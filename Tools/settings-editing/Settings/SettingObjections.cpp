@@ -27,7 +27,7 @@ std::string wayToSay(const KnownSetting& setting) {
         case Kind::Boolean:
             return "say true or false";
         case Kind::Integer:
-            return "say a number, such as " + exampleOf(setting, "1");
+            return "say a whole number, such as " + exampleOf(setting, "1");
         case Kind::Real:
             return "say a number, such as " + exampleOf(setting, "0.5");
         case Kind::String:

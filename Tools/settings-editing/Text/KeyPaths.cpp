@@ -37,8 +37,9 @@ NSDictionary snapshotOf(const NSDictionary& tree) {
 }
 
 std::string keyPathText(std::string_view keyPath) {
-    return !keyPath.starts_with('"') && !holdsControls(keyPath) ? std::string(keyPath)
-                                                                : jsonText(keyPath);
+    return !keyPath.empty() && !keyPath.starts_with('"') && !holdsControls(keyPath)
+               ? std::string(keyPath)
+               : jsonText(keyPath);
 }
 
 }  // namespace Tool

@@ -21,8 +21,8 @@ NSDictionary leavesByKeyPath(const NSDictionary& tree);
 /// A copy that no change of the tree reaches.
 NSDictionary snapshotOf(const NSDictionary& tree);
 
-/// The key path on one line: one that holds control characters or begins with a quotation mark is a
-/// JSON string.
+/// The key path on one line: one that is empty, holds control characters or begins with a quotation
+/// mark is a JSON string.
 std::string keyPathText(std::string_view keyPath);
 
 }  // namespace Tool
