@@ -31,7 +31,7 @@ BLOCK = re.compile(r"(?<=^```console\n).*?(?=^```$)", re.DOTALL | re.MULTILINE)
 SSH = """#!/bin/sh
 host="$1"; shift
 mkdir -p "$HOME/../$host"
-cd "$HOME/../$host" && exec env -i HOME="$PWD" PATH="$PATH" {sanitizers} sh -c "$*" < /dev/null
+cd "$HOME/../$host" && exec env -i HOME="$PWD" PATH="$PATH" {sanitizers} sh -c "$*"
 """
 
 
