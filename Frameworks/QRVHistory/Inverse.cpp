@@ -30,6 +30,7 @@ using Chains = std::map<std::string, Chain>;
 
 std::vector<const QRVHistorySave*> newestFirst(const std::vector<QRVHistorySave>& saves) {
     std::vector<const QRVHistorySave*> sorted;
+    sorted.reserve(saves.size());
     for (const QRVHistorySave& save : saves) sorted.push_back(&save);
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const QRVHistorySave* left, const QRVHistorySave* right) {

@@ -58,7 +58,7 @@ PropertyListValue QRVSettingsProfileObjectForKeyPath(QRVKeyPath keyPath) {
     if (keyPath.isNull()) return nullptr;  // 1
     const Locks* const locks = StoreInside::state().locks;
     if (locks == nullptr) return unlockedObject(keyPath);
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
+    PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);
     const Locks::Place place = locks->at(keyPath.text());
     if (place.isLocked()) return byDefault;
     return lockedView(place, unlockedObject(keyPath), byDefault,

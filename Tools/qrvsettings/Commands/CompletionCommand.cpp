@@ -19,8 +19,11 @@ ExitCode printCandidates(const Options& options) {
     if (!candidates) return ExitCode::Done;
     if (candidates->empty()) throw Failure(Fault::NotSet, "nothing can be completed");
     std::string lines;
-    for (const auto& [word, sentence] : *candidates)
-        lines += word + (sentence.empty() ? "" : "\t" + sentence) + "\n";
+    for (const auto& [word, sentence] : *candidates) {
+        lines += word;
+        if (!sentence.empty()) lines.append("\t").append(sentence);
+        lines += '\n';
+    }
     print(lines);
     return ExitCode::Done;
 }

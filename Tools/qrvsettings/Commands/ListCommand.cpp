@@ -45,7 +45,7 @@ std::string textOf(const NSDictionary& leaves, const Options& options) {
 NSDictionary chosenOf(const NSDictionary& leaves, const Options& options) {
     const bool isTree = options.json && !options.keysOnly && options.layer == "stored";
     if (options.records || (isTree && !options.prefix)) return leaves;
-    const NSDictionary chosen = withoutRecords(leaves, ProfileScope(options.profile));
+    NSDictionary chosen = withoutRecords(leaves, ProfileScope(options.profile));
     if (options.prefix && chosen.count() == 0) return leaves;
     if (leaves.count() != 0 && chosen.count() == 0)
         throw Failure(Fault::NotSet, "nothing is set but records of the store (--records)");

@@ -28,7 +28,9 @@ std::string section(const std::string& title, const std::vector<Row>& rows) {
         const std::string start = "  " + row.name;
         const bool fits = start.size() + 2 <= column;
         const std::string description = wrapped(row.description, column, lineWidth);
-        text += start + (fits ? description.substr(start.size()) : "\n" + description);
+        text += start;
+        if (!fits) text += '\n';
+        text.append(description, fits ? start.size() : 0);
     }
     return text;
 }
