@@ -193,3 +193,23 @@ TEST(ProfileHint, ExplainNamesTheProfiles) {
     EXPECT_THAT(run({"explain", width}).output, testing::Not(HasSubstr("scope:")));
     EXPECT_THAT(run({"explain", width, "--json"}).output, HasSubstr(R"("scope":"application")"));
 }
+
+TEST(ProfileHint, SetSaysThatTheStoreKeepsARecordForItself) {
+    EXPECT_EQ(run({"set", "Migration.Profiles", "true"}).errors,
+              "qrvsettings: Migration.Profiles is a record that the store keeps for itself\n");
+    EXPECT_EQ(run({"set", "Mine", "true"}).errors, "");
+    EXPECT_EQ(run({"set", "Migration.Profiles", "true", "--quiet"}).errors, "");
+}
+
+TEST(ProfileHint, AReadSaysThatAProfileHasNoSettings) {
+    setInTravel("CPU.Menubar.Enabled", "false");
+    for (const std::string command : {"get", "list", "search"}) {
+        const Outcome outcome = run({command, "CPU.Menubar.Enabled", "--profile", "travle"});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.errors,
+                  "qrvsettings: there are no settings in the profile travle (profiles: default, "
+                  "travel)\n");
+    }
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--profile", "travel"}).errors, "");
+    EXPECT_EQ(run({"get", "CPU.Menubar.Enabled", "--profile"}).errors, "");
+}

@@ -13,6 +13,7 @@ import json
 import os
 import re
 import selectors
+import shlex
 import shutil
 import subprocess
 import sys
@@ -28,10 +29,9 @@ PROGRAMS = ("jq", "script")  # that a machine may lack
 BLOCK = re.compile(r"(?<=^```console\n).*?(?=^```$)", re.DOTALL | re.MULTILINE)
 
 # As sshd does it: no terminal, a home folder of its own, few variables.
-SSH = """#!/bin/sh
-host="$1"; shift
+SSH = """host="$1"; shift
 mkdir -p "$HOME/../$host"
-cd "$HOME/../$host" && exec env -i HOME="$PWD" PATH="$PATH" {sanitizers} sh -c "$*" < /dev/null
+cd "$HOME/../$host" && exec env -i HOME="$PWD" PATH="$PATH" sh -c "$*"
 """
 
 
@@ -121,13 +121,18 @@ def with_saves_of_page(printed, home, environment):
     return pattern.sub(lambda number: str(saves.index(int(number.group())) + 1), printed)
 
 
-def environment_of(home, programs):
-    sanitizers = {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}
-    assignments = " ".join(f"{name}='{value}'" for name, value in sanitizers.items())
-    (programs / "ssh").write_text(SSH.format(sanitizers=assignments))
-    (programs / "ssh").chmod(0o755)
+def write_program(path, text):
+    path.write_text(f"#!/bin/sh\n{text}\n")
+    path.chmod(0o755)
+
+
+def environment_of(home, programs, tool):
+    """With a tool that keeps the options of its sanitizers where the page clears the environment."""
+    sanitizers = [f"{name}={shlex.quote(value)}" for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")]
+    write_program(programs / "qrvsettings", f'exec env {" ".join(sanitizers)} {shlex.quote(str(tool))} "$@"')
+    write_program(programs / "ssh", SSH)
     return {"PATH": f"{programs}:{os.environ['PATH']}", "HOME": str(home), "LC_ALL": "C.UTF-8", "TZ": "UTC",
-            "TERM": "xterm-256color", **sanitizers}
+            "TERM": "xterm-256color"}
 
 
 def do_job(job, tool):
@@ -136,8 +141,7 @@ def do_job(job, tool):
         home, programs = Path(folder).resolve() / "me", Path(folder).resolve() / "programs"
         home.mkdir()
         programs.mkdir()
-        (programs / "qrvsettings").symlink_to(Path(tool).resolve())
-        environment = environment_of(home, programs)
+        environment = environment_of(home, programs, Path(tool).resolve())
         shell = Shell(home, environment)
 
         def filled(match):

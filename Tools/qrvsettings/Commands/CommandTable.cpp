@@ -106,8 +106,10 @@ constexpr std::array commands = {
             configureSearch},
     Command{"explain", "Print the value of a setting in each layer, and which layer answers",
             "\"effective\" is what get prints, and \"layer\" where it comes from: stored, profile, "
-            "default or none. \"stored\" is the value in the file as it is, \"in profile\" the one "
-            "in the profile \"default\" or the one that is named. Integers and reals count as one "
+            "site, default or none. \"stored\" is the value in the file as it is, \"in profile\" "
+            "the one "
+            "in the profile \"default\" or the one that is named, where there can be one. Integers "
+            "and reals count as one "
             "kind when the stored value is compared with the default. \"last change\" is the last "
             "one in the history. The exit code is 1 where nothing is effective.\n\n"
             "Example: qrvsettings explain CPU.Menubar.Enabled",
@@ -164,8 +166,8 @@ constexpr std::array commands = {
             "For each save: its ID, the time, the program with its process, what it was; then its "
             "changes, a line each: key path, old -> new as JSON. A program that does not take part "
             "in the history is \"another program\", at the time when its change was noticed.\n\n"
-            "TIME is '10 minutes ago', 2h, today, yesterday, 09:30, 2026-11-22 or '2026-11-22 "
-            "09:30'. QRVSETTINGS_HISTORY=0 in the environment switches the history off.\n\n"
+            "TIME is '2026-11-22 09:30', 2026-11-22, 09:30, today, yesterday, 2h or '10 minutes "
+            "ago'. QRVSETTINGS_HISTORY=0 in the environment switches the history off.\n\n"
             "Example: qrvsettings history CPU --since yesterday",
             configureHistory, historyParts},
     Command{"undo", "Take back what a save has changed, in one save",

@@ -3,6 +3,7 @@
 
 #include "Process/StandardError.h"
 #include "Settings/KnownLists.h"
+#include "Settings/Records.h"
 #include "Settings/SettingDescription.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
@@ -19,6 +20,8 @@ bool isReadElsewhere(const std::string& keyPath, const ProfileScope& scope) {
 }  // namespace
 
 void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope) {
+    if (isRecord(scope.storedKeyPath(keyPath)))
+        remark(keyPathText(keyPath) + " is a record that the store keeps for itself");
     if (isQuiet() || !isReadElsewhere(keyPath, scope)) return;
     remark("the application reads " + keyPathText(keyPath) +
            " in its profile; --profile NAME sets it there (profiles: " + profilesInWords() + ")");

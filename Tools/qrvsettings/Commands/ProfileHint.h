@@ -11,7 +11,7 @@
 namespace Tool {
 
 /// Says that the application does not read what was stored here, where that is so, and which
-/// profiles there are.
+/// profiles there are; or that the store keeps it for itself.
 void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope);
 
 /// Says what the application reads instead of the value that was printed, where that is another.

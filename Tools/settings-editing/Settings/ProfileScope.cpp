@@ -6,10 +6,17 @@
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
+#include "Reporting/Notices.h"
 #include "Text/FileForm.h"
 #include "Text/KeyPaths.h"
 
 namespace Tool {
+namespace {
+
+/// The one that the preparation activates.
+constexpr std::string_view firstProfile = "default";
+
+}  // namespace
 
 ProfileScope::ProfileScope(std::string profile) : profile_(std::move(profile)) {
     requireUTF8(profile_);
@@ -17,6 +24,14 @@ ProfileScope::ProfileScope(std::string profile) : profile_(std::move(profile)) {
 
 void ProfileScope::enter() const {
     QRVSettings::sharedSettings().setActiveProfile(profile_);
+}
+
+void ProfileScope::noticeIfMissing() const {
+    if (!isProfile() || profile_ == firstProfile || !storedTree().isNull()) return;
+    const std::set<std::string> names = profileNames();
+    if (names.size() > names.count(std::string(firstProfile)))
+        notice("there are no settings in the profile " + keyPathText(profile_) +
+               " (profiles: " + profilesInWords() + ")");
 }
 
 std::string ProfileScope::storedKeyPath(QRVKeyPath keyPath) const {

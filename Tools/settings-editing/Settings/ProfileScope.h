@@ -18,6 +18,9 @@ class ProfileScope {
     explicit ProfileScope(std::string profile);
 
     [[nodiscard]] bool isProfile() const { return !profile_.empty(); }
+    /// Gives a notice when this is a profile without settings, and others than the first one,
+    /// "default", have some: the name may hold a typo.
+    void noticeIfMissing() const;
     /// Where the settings file keeps the setting.
     [[nodiscard]] std::string storedKeyPath(QRVKeyPath keyPath) const;
     /// All that is stored, as a tree of plain key paths; null when nothing is.

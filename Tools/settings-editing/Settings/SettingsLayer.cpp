@@ -25,6 +25,7 @@ SettingsLayer::SettingsLayer(std::string_view name, ProfileScope scope)
 void SettingsLayer::open() const {
     if (hasStored()) openToRead();
     if (hasDefaults()) prepareToRead();
+    if (hasStored()) scope_.noticeIfMissing();
 }
 
 PropertyListValue SettingsLayer::value(QRVKeyPath keyPath) const {
