@@ -22,7 +22,7 @@ gboolean quit(gint, GIOCondition, gpointer loop) {
 int runAppearanceProcess() {
     startUp(nullptr);
     const GLibMainQueue mainQueue;
-    const GLibDesktopAppearance appearance;  // from here on ours follows it
+    const GLibDesktopAppearance appearance;  // the menu bar follows as long as it lives
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
     g_unix_fd_add(endOfProcess(), G_IO_IN, &quit, loop);
     g_main_loop_run(loop);

@@ -37,9 +37,9 @@ class _Reader:
     def get(self, key_path: str, kind: Type[T]) -> Optional[T]: ...
 
     def get(self, key_path: str, kind: Optional[Type[T]] = None) -> Union[Value, T, None]:
-        """The effective value: what is stored, else the built-in default, else None.
+        """The effective value: what is stored, else the default, else None.
 
-        With a kind, a value of another kind raises WrongKindError; a bool is no int then.
+        With a type, a value of another type raises WrongKindError; a bool is no int then.
         """
         value = self._read(key_path)
         if kind is None or value is None:
@@ -358,9 +358,8 @@ def open(library: Optional[str] = None, *, merges_saves: bool = True, uses_site_
     `library` is the path of the shared library; without it, the environment variable QRVSETTINGS_LIBRARY is, else
     the loader finds libQRVSettings.so.7.
 
-    Without `merges_saves`, a save replaces the whole file, with all that
-    other processes have written since this one read it. Without `uses_site_defaults`, the defaults and locks of the
-    machine's administrator do not count.
+    Without `merges_saves`, a save replaces the whole file, with all that other processes have written since this
+    one read it. Without `uses_site_defaults`, the defaults and locks of the machine's administrator do not count.
 
     At the end of the process it waits up to 5 seconds for saves; what is not saved then is reported on standard
     error.
