@@ -78,6 +78,16 @@ void readJSON(std::string_view text) {
     readSettings(text);
 }
 
+void requireLineIsReadAgain(const std::string& line, const Tool::Edit& edit) {
+    std::vector<Tool::Edit> again;
+    require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
+            "an edit is read again", line);
+    require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
+                again[0].profile == edit.profile &&
+                isSameTree(again[0].value, edit.value, asInText),
+            "an edit is read as the same", line);
+}
+
 /// As a command for a shell, which no U+0000 fits in.
 void requireCommandIsReadAgain(const Tool::Edit& edit) {
     if ((edit.keyPath + edit.profile).find('\0') != std::string::npos) return;
@@ -85,13 +95,7 @@ void requireCommandIsReadAgain(const Tool::Edit& edit) {
     if (!edit.profile.empty()) line += "--profile=" + Tool::shellWord(edit.profile) + " ";
     line += "-- " + Tool::shellWord(edit.keyPath);
     if (!edit.value.isNull()) line += " " + Tool::shellWord(Tool::jsonText(edit.value));
-    std::vector<Tool::Edit> again;
-    require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
-            "a command is read", line);
-    require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
-                again[0].profile == edit.profile &&
-                isSameTree(again[0].value, edit.value, asInText),
-            "a command is read as the same", line);
+    requireLineIsReadAgain(line, edit);
 }
 
 void requireEditIsReadAgain(const Tool::Edit& edit) {
@@ -100,13 +104,7 @@ void requireEditIsReadAgain(const Tool::Edit& edit) {
     if (!edit.profile.empty()) line += "--profile " + Tool::jsonText(edit.profile) + " ";
     line += Tool::jsonText(edit.keyPath);
     if (!isRemoval) line += " " + Tool::jsonText(edit.value);
-    std::vector<Tool::Edit> again;
-    require(isRead(line, "", [&] { again = Tool::editsFromScript(line, "line"); }),
-            "an edit is read again", line);
-    require(again.size() == 1 && again[0].keyPath == edit.keyPath &&
-                again[0].profile == edit.profile &&
-                isSameTree(again[0].value, edit.value, asInText),
-            "an edit is read as the same", line);
+    requireLineIsReadAgain(line, edit);
 }
 
 void readLines(std::string_view text) {

@@ -2,6 +2,7 @@
 // Programs that save, and enter it in any order: what is entered is what they did.
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <random>
 
@@ -20,6 +21,16 @@ struct Program {
     Writer writer;
     std::deque<OwnSave> pending;
 };
+
+/// In one transaction, as a process does.
+void enter(const std::function<void(QRVHistoryInside::Entry&)>& work) {
+    Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
+    Transaction transaction(database.connection());
+    QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
+                                  NSDate::now().timeIntervalSince1970());
+    work(entry);
+    transaction.commit();
+}
 
 class Model {
   public:
@@ -138,16 +149,6 @@ class Model {
 
     static void removeFile() { std::filesystem::remove(QRVSettingsLocation()); }
 
-    template <typename Work>
-    void enter(Work&& work) {
-        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
-        Transaction transaction(database.connection());
-        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
-                                      NSDate::now().timeIntervalSince1970());
-        work(entry);
-        transaction.commit();
-    }
-
     std::mt19937 random_;
     std::vector<Program> programs_;
     HostProcess::Settings first_;
@@ -186,14 +187,6 @@ TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
     const std::string path = QRVSettingsLocation();
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     StoreSupport::writeFile(QRVHistoryLocation(), "");
-    const auto enter = [](const std::function<void(QRVHistoryInside::Entry&)>& work) {
-        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
-        Transaction transaction(database.connection());
-        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
-                                      NSDate::now().timeIntervalSince1970());
-        work(entry);
-        transaction.commit();
-    };
     const auto written = [](const NSDictionary& tree) {
         return NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
     };

@@ -16,13 +16,7 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr const char* frequency = "UpdateFrequency";
-constexpr const char* enabled = "CPU.Menubar.Enabled";
 constexpr const char* inProfile = "Profiles.Settings.default.CPU.Menubar.Enabled";
-
-NSDictionary cpu(const PropertyListValue& isEnabled) {
-    return {{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", isEnabled}}}}}};
-}
 
 /// A site with `CPU.Menubar.Enabled` false and locked, and a user who has stored true there.
 void startWithLock() {

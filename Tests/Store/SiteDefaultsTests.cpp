@@ -15,13 +15,6 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr const char* frequency = "UpdateFrequency";
-constexpr const char* enabled = "CPU.Menubar.Enabled";
-
-NSDictionary cpu(const PropertyListValue& isEnabled) {
-    return {{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", isEnabled}}}}}};
-}
-
 std::string messageOfOnlyFault() {
     const QRVSiteDefaults found = QRVSettingsSiteDefaults();
     return found.faults.size() == 1 ? found.faults[0].reason

@@ -14,6 +14,14 @@
 
 namespace SiteSupport {
 
+inline constexpr const char* frequency = "UpdateFrequency";
+inline constexpr const char* enabled = "CPU.Menubar.Enabled";
+
+/// A tree with a value at `enabled`.
+inline NSDictionary cpu(const PropertyListValue& isEnabled) {
+    return {{"CPU", NSDictionary{{"Menubar", NSDictionary{{"Enabled", isEnabled}}}}}};
+}
+
 /// The folder of the site that every test has at its start, without files.
 inline std::string firstFolder() {
     return std::getenv("XDG_CONFIG_DIRS");
