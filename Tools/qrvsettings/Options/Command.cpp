@@ -2,7 +2,6 @@
 #include "Options/Command.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "Process/StandardError.h"
 
@@ -15,9 +14,13 @@ const Command* Command::partNamed(std::string_view part) const {
 }
 
 std::optional<Option> optionOfAnyPart(const Command& command, const std::string& name) {
-    if (command.configure != nullptr)
-        for (Option& option : command.configure().options)
-            if (option.name == name && !option.isArgument()) return std::move(option);
+    if (command.configure != nullptr) {
+        const OptionList options = command.configure().options;
+        const auto found = std::ranges::find_if(options, [&name](const Option& option) {
+            return option.name == name && !option.isArgument();
+        });
+        if (found != options.end()) return *found;
+    }
     for (const Command& part : command.parts)
         if (auto option = optionOfAnyPart(part, name)) return option;
     return std::nullopt;
