@@ -14,6 +14,7 @@ import sys
 from pathlib import Path
 
 SKIPPED = 77
+PATH = f"{os.environ['PATH']}:/usr/sbin:/sbin"  # where dpkg looks for programs, also as a user
 # Each package with what its dependencies have to name.
 PACKAGES = {
     "libqrvsettings7": ("libc6",),
@@ -121,7 +122,8 @@ class Steps:
         for name in ("info", "updates", "triggers"):
             (root / "var/lib/dpkg" / name).mkdir(parents=True)
         (root / "var/lib/dpkg/status").touch()
-        dpkg = ("dpkg", f"--root={root}", "--force-not-root", "--force-depends", "--force-script-chrootless")
+        dpkg = ("env", f"PATH={self.programs()}:{PATH}", "dpkg", f"--root={root}", "--force-not-root", "--force-depends",
+                "--force-script-chrootless")
         run(*dpkg, "--install", *self.made.values())
         tool = run(root / "usr/bin/qrvsettings", "--version")
         if not tool.startswith("qrvsettings 7"):
@@ -131,6 +133,14 @@ class Steps:
         left = list((root / "usr").rglob("*"))
         if left:
             raise Failure(f"left after the removal: {left}")
+
+    def programs(self):
+        """A folder with an ldconfig that leaves the cache of this machine alone."""
+        folder = self.folder / "programs"
+        folder.mkdir(exist_ok=True)
+        (folder / "ldconfig").write_text("#!/bin/sh\n")
+        (folder / "ldconfig").chmod(0o755)
+        return folder
 
     def use_python(self, root):
         libraries = next(root.rglob("libQRVSettings.so.7")).parent
@@ -147,7 +157,7 @@ class Steps:
 
 def main():
     step, *folders = sys.argv[1:]
-    if shutil.which(Steps.needs[step], path=f"{os.environ['PATH']}:/usr/sbin:/sbin") is None:
+    if shutil.which(Steps.needs[step], path=PATH) is None:
         print(f"{Steps.needs[step]} is not installed")
         return SKIPPED
     try:
