@@ -6,13 +6,16 @@ import sys
 
 import qrvsettings
 
+DEADLINE = 60
 
-def run(statements, timeout=60):
+
+def run(statements):
     """In another process; returns what it prints."""
     return subprocess.run([sys.executable, __file__, statements], check=True, text=True, stdout=subprocess.PIPE,
-                          timeout=timeout).stdout
+                          timeout=DEADLINE).stdout
 
 
 if __name__ == "__main__":
     with qrvsettings.open() as settings:
         exec(sys.argv[1])
+        settings.wait_for_saves(DEADLINE)

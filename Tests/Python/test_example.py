@@ -21,5 +21,5 @@ class Example(unittest.TestCase):
             other.run("settings.set('UpdateFrequency', 5)")
             self.assertEqual(host.stdout.readline(), "UpdateFrequency: 5\n")
             host.send_signal(signal.SIGTERM)
-            self.assertEqual(host.wait(60), 0)
+            self.assertEqual(host.wait(other.DEADLINE), 0)
         self.assertEqual(qrvsettings.open().get("CPU.Menubar.Mode.HistoryGraph.Width"), 60)

@@ -66,7 +66,7 @@ class Settings(unittest.TestCase):
 
     def test_a_batch_is_one_save(self):
         settings = qrvsettings.open()
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         with settings.batch():
             settings.set("Test.A", 1)
             settings.set("Test.B", 2)
@@ -74,7 +74,7 @@ class Settings(unittest.TestCase):
             with self.assertRaises(qrvsettings.SaveTimeoutError):
                 settings.wait_for_saves(0)
             self.assertNotIn("Test", Path(settings.location).read_text())
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         self.assertEqual(settings.stored_values()["Test"], {"A": 1, "B": 2})
         self.assertIn("Test", Path(settings.location).read_text())
 
@@ -83,16 +83,16 @@ class Settings(unittest.TestCase):
         with self.assertRaises(ZeroDivisionError), settings.batch():
             settings.set("Test.A", 1)
             raise ZeroDivisionError
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         self.assertEqual(other.run("print(settings.get('Test.A'))"), "1\n")
 
     def test_writers_lose_nothing_of_each_other(self):
         settings = qrvsettings.open()
         settings.set("Test.Mine", 1)
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         other.run("settings.set('Test.Theirs', 2)")
         settings.set("Test.Later", 3)
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         self.assertEqual(other.run("print(sorted(settings.get('Test').items()))"),
                          "[('Later', 3), ('Mine', 1), ('Theirs', 2)]\n")
 
@@ -108,28 +108,28 @@ class Settings(unittest.TestCase):
 
     def test_a_save_that_fails_is_told_with_its_key_paths(self):
         settings = qrvsettings.open()
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         file = Path(settings.location)
         file.unlink()
         file.mkdir()  # which no save replaces
         settings.set("Test.A", 1)
         with self.assertRaises(qrvsettings.SaveError) as raised:
-            settings.wait_for_saves()
+            settings.wait_for_saves(other.DEADLINE)
         self.assertNotIsInstance(raised.exception, qrvsettings.SaveTimeoutError)
         self.assertIn("Test.A", raised.exception.key_paths)
         self.assertIn("Test.A", str(raised.exception))
         self.assertTrue(raised.exception.reason)
         file.rmdir()
         settings.set("Test.B", 2)
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
 
     def test_the_end_of_a_process_tells_what_is_not_saved(self):
         settings = qrvsettings.open()
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         result = subprocess.run([sys.executable, "-c", textwrap.dedent("""
             import pathlib, qrvsettings
             settings = qrvsettings.open()
-            settings.wait_for_saves()
+            settings.wait_for_saves(60)
             pathlib.Path(settings.location).unlink()
             pathlib.Path(settings.location).mkdir()
             settings.set('Test.A', 1)""")], check=True, stderr=subprocess.PIPE, text=True)

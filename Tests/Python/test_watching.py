@@ -9,7 +9,7 @@ import unittest
 import other
 import qrvsettings
 
-DEADLINE = 30
+DEADLINE = other.DEADLINE
 
 
 async def in_another_process(statements):
@@ -35,7 +35,7 @@ class Watching(unittest.IsolatedAsyncioTestCase):
     async def test_a_removal_comes_with_the_default(self):
         settings = qrvsettings.open()
         settings.set("UpdateFrequency", 7)
-        settings.wait_for_saves()
+        settings.wait_for_saves(other.DEADLINE)
         default = settings.default("UpdateFrequency")
         async with settings.watch("UpdateFrequency") as changes:
             await in_another_process("settings.unset('UpdateFrequency')")
@@ -54,7 +54,7 @@ class Watching(unittest.IsolatedAsyncioTestCase):
         settings = qrvsettings.open()
         async with settings.watch("Test.") as changes:
             settings.set("Test.Mine", 1)
-            settings.wait_for_saves()
+            settings.wait_for_saves(other.DEADLINE)
             await in_another_process("settings.set('Test.Theirs', 2)")
             change = await asyncio.wait_for(changes.__anext__(), DEADLINE)
         self.assertEqual(change.key_path, "Test.Theirs")
@@ -140,6 +140,7 @@ async def main(me, you, count):
                 if settings.get(f"Test.{me}", int) <= change.value:
                     settings.set(f"Test.{me}", change.value + 1)
             settings.set(f"Test.{me}", count)
+        settings.wait_for_saves(60)
     print("done")
 
 asyncio.run(main(sys.argv[1], sys.argv[2], 10))
@@ -155,7 +156,7 @@ asyncio.run(main(sys.argv[1], sys.argv[2], 10))
             process.stdin.write("go\n")
             process.stdin.flush()
         for process in processes:
-            output, _ = process.communicate(timeout=60)
+            output, _ = process.communicate(timeout=DEADLINE)
             self.assertEqual((output, process.returncode), ("done\n", 0))
         self.assertEqual(qrvsettings.open().get("Test"), {"A": 10, "B": 10})
 
