@@ -4,7 +4,7 @@
 // for it and closed after it. So nothing is open at a fork, nor when somebody removes or replaces
 // the database between two entries.
 //
-// What cannot be entered stays here. The next save tries again; while another process keeps the
+// What cannot be entered stays here. The next save retries it; while another process keeps the
 // database locked, so does a timer of the main queue.
 
 #include "Recorder.h"

@@ -40,7 +40,7 @@ class WrongThreadError(Error, RuntimeError):
 
 
 class SaveError(Error):
-    """Something that was written is not in the file. The next save tries again."""
+    """Something that was written is not in the file. The next save retries it."""
 
     def __init__(self, reason: str, key_paths: Sequence[str]) -> None:
         super().__init__(reason, ", ".join(key_paths) or None)

@@ -21,7 +21,7 @@
 /// The history never delays, fails or loses a save: entries are written on a queue of its own.
 /// What cannot be written (full disk, locked database, folder that is missing or read-only) is
 /// reported once to the handler of `QRVPlatform::setFileFailureHandler` and to the system log,
-/// kept in memory (`QRVHistoryMaximumPending` saves), and tried again with the next entry. A
+/// kept in memory (`QRVHistoryMaximumPending` saves), and retried with the next entry. A
 /// damaged database is renamed to its name and ".damaged-1" (or the next free number), and a new
 /// one is begun.
 ///
