@@ -21,6 +21,27 @@ struct Program {
     std::deque<OwnSave> pending;
 };
 
+void enter(const std::function<void(QRVHistoryInside::Entry&)>& work) {
+    Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
+    Transaction transaction(database.connection());
+    QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
+                                  NSDate::now().timeIntervalSince1970());
+    work(entry);
+    transaction.commit();
+}
+
+/// The settings file replaced by this tree, on top of another.
+QRVFileChange savedChange(const NSDictionary& tree) {
+    QRVFileChange change;
+    change.isBeforeKnown = true;
+    change.before = StoreSupport::fileTree();
+    change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+    change.after = tree;
+    otherReplaces(tree);
+    change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+    return change;
+}
+
 class Model {
   public:
     explicit Model(unsigned seed) : random_(seed) {
@@ -88,15 +109,7 @@ class Model {
     }
 
     void save(Program& program, const NSDictionary& tree) {
-        QRVFileChange change;
-        change.isBeforeKnown = true;
-        change.origin = "set";
-        change.before = StoreSupport::fileTree();
-        change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        change.after = tree;
-        replace(change.after);
-        change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        program.pending.push_back({change, program.writer});
+        program.pending.push_back({savedChange(tree), program.writer});
     }
 
     void enterOthers() {
@@ -138,16 +151,6 @@ class Model {
 
     static void removeFile() { std::filesystem::remove(QRVSettingsLocation()); }
 
-    template <typename Work>
-    void enter(Work&& work) {
-        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
-        Transaction transaction(database.connection());
-        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
-                                      NSDate::now().timeIntervalSince1970());
-        work(entry);
-        transaction.commit();
-    }
-
     std::mt19937 random_;
     std::vector<Program> programs_;
     HostProcess::Settings first_;
@@ -186,14 +189,6 @@ TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
     const std::string path = QRVSettingsLocation();
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     StoreSupport::writeFile(QRVHistoryLocation(), "");
-    const auto enter = [](const std::function<void(QRVHistoryInside::Entry&)>& work) {
-        Database database(QRVHistoryLocation(), Database::Access::ReadAndWrite);
-        Transaction transaction(database.connection());
-        QRVHistoryInside::Entry entry(database, QRVSettingsLocation(),
-                                      NSDate::now().timeIntervalSince1970());
-        work(entry);
-        transaction.commit();
-    };
     const auto written = [](const NSDictionary& tree) {
         return NSPropertyListSerialization::dataWithPropertyList(tree).bytes;
     };
@@ -216,4 +211,25 @@ TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
     enter([&](QRVHistoryInside::Entry& entry) { entry.enter({first, writer}); });
     enter([&](QRVHistoryInside::Entry& entry) { entry.enter({second, writer}); });
     EXPECT_EQ(lines(), (Lines{"test/set: A none > 1", "test/set: A 1 > 2"}));
+}
+
+TEST(EntryModel, ASaveOverADamagedFileIsEnteredOnceWhoeverIsFirst) {
+    for (const bool isLate : {false, true}) {
+        SCOPED_TRACE(isLate);
+        std::filesystem::remove_all(getenv("XDG_STATE_HOME"));
+        StoreSupport::writeSettings(NSDictionary{{"A", 1}});
+        StoreSupport::writeFile(QRVHistoryLocation(), "");
+        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+
+        QRVFileChange first = savedChange(NSDictionary{{"A", 2}});
+        first.isBeforeKnown = false;
+        first.before = nullptr;
+        const QRVFileChange second = savedChange(NSDictionary{{"A", 2}, {"B", 3}});
+        const OwnSave saves[] = {{first, {"first", 1, "set"}}, {second, {"second", 2, "set"}}};
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[isLate ? 1 : 0]); });
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[isLate ? 0 : 1]); });
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[0]); });
+        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+        EXPECT_EQ(lines(), (Lines{"first/set: A 1 > 2", "second/set: B none > 3"}));
+    }
 }
