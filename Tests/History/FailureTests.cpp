@@ -312,7 +312,7 @@ TEST(HistoryBounds, WhatIsTooOldGoes) {
     set(1, "A");
     set(2, "A");
     OtherConnection().run(
-        "UPDATE saves SET time = time - 91 * 24 * 3600 WHERE id = (SELECT min(id) FROM saves)");
+        "UPDATE saves SET time = time - 91 * 24 * 3600 WHERE id = (SELECT min(save) FROM changes)");
     set(3, "A");
     EXPECT_EQ(lines(), (Lines{"test/set: A 1 > 2", "test/set: A 2 > 3"}));
 }
