@@ -85,8 +85,9 @@ bool Version::isAbsence() const {
     return name.starts_with(absence);
 }
 
-Database::Database(const std::string& path, Access access) : connection_(path) {
-    connection_.setTimeout(busyMilliseconds);
+Database::Database(const std::string& path, Access access, std::chrono::milliseconds busy)
+    : connection_(path) {
+    connection_.setTimeout(busy);
     Statement layout = connection_.statement("PRAGMA user_version");
     layout.step();
     const std::int64_t version = layout.integer(0);

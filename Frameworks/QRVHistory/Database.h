@@ -11,6 +11,7 @@
 // A version is one state of a settings file: inode, size and modification time tell it from all
 // others, because every atomic replacement has a time of its own.
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,7 +24,7 @@
 namespace QRVHistoryInside {
 
 /// As long as a call waits for the process that writes.
-inline constexpr int busyMilliseconds = 2'000;
+inline constexpr std::chrono::milliseconds busyTime(2'000);
 
 struct Version {
     std::string name;
@@ -68,7 +69,7 @@ class Database {
   public:
     enum class Access { ReadAndWrite, Read };
     /// Opens the file that is there, and makes the tables unless it is only read.
-    Database(const std::string& path, Access access);
+    Database(const std::string& path, Access access, std::chrono::milliseconds busy = busyTime);
 
     [[nodiscard]] const Connection& connection() const { return connection_; }
     /// False for an empty database that is only read.

@@ -44,7 +44,8 @@
 // the save gave the new file its name.
 //
 // A damaged file has no version here: nobody knows what it holds. A save that replaces it changes
-// what differs from the head.
+// what differs from the head. When others have entered that as of an unknown program, it becomes
+// the save's; when it is only a part of what they entered, it stays unknown.
 
 #include "Entry.h"
 
@@ -169,14 +170,23 @@ void Entry::split(const SaveRow& unknown, const Part& own, const QRVFileChange& 
     }
 }
 
+void Entry::enterAfterDamage(const OwnSave& save, const Version& to) {
+    const QRVFileChange& change = save.change;
+    if (!head_.version) return begin(to, change.after);
+    if (const auto unknown = database_.unknownSaveAt(head_, to, to); unknown && unknown->to == to) {
+        const Changes changes = database_.changesOf(unknown->id);
+        database_.remove(unknown->id);
+        return database_.insert(head_, *unknown, save.writer, changes);
+    }
+    if (isAtHead(to) || !isNewerThanHead(to, change.fileAfter.changeTime)) return;
+    const Changes changes = changesSince(database_.leaves(head_), change.after);
+    append({*head_.version, to, save.writer, changes, timeOf(to)});
+}
+
 void Entry::enter(const OwnSave& save) {
     const QRVFileChange& change = save.change;
     const Version to(change.fileAfter, 0);
-    if (!change.isBeforeKnown) {
-        if (!head_.version) return begin(to, change.after);
-        const Changes changes = changesSince(database_.leaves(head_), change.after);
-        return append({*head_.version, to, save.writer, changes, timeOf(to)});
-    }
+    if (!change.isBeforeKnown) return enterAfterDamage(save, to);
     const Version from(change.fileBefore, to.time - 1);
     if (!head_.version) begin(from, change.before);
     // A transaction may have been committed although its end was reported as an error.

@@ -37,6 +37,7 @@ class Entry {
         double time = 0;
     };
 
+    void enterAfterDamage(const OwnSave& save, const Version& to);
     void begin(const Version& version, const NSDictionary& tree);
     void append(const Part& part);
     void appendUnknown(const Version& to, const NSDictionary& tree);

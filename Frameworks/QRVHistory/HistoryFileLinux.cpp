@@ -78,13 +78,18 @@ std::string databasePath() {
 }
 
 // The file must not be opened, and so closed, when it is there: that would release the locks of a
-// connection of this process.
+// connection of this process. Root does not follow somebody's link: that could lead to any file of
+// the system.
 std::error_code makeDatabaseFile(const std::string& path) {
+    struct stat link {};
+    const bool isLink = lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode);
+    if (isLink && geteuid() == 0 && link.st_uid != 0)
+        return make_error_code(std::errc::operation_not_permitted);
     struct stat status {};
     if (stat(path.c_str(), &status) == 0) {
         if (!S_ISREG(status.st_mode)) return make_error_code(std::errc::not_supported);
         if ((status.st_mode & 07777U) != fileMode && status.st_uid == geteuid() &&
-            chmod(path.c_str(), fileMode) != 0)
+            fchmodat(AT_FDCWD, path.c_str(), fileMode, isLink ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
             return lastError();
         return {};
     }

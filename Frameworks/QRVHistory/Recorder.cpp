@@ -23,10 +23,6 @@ namespace QRVHistoryInside {
 
 namespace {
 
-constexpr std::chrono::seconds retryInterval(1);
-/// Others who write at the same time are no failure.
-constexpr std::chrono::seconds tellLockedAfter(5);
-
 std::atomic<Recorder*>& current() {
     static std::atomic<Recorder*> recorder = nullptr;
     return recorder;
@@ -51,6 +47,11 @@ Recorder* Recorder::shared() {
 
 void Recorder::start(const std::string& program) {
     current() = new Recorder(program, databasePath(), nullptr);
+}
+
+Recorder::Waits& Recorder::waits() {
+    static Waits waits;
+    return waits;
 }
 
 DispatchQueue& Recorder::queue() {
@@ -118,13 +119,15 @@ void Recorder::enterWaiting() {
     }
     changed_.notify_all();
     if (isRetryNeeded)
-        DispatchMainQueue::shared().asyncAfter(retryInterval, [this] {
-            {
-                const std::lock_guard lock(mutex_);
-                isRetryQueued_ = false;
-            }
-            queueEntries();
-        });
+        DispatchMainQueue::shared().asyncAfter(waits().retryInterval, [] { shared()->retry(); });
+}
+
+void Recorder::retry() {
+    {
+        const std::lock_guard lock(mutex_);
+        isRetryQueued_ = false;
+    }
+    queueEntries();
 }
 
 bool Recorder::waitUntil(std::chrono::steady_clock::time_point deadline) {
@@ -163,7 +166,7 @@ Recorder::Result Recorder::resultOf(const Batch& batch, bool isRetry) {
 }
 
 Recorder::Result Recorder::enter(const Batch& batch) {
-    Database database(database_, Database::Access::ReadAndWrite);
+    Database database(database_, Database::Access::ReadAndWrite, waits().busy);
     Transaction transaction(database.connection());
     const double now = NSDate::now().timeIntervalSince1970();
     Entry entry(database, QRVSettings::sharedSettings().location(), now);
@@ -183,7 +186,8 @@ Recorder::Result Recorder::resultOfFailure(const SQLiteError& error) {
     }
     const auto now = std::chrono::steady_clock::now();
     if (!lockedSince_) lockedSince_ = now;
-    if (now - *lockedSince_ >= tellLockedAfter) tell("locked by another program", error.code());
+    if (now - *lockedSince_ >= waits().tellLockedAfter)
+        tell("locked by another program", error.code());
     return Result::Locked;
 }
 

@@ -21,6 +21,17 @@ namespace QRVHistoryInside {
 /// whose lock another thread may have held at the fork. Never destroyed. Any thread.
 class Recorder {
   public:
+    struct Waits {
+        /// Of an entry for another process that writes.
+        std::chrono::milliseconds busy = busyTime;
+        /// Of the main queue, until it tries again.
+        std::chrono::milliseconds retryInterval{1'000};
+        /// Others who write at the same time are no failure before that.
+        std::chrono::milliseconds tellLockedAfter{5'000};
+    };
+    /// A test may shorten them before `start`.
+    static Waits& waits();
+
     /// Of this process; null before `start`.
     static Recorder* shared();
     static void start(const std::string& program);
@@ -48,6 +59,7 @@ class Recorder {
     ~Recorder() = default;
 
     void queueEntries();
+    void retry();
     void enterWaiting();
     Result enter(const Batch& batch);
     Result resultOf(const Batch& batch, bool isRetry);

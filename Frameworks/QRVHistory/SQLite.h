@@ -3,6 +3,7 @@
 
 // A connection to an SQLite database, as much of it as the history uses.
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -72,7 +73,7 @@ class Connection {
     void run(const char* statements) const;
     [[nodiscard]] std::int64_t lastRow() const;
     /// How long a statement waits for another process.
-    void setTimeout(int milliseconds) const;
+    void setTimeout(std::chrono::milliseconds timeout) const;
 
   private:
     std::unique_ptr<sqlite3, int (*)(sqlite3*)> database_;

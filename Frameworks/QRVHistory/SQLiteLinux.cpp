@@ -146,7 +146,8 @@ std::int64_t Connection::lastRow() const {
     return sqlite3_last_insert_rowid(database_.get());
 }
 
-void Connection::setTimeout(int milliseconds) const {
+void Connection::setTimeout(std::chrono::milliseconds timeout) const {
+    const int milliseconds = static_cast<int>(timeout.count());
     throwUnlessDone(database_.get(), sqlite3_busy_timeout(database_.get(), milliseconds));
 }
 

@@ -112,8 +112,10 @@ std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
     }
     QRVInside::postRecords(save.log);                                   // 3
     std::string failure = QRVInside::replacedFile(access, save.bytes);  // 4
-    state.lastSavedTree = change && failure.empty() ? save.tree : nullptr;
-    if (change) change->fileAfter = state.lastSaved;
+    if (change && failure.empty()) {
+        state.lastSavedTree = save.tree;
+        change->fileAfter = state.lastSaved;
+    }
     return failure;
 }
 
@@ -239,6 +241,7 @@ void QRVInside::postRecords(const NSArray& log) {
 
 std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std::string& bytes) {
     StoreInside::State& state = StoreInside::state();
+    state.lastSavedTree = nullptr;
     if (const std::error_code error = QRVPlatform::replaceFile(access, bytes)) {
         state.lastSaved = {};
         return error.message();

@@ -13,7 +13,9 @@ namespace QRVInside {
 
 namespace {
 
-const std::error_code wrongContents = make_error_code(std::errc::invalid_argument);
+std::error_code wrongContents() {
+    return make_error_code(std::errc::invalid_argument);
+}
 
 /// The faults of one file, of which there may be as many as it has lines.
 class FaultsOfFile {
@@ -25,11 +27,11 @@ class FaultsOfFile {
     ~FaultsOfFile() {
         if (count_ > most)
             faults_.push_back(
-                {file_, "", wrongContents, std::to_string(count_ - most) + " more are left out"});
+                {file_, "", wrongContents(), std::to_string(count_ - most) + " more are left out"});
     }
     void add(std::string_view keyPath, std::string reason) {
         if (++count_ <= most)
-            faults_.push_back({file_, std::string(keyPath), wrongContents, std::move(reason)});
+            faults_.push_back({file_, std::string(keyPath), wrongContents(), std::move(reason)});
     }
 
   private:
@@ -102,7 +104,7 @@ void readList(const std::string& path, SiteFiles& site) {
         root = read.value.dictionary();
         if (root.isNull()) {
             site.faults.push_back(
-                {path, "", wrongContents,
+                {path, "", wrongContents(),
                  read.error ? read.error->description() : "its root is not a dictionary"});
             return;
         }

@@ -82,7 +82,7 @@ struct QRVSettings::State {
     // Used on `queue`.
     /// The file that the last save left behind; missing when it failed.
     QRVPlatform::FileIdentity lastSaved;
-    /// What it holds, frozen; null when nobody observes the file.
+    /// What it holds, frozen; null when nobody observes the file, and after a merging save.
     NSDictionary lastSavedTree = nullptr;
 
     // Set at creation and never replaced.

@@ -32,6 +32,18 @@ void enter(const std::function<void(QRVHistoryInside::Entry&)>& work) {
     transaction.commit();
 }
 
+/// The settings file replaced by this tree, on top of another.
+QRVFileChange savedChange(const NSDictionary& tree) {
+    QRVFileChange change;
+    change.isBeforeKnown = true;
+    change.before = StoreSupport::fileTree();
+    change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+    change.after = tree;
+    otherReplaces(tree);
+    change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
+    return change;
+}
+
 class Model {
   public:
     explicit Model(unsigned seed) : random_(seed) {
@@ -99,15 +111,7 @@ class Model {
     }
 
     void save(Program& program, const NSDictionary& tree) {
-        QRVFileChange change;
-        change.isBeforeKnown = true;
-        change.origin = "set";
-        change.before = StoreSupport::fileTree();
-        change.fileBefore = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        change.after = tree;
-        replace(change.after);
-        change.fileAfter = QRVPlatform::identityOfFileAtPath(QRVSettingsLocation());
-        program.pending.push_back({change, program.writer});
+        program.pending.push_back({savedChange(tree), program.writer});
     }
 
     void enterOthers() {
@@ -209,4 +213,25 @@ TEST(EntryModel, AnAbsenceThatIsFoundDuringASaveIsBeforeIt) {
     enter([&](QRVHistoryInside::Entry& entry) { entry.enter({first, writer}); });
     enter([&](QRVHistoryInside::Entry& entry) { entry.enter({second, writer}); });
     EXPECT_EQ(lines(), (Lines{"test/set: A none > 1", "test/set: A 1 > 2"}));
+}
+
+TEST(EntryModel, ASaveOverADamagedFileIsEnteredOnceWhoeverIsFirst) {
+    for (const bool isLate : {false, true}) {
+        SCOPED_TRACE(isLate);
+        std::filesystem::remove_all(getenv("XDG_STATE_HOME"));
+        StoreSupport::writeSettings(NSDictionary{{"A", 1}});
+        StoreSupport::writeFile(QRVHistoryLocation(), "");
+        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+
+        QRVFileChange first = savedChange(NSDictionary{{"A", 2}});
+        first.isBeforeKnown = false;
+        first.before = nullptr;
+        const QRVFileChange second = savedChange(NSDictionary{{"A", 2}, {"B", 3}});
+        const OwnSave saves[] = {{first, {"first", 1, "set"}}, {second, {"second", 2, "set"}}};
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[isLate ? 1 : 0]); });
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[isLate ? 0 : 1]); });
+        enter([&](QRVHistoryInside::Entry& entry) { entry.enter(saves[0]); });
+        enter([](QRVHistoryInside::Entry& entry) { entry.enterOthers(); });
+        EXPECT_EQ(lines(), (Lines{"first/set: A 1 > 2", "second/set: B none > 3"}));
+    }
 }

@@ -10,10 +10,12 @@
 #include <mutex>
 
 #include "HistorySupport.h"
+#include "Recorder.h"
 #include "Support/ChildProcess.h"
 #include "Support/Shortages.h"
 
 using namespace HistorySupport;
+using QRVHistoryInside::Recorder;
 namespace fs = std::filesystem;
 
 namespace {
@@ -103,6 +105,22 @@ TEST(HistoryFailure, OfSomethingElseInItsPlaceIsToldOnce) {
     expectSavesWithoutEntry(failures, std::errc::not_supported);
 }
 
+TEST(HistoryFailure, OfALinkOfAnotherUserIsToldOnceToRootWhichLeavesItsFileAlone) {
+    if (geteuid() != 0) GTEST_SKIP() << "needs root";
+    constexpr uid_t nobody = 65534;
+    Failures failures;
+    const std::string file = fs::absolute("of-the-system").string();
+    StoreSupport::writeFile(file, "");
+    fs::permissions(file, fs::perms(0644));
+    fs::create_directories(fs::path(QRVHistoryLocation()).parent_path());
+    fs::create_symlink(file, QRVHistoryLocation());
+    ASSERT_EQ(lchown(QRVHistoryLocation().c_str(), nobody, nobody), 0);
+    start();
+    expectSavesWithoutEntry(failures, std::errc::operation_not_permitted);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0644));
+    EXPECT_EQ(StoreSupport::contentsOf(file), "");
+}
+
 TEST(HistoryFailure, OfALaterVersionLeavesTheDatabaseAlone) {
     Failures failures;
     StoreSupport::writeFile(QRVHistoryLocation(), "");
@@ -130,6 +148,8 @@ TEST(HistoryFailure, OfALockedDatabaseIsMadeUpForWhenItIsFree) {
 }
 
 TEST(HistoryFailure, OfALockThatStaysIsToldOnceAndRetriedByTheMainQueue) {
+    using std::chrono::milliseconds;
+    Recorder::waits() = {milliseconds(20), milliseconds(10), milliseconds(100)};
     Failures failures;
     start();
     set(1, "A");
@@ -226,14 +246,33 @@ TEST(HistoryFailure, OfAFullDiskIsToldOnceAndMadeUpForLater) {
 
 TEST(HistoryFailure, ForgetsTheOldestOfTooManySavesInMemory) {
     StoreSupport::writeFile(getenv("XDG_STATE_HOME"), "a file in its place");
-    start(false);
-    const int count = static_cast<int>(QRVHistoryMaximumPending) + 5;
-    for (int value = 1; value <= count; ++value) QRVSettingsSetObjectForKeyPath(value, "A");
+    start();
+    constexpr int forgotten = 5;
+    const int count = static_cast<int>(QRVHistoryMaximumPending) + forgotten;
+    const auto now = static_cast<std::int64_t>(NSDate::now().timeIntervalSince1970() * 1e9);
+    const auto identity = [now](int value) {
+        QRVPlatform::FileIdentity file;
+        file.inode = 1;
+        file.modificationTime = now - 1'000'000'000 + value;
+        return file;
+    };
+    for (int value = 1; value <= count; ++value) {
+        QRVFileChange change{.origin = "set", .isBeforeKnown = true};
+        change.before = NSDictionary{{"A", value - 1}};
+        change.after = NSDictionary{{"A", value}};
+        change.fileBefore = identity(value - 1);
+        change.fileAfter = identity(value);
+        Recorder::shared()->add(change);
+    }
     EXPECT_FALSE(QRVHistoryWait(longTime));
     fs::remove(getenv("XDG_STATE_HOME"));
-    set(0, "A");
-    EXPECT_EQ(lines().size(), QRVHistoryMaximumPending);
-    EXPECT_EQ(lines().back(), "test/set: A " + std::to_string(count) + " > 0");
+    wait();
+    auto entered = lines();
+    std::erase(entered, "?: A " + std::to_string(count) + " > none");  // There is no file.
+    ASSERT_EQ(entered.size(), QRVHistoryMaximumPending);
+    EXPECT_EQ(entered.front(), "test/set: A 5 > 6");
+    EXPECT_EQ(entered.back(),
+              "test/set: A " + std::to_string(count - 1) + " > " + std::to_string(count));
 }
 
 TEST(HistoryBounds, TheOldestSavesGoAsAWholeWhenThereAreTooManyChanges) {
@@ -273,7 +312,7 @@ TEST(HistoryBounds, WhatIsTooOldGoes) {
     set(1, "A");
     set(2, "A");
     OtherConnection().run(
-        "UPDATE saves SET time = time - 91 * 24 * 3600 WHERE id = (SELECT min(id) FROM saves)");
+        "UPDATE saves SET time = time - 91 * 24 * 3600 WHERE id = (SELECT min(save) FROM changes)");
     set(3, "A");
     EXPECT_EQ(lines(), (Lines{"test/set: A 1 > 2", "test/set: A 2 > 3"}));
 }

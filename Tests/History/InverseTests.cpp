@@ -92,6 +92,28 @@ TEST(Inverse, IsObstructedByWhatIsStoredOnTheWayNow) {
               Lines{"A=2"});
 }
 
+TEST(Inverse, IsObstructedByAConflictThatIsLeftOut) {
+    const std::vector<QRVHistorySave> saves{
+        saveOf(1, {{"A", nullptr, 1}, {"A.B", 2, nullptr}, {"C", 1, 2}})};
+    const NSDictionary stored{{"A", 9}, {"C", 2}};
+    const auto inverse = QRVHistoryInverseOf(saves, stored);
+    EXPECT_EQ(conflictsOf(inverse), (Lines{"A: 1, 9 > none", "A.B: none, none > 2"}));
+    EXPECT_EQ(writesOf(inverse), Lines{"C=1"});
+    const auto forced = QRVHistoryInverseOf(saves, stored, QRVHistoryConflicts::Overwrite);
+    EXPECT_EQ(conflictsOf(forced), conflictsOf(inverse));
+    EXPECT_EQ(writesOf(forced), (Lines{"A=none", "A.B=2", "C=1"}));
+}
+
+TEST(Inverse, ThatOverwritesRemovesAValueOnTheWay) {
+    const auto forced = QRVHistoryInverseOf({saveOf(1, {{"A.B", 2, nullptr}, {"A.C", 3, nullptr}})},
+                                            NSDictionary{{"A", 5}}, QRVHistoryConflicts::Overwrite);
+    EXPECT_EQ(writesOf(forced), (Lines{"A=none", "A.B=2", "A.C=3"}));
+    QRVSettingsSetObjectForKeyPath(5, "A");
+    for (const QRVHistoryWrite& write : forced.writes)
+        QRVSettingsSetObjectForKeyPath(write.value, write.keyPath);
+    EXPECT_EQ(QRVSettingsStoredValues(), (NSDictionary{{"A", NSDictionary{{"B", 2}, {"C", 3}}}}));
+}
+
 TEST(Inverse, TakesASaveBack) {
     start();
     set(1, "A.B");

@@ -89,6 +89,20 @@ TEST_P(FileChange, OfASaveBegunBeforeTheHandlerWasSetTellsWhatTheFileHeld) {
     EXPECT_EQ(saves()[0].before, (NSDictionary{{"A", 1}}));
 }
 
+TEST_P(FileChange, OfASaveTellsWhatASaveOfTheOtherKindHasLeft) {
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    finishSaves();
+    store().setMergesSaves(!GetParam());
+    QRVSettingsSetObjectForKeyPath(2, "A");
+    finishSaves();
+    store().setMergesSaves(GetParam());
+    QRVSettingsSetObjectForKeyPath(3, "A");
+    ASSERT_EQ(saves().size(), 3U);
+    EXPECT_EQ(saves()[1].before, (NSDictionary{{"A", 1}}));
+    EXPECT_EQ(saves()[2].before, (NSDictionary{{"A", 2}}));
+    EXPECT_EQ(saves()[2].fileBefore, saves()[1].fileAfter);
+}
+
 TEST_P(FileChange, OfASaveThatReplacesADamagedFileDoesNotTellWhatThatHeld) {
     writeSettings("{ damaged");
     QRVSettingsSetObjectForKeyPath(1, "A");

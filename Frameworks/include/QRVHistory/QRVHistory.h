@@ -163,7 +163,7 @@ struct QRVHistoryInverse {
 
 enum class QRVHistoryConflicts {
     LeaveOut,   ///< `writes` has none at the key paths of conflicts
-    Overwrite,  ///< `writes` has them, too
+    Overwrite,  ///< `writes` has them, too, and removes a value on their way
 };
 
 /// What takes back these saves, or the changes of them that the caller leaves in: each key path is
