@@ -180,8 +180,7 @@ ExitCode describe(const Options& options) {
     const KnownLists lists = KnownLists::read();
     const Settings settings = chosenOf(lists, options.prefix);
     if (settings.empty())
-        throw Failure(Fault::NotSet,
-                      "nothing is known of " + *options.prefix + didYouMean(*options.prefix));
+        throw Failure(Fault::NotSet, "nothing is known" + atKeyPath(*options.prefix));
     openIfPossible();
     print(options.json ? jsonOf(settings, options) : textOf(settings, options));
     return ExitCode::Done;

@@ -184,8 +184,7 @@ ExitCode explain(const Options& options) {
     requireUTF8(options.keyPath);
     const Explanation explanation = explanationOf(options);
     print(options.json ? jsonOf(explanation) : linesOf(explanation));
-    if (explanation.effective.isNull())
-        throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
+    if (explanation.effective.isNull()) throw Failure(Fault::NotSet, notSet(options.keyPath));
     return ExitCode::Done;
 }
 
