@@ -88,14 +88,6 @@ std::string factsOf(const KnownSetting& setting, const Options& options) {
     return factLines(facts, widthOfStandardOutput());
 }
 
-PropertyListValue orNullMarker(const PropertyListValue& value) {
-    return value.isNull() ? NSNull() : value;
-}
-
-PropertyListValue orNullMarker(const std::string& text) {
-    return text.empty() ? PropertyListValue(NSNull()) : PropertyListValue(text);
-}
-
 NSArray choicesOf(const KnownSetting& setting) {
     NSMutableArray choices;
     for (const KnownChoice& choice : setting.choices)
