@@ -56,6 +56,9 @@ TEST(ColorGet, SaysWhenNothingIsSet) {
     const Outcome outcome = run({"color", "get", "A.Color"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, "qrvsettings: not set, A.Color\n");
+    EXPECT_EQ(
+        run({"color", "get", std::string(keyPath) + "s"}).errors,
+        std::string("qrvsettings: not set, ") + keyPath + "s; did you mean " + keyPath + "?\n");
 }
 
 TEST(ColorGet, SaysWhenTheValueIsNoColour) {
@@ -148,5 +151,8 @@ TEST(ColorUnset, SaysWhenNothingIsStored) {
     const Outcome outcome = run({"color", "unset", keyPath});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.errors, std::string("qrvsettings: not set, ") + keyPath + "\n");
+    EXPECT_EQ(
+        run({"color", "unset", std::string(keyPath) + "s"}).errors,
+        std::string("qrvsettings: not set, ") + keyPath + "s; did you mean " + keyPath + "?\n");
     EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
 }

@@ -306,7 +306,7 @@ TEST(CommandLine, KeyPathsMayLookLikeSyntax) {
 TEST(CommandLine, MessagesCarryNoControlCharacters) {
     const Outcome outcome = run({"get", "a\x1b[31m\n"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.errors, "qrvsettings: not set, a\\x1b[31m\\x0a\n");
+    EXPECT_EQ(outcome.errors, "qrvsettings: not set, \"a\\u001b[31m\\n\"\n");
 }
 
 TEST(Quiet, NothingIsSaidThatIsNoError) {

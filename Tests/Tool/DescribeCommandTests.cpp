@@ -135,10 +135,10 @@ TEST(Describe, SaysWhatIsNotKnown) {
     const Outcome typo = run({"describe", "CPU.Menubar.Enable"});
     EXPECT_EQ(typo.exitCode, 1);
     EXPECT_EQ(typo.errors,
-              "qrvsettings: nothing is known of CPU.Menubar.Enable; did you mean "
+              "qrvsettings: nothing is known, CPU.Menubar.Enable; did you mean "
               "CPU.Menubar.Enabled?\n");
     EXPECT_EQ(run({"describe", "GPU.Menubar.Enabled"}).errors,
-              "qrvsettings: nothing is known of GPU.Menubar.Enabled\n");
+              "qrvsettings: nothing is known, GPU.Menubar.Enabled\n");
     EXPECT_EQ(run({"describe", "a\xff"}).exitCode, 5);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Standard output that cannot be written, or that nobody reads.
+// Standard output that cannot be written, or that nobody reads; input that is no file.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -109,9 +109,29 @@ TEST(Output, AReaderThatIsGoneIsAnErrorWhereTheSignalIsIgnored) {
     EXPECT_THAT(outcome.errors, HasSubstr("Broken pipe"));
 }
 
+// As a shell hands over the output of a command: <(...).
+TEST(Input, IsReadFromAPipeThatHasAName) {
+    constexpr int descriptor = 9;
+    const auto open = [](std::string_view text) {
+        return [text] {
+            std::array<int, 2> ends{};
+            if (pipe(ends.data()) != 0 || write(ends[1], text.data(), text.size()) < 0 ||
+                dup2(ends[0], descriptor) < 0)
+                _exit(99);
+            close(ends[1]);
+        };
+    };
+    const std::string pipe = "/dev/fd/" + std::to_string(descriptor);
+    EXPECT_EQ(run({"apply", pipe}, {"", open("set a 1\n")}).errors,
+              "qrvsettings: 1 changed, 0 as they were\n");
+    EXPECT_EQ(run({"import", pipe}, {"", open(R"({"a":2})")}).exitCode, 0);
+    EXPECT_EQ(run({"get", "a"}).output, "2\n");
+    EXPECT_EQ(run({"diff", pipe}, {"", open(R"({"a":3})")}).output, "a\t2 -> 3\n");
+}
+
 TEST(Input, WithoutStandardInputNothingIsSet) {
     const Outcome outcome = run({"set", "a", "-"}, {"", [] { close(STDIN_FILENO); }});
     EXPECT_EQ(outcome.exitCode, 5);
-    EXPECT_EQ(outcome.errors, "qrvsettings: cannot be read, standard input\n");
+    EXPECT_EQ(outcome.errors, "qrvsettings: cannot be read: Bad file descriptor, standard input\n");
     EXPECT_FALSE(std::filesystem::exists(ToolSupport::configurationFolder()));
 }

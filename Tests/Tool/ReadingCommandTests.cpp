@@ -122,7 +122,7 @@ TEST(Get, SaysWhatIsNotSet) {
     writeSettings(sample());
     expectNotSet({"get", "CPU.Height"}, "not set, CPU.Height");
     expectNotSet({"get", "CPU.Width.Max"}, "not set, CPU.Width.Max");
-    expectNotSet({"get", ""}, "not set, ");
+    expectNotSet({"get", ""}, "not set, \"\"");
 }
 
 TEST(Get, AsksTheLayerThatIsNamed) {
@@ -199,9 +199,11 @@ TEST(List, TakesThePrefixByComponents) {
     EXPECT_EQ(run({"list", "CPU", "--layer", "stored"}).output,
               "CPU.Enabled\ttrue\nCPU.Width\t40\n");
     EXPECT_EQ(run({"list", "CPU.Width"}).output, "CPU.Width\t40\n");
-    expectNotSet({"list", "CP"}, "nothing is set, CP");
+    expectNotSet({"list", "CP"}, "nothing is set, CP; did you mean CPU?");
     expectNotSet({"list", "CPU.Width.Max"}, "nothing is set, CPU.Width.Max");
-    expectNotSet({"list", ""}, "nothing is set, ");
+    expectNotSet({"list", ""}, "nothing is set, \"\"");
+    expectNotSet({"list", "CPU.Menubar.Enabeld"},
+                 "nothing is set, CPU.Menubar.Enabeld; did you mean CPU.Menubar.Enabled?");
 }
 
 TEST(List, SaysWhenNothingIsSet) {

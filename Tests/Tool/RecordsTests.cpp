@@ -89,12 +89,13 @@ TEST(Records, AreNoDifferenceOfTwoMachines) {
 TEST(Records, CommandsForAnotherMachineLeaveItsHardwareSettings) {
     writeSettings(
         propertyList("<key>Device</key><dict><key>Device</key><string>another</string>"
-                     "<key>Model</key><string>another</string></dict>"));
+                     "<key>Model</key><string>another</string></dict><key>a</key><true/>"));
     const std::string commands = run({"diff", "--as-commands"}).output;
-    EXPECT_EQ(commands, "");
+    EXPECT_EQ(commands, "qrvsettings set -- 'a' 'true'\n");
     std::filesystem::remove(ToolSupport::settingsFile());
     set({"Network.Menubar.Global.PrimaryInterface", "eth0"});
     ASSERT_EQ(ToolSupport::runShell(commands).exitCode, 0);
+    EXPECT_EQ(run({"get", "a"}).output, "true\n");
     EXPECT_EQ(run({"get", "Network.Menubar.Global.PrimaryInterface"}).output, "eth0\n");
 }
 

@@ -119,7 +119,8 @@ TEST(Kind, AnotherOneIsRefused) {
     expectSaid(color, "red",
                "a colour, not a string: \"red\"; say four numbers from 0 to 1, such as "
                "'1 0.776 0 1', or qrvsettings color set");
-    expectSaid("CPU", "5", "a dictionary of settings, not an integer: 5");
+    for (const char* level : {"CPU", "Profiles.Settings", "Profiles.Settings.p"})
+        expectSaid(level, "5", "a dictionary of settings, not an integer: 5");
     expectSaid("Profiles.Settings.p.CPU.Menubar.Enabled", "1",
                "a boolean, not an integer: 1; say true or false");
     expectRefused({"set", "--profile", "p", "CPU.Menubar.Enabled", "1"},

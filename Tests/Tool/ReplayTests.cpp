@@ -125,8 +125,7 @@ TEST(Replay, OfAProfileIsTheSameByAShellAndByApply) {
 TEST(Replay, OfWhatWatchPrints) {
     ASSERT_EQ(run({"set", "any", "1"}).exitCode, 0);
     ToolSupport::RunningTool watch({"watch", "--as-commands", "--count", "2"});
-    while (!watch.errors().ends_with(".plist\n") && !watch.hasEnded()) {
-    }
+    ASSERT_TRUE(waitUntil([&] { return watch.errors().ends_with(".plist\n"); })) << watch.errors();
     ASSERT_EQ(run({"apply", "-"}, {"set \"it's\" -5\nset b \"\"\n", {}}).exitCode, 0);
     const std::string commands = watch.finish().output;
     EXPECT_EQ(commands, "qrvsettings set -- 'b' '\"\"'\nqrvsettings set -- 'it'\\''s' '-5'\n");

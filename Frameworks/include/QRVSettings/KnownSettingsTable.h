@@ -8,8 +8,7 @@
 ///     QRV_SETTING(keyPath, levels, name, kind, byDefault, scope, sentence)
 ///
 /// - `keyPath`: text. "THeme", "FlashSeperators" and "MenubarCurrentApperance" are misspelt in
-/// every
-///   settings file there is.
+///   every settings file there is.
 /// - `levels`, `name`: the typed key. `QRVKeys.h` says how it follows from the key path.
 /// - `kind`: a `PropertyListValue::Kind`; `Color` for text that is a colour, `Null` where it is not
 ///   known.

@@ -14,6 +14,7 @@
 #include "Process/StandardStreams.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingsFileCondition.h"
@@ -62,7 +63,7 @@ NSColor colorOf(const ProfileScope& scope, const std::string& keyPath) {
     const PropertyListValue stored = scope.stored(keyPath);
     const PropertyListValue present =
         stored.isNull() ? QRVSettingsDefaultForKeyPath(keyPath) : stored;
-    if (present.isNull()) throw Failure(Fault::NotSet, "not set, " + keyPath);
+    if (present.isNull()) throw Failure(Fault::NotSet, notSet(keyPath));
     if (color.isNull())
         throw Failure(Fault::WrongValue, "not a colour, but " + kindName(present) + ": " +
                                              shortened(bareText(present)) + ", " + keyPath);
@@ -112,7 +113,7 @@ ExitCode unset(const Options& options) {
     const std::string storedKeyPath = scope.storedKeyPath(options.keyPath);
     openToWrite(options.writing);
     if (QRVSettingsStoredObjectForKeyPath(storedKeyPath).isNull())
-        throw Failure(Fault::NotSet, "not set, " + options.keyPath);
+        throw Failure(Fault::NotSet, notSet(options.keyPath));
     PendingChanges changes;
     changes.write(storedKeyPath, [&] { QRVSettingsSetColorForKeyPath(nullptr, storedKeyPath); });
     changes.save();

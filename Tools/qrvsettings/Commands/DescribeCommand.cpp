@@ -88,14 +88,6 @@ std::string factsOf(const KnownSetting& setting, const Options& options) {
     return factLines(facts, widthOfStandardOutput());
 }
 
-PropertyListValue orNullMarker(const PropertyListValue& value) {
-    return value.isNull() ? NSNull() : value;
-}
-
-PropertyListValue orNullMarker(const std::string& text) {
-    return text.empty() ? PropertyListValue(NSNull()) : PropertyListValue(text);
-}
-
 NSArray choicesOf(const KnownSetting& setting) {
     NSMutableArray choices;
     for (const KnownChoice& choice : setting.choices)
@@ -180,8 +172,7 @@ ExitCode describe(const Options& options) {
     const KnownLists lists = KnownLists::read();
     const Settings settings = chosenOf(lists, options.prefix);
     if (settings.empty())
-        throw Failure(Fault::NotSet,
-                      "nothing is known of " + *options.prefix + didYouMean(*options.prefix));
+        throw Failure(Fault::NotSet, "nothing is known" + atKeyPath(*options.prefix));
     openIfPossible();
     print(options.json ? jsonOf(settings, options) : textOf(settings, options));
     return ExitCode::Done;

@@ -11,6 +11,7 @@
 #include "Process/StandardOutput.h"
 #include "Reporting/PrintableText.h"
 #include "Text/JSON.h"
+#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
@@ -47,8 +48,7 @@ NSDictionary objectOf(const Finding& finding) {
     return {{"level", levelText(finding.level)},
             {"message", finding.message},
             {"advice", finding.advice},
-            {"keyPath", finding.keyPath.empty() ? PropertyListValue(NSNull())
-                                                : PropertyListValue(finding.keyPath)}};
+            {"keyPath", orNullMarker(finding.keyPath)}};
 }
 
 std::string jsonOf(const Diagnosis& diagnosis) {

@@ -86,16 +86,8 @@ Explanation explanationOf(const Options& options) {
     return explanation;
 }
 
-PropertyListValue orNullMarker(const PropertyListValue& value) {
-    return value.isNull() ? NSNull() : value;
-}
-
 PropertyListValue kindOrNullMarker(const PropertyListValue& value) {
     return value.isNull() ? PropertyListValue(NSNull()) : kindWord(value);
-}
-
-PropertyListValue textOrNullMarker(const std::string& text) {
-    return text.empty() ? PropertyListValue(NSNull()) : text;
 }
 
 bool canCompareKinds(const Explanation& explanation) {
@@ -122,8 +114,8 @@ std::string jsonOf(const Explanation& explanation) {
                {"storedKind", kindOrNullMarker(explanation.stored)},
                {"site", orNullMarker(explanation.site)},
                {"siteKind", kindOrNullMarker(explanation.site)},
-               {"siteFile", textOrNullMarker(explanation.siteFile)},
-               {"lockFile", textOrNullMarker(explanation.lockFile)},
+               {"siteFile", orNullMarker(explanation.siteFile)},
+               {"lockFile", orNullMarker(explanation.lockFile)},
                {"default", orNullMarker(explanation.byDefault)},
                {"defaultKind", kindOrNullMarker(explanation.byDefault)},
                {"kindDiffers", canCompareKinds(explanation)
@@ -184,8 +176,7 @@ ExitCode explain(const Options& options) {
     requireUTF8(options.keyPath);
     const Explanation explanation = explanationOf(options);
     print(options.json ? jsonOf(explanation) : linesOf(explanation));
-    if (explanation.effective.isNull())
-        throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
+    if (explanation.effective.isNull()) throw Failure(Fault::NotSet, notSet(options.keyPath));
     return ExitCode::Done;
 }
 

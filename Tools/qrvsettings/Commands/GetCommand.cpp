@@ -42,8 +42,7 @@ ExitCode get(const Options& options) {
     PropertyListValue value = layer.value(options.keyPath);
     const bool isOfLayer = !value.isNull();
     if (!isOfLayer && options.fallback) value = fallbackOf(options);
-    if (value.isNull())
-        throw Failure(Fault::NotSet, "not set, " + options.keyPath + didYouMean(options.keyPath));
+    if (value.isNull()) throw Failure(Fault::NotSet, notSet(options.keyPath));
     if (options.json)
         print(jsonText(value) + "\n");
     else

@@ -2,7 +2,6 @@
 // Prints or clears the history of the settings.
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 
 #include "Commands/CommandTable.h"
@@ -68,29 +67,11 @@ ExitCode history(const Options& options) {
     return ExitCode::Done;
 }
 
-std::optional<std::size_t> countFromText(const std::string& text) {
-    std::size_t count = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    if (error != std::errc() || end != text.data() + text.size() || count == 0) return std::nullopt;
-    return count;
-}
-
-Option limitOption(std::optional<std::size_t>& limit) {
-    return {.name = "--limit",
-            .description = "Print only the latest N saves",
-            .takes = Takes::Text,
-            .store = [&limit](const auto& given) { limit = countFromText(given.front()); },
-            .valueName = "N",
-            .objection =
-                [](const std::string& text) {
-                    return countFromText(text) ? "" : "not a number above 0: " + text;
-                }};
-}
-
 OptionList declare(Options& options) {
     return {prefixArgument(options.prefix),
             sinceOption(options.since, "Only what was saved at this time or later"),
-            limitOption(options.limit), recordsFlag(options.records),
+            countOption("--limit", options.limit, "Print only the latest N saves"),
+            recordsFlag(options.records),
             jsonFlag(options.json,
                      "Print JSON objects of id, time (UTC), program, process, origin and changes, "
                      "one a line")};

@@ -8,6 +8,7 @@
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
 #include "Reporting/Failure.h"
+#include "Settings/KnownKeyPaths.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
 #include "Settings/SettingsLayer.h"
@@ -61,7 +62,7 @@ ExitCode list(const Options& options) {
         withPrefix(isWhole ? layer.leavesAndEmptyDictionaries() : layer.leaves(), options.prefix);
     if (leaves.count() == 0)
         throw Failure(Fault::NotSet,
-                      "nothing is set" + (options.prefix ? ", " + *options.prefix : ""));
+                      "nothing is set" + (options.prefix ? atKeyPath(*options.prefix) : ""));
     print(textOf(chosenOf(leaves, options), options));
     return ExitCode::Done;
 }

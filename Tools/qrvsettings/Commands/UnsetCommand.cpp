@@ -28,7 +28,7 @@ std::vector<std::string> storedOnes(const ProfileScope& scope,
     std::vector<std::string> stored;
     for (const std::string& keyPath : keyPaths) {
         if (scope.stored(keyPath).isNull())
-            say("not set, " + keyPath + didYouMean(keyPath));
+            say(notSet(keyPath));
         else
             stored.push_back(keyPath);
     }

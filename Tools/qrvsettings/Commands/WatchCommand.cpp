@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Prints the changes of the settings file as they happen.
 
-#include <charconv>
 #include <optional>
 #include <set>
 
@@ -163,29 +162,13 @@ ExitCode watch(const Options& options) {
     return watch.run(interruption);
 }
 
-std::string whyNoCount(const std::string& text) {
-    std::size_t count = 0;
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, count);
-    const bool isCount = read.ec == std::errc() && read.ptr == end && count > 0;
-    return isCount ? "" : "not a number of lines above 0: " + text;
-}
-
 OptionList declare(Options& options) {
     return {
         prefixArgument(options.prefix),
         recordsFlag(options.records),
         jsonForm(options.form, "Print JSON objects of keyPath and value, one a line"),
         commandsForm(options.form, "Print shell commands that change another file in the same way"),
-        {.name = "--count",
-         .description = "End after N lines",
-         .takes = Takes::Text,
-         .store =
-             [&options](const std::vector<std::string>& given) {
-                 options.count = std::stoull(given.front());
-             },
-         .valueName = "N",
-         .objection = whyNoCount},
+        countOption("--count", options.count, "End after N lines"),
         timeoutOption(options.timeout, "End with exit code 6 after this time")};
 }
 

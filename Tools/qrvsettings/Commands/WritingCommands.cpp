@@ -13,15 +13,13 @@
 #include "Text/JSON.h"
 #include "Text/SettingsText.h"
 #include "Text/StrictXML.h"
+#include "Text/ValueText.h"
 
 namespace Tool {
 
 namespace {
 
 NSDictionary objectOf(const Difference& difference) {
-    const auto orNullMarker = [](const PropertyListValue& value) {
-        return value.isNull() ? NSNull() : value;
-    };
     return {{"keyPath", difference.keyPath},
             {"before", orNullMarker(difference.oldValue)},
             {"after", orNullMarker(difference.newValue)}};

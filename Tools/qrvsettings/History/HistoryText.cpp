@@ -6,17 +6,10 @@
 #include "Text/KeyPaths.h"
 #include "Text/PastTime.h"
 #include "Text/ScalarText.h"
+#include "Text/ValueText.h"
 
 namespace Tool {
 namespace {
-
-PropertyListValue orNullMarker(const PropertyListValue& value) {
-    return value.isNull() ? NSNull() : value;
-}
-
-PropertyListValue orNullMarker(const std::string& text) {
-    return text.empty() ? PropertyListValue(NSNull()) : text;
-}
 
 std::string valueText(const PropertyListValue& value) {
     return value.isNull() ? "not set" : shortened(jsonText(value));
@@ -26,13 +19,13 @@ std::string changeText(const QRVHistoryChange& change) {
     return valueText(change.before) + " -> " + valueText(change.after);
 }
 
-}  // namespace
-
 std::string programText(const QRVHistorySave& save) {
     if (save.program.empty()) return "another program";
     return save.process == 0 ? save.program
                              : save.program + "[" + std::to_string(save.process) + "]";
 }
+
+}  // namespace
 
 std::string timeAndProgramText(const QRVHistorySave& save) {
     return localTimeText(save.time) + " by " + programText(save);

@@ -10,14 +10,11 @@
 
 namespace Tool {
 
-/// The program and its process: `monitor[4711]`, or `another program`.
-std::string programText(const QRVHistorySave& save);
-
-/// `2026-11-22 09:30:05 by monitor[4711]`.
+/// `2026-11-22 09:30:05 by monitor[4711]`, or `by another program`.
 std::string timeAndProgramText(const QRVHistorySave& save);
 
-/// The same with what was changed: `..., true -> false (12)`, where 12 is the id, or `..., 3
-/// settings (12)`.
+/// The same with what was changed and the id: `..., true -> false (save 12)`, or `..., 3 settings
+/// (save 12)`.
 std::string lastChangeText(const QRVHistorySave& save);
 
 /// A line with the id, the time, the program and what it was, and an indented one for each change.

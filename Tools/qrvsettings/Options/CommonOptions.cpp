@@ -2,6 +2,7 @@
 #include "Options/CommonOptions.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "History/ToolHistory.h"
 #include "Settings/SettingsFileCondition.h"
@@ -18,6 +19,14 @@ std::optional<std::chrono::milliseconds> timeFromText(const std::string& text) {
     if (!seconds || !(*seconds > 0)) return std::nullopt;
     return std::chrono::ceil<std::chrono::milliseconds>(
         std::chrono::duration<double>(std::min(*seconds, longest)));
+}
+
+/// Empty unless it is a whole number above 0.
+std::optional<std::size_t> countFromText(const std::string& text) {
+    std::size_t count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    if (error != std::errc() || end != text.data() + text.size() || count == 0) return std::nullopt;
+    return count;
 }
 
 }  // namespace
@@ -105,6 +114,19 @@ Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
             .objection =
                 [](const std::string& text) {
                     return timeFromText(text) ? "" : "not a number of seconds above 0: " + text;
+                }};
+}
+
+Option countOption(const std::string& name, std::optional<std::size_t>& count,
+                   const std::string& description) {
+    return {.name = name,
+            .description = description,
+            .takes = Takes::Text,
+            .store = [&count](const auto& given) { count = countFromText(given.front()); },
+            .valueName = "N",
+            .objection =
+                [](const std::string& text) {
+                    return countFromText(text) ? "" : "not a whole number above 0: " + text;
                 }};
 }
 

@@ -4,6 +4,7 @@
 // Arguments and options that several commands take.
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,10 @@ Option commandsForm(Form& form, const std::string& description);
 /// `--timeout SECONDS`, which stays empty without it.
 Option timeoutOption(std::optional<std::chrono::milliseconds>& timeout,
                      const std::string& description);
+
+/// An option with a whole number above 0, which stays empty without it.
+Option countOption(const std::string& name, std::optional<std::size_t>& count,
+                   const std::string& description);
 
 /// `--since TIME`, a text that `pastTimeFromText` takes; stays empty without it.
 Option sinceOption(std::optional<std::string>& since, const std::string& description);

@@ -11,7 +11,7 @@ namespace Tool {
 /// settings file can be.
 std::string standardInput();
 
-/// All of such a file. Throws as `standardInput` does.
+/// All of such a file, which may be a pipe. Throws as `standardInput` does.
 std::string contentsOfInput(const std::string& file);
 
 /// The name of such a file in messages.

@@ -8,11 +8,11 @@
 #include "Doctor/Doctor.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/PendingChanges.h"
-#include "Settings/Records.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
@@ -79,7 +79,8 @@ void examineSpelling(const std::string& keyPath, const KnownKeyPaths& known,
 void examineEmptyDictionary(const std::string& keyPath, Findings& findings) {
     const PropertyListValue byDefault =
         QRVSettingsDefaultForKeyPath(std::string(QRVPlainKeyPath(keyPath)));
-    if (!byDefault.isDictionary() || isLeftByMigration(keyPath)) return;
+    // The migration makes levels of its own, empty where there is nothing to copy.
+    if (!byDefault.isDictionary() || QRVIsRecordOfStore(keyPath)) return;
     findings.emplace(
         keyPath, Finding{Level::Note,
                          keyPathText(keyPath) + " is an empty dictionary, and hides its default",

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "Text/KeyPaths.h"
 #include "Text/LetterCase.h"
 
 namespace Tool {
@@ -91,9 +92,13 @@ std::optional<std::string> KnownKeyPaths::meantInPlaceBy(std::string_view keyPat
     return std::string(keyPath.substr(0, keyPath.size() - plain.size())) + *meant;
 }
 
-std::string didYouMean(std::string_view keyPath) {
+std::string atKeyPath(std::string_view keyPath) {
     const auto known = KnownKeyPaths(KnownLists::read()).meantInPlaceBy(keyPath);
-    return known ? "; did you mean " + *known + "?" : "";
+    return ", " + keyPathText(keyPath) + (known ? "; did you mean " + *known + "?" : "");
+}
+
+std::string notSet(std::string_view keyPath) {
+    return "not set" + atKeyPath(keyPath);
 }
 
 }  // namespace Tool

@@ -30,7 +30,11 @@ class KnownKeyPaths {
     std::set<std::string, std::less<>> keyPaths_;
 };
 
-/// `; did you mean KEYPATH?`, for the end of a message; empty when it is no typo of a known one.
-std::string didYouMean(std::string_view keyPath);
+/// `, KEYPATH`, and `; did you mean KNOWN?` when it is a typo of a known one: for the end of a
+/// message that nothing is there.
+std::string atKeyPath(std::string_view keyPath);
+
+/// The message of commands that find no value at a key path.
+std::string notSet(std::string_view keyPath);
 
 }  // namespace Tool

@@ -19,11 +19,6 @@ bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& bef
     return isNoSetting(before) && isNoSetting(after);
 }
 
-bool isLeftByMigration(std::string_view storedKeyPath) {
-    return !isRecord(storedKeyPath) && (QRVIsRecordOfStore(storedKeyPath) ||
-                                        QRVIsRecordOfStore(storedKeyPath, NSMutableArray()));
-}
-
 void removeRecords(std::vector<Difference>& differences, const ProfileScope& scope) {
     std::erase_if(differences, [&scope](const Difference& difference) {
         return isOfStoreAlone(scope.storedKeyPath(difference.keyPath), difference.oldValue,

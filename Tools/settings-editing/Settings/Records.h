@@ -18,10 +18,6 @@ namespace Tool {
 /// which overwrites the profile "default".
 bool isRecord(std::string_view storedKeyPath);
 
-/// Whether the migration writes a list or a dictionary there in any case. An empty one says no more
-/// than none.
-bool isLeftByMigration(std::string_view storedKeyPath);
-
 /// Whether a difference is the store's own: none of the values is a setting (`QRVIsRecordOfStore`).
 /// `storedKeyPath` is where the file keeps the value.
 bool isOfStoreAlone(std::string_view storedKeyPath, const PropertyListValue& before,

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "QRVSettings/StoreKeyPaths.h"
 #include "Reporting/Failure.h"
 #include "Settings/SettingDescription.h"
 #include "Text/JSON.h"
@@ -91,7 +92,9 @@ std::string firstObjection(const std::string& keyPath, const PropertyListValue& 
 SettingObjections::SettingObjections() : lists_(KnownLists::read()), keyPaths_(lists_) {}
 
 bool SettingObjections::isLevel(std::string_view plain) const {
-    return keyPaths_.have(plain) && lists_.at(plain) == nullptr;
+    // A plain key path there is that of a whole profile, or of all profiles.
+    return isAtOrBelow(plain, QRVStoreKeyPaths::profiles) ||
+           (keyPaths_.have(plain) && lists_.at(plain) == nullptr);
 }
 
 std::string SettingObjections::toKeyPath(const std::string& keyPath, const PropertyListValue& value,

@@ -95,6 +95,14 @@ std::string bareText(const PropertyListValue& value) {
     return realName.empty() ? jsonText(value) : realName;
 }
 
+PropertyListValue orNullMarker(const PropertyListValue& value) {
+    return value.isNull() ? NSNull() : value;
+}
+
+PropertyListValue orNullMarker(const std::string& text) {
+    return text.empty() ? PropertyListValue(NSNull()) : PropertyListValue(text);
+}
+
 std::string kindName(const PropertyListValue& value) {
     using Kind = PropertyListValue::Kind;
     switch (value.kind()) {

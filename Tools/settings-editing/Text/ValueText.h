@@ -23,6 +23,10 @@ PropertyListValue valueFromText(const std::string& text, const std::string& type
 /// The value as a person would write it: a container as JSON, everything else bare.
 std::string bareText(const PropertyListValue& value);
 
+/// The value, or what JSON writes as null where there is none. An empty text counts as none.
+PropertyListValue orNullMarker(const PropertyListValue& value);
+PropertyListValue orNullMarker(const std::string& text);
+
 /// The kind with its article: "an integer".
 std::string kindName(const PropertyListValue& value);
 
