@@ -112,18 +112,21 @@ TEST(Locks, AWriteChangesNothingAndIsTold) {
 
 TEST(Locks, TheFailureHandlerMayLoadTheDefaultsAgain) {
     startWithLock();
+    writeLocks("CPU.Menubar.Enabled\nCPU.Menubar.Items");
+    start();
     std::filesystem::remove(locksIn(firstFolder()));
     std::vector<std::string> refused;
     QRVPlatform::setFileFailureHandler([&refused](const QRVPlatform::FileFailure& failure) {
         refused.push_back(failure.keyPath);
         QRVSettings::sharedSettings().loadDefaults();
     });
-    const NSDictionary written = cpu(true);
-    QRVSettingsSetObjectForKeyPath(written.objectForKey("CPU"), "CPU");
+    QRVSettingsSetObjectForKeyPath(NSDictionary{{"Enabled", true}, {"Items", 1}, {"Other", 2}},
+                                   "CPU.Menubar");
     QRVPlatform::setFileFailureHandler(nullptr);
-    EXPECT_THAT(refused, ElementsAre(enabled));
+    EXPECT_THAT(refused, ElementsAre(enabled, "CPU.Menubar.Items"));
     EXPECT_FALSE(QRVSettingsIsLocked(enabled));
-    EXPECT_EQ(stored(enabled), PropertyListValue("the user's"));
+    EXPECT_EQ(stored("CPU.Menubar"),
+              PropertyListValue(NSDictionary{{"Enabled", "the user's"}, {"Other", 2}}));
 }
 
 TEST(Locks, WhatIsWrittenAsItIsLockedIsNoFailure) {
