@@ -106,7 +106,8 @@ constexpr std::array commands = {
             configureSearch},
     Command{"explain", "Print the value of a setting in each layer, and which layer answers",
             "\"effective\" is what get prints, and \"layer\" where it comes from: stored, profile, "
-            "default or none. \"stored\" is the value in the file as it is, \"in profile\" the one "
+            "site, default or none. \"stored\" is the value in the file as it is, \"in profile\" "
+            "the one "
             "in the profile \"default\" or the one that is named. Integers and reals count as one "
             "kind when the stored value is compared with the default. \"last change\" is the last "
             "one in the history. The exit code is 1 where nothing is effective.\n\n"
