@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/UserFolders.h"
@@ -33,10 +34,24 @@ void report(const std::vector<SiteFault>& faults) {
                                               fault.keyPath);
 }
 
-void reportRefusedWrite(const std::string& keyPath, const std::string& file) {
-    QRVPlatform::FileFailures::reported(
-        "write locked setting", file, make_error_code(std::errc::operation_not_permitted), keyPath);
-}
+/// Reported when the locks are not in use any more: the handler may load the defaults again.
+class RefusedWrites {
+  public:
+    LockedWrite::Refusal refusal() {
+        return [this](const std::string& keyPath, const std::string& file) {
+            refused_.emplace_back(keyPath, file);
+        };
+    }
+    void report() const {
+        for (const auto& [keyPath, file] : refused_)
+            QRVPlatform::FileFailures::reported("write locked setting", file,
+                                                make_error_code(std::errc::operation_not_permitted),
+                                                keyPath);
+    }
+
+  private:
+    std::vector<std::pair<std::string, std::string>> refused_;
+};
 
 void install(std::unique_ptr<const Site> site) {
     StoreInside::State& state = StoreInside::state();
@@ -102,16 +117,18 @@ std::optional<PropertyListValue> permittedWrite(const PropertyListValue& value, 
     if (place.isFree()) return value;
     const LockedWrite write{valueAt(storedTree(), keyPath.text()), value,
                             lockedValue(keyPathOfDefault.text()), std::string(keyPath.text())};
-    const auto isNothing = [](const std::string&, const std::string&) {};
-    return write.permitted(place, defaults(),
-                           isOfEmpty ? LockedWrite::Refusal(isNothing) : reportRefusedWrite);
+    RefusedWrites refused;
+    auto permitted = write.permitted(place, defaults(), refused.refusal());
+    if (!isOfEmpty) refused.report();
+    return permitted;
 }
 
 NSDictionary permittedImport(const NSDictionary& settings) {
     const LockedWrite write{storedTree(), settings, defaults(), ""};
-    return write.permitted(locks().root(), defaults(), reportRefusedWrite)
-        .value_or(settings)
-        .dictionary();
+    RefusedWrites refused;
+    const auto permitted = write.permitted(locks().root(), defaults(), refused.refusal());
+    refused.report();
+    return permitted.value_or(settings).dictionary();
 }
 
 NSArray withoutLocked(const NSArray& keyPaths) {

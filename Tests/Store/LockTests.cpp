@@ -110,6 +110,22 @@ TEST(Locks, AWriteChangesNothingAndIsTold) {
     EXPECT_THROW(QRVSettingsSetObjectForKeyPath(1, nullptr), NSInvalidArgumentException);
 }
 
+TEST(Locks, TheFailureHandlerMayLoadTheDefaultsAgain) {
+    startWithLock();
+    std::filesystem::remove(locksIn(firstFolder()));
+    std::vector<std::string> refused;
+    QRVPlatform::setFileFailureHandler([&refused](const QRVPlatform::FileFailure& failure) {
+        refused.push_back(failure.keyPath);
+        QRVSettings::sharedSettings().loadDefaults();
+    });
+    const NSDictionary written = cpu(true);
+    QRVSettingsSetObjectForKeyPath(written.objectForKey("CPU"), "CPU");
+    QRVPlatform::setFileFailureHandler(nullptr);
+    EXPECT_THAT(refused, ElementsAre(enabled));
+    EXPECT_FALSE(QRVSettingsIsLocked(enabled));
+    EXPECT_EQ(stored(enabled), PropertyListValue("the user's"));
+}
+
 TEST(Locks, WhatIsWrittenAsItIsLockedIsNoFailure) {
     startWithLock();
     Failures failures;
