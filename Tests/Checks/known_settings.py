@@ -21,7 +21,7 @@ ENTRY = re.compile(r'^QRV_SETTING\("([^"]+)", (\S+), (\w+),\s+(\w+), (.+), (\w+)
 # Between these lines of the page.
 START = ".\\\" The known settings: Tests/Checks/known_settings.py writes them.\n"
 END = ".\\\" End of the known settings.\n"
-KINDS = {"Null": "Any type"}
+KINDS = {"Null": "Any kind"}
 PLACES = {"Application": "", "Profile": ", of each profile", "Record": ", record of the store"}
 
 
