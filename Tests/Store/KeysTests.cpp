@@ -326,6 +326,8 @@ TEST(Keys, OfColoursWorkInProfiles) {
     const auto& key = Keys::Network::Menubar::Mode::Status::NotConnected::Color;
     const std::string inProfile = QRVSettingsProfileKeyForKey(key);
     EXPECT_EQ(QRVSettingsProfileValue(key), QRVSettingsDefaultValue(key));
+    EXPECT_EQ(QRVSettingsProfileObjectForKeyPath(key), QRVSettingsDefaultForKeyPath(key))
+        << "the colour that was read hides the default";
     QRVSettingsProfileSetValue(NSColor{0, 0, 1, 1}, key);
     EXPECT_EQ(stored(inProfile), PropertyListValue("0 0 1 1"));
     EXPECT_EQ(QRVSettingsProfileValue(key), (NSColor{0, 0, 1, 1}));

@@ -157,10 +157,15 @@ std::optional<Value> value(const QRVKey<Value>& key) {
 
 template <QRVKeyValue Value>
 std::optional<Value> profileValue(const QRVKey<Value>& key) {
-    if constexpr (std::same_as<Value, NSColor>)
-        return presentValue(QRVSettingsColorForKeyPath(QRVSettingsProfileKeyForKey(key)), key);
-    else
+    if constexpr (std::same_as<Value, NSColor>) {
+        const PropertyListValue color =
+            QRVSettingsColorForKeyPath(QRVSettingsProfileKeyForKey(key));
+        // The null marker that was cached would hide the default from reads of the object.
+        if (color.isNull()) QRVSettingsProfileClearCacheForKeyPath(key);
+        return presentValue(color, key);
+    } else {
         return presentValue(QRVSettingsProfileObjectForKeyPath(key), key);
+    }
 }
 
 template <QRVKeyValue Value, typename Given>
