@@ -64,12 +64,22 @@ void Recorder::add(const QRVFileChange& change) {
     {
         const std::lock_guard lock(mutex_);
         waiting_.saves.push_back({change, {program_, process_, change.origin}});
-        if (waiting_.saves.size() > QRVHistoryMaximumPending) {
-            waiting_.saves.pop_front();
-            ++forgotten_;
-        }
+        forgetTheOldest();
     }
     queueEntries();
+}
+
+/// Called with the mutex held. A save keeps about as much in memory as its file has on the disk.
+void Recorder::forgetTheOldest() {
+    std::deque<OwnSave>& saves = waiting_.saves;
+    std::uint64_t bytes = 0;
+    for (const OwnSave& save : saves) bytes += save.change.fileAfter.size;
+    while (saves.size() > QRVHistoryMaximumPending ||
+           (bytes > QRVHistoryMaximumPendingBytes && saves.size() > 1)) {
+        bytes -= saves.front().change.fileAfter.size;
+        saves.pop_front();
+        ++forgotten_;
+    }
 }
 
 void Recorder::addOthers() {

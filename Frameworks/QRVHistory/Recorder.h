@@ -58,6 +58,7 @@ class Recorder {
     Recorder(std::string program, std::string database, Recorder* parent);
     ~Recorder() = default;
 
+    void forgetTheOldest();
     void queueEntries();
     void retry();
     void enterWaiting();

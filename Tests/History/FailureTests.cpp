@@ -76,6 +76,34 @@ void expectSavesWithoutEntry(Failures& failures, std::errc reason) {
     EXPECT_EQ(failures.all()[0].error, reason) << failures.all()[0].error.message();
 }
 
+/// What is entered of so many saves, each of a file of this size, that had to wait in memory.
+Lines enteredLater(int count, std::uint64_t size) {
+    StoreSupport::writeFile(getenv("XDG_STATE_HOME"), "a file in its place");
+    start();
+    const auto now = static_cast<std::int64_t>(NSDate::now().timeIntervalSince1970() * 1e9);
+    const auto identity = [now, size](int value) {
+        QRVPlatform::FileIdentity file;
+        file.inode = 1;
+        file.size = size;
+        file.modificationTime = now - 1'000'000'000 + value;
+        return file;
+    };
+    for (int value = 1; value <= count; ++value) {
+        QRVFileChange change{.origin = "set", .isBeforeKnown = true};
+        change.before = NSDictionary{{"A", value - 1}};
+        change.after = NSDictionary{{"A", value}};
+        change.fileBefore = identity(value - 1);
+        change.fileAfter = identity(value);
+        Recorder::shared()->add(change);
+    }
+    EXPECT_FALSE(QRVHistoryWait(longTime));
+    fs::remove(getenv("XDG_STATE_HOME"));
+    wait();
+    Lines entered = lines();
+    std::erase(entered, "?: A " + std::to_string(count) + " > none");  // There is no file.
+    return entered;
+}
+
 /// Root may write anywhere. The home folder of the test becomes that of another user.
 bool isNotRootFromNowOn() {
     if (geteuid() != 0) return true;
@@ -252,34 +280,21 @@ TEST(HistoryFailure, OfAFullDiskIsToldOnceAndMadeUpForLater) {
 }
 
 TEST(HistoryFailure, ForgetsTheOldestOfTooManySavesInMemory) {
-    StoreSupport::writeFile(getenv("XDG_STATE_HOME"), "a file in its place");
-    start();
-    constexpr int forgotten = 5;
-    const int count = static_cast<int>(QRVHistoryMaximumPending) + forgotten;
-    const auto now = static_cast<std::int64_t>(NSDate::now().timeIntervalSince1970() * 1e9);
-    const auto identity = [now](int value) {
-        QRVPlatform::FileIdentity file;
-        file.inode = 1;
-        file.modificationTime = now - 1'000'000'000 + value;
-        return file;
-    };
-    for (int value = 1; value <= count; ++value) {
-        QRVFileChange change{.origin = "set", .isBeforeKnown = true};
-        change.before = NSDictionary{{"A", value - 1}};
-        change.after = NSDictionary{{"A", value}};
-        change.fileBefore = identity(value - 1);
-        change.fileAfter = identity(value);
-        Recorder::shared()->add(change);
-    }
-    EXPECT_FALSE(QRVHistoryWait(longTime));
-    fs::remove(getenv("XDG_STATE_HOME"));
-    wait();
-    auto entered = lines();
-    std::erase(entered, "?: A " + std::to_string(count) + " > none");  // There is no file.
+    const int count = static_cast<int>(QRVHistoryMaximumPending) + 5;
+    const Lines entered = enteredLater(count, 1'000);
     ASSERT_EQ(entered.size(), QRVHistoryMaximumPending);
     EXPECT_EQ(entered.front(), "test/set: A 5 > 6");
     EXPECT_EQ(entered.back(),
               "test/set: A " + std::to_string(count - 1) + " > " + std::to_string(count));
+}
+
+TEST(HistoryFailure, ForgetsTheOldestOfTooLargeSavesInMemory) {
+    EXPECT_EQ(enteredLater(5, QRVHistoryMaximumPendingBytes / 2),
+              (Lines{"test/set: A 3 > 4", "test/set: A 4 > 5"}));
+}
+
+TEST(HistoryFailure, KeepsTheLatestSaveInMemoryHoweverLargeItIs) {
+    EXPECT_EQ(enteredLater(3, QRVHistoryMaximumPendingBytes + 1), Lines{"test/set: A 2 > 3"});
 }
 
 TEST(HistoryBounds, TheOldestSavesGoAsAWholeWhenThereAreTooManyChanges) {

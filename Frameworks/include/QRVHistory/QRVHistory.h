@@ -21,7 +21,7 @@
 /// The history never delays, fails or loses a save: entries are written on a queue of its own.
 /// What cannot be written (full disk, locked database, folder that is missing or read-only) is
 /// reported once to the handler of `QRVPlatform::setFileFailureHandler` and to the system log,
-/// kept in memory (`QRVHistoryMaximumPending` saves), and retried with the next entry. A
+/// kept in memory (at most `QRVHistoryMaximumPending` saves), and retried with the next entry. A
 /// damaged database is renamed to its name and ".damaged-1" (or the next free number), and a new
 /// one is begun.
 ///
@@ -55,8 +55,10 @@ inline constexpr std::chrono::hours QRVHistoryMaximumAge{24 * 90};
 /// Of all values together, in bytes of text.
 inline constexpr std::int64_t QRVHistoryMaximumBytes = std::int64_t{64} * 1024 * 1024;
 /// Saves that wait in memory while the database cannot be written. The oldest are forgotten first:
-/// what they changed is then entered as of an unknown program.
+/// what they changed is then entered as of an unknown program. The bytes are those of the settings
+/// files that they made; the latest save always stays.
 inline constexpr std::size_t QRVHistoryMaximumPending = 1'000;
+inline constexpr std::uint64_t QRVHistoryMaximumPendingBytes = std::uint64_t{64} * 1024 * 1024;
 /// @}
 
 /// @name Taking part
