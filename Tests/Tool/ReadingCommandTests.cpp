@@ -343,8 +343,8 @@ TEST(GetDefault, IsPrintedWhereThereIsNoValue) {
     EXPECT_EQ(got({"absent", "--default", "1e3", "--json"}), "1000.0\n");
     EXPECT_EQ(got({"absent", "--default", "x y", "--json"}), "\"x y\"\n");
     EXPECT_EQ(got({"absent", "--default", "x", "--profile", "p"}), "x\n");
-    EXPECT_EQ(got({"CPU.Menubar.Enabled", "--default", "x"}), "true\n");
-    EXPECT_EQ(got({"CPU.Menubar.Enabled", "--default", "x", "--layer", "stored"}), "x\n");
+    EXPECT_EQ(got({"Updater.AutomaticallyCheck", "--default", "x"}), "true\n");
+    EXPECT_EQ(got({"Updater.AutomaticallyCheck", "--default", "x", "--layer", "stored"}), "x\n");
     ASSERT_EQ(run({"set", "empty", "--type", "string", ""}).exitCode, 0);
     EXPECT_EQ(got({"empty", "--default", "x"}), "\n") << "empty text is a value";
 }

@@ -47,8 +47,7 @@ ExitCode get(const Options& options) {
         print(jsonText(value) + "\n");
     else
         printValue(value);
-    if (isOfLayer && options.layer == layerNames().front())
-        hintAfterRead(options.keyPath, value, scope);
+    if (isOfLayer && options.layer == layerNames().front()) hintAfterRead(options.keyPath, scope);
     return ExitCode::Done;
 }
 

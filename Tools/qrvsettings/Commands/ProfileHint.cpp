@@ -27,19 +27,15 @@ void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope) {
            " in its profile; --profile NAME sets it there (profiles: " + profilesInWords() + ")");
 }
 
-void hintAfterRead(const std::string& keyPath, const PropertyListValue& printed,
-                   const ProfileScope& scope) {
+void hintAfterRead(const std::string& keyPath, const ProfileScope& scope) {
     if (isQuiet() || !isReadElsewhere(keyPath, scope)) return;
-    std::string others;
+    std::string values;
     for (const std::string& profile : profileNames()) {
         const PropertyListValue value = ProfileScope(profile).effective(keyPath);
-        if (value != printed)
-            others += (others.empty() ? "" : ", ") + keyPathText(profile) + ": " +
-                      (value.isNull() ? "not set" : jsonText(value));
+        values += (values.empty() ? "" : ", ") + keyPathText(profile) + ": " +
+                  (value.isNull() ? "not set" : jsonText(value));
     }
-    if (!others.empty())
-        remark("the application reads " + keyPathText(keyPath) + " in its profile (" + others +
-               ")");
+    remark("the application reads " + keyPathText(keyPath) + " in its profile (" + values + ")");
 }
 
 }  // namespace Tool

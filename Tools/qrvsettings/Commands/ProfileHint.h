@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "Platform/Values/PropertyListValue.h"
 #include "Settings/ProfileScope.h"
 
 namespace Tool {
@@ -14,8 +13,7 @@ namespace Tool {
 /// profiles there are; or that the store keeps it for itself.
 void hintAfterWrite(const std::string& keyPath, const ProfileScope& scope);
 
-/// Says what the application reads instead of the value that was printed, where that is another.
-void hintAfterRead(const std::string& keyPath, const PropertyListValue& printed,
-                   const ProfileScope& scope);
+/// Says what the application reads in each profile, where it does not read what was printed.
+void hintAfterRead(const std::string& keyPath, const ProfileScope& scope);
 
 }  // namespace Tool
