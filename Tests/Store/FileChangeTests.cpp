@@ -121,8 +121,8 @@ TEST_P(FileChange, StaysAsItWasWhateverIsWrittenLater) {
 }
 
 TEST_P(FileChange, IsNoneForASaveThatFails) {
-    QRVSettingsSetObjectForKeyPath("not UTF-8 \xff", "A");
     std::filesystem::create_directories(QRVSettingsLocation());
+    QRVSettingsSetObjectForKeyPath("not UTF-8 \xff", "A");
     QRVSettingsSetObjectForKeyPath(1, "B");
     EXPECT_EQ(saves().size(), 0U);
 }
