@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace QRVInside {
@@ -39,12 +40,13 @@ std::string joined(const std::string& keyPath, const std::string& key) {
 
 }  // namespace
 
-std::string_view plainKeyPath(std::string_view keyPath) {
+std::string_view keyPathOfDefault(std::string_view keyPath) {
     constexpr std::string_view profiles = QRVStoreKeyPaths::profiles;
     if (keyPath == profiles || keyPath == profilesKey) return "";
-    if (!keyPath.starts_with(profiles) || keyPath[profiles.size()] != '.') return keyPath;
-    const std::size_t end = keyPath.find('.', profiles.size() + 1);
-    return end == std::string_view::npos ? "" : keyPath.substr(end + 1);
+    const std::string_view plain = QRVPlainKeyPath(keyPath);
+    const bool isWholeProfile = plain.size() == keyPath.size() && keyPath.starts_with(profiles) &&
+                                keyPath[profiles.size()] == '.';
+    return isWholeProfile ? "" : plain;
 }
 
 void Locks::add(std::string_view keyPath, const std::string& file) {

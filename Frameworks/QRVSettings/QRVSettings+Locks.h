@@ -14,9 +14,9 @@
 
 namespace QRVInside {
 
-/// The key path of a setting without the name of the profile that it is in. Of the settings of a
-/// whole profile, and of all profiles, it is empty text.
-std::string_view plainKeyPath(std::string_view keyPath);
+/// Where the defaults have what is at a key path: at the plain one. Empty, for all of them, where
+/// the key path is that of a whole profile or of all profiles.
+std::string_view keyPathOfDefault(std::string_view keyPath);
 
 class Locks {
     struct Level {

@@ -100,7 +100,7 @@ void laySiteOver(const NSMutableDictionary& defaults) {
 }
 
 PropertyListValue lockedValue(std::string_view keyPath) {
-    const std::string_view plain = plainKeyPath(keyPath);
+    const std::string_view plain = keyPathOfDefault(keyPath);
     return plain.empty() && !keyPath.empty() ? PropertyListValue(defaults())
                                              : valueAt(defaults(), plain);
 }
@@ -162,7 +162,7 @@ std::string QRVSettingsSiteFileForKeyPath(QRVKeyPath keyPath) {
     QRVInside::requireHostThread();
     const auto& site = QRVInside::StoreInside::state().site;
     if (!site || keyPath.isNull()) return {};
-    const std::string_view plain = QRVInside::plainKeyPath(keyPath.text());
+    const std::string_view plain = QRVInside::keyPathOfDefault(keyPath.text());
     const PropertyListValue value = QRVInside::valueAt(site->found.values, plain);
     const auto list = site->lists.find(plain);
     return value.isNull() || value.isDictionary() || list == site->lists.end() ? "" : list->second;

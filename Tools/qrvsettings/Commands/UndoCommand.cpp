@@ -79,7 +79,7 @@ std::string conflictText(const QRVHistoryConflict& conflict,
     const auto change = lastChangeInHistory(conflict.keyPath);
     const bool isLater =
         change && std::all_of(undone.begin(), undone.end(),
-                              [&change](const auto& save) { return save.id < change->id; });
+                              [&change](const auto& save) { return save.order < change->order; });
     return isLater ? text + ", " + timeAndProgramText(*change) + " (save " +
                          std::to_string(change->id) + ")"
                    : text;
