@@ -141,17 +141,19 @@ KnownText::Written KnownText::write(const NSDictionary& tree) {
     if (mayBeLarge)
         written.tree = TreeOfText::of(tree, known == nullptr ? NSDictionary(nullptr) : known->tree);
     if (known != nullptr && !written.tree.isNull()) {
-        const auto old = known->bytes.read();
-        auto text = old ? PropertyLists::textOfRevision(old->view(), known->tree, written.tree)
-                        : std::nullopt;
-        if (text) {
-            written.result.bytes = std::move(*text);
+        auto text = known->bytes.read();
+        const auto size = text ? PropertyLists::reviseText(text->room(), text->view().size(),
+                                                           known->tree, written.tree)
+                               : std::nullopt;
+        if (size) {
+            text->setSize(*size);
+            written.revision = std::move(text);
             return written;
         }
     }
-    written.result = NSPropertyListSerialization::dataWithPropertyList(
+    written.whole = NSPropertyListSerialization::dataWithPropertyList(
         written.tree.isNull() ? tree : written.tree);
-    isLastSaveLarge_ = written.result.bytes.size() >= smallest;
+    isLastSaveLarge_ = written.whole.bytes.size() >= smallest;
     if (!isLastSaveLarge_) written.tree = nullptr;
     return written;
 }
@@ -161,7 +163,7 @@ void KnownText::noteReplaced(const Written& written, const std::string& path) {
     if (written.tree.isNull())
         forget();
     else
-        remember(written.tree, written.result.bytes, path);
+        remember(written.tree, written.bytes(), path);
 }
 
 void KnownText::remember(const NSDictionary& tree, std::string_view bytes,

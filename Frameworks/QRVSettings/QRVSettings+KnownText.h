@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,10 +31,17 @@ class KnownText {
     PropertyListReadResult read(std::string_view bytes, const std::string& path,
                                 const NSDictionary& likely);
 
+    /// A written tree, or why it cannot be written.
     struct Written {
-        PropertyListWriteResult result;
+        PropertyListWriteResult whole;  ///< empty when there is a revision
+        std::optional<QRVPlatform::HeldBytes::Bytes> revision = {};  ///< the known text, edited
         NSDictionary tree =
             nullptr;  ///< what reading the bytes gives; null when it need not be known
+
+        [[nodiscard]] const std::optional<PropertyListError>& error() const { return whole.error; }
+        [[nodiscard]] std::string_view bytes() const {
+            return revision ? revision->view() : std::string_view(whole.bytes);
+        }
     };
     /// Writes a tree. Of a mutable one each container is written as it was at one moment.
     Written write(const NSDictionary& tree);

@@ -122,7 +122,7 @@ std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
 /// When the tree cannot be serialised, the outcome says why.
 void serialise(TreeSave& save, SaveOutcome& outcome) {
     save.written = StoreInside::state().knownText.write(save.tree);
-    const auto& error = save.written.result.error;
+    const auto& error = save.written.error();
     if (!error) return;
     logSaveMessage(SaveMessageLine::SerialisationError, "%@", {error->description()});
     outcome.failure = error->description();
@@ -243,7 +243,7 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access,
                                     const KnownText::Written& written) {
     StoreInside::State& state = StoreInside::state();
     state.lastSavedTree = nullptr;
-    if (const std::error_code error = QRVPlatform::replaceFile(access, written.result.bytes)) {
+    if (const std::error_code error = QRVPlatform::replaceFile(access, written.bytes())) {
         state.lastSaved = {};
         return error.message();
     }

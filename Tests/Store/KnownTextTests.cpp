@@ -109,7 +109,7 @@ struct Saved {
         // A text that was only saved once is not known.
         for (int time = 0; time < 2; ++time) {
             const KnownText::Written written = known.write(tree);
-            text = written.result.bytes;
+            text = written.bytes();
             replaceFileWith(text);
             known.noteReplaced(written, "file");
             if (!written.tree.isNull()) tree = written.tree;
@@ -130,11 +130,10 @@ TEST(KnownText, ManySavesGiveTheFilesOfTheWholeTrees) {
         for (int round = 0; round < 100; ++round) {
             for (std::size_t count = random() % 5; count > 0; --count) writeSomewhere(tree, random);
             const KnownText::Written written = known.write(tree);
-            ASSERT_FALSE(written.result.error);
-            ASSERT_EQ(written.result.bytes, fullText(tree))
-                << "seed " << seed << " round " << round;
+            ASSERT_FALSE(written.error());
+            ASSERT_EQ(written.bytes(), fullText(tree)) << "seed " << seed << " round " << round;
             if (random() % 10 == 0) continue;  // It could not be saved.
-            replaceFileWith(written.result.bytes);
+            replaceFileWith(std::string(written.bytes()));
             known.noteReplaced(written, "file");
         }
     }
@@ -149,8 +148,8 @@ TEST(KnownText, ReadingsAndSavesInTurnGiveWhatTheWholeGives) {
             for (std::size_t count = random() % 5; count > 0; --count) writeSomewhere(tree, random);
             if (random() % 2 == 0) {
                 const KnownText::Written written = known.write(tree);
-                ASSERT_EQ(written.result.bytes, fullText(tree));
-                replaceFileWith(written.result.bytes);
+                ASSERT_EQ(written.bytes(), fullText(tree));
+                replaceFileWith(std::string(written.bytes()));
                 known.noteReplaced(written, "file");
                 continue;
             }
@@ -186,8 +185,8 @@ TEST(KnownText, ASnapshotHoldsNothingThatCanStillChange) {
     setObjectAtKeyPath(tree, 2, "Group3.New");
     EXPECT_EQ(fullText(saved.tree), saved.text);
     const KnownText::Written written = saved.known.write(tree);
-    EXPECT_EQ(written.result.bytes, fullText(tree));
-    EXPECT_EQ(fullText(written.tree), written.result.bytes);
+    EXPECT_EQ(written.bytes(), fullText(tree));
+    EXPECT_EQ(fullText(written.tree), written.bytes());
     EXPECT_TRUE(
         written.tree.objectForKey("Group7").isIdenticalTo(saved.tree.objectForKey("Group7")));
 }
@@ -203,7 +202,7 @@ TEST(KnownText, AFileThatSomebodyOverwroteInPlaceIsNotReliedOn) {
     const std::array<timespec, 2> dates{status.st_atim, status.st_mtim};
     ASSERT_EQ(utimensat(AT_FDCWD, "file", dates.data(), 0), 0);
     const NSDictionary next = with(saved.tree, "changed", keyPathOf(5));
-    EXPECT_EQ(saved.known.write(next).result.bytes, fullText(next));
+    EXPECT_EQ(saved.known.write(next).bytes(), fullText(next));
     const std::string overwritten = contentsOf("file");
     EXPECT_NE(overwritten, saved.text);
     EXPECT_TRUE(isReadAsAWhole(saved.known, overwritten, nullptr));
@@ -213,7 +212,7 @@ TEST(KnownText, AShortenedFileIsNotReliedOn) {
     Saved saved(largeTree());
     std::filesystem::resize_file("file", 1000);
     const NSDictionary next = with(saved.tree, "changed", keyPathOf(5));
-    EXPECT_EQ(saved.known.write(next).result.bytes, fullText(next));
+    EXPECT_EQ(saved.known.write(next).bytes(), fullText(next));
 }
 
 TEST(KnownText, AFileInAnotherLayoutIsReadAsAWhole) {
@@ -225,7 +224,7 @@ TEST(KnownText, AFileInAnotherLayoutIsReadAsAWhole) {
         other.insert(other.find("\t<key>Group3"), added);
         const auto read = saved.known.read(other, "file", saved.tree);
         EXPECT_EQ(read.value.dictionary(), fullTree(other)) << added;
-        saved.known.noteReplaced({.result = {text, {}}, .tree = saved.tree}, "file");
+        saved.known.noteReplaced({.whole = {text, {}}, .tree = saved.tree}, "file");
     }
 }
 
@@ -247,8 +246,8 @@ TEST(KnownText, AValueThatCannotBeWrittenGivesTheErrorOfTheWhole) {
         const NSMutableDictionary next = saved.tree.mutableCopy();
         setObjectAtKeyPath(next, refused, keyPathOf(5));
         const KnownText::Written written = saved.known.write(next);
-        ASSERT_TRUE(written.result.error);
-        EXPECT_EQ(written.result.error->description(),
+        ASSERT_TRUE(written.error());
+        EXPECT_EQ(written.error()->description(),
                   Serialization::dataWithPropertyList(next).error->description());
         EXPECT_TRUE(written.tree.isNull());
     }
@@ -261,7 +260,7 @@ TEST(KnownText, ATreeOfTooManyLevelsGivesTheErrorOfTheWhole) {
         deep = NSDictionary{{"a", deep}};
     const NSMutableDictionary next = saved.tree.mutableCopy();
     next.setObjectForKey(deep, "Deep");
-    EXPECT_TRUE(saved.known.write(next).result.error);
+    EXPECT_TRUE(saved.known.write(next).error());
 }
 
 TEST(KnownText, NothingIsKnownOfASmallText) {

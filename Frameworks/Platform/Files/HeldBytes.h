@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,12 +18,22 @@ namespace QRVPlatform {
 /// neither process notices the other's reading. Any thread may read while another one does.
 class HeldBytes {
   public:
-    /// Memory that is not cleared first.
-    struct Bytes {
-        std::unique_ptr<char[]> memory;
-        std::size_t size = 0;
+    /// In memory that was not cleared first.
+    class Bytes {
+      public:
+        [[nodiscard]] std::string_view view() const { return {memory_.get(), size_}; }
+        /// The bytes, and 64 KiB behind them where they may grow.
+        [[nodiscard]] std::span<char> room() const { return {memory_.get(), roomSize_}; }
+        /// At most that of the room.
+        void setSize(std::size_t size) { size_ = size; }
 
-        [[nodiscard]] std::string_view view() const { return {memory.get(), size}; }
+      private:
+        friend class HeldBytes;
+        explicit Bytes(std::size_t size);
+
+        std::unique_ptr<char[]> memory_;
+        std::size_t roomSize_;
+        std::size_t size_;
     };
 
     /// The file that `path` names should hold `bytes`. Empty when it cannot be opened.

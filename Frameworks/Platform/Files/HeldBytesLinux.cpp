@@ -39,6 +39,10 @@ std::uint64_t checksumOf(std::string_view bytes) {
 
 }  // namespace
 
+HeldBytes::Bytes::Bytes(std::size_t size) : roomSize_(size + std::size_t{64} * 1024), size_(size) {
+    memory_ = std::make_unique_for_overwrite<char[]>(roomSize_);
+}
+
 HeldBytes::HeldBytes(FileDescriptor file, std::string_view bytes)
     : file_(std::move(file)), size_(bytes.size()), checksum_(checksumOf(bytes)) {}
 
@@ -55,10 +59,10 @@ std::optional<HeldBytes::Bytes> HeldBytes::read() const {
     struct stat status {};
     if (fstat(file_.number(), &status) != 0) return std::nullopt;
     if (static_cast<std::size_t>(status.st_size) != size_) return std::nullopt;
-    Bytes bytes{std::make_unique_for_overwrite<char[]>(size_), size_};
+    Bytes bytes(size_);
     for (std::size_t position = 0; position < size_;) {
-        const ssize_t count = pread(file_.number(), bytes.memory.get() + position, size_ - position,
-                                    static_cast<off_t>(position));
+        const ssize_t count = pread(file_.number(), bytes.room().data() + position,
+                                    size_ - position, static_cast<off_t>(position));
         if (count == 0 || (count < 0 && errno != EINTR)) return std::nullopt;
         if (count > 0) position += static_cast<std::size_t>(count);
     }
