@@ -13,8 +13,8 @@
 namespace QRVInside {
 
 /// The entry in place; null when there is none, or no cache. Valid until the cache changes.
-inline const PropertyListValue* cachedValue(const StoreInside::State& state,
-                                            const QRVPlatform::HashedKey& key) {
+[[gnu::always_inline]] inline const PropertyListValue* cachedValue(
+    const StoreInside::State& state, const QRVPlatform::HashedKey& key) {
     const NSMutableDictionary& cache = state.cache.ofItsWriter();
     return cache.isNull() ? nullptr : QRVPlatform::WritersDescent(cache).find(key);
 }

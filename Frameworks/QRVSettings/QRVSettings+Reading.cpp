@@ -159,13 +159,15 @@ PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
 
 namespace {
 
-// Not inlined, so that a read that the cache answers is short.
-[[gnu::noinline]] PropertyListValue objectBelowTheCache(const HashedKey& key) {
-    const HashedKeyPath keyPath(key.text());
+// Not inlined, so that a read that the cache answers is short; nor does that read need a key in
+// memory.
+[[gnu::noinline]] PropertyListValue objectBelowTheCache(std::string_view text, std::uint32_t hash) {
+    const HashedKeyPath keyPath(text);
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
     const StoreInside::State& state = StoreInside::state();
     if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
-    if (!state.disableCache) cacheValue(state, valueOrNull(found), key);
+    if (!state.disableCache)
+        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
     return valueOrNull(found);
 }
 
@@ -175,7 +177,7 @@ namespace {
     if (state.locks->at(keyPath).isLocked()) return lockedValue(keyPath);  // 2
     const HashedKey key = HashedKey::of(keyPath);
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return lockedView(keyPath, objectBelowTheCache(key));
+    if (cached == nullptr) return lockedView(keyPath, objectBelowTheCache(keyPath, key.hash));
     return lockedView(keyPath, valueOfEntry(*cached));  // 3
 }
 
@@ -188,7 +190,7 @@ PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     if (state.locks != nullptr) return objectWithLocks(state, keyPath.text());
     const HashedKey key = HashedKey::of(keyPath.text());
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return objectBelowTheCache(key);
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash);
     return valueOfEntry(*cached);  // 3
 }
 
@@ -200,6 +202,6 @@ bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath) {
     if (state.locks != nullptr) return objectWithLocks(state, keyPath.text()).boolValue();
     const HashedKey key = HashedKey::of(keyPath.text());
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return objectBelowTheCache(key).boolValue();
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash).boolValue();
     return cached->boolValue();
 }

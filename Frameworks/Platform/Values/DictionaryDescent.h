@@ -35,7 +35,8 @@ class WritersDescent {
         : level_(&ValueObjects::contentsForTheWriter(ValueObjects::Access::objectOf(root))) {}
 
     /// The value under a key of the current level; null when the key is missing.
-    [[nodiscard]] const PropertyListValue* find(const HashedKey& key) const noexcept {
+    [[nodiscard, gnu::always_inline]] inline const PropertyListValue* find(
+        const HashedKey& key) const noexcept {
         return level_->find(key.text(), key.hash);
     }
     /// Enters a dictionary that was found.
