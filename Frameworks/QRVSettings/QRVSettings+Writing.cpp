@@ -97,6 +97,7 @@ void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath) {
 }
 
 void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return;
     QRVSettings::sharedSettings().cache().removeObjectForKey(keyPath.text());
 }
