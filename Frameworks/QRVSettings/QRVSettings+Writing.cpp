@@ -93,6 +93,7 @@ void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath) {
 }
 
 void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return;
     QRVSettings::sharedSettings().cache().removeObjectForKey(keyPath.text());
 }
