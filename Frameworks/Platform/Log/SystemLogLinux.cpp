@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <errno.h>
+#include <paths.h>
 #include <syslog.h>
 #include <time.h>
 #include <unistd.h>
@@ -33,9 +34,16 @@ void writeAll(int descriptor, std::string_view bytes) {
     }
 }
 
+/// Without a daemon, the C library would make, connect and close sockets for each text. With one,
+/// it keeps its socket.
+bool hasDaemon() {
+    return access(_PATH_LOG, W_OK) == 0;
+}
+
 }  // namespace
 
 void SystemLog::write(Level level, const std::string& text) {
+    if (!hasDaemon()) return;
     syslog(LOG_USER | (level == Level::Debug ? LOG_DEBUG : LOG_NOTICE), "%s", text.c_str());
 }
 
