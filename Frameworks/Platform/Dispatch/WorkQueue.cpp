@@ -27,11 +27,11 @@ struct Running {
 thread_local const Running* innermost = nullptr;
 
 // The item is destroyed here as well: what it captures may be the host's, and use the queue.
-void runAndDestroy(const void* shift, WorkQueue::Item item) noexcept {
+void runAndDestroy(const void* shift, WorkItem item) noexcept {
     const Running running{shift, innermost};
     innermost = &running;
     item();
-    item = nullptr;
+    item = WorkItem();
     innermost = running.outer;
 }
 
@@ -59,7 +59,7 @@ bool WorkQueue::isRunningHere() const {
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
 // locked only waits again, for the mutex.
 
-std::uint64_t WorkQueue::add(Item item) {
+std::uint64_t WorkQueue::add(WorkItem item) {
     Shift& shift = *shift_;
     std::error_code error;
     bool isNewShortage = false;
@@ -144,7 +144,7 @@ bool WorkQueue::waitForItem(Shift& shift, MutexLock& lock) const {
 // Not checked: clang does not see that `lock` holds the mutex.
 /// False in a child that was forked by the item: the lock is the parent's, and is not held.
 bool WorkQueue::runItem(Shift& shift, MutexLock& lock) {
-    Item item = std::move(shift.items.front());
+    WorkItem item = std::move(shift.items.front());
     shift.items.pop_front();
     ++shift.running;
     lock.unlock();
@@ -157,7 +157,7 @@ bool WorkQueue::runItem(Shift& shift, MutexLock& lock) {
     return true;
 }
 
-void WorkQueue::async(Item item) {
+void WorkQueue::async(WorkItem item) {
     ProcessQueues::startMissingThreads();
     add(std::move(item));
 }

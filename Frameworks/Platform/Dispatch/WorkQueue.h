@@ -11,7 +11,10 @@
 #include <string>
 #include <system_error>
 
+#include "Platform/Dispatch/WorkItem.h"
 #include "Platform/Threads/Mutex.h"
+
+class DispatchQueue;
 
 namespace QRVPlatform {
 
@@ -23,7 +26,6 @@ namespace QRVPlatform {
 /// without threads.
 class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
   public:
-    using Item = std::function<void()>;
     struct Limits {
         std::size_t threads;
         /// After which a thread without work ends; empty for never.
@@ -33,12 +35,14 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     static std::shared_ptr<WorkQueue> make(std::string label, const Limits& limits);
+    /// Behind `queue`, which must not be destroyed before the use ends.
+    static WorkQueue& of(const DispatchQueue& queue) noexcept;
     WorkQueue(const WorkQueue&) = delete;
     WorkQueue& operator=(const WorkQueue&) = delete;
     ~WorkQueue();
 
     /// An exception from an item ends the program.
-    void async(Item item);
+    void async(WorkItem item);
     /// For a queue of one thread. Without a thread, runs on the calling one whatever is queued up
     /// to `work`. Throws what `work` throws, and std::logic_error from within an item.
     void sync(const std::function<void()>& work);
@@ -70,7 +74,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
         Mutex mutex;
         std::condition_variable itemsChanged;
         std::condition_variable itemFinished;
-        std::deque<Item> items QRV_GUARDED_BY(mutex);
+        std::deque<WorkItem> items QRV_GUARDED_BY(mutex);
         std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
         std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
         std::size_t threads QRV_GUARDED_BY(mutex) = 0;
@@ -81,7 +85,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     WorkQueue(std::string label, const Limits& limits);
-    std::uint64_t add(Item item);
+    std::uint64_t add(WorkItem item);
     std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
     bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
     void runThread(Shift& shift);
