@@ -5,7 +5,6 @@
 // records what it is given. To be included by one source of the program.
 
 #include <fcntl.h>
-#include <paths.h>
 #include <syslog.h>
 #include <unistd.h>
 

@@ -2,11 +2,11 @@
 // The socket to the system log: kept where there is a daemon, never made where there is none.
 
 #include <gtest/gtest.h>
-#include <paths.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <array>

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <errno.h>
-#include <paths.h>
 #include <syslog.h>
 #include <time.h>
 #include <unistd.h>
