@@ -36,8 +36,8 @@ bool isEmptyDictionary(const PropertyListValue& value) {
 
 NSDictionary changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
-    static const PropertyListValue key("key");
-    static const PropertyListValue time("time");
+    static const auto& key = *new PropertyListValue("key");
+    static const auto& time = *new PropertyListValue("time");
     std::array<QRVPlatform::KeyedValue, 2> entries{
         {{key, keyPath.text()}, {time, NSDate::now().timeIntervalSince1970()}}};
     return QRVPlatform::immutableDictionary(entries);
