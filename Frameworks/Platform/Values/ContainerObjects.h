@@ -110,6 +110,8 @@ class DictionaryContents final : public DictionaryObject {
     /// @{
     /// The key must be missing, and there must be room.
     void append(Reference<StringObject> key, PropertyListValue value) noexcept;
+    /// Appends an entry, or replaces the value of the one that has the key. There must be room.
+    void set(Reference<StringObject> key, PropertyListValue value) noexcept;
     /// Replaces the value of an entry and returns the previous one.
     [[nodiscard]] Removed exchange(std::size_t index, PropertyListValue value) noexcept;
     /// Removes an entry and returns its value. The last entry takes its place.
