@@ -87,13 +87,6 @@ struct Access {
         copy.payload_ = value.payload_;
         return copy;
     }
-    /// Takes over one reference to a StringObject that the caller owns.
-    static PropertyListValue stringOwning(Object* owned) noexcept {
-        PropertyListValue value;
-        value.kind_ = Kind::String;
-        value.payload_.object = owned;
-        return value;
-    }
     /// Makes the value null without releasing its object: the caller owns that reference.
     static Object* leak(PropertyListValue& value) noexcept {
         value.kind_ = Kind::Null;
