@@ -159,14 +159,14 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string ori
     return outcome;
 }
 
-/// So small that a queue holds it without an allocation.
+/// Runs once. So small that a queue holds it without an allocation.
 struct SaveOfWrite {
     NSDictionary tree;
     QRVInside::ChangeRecord record;
 
-    void operator()() const { run({}); }
-    void run(std::string origin) const {
-        const NSArray log = NSArray::arrayWithObject(record.dictionary());
+    void operator()() { run({}); }
+    void run(std::string origin) {
+        const NSArray log = NSArray::arrayWithObject(std::move(record).dictionary());
         StoreInside::state().saves.end(save(tree, log, std::move(origin)));
     }
 };
@@ -184,7 +184,7 @@ void QRVInside::saveTreeOfWrite(NSDictionary tree, ChangeRecord record) {
         queue.async(SaveOfWrite{std::move(tree), std::move(record)});
     else
         queue.async([save = SaveOfWrite{std::move(tree), std::move(record)},
-                     origin = std::move(origin)] { save.run(origin); });
+                     origin = std::move(origin)]() mutable { save.run(std::move(origin)); });
 }
 
 void QRVInside::logMissingValue() {
