@@ -34,7 +34,7 @@ class SharedStrings {
             known = made;
         }
         OneThread::retain(*known);
-        return ValueObjects::Access::stringOwning(known);
+        return ValueObjects::Access::valueOwning(known);
     }
 
   private:

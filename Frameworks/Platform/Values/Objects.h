@@ -101,10 +101,10 @@ struct Access {
     static Handle handleOwning(Object* owned) noexcept {
         return Handle(ObjectReference(owned));
     }
-    /// The value takes over one reference to a string, that the caller owns.
-    static PropertyListValue stringOwning(Object* owned) noexcept {
+    /// The value takes over one reference that the caller owns.
+    static PropertyListValue valueOwning(Object* owned) noexcept {
         PropertyListValue value;
-        value.kind_ = Kind::String;
+        value.kind_ = owned->kind;
         value.payload_.object = owned;
         return value;
     }
