@@ -123,7 +123,7 @@ std::vector<FolderWatch::Event> FolderWatch::takeEvents() {
     static_cast<void>(read(wakeUps_.number(), &wakeUps, sizeof wakeUps) < 0);
     std::vector<Event> events;
     if (std::exchange(areEventsLost_, false)) events.push_back({Kind::EventsLost, -1, {}});
-    std::array<char, 16384> buffer{};
+    std::array<char, 4096> buffer{};
     for (;;) {
         const ssize_t size = read(events_.number(), buffer.data(), buffer.size());
         if (size < 0 && errno == EINTR) continue;

@@ -133,7 +133,7 @@ RouteWatch::Meaning RouteWatch::meaningOf(const FolderWatch::Event& event) const
 }
 
 bool RouteWatch::fileHasBecomeALink() const {
-    return !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
+    return fileWatch_ < 0 && !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
 }
 
 }  // namespace QRVPlatform
