@@ -119,6 +119,7 @@ ROWS = [
     Row("changed keys, five", "CompareDifferent", ALL, "CopyOfAMap", {None: [at_most_limit(1)]}),
     Row("set to onChange", "Propagation", demands=TOLD),
     Row("  99th percentile", "Propagation", demands=TOLD, percentile=99),
+    Row("  processor, listener", "WatchedChange", demands={SMALLEST: [at_most(250_000, "250 us")]}),
     Row("loadDefaults, de_DE", "LoadDefaults de_DE.UTF-8", (100,), demands=LOADED),
     Row("loadDefaults, C", "LoadDefaults C", (100,), demands=LOADED),
     Row("tool: get", "ToolGet", demands={SMALLEST: [at_most_limit(3)]}),
