@@ -34,6 +34,7 @@
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/WorkQueue.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -156,7 +157,7 @@ void runReload(Reload::Kind kind) {
 }
 
 void queueReload(Reload::Kind kind) {
-    store().readQueue().async([kind] { runReload(kind); });
+    QRVPlatform::WorkQueue::of(store().readQueue()).handOver([kind] { runReload(kind); });
 }
 
 /// To be called on the store's queue.

@@ -126,6 +126,7 @@ NSMutableDictionary QRVSettings::cache() const {
     return state_->cache.load();
 }
 void QRVSettings::setCache(NSMutableDictionary cache) {
+    requireHostThread();
     state_->cache.store(std::move(cache));
 }
 
@@ -133,6 +134,7 @@ NSDictionary QRVSettings::storageCache() const {
     return state_->storedFile.read([](const QRVInside::StoredFile& file) { return file.tree; });
 }
 void QRVSettings::setStorageCache(NSDictionary storageCache) {
+    requireHostThread();
     state_->storedFile.update([&storageCache](QRVInside::StoredFile& file) {
         file.unsaved.isTreeReplaced = !storageCache.isNull();
         return std::exchange(file.tree, std::move(storageCache));

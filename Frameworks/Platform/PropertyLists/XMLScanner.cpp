@@ -7,6 +7,7 @@
 #include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
+#include "Platform/PropertyLists/Words.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
@@ -52,6 +53,7 @@ XMLScanner::XMLScanner(std::string_view text)
 bool XMLScanner::nextElement(XMLTag& tag) {
     for (;;) {
         skipSpace();
+        if (takePlainStartTag(tag)) return true;
         if (isAtEnd()) return false;
         const char next = at(position_ + 1);
         if (text_[position_] != '<' || next == '\0') fail("unexpected text", position_);
@@ -65,7 +67,7 @@ bool XMLScanner::nextElement(XMLTag& tag) {
 }
 
 void XMLScanner::endElement(const XMLTag& tag) {
-    if (tag.isEmpty) return;
+    if (tag.isEmpty || takePlainEndTag(tag)) return;
     if (isAtEnd()) failNotClosed(tag);
     const std::size_t begin = position_;
     position_ += 2;
@@ -95,9 +97,35 @@ std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
     return found;
 }
 
-void XMLScanner::skipSpace() {
+inline bool XMLScanner::takePlainStartTag(XMLTag& tag) {
+    if (text_.size() - position_ < PlainTag::mostBytes) return false;
+    const char* const here = text_.data() + position_;
+    const PlainStartTag& plain = plainStartTags.candidateFor(here);
+    if (!plain.tag.isAt(here)) return false;
+    hasElement_ = true;
+    tag = {nameOf(plain.element), position_, plain.element, plain.isEmpty};
+    position_ += plain.tag.length();
+    return true;
+}
+
+inline bool XMLScanner::takePlainEndTag(const XMLTag& tag) {
+    if (text_.size() - position_ < PlainTag::mostBytes) return false;
+    const PlainTag& plain = plainEndTags[static_cast<std::size_t>(tag.element)];
+    if (!plain.isAt(text_.data() + position_)) return false;
+    position_ += plain.length();
+    return true;
+}
+
+// Most white space is a line end and the tabs or blanks that follow it.
+inline void XMLScanner::skipSpace() {
     const char* const end = text_.data() + text_.size();
     const char* here = text_.data() + position_;
+    if (end - here > 8 && *here == '\n' && isSpace(here[1])) {
+        const std::uint64_t indentation = wordOf(*++here);
+        std::size_t same = 8;
+        for (; same == 8 && end - here >= 8; here += same)
+            same = zeroBytesOf(wordAt(here) ^ indentation);
+    }
     while (here != end && isSpace(*here)) ++here;
     position_ = static_cast<std::size_t>(here - text_.data());
 }
@@ -115,6 +143,8 @@ void XMLScanner::startTag(XMLTag& tag) {
     hasElement_ = true;
     tag.offset = position_++;
     tag.name = name();
+    tag.element = elementNamed(tag.name);
+    if (tag.element != XMLElement::Unknown) tag.name = nameOf(tag.element);
     while (at(position_) != '>' && at(position_) != '/') {
         const std::size_t end = position_;
         skipSpace();
@@ -196,10 +226,22 @@ void XMLScanner::requireBlank(std::string_view text) const {
         fail("unexpected text", static_cast<std::size_t>(other - text_.data()));
 }
 
+// The place of the next "<". Most text is so short that a call would take longer.
+inline std::size_t XMLScanner::nextMarkup() const {
+    constexpr std::size_t shortText = 32;
+    if (text_.size() - position_ < shortText) return text_.find('<', position_);
+    for (std::size_t passed = 0; passed < shortText; passed += 8) {
+        const std::size_t place =
+            firstZeroByteOf(wordAt(text_.data() + position_ + passed) ^ wordOf('<'));
+        if (place < 8) return position_ + passed + place;
+    }
+    return text_.find('<', position_ + shortText);
+}
+
 // Passes over characters up to the next markup.
 std::string_view XMLScanner::characters(const XMLTag& tag) {
     const std::size_t begin = position_;
-    const std::size_t end = text_.find('<', begin);
+    const std::size_t end = nextMarkup();
     if (end == std::string_view::npos) failNotClosed(tag);
     position_ = end;
     return {text_.data() + begin, end - begin};

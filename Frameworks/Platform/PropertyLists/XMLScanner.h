@@ -7,14 +7,16 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/PropertyLists/XMLElements.h"
 #include "Platform/PropertyLists/XMLText.h"
 
 namespace QRVPlatform::PropertyLists {
 
 struct XMLTag {
-    std::string_view name;
+    std::string_view name;   // lies in the text only when the element is unknown
     std::size_t offset = 0;  // of its "<"
-    bool isEmpty = false;    // <name/>: there is no end tag
+    XMLElement element = XMLElement::Unknown;
+    bool isEmpty = false;  // <name/>: there is no end tag
 };
 
 /// Passes once over a text, from tag to tag. Skips comments and processing instructions everywhere,
@@ -47,6 +49,11 @@ class XMLScanner {
     }
     [[nodiscard]] std::size_t findFromHere(std::string_view what, std::size_t skipped,
                                            const char* fault) const;
+    // All forms of tags are read by `startTag` and `endElement`. These two are quick about the
+    // usual ones; when they return false, nothing has happened.
+    bool takePlainStartTag(XMLTag& tag);
+    bool takePlainEndTag(const XMLTag& tag);
+    [[nodiscard]] std::size_t nextMarkup() const;
     void skipSpace();
     void requireBlank(std::string_view text) const;
     std::string_view name();

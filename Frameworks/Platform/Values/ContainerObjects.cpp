@@ -2,6 +2,7 @@
 #include "Platform/Values/ContainerObjects.h"
 
 #include <algorithm>
+#include <bit>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -23,7 +24,7 @@ constexpr std::size_t roomOfSlots(unsigned slotBits) noexcept {
 }
 
 constexpr std::uint8_t slotBitsFor(std::size_t capacity) noexcept {
-    std::uint8_t bits = 0;
+    auto bits = static_cast<std::uint8_t>(std::bit_width(capacity));  // never too many
     while (roomOfSlots(bits) < capacity) ++bits;
     return bits;
 }
@@ -116,6 +117,20 @@ void DictionaryContents::append(Reference<StringObject> key, PropertyListValue v
     insertSlot(key->hash, count_);
     new (begin() + count_) Entry{std::move(key), std::move(value)};
     ++count_;
+}
+
+void DictionaryContents::set(Reference<StringObject> key, PropertyListValue value) noexcept {
+    const std::uint32_t mask = slotMask();
+    const std::uint32_t hash = key->hash;
+    std::uint32_t* const index = slots();
+    std::uint32_t slot = hash & mask;
+    for (; index[slot] != 0; slot = (slot + 1) & mask) {
+        if (((index[slot] ^ hash) & ~mask) != 0) continue;
+        Entry& entry = begin()[(index[slot] & mask) - 1];
+        if (isSameText(entry.key->view(), key->view())) return entry.value.swap(value);
+    }
+    new (begin() + count_) Entry{std::move(key), std::move(value)};
+    index[slot] = (hash & ~mask) | ++count_;
 }
 
 DictionaryContents::Removed DictionaryContents::exchange(std::size_t index,

@@ -110,6 +110,8 @@ class DictionaryContents final : public DictionaryObject {
     /// @{
     /// The key must be missing, and there must be room.
     void append(Reference<StringObject> key, PropertyListValue value) noexcept;
+    /// Appends an entry, or replaces the value of the one that has the key. There must be room.
+    void set(Reference<StringObject> key, PropertyListValue value) noexcept;
     /// Replaces the value of an entry and returns the previous one.
     [[nodiscard]] Removed exchange(std::size_t index, PropertyListValue value) noexcept;
     /// Removes an entry and returns its value. The last entry takes its place.
@@ -183,6 +185,12 @@ class MutableContainer final : public ObjectType {
         return contents_;
     }
 
+    /// The contents without lock and reference, for a thread that alone changes the container: no
+    /// other thread replaces them, or edits them in place. Valid until this thread changes it.
+    [[nodiscard]] const Contents& contentsOfItsWriter() const noexcept QRV_NOT_CHECKED {
+        return *contents_.get();
+    }
+
     void setContents(Reference<Contents> contents) {
         const LockGuard guard(lock_);
         std::swap(contents_, contents);  // the previous ones are destroyed after the lock
@@ -194,6 +202,13 @@ class MutableContainer final : public ObjectType {
     mutable ShortLock lock_;
     Reference<Contents> contents_ QRV_GUARDED_BY(lock_);
 };
+
+/// The contents of a dictionary for a thread that alone changes it, if any thread does.
+inline const DictionaryContents& contentsForTheWriter(const Object* dictionary) noexcept {
+    if (!dictionary->isMutable) return *static_cast<const DictionaryContents*>(dictionary);
+    return static_cast<const MutableContainer<DictionaryObject>*>(dictionary)
+        ->contentsOfItsWriter();
+}
 
 /// Edits a mutable container under its lock, which is held as long as this lives:
 ///

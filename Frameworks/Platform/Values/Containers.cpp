@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "Platform/Values/ContainerObjects.h"
+#include "Platform/Values/HashedKey.h"
 
 using namespace QRVPlatform;
 
+using ValueObjects::Access;
 using ValueObjects::ArrayContents;
 using ValueObjects::ArrayObject;
 using ValueObjects::DictionaryContents;
@@ -264,14 +266,18 @@ NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> ent
     : NSMutableDictionary(NSDictionary(entries).mutableCopy()) {}
 
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
-    if (value.isNull()) return removeObjectForKey(key);
-    if (isNull()) return;
-    const std::uint32_t hash = hashOf(key);
-    Editing edit(mutableDictionary(object_));
-    const std::size_t index = edit.current().indexOf(key, hash);
+    setObjectForHashedKey(*this, std::move(value), HashedKey::of(key));
+}
+
+void QRVPlatform::setObjectForHashedKey(const NSMutableDictionary& dictionary,
+                                        PropertyListValue value, const HashedKey& key) {
+    if (value.isNull()) return dictionary.removeObjectForKey(key.text());
+    if (dictionary.isNull()) return;
+    Editing edit(static_cast<MutableContainer<DictionaryObject>&>(*Access::objectOf(dictionary)));
+    const std::size_t index = edit.current().indexOf(key.text(), key.hash);
     if (index == DictionaryContents::notFound) {
         edit.makeRoom(1);
-        edit->append(StringObject::make(key, hash), std::move(value));
+        edit->append(StringObject::make(key.text(), key.hash), std::move(value));
     } else {
         edit.makeRoom(0);
         edit.discard(edit->exchange(index, std::move(value)));

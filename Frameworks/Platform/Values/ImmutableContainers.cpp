@@ -24,12 +24,8 @@ NSDictionary immutableDictionary(std::span<KeyedValue> entries) {
     if (entries.empty()) return {};
     Reference<DictionaryContents> contents = DictionaryContents::make(entries.size());
     for (KeyedValue& entry : entries) {
-        Reference<StringObject> key(static_cast<StringObject*>(Access::leak(entry.key)));
-        const std::size_t index = contents->indexOf(key->view(), key->hash);
-        if (index == DictionaryContents::notFound)
-            contents->append(std::move(key), std::move(entry.value));
-        else
-            static_cast<void>(contents->exchange(index, std::move(entry.value)));
+        contents->set(Reference<StringObject>(static_cast<StringObject*>(Access::leak(entry.key))),
+                      std::move(entry.value));
     }
     return Access::handleOwning<NSDictionary>(contents.leak());
 }

@@ -72,6 +72,13 @@ struct Access {
     static Handle handleOwning(Object* owned) noexcept {
         return Handle(ObjectReference(owned));
     }
+    /// The value takes over one reference to a string, that the caller owns.
+    static PropertyListValue stringOwning(Object* owned) noexcept {
+        PropertyListValue value;
+        value.kind_ = Kind::String;
+        value.payload_.object = owned;
+        return value;
+    }
     /// The same bits; the reference that they may stand for is not counted.
     static PropertyListValue uncountedCopy(const PropertyListValue& value) noexcept {
         PropertyListValue copy;
