@@ -11,7 +11,6 @@ import json
 import os
 import plistlib
 import re
-import select
 import shutil
 import subprocess
 import sys
@@ -21,6 +20,7 @@ from pathlib import Path
 
 import comparison
 import table
+from processes import Bus, Pair
 
 SIZES = (100, 1000, 10000)
 # The participants in the order of their turns. A program that was not built is skipped.
@@ -29,7 +29,6 @@ PARTICIPANTS = ("limit", "own", "before", "qsettings", "kconfig", "gsettings", "
 # The store as it is, and as it was in another commit.
 STORES = ("own", "before")
 PROGRAM_OF = {"dconf": "gsettings", "before": "own"}
-LOST_IN_A_ROW = 5
 SECONDS_TOGETHER = 60
 SETTINGS_TOGETHER = 3000  # 900 of them are integers: enough for 100 in each of eight processes
 
@@ -64,20 +63,6 @@ class Figures:
     def as_json(self):
         return [{"row": row, "size": size, "participant": participant, "samples": samples}
                 for (row, size, participant), samples in sorted(self.samples.items())]
-
-
-class Bus:
-    """A private message bus, which starts the service that writes below one folder."""
-
-    def __init__(self, environment):
-        self.process = subprocess.Popen(
-            ["dbus-daemon", "--session", "--nofork", "--print-address"],
-            env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.address = self.process.stdout.readline().strip()
-
-    def close(self):
-        self.process.terminate()
-        self.process.wait()
 
 
 class Bench:
@@ -367,46 +352,6 @@ class Bench:
         if elapsed is not None:
             self.figures.add("Propagation", size, participant, elapsed)
         time.sleep(0.01)  # two changes within one tick of the file system's clock look like one
-
-
-class Pair:
-    """Two processes: one changes a setting, the other one is notified."""
-
-    def __init__(self, program, folder, environment):
-        self.lost = self.lost_in_a_row = 0
-        self.listener = self.start([program, "listen", folder], environment)
-        self.writer = self.start([program, "write", folder], environment)
-
-    @staticmethod
-    def start(command, environment):
-        process = subprocess.Popen(list(map(str, command)), env=environment, stdin=subprocess.PIPE,
-                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        if process.stdout.readline() != b"ready\n":
-            raise SystemExit(f"{command[0]} {command[1]} did not start")
-        return process
-
-    def is_out(self):
-        return self.lost_in_a_row >= LOST_IN_A_ROW
-
-    def change(self):
-        """Nanoseconds until the notification, or None if it took seconds."""
-        while select.select([self.listener.stdout], [], [], 0)[0]:
-            os.read(self.listener.stdout.fileno(), 4096)
-        self.writer.stdin.write(b"\n")
-        self.writer.stdin.flush()
-        start = int(self.writer.stdout.readline())
-        if select.select([self.listener.stdout], [], [], 3)[0]:
-            self.lost_in_a_row = 0
-            return int(os.read(self.listener.stdout.fileno(), 4096).split()[0]) - start
-        self.lost += 1
-        self.lost_in_a_row += 1
-        return None
-
-    def close(self):
-        self.writer.stdin.close()
-        self.writer.wait()
-        self.listener.terminate()
-        self.listener.wait()
 
 
 # What measures the rows whose names begin so; `measure_rows` measures all others.
