@@ -34,6 +34,11 @@ class TreeOfText {
     struct TooDeep {};
     using Entries = std::vector<std::pair<std::string, PropertyListValue>>;
 
+    static const PropertyListValue& none() {
+        static constexpr PropertyListValue null;
+        return null;
+    }
+
     PropertyListValue value(const PropertyListValue& value, const PropertyListValue& base,
                             std::size_t levels) {
         if (value.isDictionary()) return dictionary(value.dictionary(), base, levels);
@@ -68,15 +73,18 @@ class TreeOfText {
         Entries parts;    // that are other objects than in the tree
         Entries changes;  // from the base; null for what is gone
         for (QRVPlatform::DictionaryPairs pairs(before, after); pairs.next();) {
-            const PropertyListValue old =
-                pairs.valueBefore() == nullptr ? PropertyListValue() : *pairs.valueBefore();
-            if (pairs.valueAfter() == nullptr) {
+            const PropertyListValue* const present = pairs.valueAfter();
+            if (present == nullptr) {
                 changes.emplace_back(pairs.key(), nullptr);
                 continue;
             }
-            PropertyListValue part = value(*pairs.valueAfter(), old, levels - 1);
-            if (!part.isIdenticalTo(*pairs.valueAfter())) parts.emplace_back(pairs.key(), part);
-            if (hasBase && !part.isIdenticalTo(old)) changes.emplace_back(pairs.key(), part);
+            const PropertyListValue& old =
+                pairs.valueBefore() == nullptr ? none() : *pairs.valueBefore();
+            if (present->isIdenticalTo(old)) continue;
+            PropertyListValue part = value(*present, old, levels - 1);
+            if (!part.isIdenticalTo(*present)) parts.emplace_back(pairs.key(), part);
+            if (hasBase && !part.isIdenticalTo(old))
+                changes.emplace_back(pairs.key(), std::move(part));
         }
         if (hasBase && changes.empty()) return base;
         if (parts.empty()) return now;

@@ -8,6 +8,7 @@
 // Else the lines of the entry are left out, and those of the new one are written in their place.
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -105,10 +106,16 @@ class Edits {
     /// The line of the first key at `position` or later; `end` when there is none before it.
     [[nodiscard]] std::size_t nextKey(std::size_t position, std::size_t end,
                                       std::size_t level) const {
-        for (std::optional<Line> line = lines_.from(position); line && line->begin < end;
-             line = lines_.next(*line))
-            if (line->kind == Line::Kind::Key && line->tabs == level) return line->begin;
-        return end;
+        // Each line has one before it, because the text begins with a header.
+        const std::string beginning = "\n" + std::string(level, '\t') + "<key>";
+        if (position >= end) return end;
+        const std::string_view searched =
+            lines_.text().substr(position - 1, end - position + beginning.size() - 1);
+        const void* const found =
+            memmem(searched.data(), searched.size(), beginning.data(), beginning.size());
+        if (found == nullptr) return end;
+        return position +
+               static_cast<std::size_t>(static_cast<const char*>(found) - searched.data());
     }
 
     /// The line of the first key that is not less; the end of the range when there is none.
