@@ -54,7 +54,7 @@ bool WorkQueue::isRunningHere() const {
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
 // locked only waits again, for the mutex.
 
-std::uint64_t WorkQueue::add(WorkItem item) {
+std::uint64_t WorkQueue::add(WorkItem&& item) {
     Shift& shift = *shift_;
     std::error_code error;
     bool isNewShortage = false;
@@ -249,7 +249,7 @@ void WorkQueue::handOver(WorkItem item) {
     innermost->next = std::move(item);
 }
 
-void WorkQueue::async(WorkItem item) {
+void WorkQueue::async(WorkItem&& item) {
     ProcessQueues::startMissingThreads();
     add(std::move(item));
 }

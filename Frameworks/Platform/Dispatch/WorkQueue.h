@@ -49,7 +49,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     ~WorkQueue();
 
     /// An exception from an item ends the program.
-    void async(WorkItem item);
+    void async(WorkItem&& item);
     /// Like `async`, for a thread that may be held up as long as the item runs, and that runs no
     /// item: it runs this one itself if the queue has nothing to do before it. The same goes for
     /// what the item hands over. False in a child that was forked by an item: there the thread has
@@ -110,7 +110,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     WorkQueue(std::string label, const Limits& limits);
-    std::uint64_t add(WorkItem item);
+    std::uint64_t add(WorkItem&& item);
     std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
     bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
     void runThread(Shift& shift);
