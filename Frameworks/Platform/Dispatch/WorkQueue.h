@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -85,6 +86,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     /// What the queue is in one process. A forked child leaves its parent's as it is: no thread
     /// there could end a wait or release a lock.
     struct Shift {
+        static constexpr std::uint64_t nobody = std::numeric_limits<std::uint64_t>::max();
         Shift* ofParent = nullptr;  ///< never destroyed, and not used: nothing leaks
         Mutex mutex;
         std::condition_variable itemsChanged;
@@ -92,6 +94,8 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
         std::deque<WorkItem> items QRV_GUARDED_BY(mutex);
         std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
         std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
+        /// Who waits need not be woken before so many have finished, unless no thread goes on.
+        std::uint64_t awaited QRV_GUARDED_BY(mutex) = nobody;
         std::size_t threads QRV_GUARDED_BY(mutex) = 0;
         std::size_t idleThreads QRV_GUARDED_BY(mutex) = 0;
         std::size_t running QRV_GUARDED_BY(mutex) = 0;
@@ -118,6 +122,8 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     static bool runReserved(Reserved reserved);
     bool endReserved(Shift& shift);
     bool runUntil(Shift& shift, std::uint64_t number);
+    static void awaitItems(Shift& shift, std::uint64_t number) QRV_REQUIRES(shift.mutex);
+    static bool takeAwaited(Shift& shift) QRV_REQUIRES(shift.mutex);
     [[nodiscard]] bool isRunningHere() const;
 
     const std::string label_;
