@@ -135,6 +135,14 @@ void registerMergedSaves(const Fixture& of) {
     const auto burst = std::span<const std::string>(of.integers)
                            .first(std::min(Measures::writesInABurst, of.integers.size()));
     OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(("WriteBurstMerged" + of.name).c_str(),
+                                 [&store, burst](benchmark::State& state) {
+                                     const MergedSaves merged;
+                                     Measures::writeBurst(state, store, burst);
+                                 })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
     benchmark::RegisterBenchmark(("SaveBurstMerged" + of.name).c_str(),
                                  [&store, burst](benchmark::State& state) {
                                      const MergedSaves merged;
