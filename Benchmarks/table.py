@@ -88,6 +88,8 @@ ROWS = [
     Row("boolean, hot key", "BooleanHotKey", demands=HIT),
     Row("boolean, all keys", "BooleanAllKeys", demands=HIT),
     Row("boolean, allocations", "Allocations", ALL, "", {None: [at_most(0, "0")]}, "count"),
+    Row("held key, boolean", "HeldBooleans", limit="", demands={None: [at_most(10, "10 ns")]}),
+    Row("held key, integer", "HeldIntegers", limit="", demands={None: [at_most(10, "10 ns")]}),
     Row("default, first read", "DefaultFirst", ALL, "", {None: [at_most(150, "150 ns")]}),
     Row("default, read again", "DefaultAgain", ALL,
         demands={None: [at_most_limit(1.5), faster_than_peers()]}),
