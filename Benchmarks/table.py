@@ -88,6 +88,8 @@ ROWS = [
     Row("boolean, hot key", "BooleanHotKey", demands=HIT_OF_ONE),
     Row("boolean, all keys", "BooleanAllKeys", demands=HIT_OF_ALL),
     Row("boolean, allocations", "Allocations", ALL, "", {None: [at_most(0, "0")]}, "count"),
+    Row("held key, boolean", "HeldBooleans", limit="", demands={None: [at_most(10, "10 ns")]}),
+    Row("held key, integer", "HeldIntegers", limit="", demands={None: [at_most(10, "10 ns")]}),
     Row("default, first read", "DefaultFirst", ALL, "",
         {SMALLEST: [at_most(350, "350 ns")], None: [at_most(700, "700 ns")]}),
     Row("default, read again", "DefaultAgain", ALL,
