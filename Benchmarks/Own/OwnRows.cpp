@@ -159,6 +159,28 @@ void registerMergedSaves(const Fixture& of) {
         ->Repetitions(Measures::samplesOfARow);
 }
 
+/// Writes of an open batch, which queue no save.
+void registerBatch(const Fixture& of) {
+    const auto burst = std::span<const std::string>(of.integers)
+                           .first(std::min(Measures::writesInABurst, of.integers.size()));
+    OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(
+        ("WriteInABatch" + of.name).c_str(),
+        [&store, burst](benchmark::State& state) {
+            std::int64_t number = 400'000;
+            Measures::secondsOfAWrite(store, burst, number);
+            OwnStore::save();
+            QRVSettingsPrepareBatchSave();
+            for ([[maybe_unused]] const auto unused : state)
+                state.SetIterationTime(Measures::secondsOfAWrite(store, burst, number));
+            QRVSettingsCommitBatchSave();
+            OwnStore::save();
+        })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
+}
+
 void registerPropertyLists(const Fixture& of, const std::filesystem::path& files) {
     const auto* const tree = new NSDictionary(readApart(treeOf(of.settings)));
     benchmark::RegisterBenchmark(("XMLWriting" + of.name).c_str(), [tree](benchmark::State& state) {
@@ -234,6 +256,7 @@ int main(int argc, char** argv) {
     registerHalves(of, arguments.folder);
     registerFirstBurst(of, arguments.folder);
     registerMergedSaves(of);
+    registerBatch(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
     registerSite(of);
