@@ -8,6 +8,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Values/DictionaryDescent.h"
 #include "Platform/Values/DictionaryPairs.h"
+#include "QRVSettings/HashedKeyPath.h"
 
 namespace NSDictionaryQRV {
 namespace {
@@ -58,19 +59,8 @@ PropertyListValue objectAtKeyPath(const NSDictionary& root, QRVKeyPath keyPath) 
     if (keyPath.isNull()) return nullptr;
     if (root.isNull()) return nullptr;
     QRVPlatform::DictionaryDescent descent(root);
-    std::string_view rest = keyPath.text();
-    while (const auto key = takeIntermediateKey(rest)) {
-        const PropertyListValue* next = descent.find(*key);
-        if (next == nullptr) return nullptr;
-        if (!next->isDictionary()) {
-            NSLog("object is not a dictionary");
-            NSLog("%@", {keyPath.text()});
-            return nullptr;
-        }
-        descent.enter(*next);
-    }
-    const PropertyListValue* leaf = descent.find(rest);
-    return leaf == nullptr ? PropertyListValue() : *leaf;
+    return QRVInside::valueOrNull(
+        QRVInside::found(descent, QRVInside::HashedKeyPath(keyPath.text())));
 }
 
 void setObjectAtKeyPath(const NSDictionary& root, const PropertyListValue& value,

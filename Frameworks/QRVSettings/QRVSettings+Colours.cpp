@@ -13,12 +13,17 @@
 #include <string>
 #include <string_view>
 
+#include "QRVSettings/QRVSettings+Cache.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Site.h"
-#include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings.h"
 
+using QRVInside::cachedValue;
+using QRVInside::cacheValue;
 using QRVInside::requireHostThread;
+using QRVInside::StoreInside;
+using QRVInside::valueOfEntry;
+using QRVPlatform::HashedKey;
 
 namespace {
 
@@ -61,25 +66,24 @@ std::string QRVSettingsTextOfColor(const NSColor& color) {
 PropertyListValue QRVSettingsColorForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
-    const bool areLocked = QRVInside::StoreInside::state().locks != nullptr;
+    const bool areLocked = StoreInside::state().locks != nullptr;
     if (areLocked && QRVSettingsIsLocked(keyPath))
         return QRVSettingsColorOfText(QRVInside::lockedValue(keyPath.text()));
-    const QRVSettings& store = QRVSettings::sharedSettings();
+    const StoreInside::State& state = StoreInside::state();
+    const HashedKey key = HashedKey::of(keyPath.text());
 
-    PropertyListValue cached = store.cache().objectForKey(keyPath.text());
-    if (cached.isNullMarker()) return nullptr;  // 2
-    if (!cached.isNull()) return cached;
+    const PropertyListValue* const cached = cachedValue(state, key);
+    if (cached != nullptr) return valueOfEntry(*cached);  // 2
 
     PropertyListValue stored = QRVSettingsColorOfText(QRVSettingsStoredObjectForKeyPath(keyPath));
     if (!stored.isNull()) {  // 3
-        if (!store.disableCache()) store.cache().setObjectForKey(stored, keyPath.text());
+        if (!state.disableCache) cacheValue(state, stored, key);
         return stored;
     }
 
     PropertyListValue byDefault =
         QRVSettingsColorOfText(QRVSettingsDefaultForKeyPath(keyPath));  // 4, 5
-    store.cache().setObjectForKey(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault,
-                                  keyPath.text());
+    cacheValue(state, byDefault, key);
     return byDefault;
 }
 

@@ -7,7 +7,8 @@
 // on top, once what was found in the file has been published.
 //
 // A write, on the host's thread, joins the writes that wait. It queues a save only when none is
-// queued, so that at most one save is under way and one waits.
+// queued, so that at most one save is under way and one waits. Joining is an append: what later
+// writes replace is dropped by the save.
 //
 // A save, on the store's queue:
 // 1. It takes all writes that wait, applies them to `known`, and serialises the result.
@@ -129,13 +130,16 @@ class MergingSave {
   private:
     using SharedWrites = std::shared_ptr<const Writes>;
 
+    // Others may read the writes that are being saved, so those of this save are a copy.
     static SharedWrites takeWaitingWrites() {
-        const auto writes = std::make_shared<Writes>();
-        storedFile().update([&writes](StoredFile& file) {
+        const auto taken = std::make_shared<Writes>();
+        storedFile().update([&taken](StoredFile& file) {
             file.unsaved.isSaveQueued = false;
-            std::swap(*writes, file.unsaved.waiting);
-            file.unsaved.beingSaved = writes;
+            std::swap(*taken, file.unsaved.waiting);
+            file.unsaved.beingSaved = taken;
         });
+        const auto writes = std::make_shared<Writes>(*taken);
+        writes->settle();
         return writes;
     }
 
@@ -281,24 +285,33 @@ void queueReplacement(const NSDictionary& object, const NSArray& log) {
     }));
 }
 
-bool isTreeReplaced() {
-    return storedFile().read([](const StoredFile& file) { return file.unsaved.isTreeReplaced; });
+template <typename Add>
+void joinBatch(Add&& add) {
+    storedFile().update([&](StoredFile& file) {
+        ++file.version;
+        add(file.unsaved.ofBatch);
+    });
 }
 
-// A batch that is still there when a save is queued without it was ended by hand.
+/// `add` adds to the writes that wait, unless the next save replaces the whole file: then false.
+/// A batch that is still there when a save is queued without it was ended by hand.
 template <typename Add>
-void queueWrites(const NSArray& log, Add&& add) {
+bool queueUnlessTreeIsReplaced(Add&& add) {
     const std::string origin = originOfWrites();
-    queueSaveUnlessQueued(storedFile().update([&](StoredFile& file) {
-        ++file.version;
+    bool isReplaced = false;
+    const bool isQueued = storedFile().update([&](StoredFile& file) {
         UnsavedWrites& unsaved = file.unsaved;
+        isReplaced = unsaved.isTreeReplaced;
+        if (isReplaced) return true;
+        ++file.version;
         unsaved.forgetThoseOfTheParent();
         if (!unsaved.ofBatch.isEmpty()) unsaved.waiting.append(std::exchange(unsaved.ofBatch, {}));
         add(unsaved.waiting);
-        unsaved.waiting.addRecords(log);
-        unsaved.waiting.addOrigins(origin);
+        if (!origin.empty()) unsaved.waiting.addOrigins(origin);
         return std::exchange(unsaved.isSaveQueued, true);
-    }));
+    });
+    queueSaveUnlessQueued(isQueued);
+    return !isReplaced;
 }
 
 /// `add` adds the writes of a save of `tree` to those of the batch, or to those that wait.
@@ -306,15 +319,13 @@ template <typename Add>
 void queueOrJoinBatch(const NSDictionary& tree, const NSArray& log, Add&& add) {
     if (StoreInside::state().inBatchSave) {
         StoreInside::state().batchLogChanges.addObjectsFromArray(log);
-        storedFile().update([&](StoredFile& file) {
-            ++file.version;
-            add(file.unsaved.ofBatch);
-        });
-    } else if (isTreeReplaced()) {
-        queueReplacement(tree, log);
-    } else {
-        queueWrites(log, add);
+        return joinBatch(add);
     }
+    const bool isQueued = queueUnlessTreeIsReplaced([&](Writes& writes) {
+        add(writes);
+        writes.addRecords(log);
+    });
+    if (!isQueued) queueReplacement(tree, log);
 }
 
 // What a tree holds at the key paths of its change records.
@@ -345,10 +356,17 @@ NSDictionary UnsavedWrites::onTopOf(const NSDictionary& tree) const {
     return ofBatch.appliedTo(result, Writes::Logging::Off);
 }
 
-void queueMergingSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSArray& log) {
-    write.value = frozen(write.value);
-    write.unless = StoreInside::state().unless;
-    queueOrJoinBatch(tree, log, [&write](Writes& writes) { writes.add(std::move(write)); });
+void queueMergingSaveOfWrite(const NSMutableDictionary& tree, ChangeRecord record,
+                             const PropertyListValue& value, bool isOfEmpty) {
+    const StoreInside::State& state = StoreInside::state();
+    NewWrite write{std::move(record), !state.inBatchSave, isOfEmpty, frozen(value), state.unless};
+    const auto join = [&write](Writes& writes) { writes.join(std::move(write)); };
+    if (state.inBatchSave) {
+        state.batchLogChanges.addObject(write.record.dictionary());
+        joinBatch(join);
+    } else if (!queueUnlessTreeIsReplaced(join)) {
+        queueReplacement(tree, NSArray::arrayWithObject(write.record.dictionary()));
+    }
 }
 
 void queueMergingSave(const NSDictionary& object, const NSArray& log) {

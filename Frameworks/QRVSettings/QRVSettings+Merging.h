@@ -19,7 +19,8 @@ namespace QRVInside {
 void queueMergingSave(const NSDictionary& object, const NSArray& log);
 /// Of one write, whose value need not be frozen; `tree` is the stored tree after it. During a batch
 /// the write only joins the batch.
-void queueMergingSaveOfWrite(const NSMutableDictionary& tree, Write write, const NSArray& log);
+void queueMergingSaveOfWrite(const NSMutableDictionary& tree, ChangeRecord record,
+                             const PropertyListValue& value, bool isOfEmpty);
 /// Of the stored tree at the end of a batch, with the records that the batch has gathered.
 void queueMergingSaveOfBatch(const NSDictionary& tree, const NSArray& log);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Changes by other processes: from the notification to the change handler, in three places that
-// hand over to each other and never wait.
+// hand over to each other and never wait. The first two are queues; their items run on one thread
+// after the other if that saves waking another one (`WorkQueue::handOver`).
 //
 // presenterQueue:
 // 1. Nothing happens unless the file is monitored and its modification date has changed.
@@ -34,6 +35,7 @@
 #include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Dispatch/WorkQueue.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -154,7 +156,7 @@ void runReload(Reload::Kind kind) {
 }
 
 void queueReload(Reload::Kind kind) {
-    store().readQueue().async([kind] { runReload(kind); });
+    QRVPlatform::WorkQueue::of(store().readQueue()).handOver([kind] { runReload(kind); });
 }
 
 /// To be called on the store's queue.

@@ -13,31 +13,36 @@
 #include <string>
 #include <string_view>
 
+#include "QRVSettings/QRVSettings+Cache.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
+using QRVInside::cachedValue;
+using QRVInside::cacheValue;
 using QRVInside::lockedView;
 using QRVInside::Locks;
 using QRVInside::requireHostThread;
 using QRVInside::StoreInside;
+using QRVInside::valueOfEntry;
+using QRVPlatform::HashedKey;
 
 namespace {
 
 constexpr std::string_view nullText = "(null)";
 
 PropertyListValue unlockedObject(QRVKeyPath keyPath) {
+    const StoreInside::State& state = StoreInside::state();
     const std::string profileKeyPath = QRVSettingsProfileKeyForKey(keyPath);
-    const NSMutableDictionary cache = QRVSettings::sharedSettings().cache();
+    const HashedKey key = HashedKey::of(profileKeyPath);
 
-    PropertyListValue cached = cache.objectForKey(profileKeyPath);
-    if (cached.isNullMarker()) return nullptr;  // 2
-    if (!cached.isNull()) return cached;
+    const PropertyListValue* const cached = cachedValue(state, key);
+    if (cached != nullptr) return valueOfEntry(*cached);  // 2
 
     PropertyListValue value = QRVSettingsStoredObjectForKeyPath(profileKeyPath);  // 3
     if (value.isNull()) value = QRVSettingsDefaultForKeyPath(keyPath);            // 4
-    cache.setObjectForKey(value.isNull() ? PropertyListValue(NSNull{}) : value, profileKeyPath);
+    cacheValue(state, value, key);
     return value;
 }
 

@@ -17,18 +17,26 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "QRVSettings/HashedKeyPath.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+Cache.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings.h"
 
-using NSDictionaryQRV::objectAtKeyPath;
+using QRVInside::cachedValue;
+using QRVInside::cacheValue;
+using QRVInside::HashedKeyPath;
 using QRVInside::lockedValue;
 using QRVInside::lockedView;
 using QRVInside::requireHostThread;
 using QRVInside::storedTree;
 using QRVInside::StoreInside;
+using QRVInside::valueOfEntry;
+using QRVInside::valueOfTheWriter;
+using QRVInside::valueOrNull;
+using QRVPlatform::HashedKey;
 
 namespace QRVInside {
 
@@ -111,12 +119,11 @@ bool becomesStoredTree(const TreeOfFile& found) {
 
 }  // namespace
 
-NSDictionary storedTree() {
-    NSDictionary loaded = QRVSettings::sharedSettings().storageCache();
-    if (!loaded.isNull()) return loaded;
-    TreeOfFile found = treeOfFile();
-    while (!becomesStoredTree(found)) found = treeOfFile();
-    return found.tree;
+const NSDictionary& storedTree() {
+    const NSDictionary& tree = StoreInside::state().storedFile.ofItsWriter().tree;
+    if (tree.isNull())
+        while (!becomesStoredTree(treeOfFile())) continue;
+    return tree;
 }
 
 void replaceStoredTree(NSDictionary tree) {
@@ -141,53 +148,38 @@ NSDictionary QRVSettingsStoredValues() {
 PropertyListValue QRVSettingsStoredObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;
-    return objectAtKeyPath(storedTree(), keyPath);
+    return valueOrNull(valueOfTheWriter(storedTree(), HashedKeyPath(keyPath.text())));
 }
 
 PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
-    return objectAtKeyPath(QRVSettings::sharedSettings().defaults(), keyPath);
+    if (keyPath.isNull()) return nullptr;
+    return valueOrNull(
+        valueOfTheWriter(StoreInside::state().defaults, HashedKeyPath(keyPath.text())));
 }
 
 namespace {
 
-void cacheUnlessDisabled(const PropertyListValue& value, QRVKeyPath keyPath) {
-    const QRVSettings& store = QRVSettings::sharedSettings();
-    if (!store.disableCache()) store.cache().setObjectForKey(value, keyPath.text());
-}
-
-// The entry of the cache; null when there is none.
-PropertyListValue cachedObject(const StoreInside::State& state, QRVKeyPath keyPath) {
-    return state.cache.read(
-        [keyPath](const NSDictionary& cache) { return cache.objectForKey(keyPath.text()); });
-}
-
-// Not inlined, so that a read that the cache answers is short.
-[[gnu::noinline]] PropertyListValue objectBelowTheCache(QRVKeyPath keyPath) {
-    PropertyListValue stored = objectAtKeyPath(storedTree(), keyPath);
-    if (!stored.isNull()) {  // 4
-        cacheUnlessDisabled(stored, keyPath);
-        return stored;
-    }
-
-    PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPath);  // 5
-    cacheUnlessDisabled(byDefault.isNull() ? PropertyListValue(NSNull{}) : byDefault, keyPath);
-    return byDefault;
-}
-
-[[gnu::always_inline]] inline PropertyListValue objectWithoutLocks(const StoreInside::State& state,
-                                                                   QRVKeyPath keyPath) {
-    PropertyListValue cached = cachedObject(state, keyPath);
-    if (cached.isNull()) return objectBelowTheCache(keyPath);
-    if (cached.isNullMarker()) cached = nullptr;  // 3
-    return cached;
+// Not inlined, so that a read that the cache answers is short; nor does that read need a key in
+// memory.
+[[gnu::noinline]] PropertyListValue objectBelowTheCache(std::string_view text, std::uint32_t hash) {
+    const HashedKeyPath keyPath(text);
+    const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
+    const StoreInside::State& state = StoreInside::state();
+    if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
+    if (!state.disableCache)
+        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
+    return valueOrNull(found);
 }
 
 // Nor is this, for the same reason, and it alone looks for locks.
 [[gnu::noinline]] PropertyListValue objectWithLocks(const StoreInside::State& state,
-                                                    QRVKeyPath keyPath) {
-    if (state.locks->at(keyPath.text()).isLocked()) return lockedValue(keyPath.text());  // 2
-    return lockedView(keyPath.text(), objectWithoutLocks(state, keyPath));
+                                                    std::string_view keyPath) {
+    if (state.locks->at(keyPath).isLocked()) return lockedValue(keyPath);  // 2
+    const HashedKey key = HashedKey::of(keyPath);
+    const PropertyListValue* const cached = cachedValue(state, key);
+    if (cached == nullptr) return lockedView(keyPath, objectBelowTheCache(keyPath, key.hash));
+    return lockedView(keyPath, valueOfEntry(*cached));  // 3
 }
 
 }  // namespace
@@ -196,10 +188,21 @@ PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     requireHostThread();
     if (keyPath.isNull()) return nullptr;  // 1
     const StoreInside::State& state = StoreInside::state();
-    if (state.locks != nullptr) return objectWithLocks(state, keyPath);
-    return objectWithoutLocks(state, keyPath);
+    if (state.locks != nullptr) return objectWithLocks(state, keyPath.text());
+    const HashedKey key = HashedKey::of(keyPath.text());
+    const PropertyListValue* const cached = cachedValue(state, key);
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash);
+    return valueOfEntry(*cached);  // 3
 }
 
+// The same, with the entry read in place.
 bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath) {
-    return QRVSettingsObjectForKeyPath(keyPath).boolValue();
+    requireHostThread();
+    if (keyPath.isNull()) return false;
+    const StoreInside::State& state = StoreInside::state();
+    if (state.locks != nullptr) return objectWithLocks(state, keyPath.text()).boolValue();
+    const HashedKey key = HashedKey::of(keyPath.text());
+    const PropertyListValue* const cached = cachedValue(state, key);
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash).boolValue();
+    return cached->boolValue();
 }

@@ -21,6 +21,7 @@
 #include "Platform/Coordination/CoordinatedWrite.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/ProcessQueues.h"
+#include "Platform/Dispatch/WorkQueue.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -34,10 +35,12 @@
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::OldFile;
+using QRVInside::originOfWrites;
 using QRVInside::requireHostThread;
 using QRVInside::SaveOutcome;
 using QRVInside::StoredFile;
 using QRVInside::StoreInside;
+using QRVPlatform::WorkQueue;
 
 namespace {
 
@@ -156,7 +159,33 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string ori
     return outcome;
 }
 
+/// Runs once. So small that a queue holds it without an allocation.
+struct SaveOfWrite {
+    NSDictionary tree;
+    QRVInside::ChangeRecord record;
+
+    void operator()() { run({}); }
+    void run(std::string origin) {
+        const NSArray log = NSArray::arrayWithObject(std::move(record).dictionary());
+        StoreInside::state().saves.end(save(tree, log, std::move(origin)));
+    }
+};
+static_assert(sizeof(SaveOfWrite) <= QRVPlatform::WorkItem::roomInside);
+
 }  // namespace
+
+void QRVInside::saveTreeOfWrite(NSDictionary tree, ChangeRecord record) {
+    StoreInside::State& state = StoreInside::state();
+    if (state.inBatchSave) return state.batchLogChanges.addObject(record.dictionary());
+    state.saves.begin();
+    WorkQueue& queue = WorkQueue::of(state.queue);
+    std::string origin = originOfWrites();
+    if (origin.empty())
+        queue.async(SaveOfWrite{std::move(tree), std::move(record)});
+    else
+        queue.async([save = SaveOfWrite{std::move(tree), std::move(record)},
+                     origin = std::move(origin)]() mutable { save.run(std::move(origin)); });
+}
 
 void QRVInside::logMissingValue() {
     logSaveMessage(SaveMessageLine::MissingValue, "Trying to save settings with missing value", {});
@@ -267,7 +296,7 @@ void QRVSettingsSaveObjectWithLog(const NSDictionary& object, const NSArray& log
         return;
     }
     state.saves.begin();
-    state.queue.async([&state, object, log, origin = QRVInside::originOfWrites()] {
+    state.queue.async([&state, object, log, origin = originOfWrites()] {
         state.saves.end(save(object, log, origin));
     });
 }

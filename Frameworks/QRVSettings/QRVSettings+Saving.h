@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the saves of whole trees and the merging saves share, all on the store's queue.
+// The save of a write; and what the saves of whole trees and the merging saves share, all on the
+// store's queue.
 
 #include <functional>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "Platform/Files/HeldFile.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/QRVSettings+ChangeRecord.h"
 #include "QRVSettings/QRVSettings+KnownText.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
 
@@ -17,6 +19,10 @@ class WriteAccess;
 }
 
 namespace QRVInside {
+
+/// As QRVSettingsSaveObjectWithLog with this record alone, when the store does not merge saves.
+/// Outside of a batch the record becomes a dictionary on the store's queue. On the host's thread.
+void saveTreeOfWrite(NSDictionary tree, ChangeRecord record);
 
 void logMissingValue();
 

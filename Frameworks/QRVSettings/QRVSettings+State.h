@@ -71,6 +71,8 @@ struct QRVSettings::State {
     const QRVInside::Locks* locks = nullptr;
     NSMutableDictionary defaults = nullptr;
     std::optional<std::string> activeProfile;
+    /// Grows whenever the profile is set.
+    std::uint64_t numberOfActiveProfile = 0;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
     std::optional<std::string> changeOrigin;
@@ -100,7 +102,10 @@ namespace QRVInside {
 /// The one door to the state for the sources of this folder.
 struct StoreInside {
     using State = QRVSettings::State;
-    static State& state() { return *QRVSettings::sharedSettings().state_; }
+    static State& state() {
+        static State& ofTheStore = *QRVSettings::sharedSettings().state_;
+        return ofTheStore;
+    }
 };
 
 }  // namespace QRVInside

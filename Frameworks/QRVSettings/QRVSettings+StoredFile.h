@@ -97,8 +97,9 @@ struct StoredFile {
 };
 
 /// The stored tree itself, of which QRVSettingsStoredValues is a copy; reads the file while there
-/// is no tree. Not to be kept: the next write replaces it. For the host's thread.
-NSDictionary storedTree();
+/// is no tree. Not to be kept: the next write replaces it. For the host's thread, which alone
+/// replaces the tree, and so reads it without a lock.
+const NSDictionary& storedTree();
 
 /// Makes `tree` the stored one, as part of a write or an import.
 void replaceStoredTree(NSDictionary tree);

@@ -170,7 +170,7 @@ bool Settled::isIn(const NSDictionary& tree) const {
 // below the key path, the later one decides what is there. Only to a removal, other than to a
 // value, a value on its way does not give way: `followsAValue`. One that may turn out not to be
 // needed leaves the earlier one in force.
-void Writes::add(Write write) {
+void Writes::addSettled(Write write) {
     const auto [entry, isNew] = indexes_.try_emplace(write.keyPath, writes_.size());
     if (!isNew) {
         std::optional<Write>& earlier = writes_[std::exchange(entry->second, writes_.size())];
@@ -186,6 +186,38 @@ void Writes::add(Write write) {
     if (writes_.size() > 2 * count_ + few) removeGaps();
 }
 
+void Writes::add(Write write) {
+    settle();
+    addSettled(std::move(write));
+}
+
+// So few wait at most that values which later writes have replaced take little memory, and that
+// adding them does not hold anybody up.
+void Writes::join(NewWrite write) {
+    constexpr std::size_t most = 64;
+    if (joined_.size() >= most) settle();
+    if (joined_.capacity() == 0) joined_.reserve(most / 2);
+    joined_.push_back(std::move(write));
+}
+
+// Nothing is lost when there is no memory for all of them: adding a write again changes nothing.
+void Writes::settle() {
+    NSMutableArray records;
+    for (const NewWrite& write : joined_) {
+        if (write.hasRecord) records.addObject(write.record.dictionary());
+        addSettled(
+            {write.record.keyPath.stringValue(), write.value, write.unless, write.isOfEmpty});
+    }
+    if (records.count() != 0) addSettledRecords(records);
+    joined_ = {};
+}
+
+Writes Writes::settled() const {
+    Writes copy = *this;
+    copy.settle();
+    return copy;
+}
+
 void Writes::removeGaps() {
     std::vector<std::optional<Write>> kept;
     for (std::optional<Write>& write : writes_)
@@ -196,6 +228,7 @@ void Writes::removeGaps() {
 }
 
 void Writes::replaceTree(NSDictionary tree) {
+    settle();
     writes_.clear();
     indexes_.clear();
     count_ = 0;
@@ -205,7 +238,13 @@ void Writes::replaceTree(NSDictionary tree) {
 
 void Writes::addRecords(const NSArray& log) {
     if (log.isNull()) return;
-    if (records_.isNull()) records_ = NSMutableArray();
+    settle();
+    addSettledRecords(log);
+}
+
+// A copy of these writes has the same array, which stays as it is.
+void Writes::addSettledRecords(const NSArray& log) {
+    records_ = records_.isNull() ? NSMutableArray() : records_.mutableCopy();
     records_.addObjectsFromArray(log);
 }
 
@@ -220,7 +259,17 @@ void Writes::addOrigins(const std::string& origins) {
     }
 }
 
+NSArray Writes::records() const {
+    return isSettled() ? records_ : settled().records_;
+}
+
+void Writes::dropRecords() {
+    settle();
+    records_ = nullptr;
+}
+
 void Writes::dropEarlierRecords() {
+    settle();
     if (records_.isNull()) return;
     std::unordered_map<std::string, PropertyListValue> latest;
     for (const PropertyListValue& record : records_)
@@ -233,6 +282,7 @@ void Writes::dropEarlierRecords() {
 }
 
 void Writes::append(const Writes& later) {
+    if (!later.isSettled()) return append(later.settled());
     if (!later.tree_.isNull()) replaceTree(later.tree_);
     for (const std::optional<Write>& write : later.writes_)
         if (write) add(*write);
@@ -241,6 +291,7 @@ void Writes::append(const Writes& later) {
 }
 
 std::vector<std::string> Writes::keyPaths() const {
+    if (!isSettled()) return settled().keyPaths();
     std::vector<std::string> result;
     for (const std::optional<Write>& write : writes_)
         if (write) result.push_back(write->keyPath);
@@ -248,6 +299,7 @@ std::vector<std::string> Writes::keyPaths() const {
 }
 
 NSDictionary Writes::appliedTo(const NSDictionary& tree, Logging logging) const {
+    if (!isSettled()) return settled().appliedTo(tree, logging);
     const NSDictionary& start = tree_.isNull() ? tree : tree_;
     if (count_ == 0) return start;
     const NSMutableDictionary result = start.isNull() ? NSMutableDictionary() : start.mutableCopy();
@@ -268,6 +320,7 @@ void Writes::removeRefusedOfTree(std::vector<RefusedWrite>& refused) {
 }
 
 std::vector<RefusedWrite> Writes::removeRefused() {
+    settle();
     std::vector<RefusedWrite> refused;
     removeRefusedOfTree(refused);
     for (std::optional<Write>& write : writes_) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/QRVSettings+ChangeRecord.h"
 
 namespace QRVInside {
 
@@ -46,6 +47,15 @@ struct Write {
     bool followsAValue = false;
 };
 
+/// A write as its caller leaves it, which takes the fewest steps.
+struct NewWrite {
+    ChangeRecord record;
+    bool hasRecord = true;    ///< else the record is elsewhere, and only its key path counts
+    bool isOfEmpty = false;   ///< `Write::isOfEmpty`
+    PropertyListValue value;  ///< frozen; null removes
+    std::shared_ptr<const Settled> unless = nullptr;  ///< `Write::unless`
+};
+
 /// A write that no property list can hold, and why.
 struct RefusedWrite {
     std::string keyPath;
@@ -58,6 +68,10 @@ struct RefusedWrite {
 class Writes {
   public:
     void add(Write write);
+    /// With its record. In most cases only appended: whoever uses the writes next adds it.
+    void join(NewWrite write);
+    /// Adds what has only joined.
+    void settle();
     /// Whatever the tree was, it becomes this one (frozen); the earlier writes are forgotten.
     void replaceTree(NSDictionary tree);
     /// Null adds none.
@@ -69,12 +83,12 @@ class Writes {
     [[nodiscard]] const std::string& origins() const { return origins_; }
 
     /// Neither writes nor another tree.
-    [[nodiscard]] bool isEmpty() const { return count_ == 0 && tree_.isNull(); }
+    [[nodiscard]] bool isEmpty() const { return count_ == 0 && joined_.empty() && tree_.isNull(); }
     [[nodiscard]] bool replaceTheTree() const { return !tree_.isNull(); }
     /// Of the writes; empty for another tree.
     [[nodiscard]] std::vector<std::string> keyPaths() const;
     /// Null when no log was added.
-    [[nodiscard]] const NSMutableArray& records() const { return records_; }
+    [[nodiscard]] NSArray records() const;
 
     /// What the writes make of `tree`, which is frozen or null, and stays as it is. The result is
     /// frozen; null only when there was no tree and nothing was written. A value on the way of a
@@ -85,11 +99,15 @@ class Writes {
     /// Takes out the writes, and of another tree the values, that no property list can hold.
     std::vector<RefusedWrite> removeRefused();
 
-    void dropRecords() { records_ = nullptr; }
+    void dropRecords();
     /// Leaves the last record of each key path.
     void dropEarlierRecords();
 
   private:
+    [[nodiscard]] bool isSettled() const { return joined_.empty(); }
+    [[nodiscard]] Writes settled() const;
+    void addSettled(Write write);
+    void addSettledRecords(const NSArray& log);
     void removeGaps();
     void removeRefusedOfTree(std::vector<RefusedWrite>& refused);
 
@@ -98,6 +116,7 @@ class Writes {
     std::unordered_map<std::string, std::size_t> indexes_;  ///< into `writes_`, by key path
     std::size_t count_ = 0;                                 ///< of the writes that are there
     NSMutableArray records_ = nullptr;
+    std::vector<NewWrite> joined_;  ///< later than all that is above
     std::string origins_;
 };
 

@@ -10,23 +10,30 @@
 // 5. The value is stored in the working tree.
 // 6. The working tree becomes the stored tree; nobody else has it.
 // 7. The value is cached as it was passed, also when it is not stored.
-// 8. The save is queued with the tree and the record.
+// 8. The save is queued with the tree and the record, which becomes a dictionary on the store's
+// queue; in a batch it does so at once.
 
-#include <array>
 #include <string>
 #include <utility>
 
-#include "Platform/Values/ImmutableContainers.h"
+#include "QRVSettings/HashedKeyPath.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+Cache.h"
+#include "QRVSettings/QRVSettings+ChangeRecord.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
+#include "QRVSettings/QRVSettings+Saving.h"
 #include "QRVSettings/QRVSettings+Site.h"
 #include "QRVSettings/QRVSettings+State.h"
 #include "QRVSettings/QRVSettings+StoredFile.h"
 #include "QRVSettings/QRVSettings+WriteSetting.h"
 #include "QRVSettings/QRVSettings.h"
 
+using QRVInside::ChangeRecord;
+using QRVInside::HashedKeyPath;
 using QRVInside::requireHostThread;
+using QRVInside::StoreInside;
+using QRVPlatform::HashedKey;
 
 namespace {
 
@@ -34,34 +41,40 @@ bool isEmptyDictionary(const PropertyListValue& value) {
     return value.isDictionary() && value.dictionary().count() == 0;
 }
 
-NSDictionary changeRecord(QRVKeyPath keyPath) {
+// Its key path comes with the cache entry, whose key it shares.
+ChangeRecord changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
-    static const PropertyListValue key("key");
-    static const PropertyListValue time("time");
-    std::array<QRVPlatform::KeyedValue, 2> entries{
-        {{key, keyPath.text()}, {time, NSDate::now().timeIntervalSince1970()}}};
-    return QRVPlatform::immutableDictionary(entries);
+    return {nullptr, NSDate::now().timeIntervalSince1970()};
+}
+
+// Whether `value` is the default at the key path, which most often is that of the write.
+bool isDefault(const PropertyListValue& value, QRVKeyPath keyPath, const HashedKeyPath& written) {
+    if (keyPath.isNull()) return false;
+    const NSMutableDictionary& defaults = StoreInside::state().defaults;
+    const PropertyListValue* const byDefault =
+        keyPath.text() == written.text()
+            ? valueOfTheWriter(defaults, written)
+            : valueOfTheWriter(defaults, HashedKeyPath(keyPath.text()));                   // 2
+    return byDefault != nullptr && byDefault->isSameKindAs(value) && *byDefault == value;  // 3
 }
 
 void writeUnlocked(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault,
                    bool isOfEmpty) {
-    const QRVSettings& store = QRVSettings::sharedSettings();
+    static constexpr PropertyListValue none;
     NSMutableDictionary working = QRVInside::storedTree().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
-    const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
-    const PropertyListValue stored = isDefault ? nullptr : value;
-    const NSDictionary record = changeRecord(keyPath);  // 4
-    const NSArray log = NSArray::arrayWithObject(record);
-    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
-    QRVInside::replaceStoredTree(working);                          // 6
-    store.cache().setObjectForKey(value, keyPath.text());           // 7
-    if (QRVInside::StoreInside::state().mergesSaves)                // 8
-        QRVInside::queueMergingSaveOfWrite(
-            working, {std::string(keyPath.text()), stored, nullptr, isOfEmpty}, log);
+    const HashedKeyPath hashed(keyPath.text());
+    const PropertyListValue& stored = isDefault(value, keyPathOfDefault, hashed) ? none : value;
+    ChangeRecord record = changeRecord(keyPath);              // 4
+    QRVInside::setValueOfTheWriter(working, stored, hashed);  // 5
+    QRVInside::replaceStoredTree(working);                    // 6
+    const StoreInside::State& state = StoreInside::state();
+    record.keyPath = QRVInside::cacheWritten(state, value, HashedKey::of(keyPath.text()));  // 7
+    if (state.mergesSaves)                                                                  // 8
+        QRVInside::queueMergingSaveOfWrite(working, std::move(record), stored, isOfEmpty);
     else
-        QRVSettingsSaveObjectWithLog(working.copy(), log);
+        QRVInside::saveTreeOfWrite(working.copy(), std::move(record));
 }
 
 }  // namespace
@@ -97,6 +110,7 @@ void QRVSettingsRemoveEmptyLevelsAbove(QRVKeyPath keyPath) {
 }
 
 void QRVSettingsClearCacheForKeyPath(QRVKeyPath keyPath) {
+    requireHostThread();
     if (keyPath.isNull()) return;
     QRVSettings::sharedSettings().cache().removeObjectForKey(keyPath.text());
 }

@@ -100,6 +100,7 @@ const std::optional<std::string>& QRVSettings::activeProfile() const {
 void QRVSettings::setActiveProfile(std::optional<std::string> activeProfile) {
     requireHostThread();
     state_->activeProfile = std::move(activeProfile);
+    ++state_->numberOfActiveProfile;
 }
 
 const QRVSettings::ChangeHandler& QRVSettings::onChange() const {
@@ -126,6 +127,7 @@ NSMutableDictionary QRVSettings::cache() const {
     return state_->cache.load();
 }
 void QRVSettings::setCache(NSMutableDictionary cache) {
+    requireHostThread();
     state_->cache.store(std::move(cache));
 }
 
@@ -133,6 +135,7 @@ NSDictionary QRVSettings::storageCache() const {
     return state_->storedFile.read([](const QRVInside::StoredFile& file) { return file.tree; });
 }
 void QRVSettings::setStorageCache(NSDictionary storageCache) {
+    requireHostThread();
     state_->storedFile.update([&storageCache](QRVInside::StoredFile& file) {
         file.unsaved.isTreeReplaced = !storageCache.isNull();
         return std::exchange(file.tree, std::move(storageCache));

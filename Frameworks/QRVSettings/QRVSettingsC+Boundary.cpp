@@ -3,6 +3,10 @@
 
 #include "QRVSettings/QRVSettingsC+Boundary.h"
 
+#include <array>
+#include <cstddef>
+#include <new>
+#include <string>
 #include <system_error>
 
 #include "Platform/PropertyLists/Unicode.h"
@@ -10,9 +14,18 @@
 namespace QRVInside::CInterface {
 namespace {
 
+struct EmptiedAtTheEnd {
+    std::string& text;
+    ~EmptiedAtTheEnd() { std::string().swap(text); }
+};
+
+// The text itself is not destroyed: destructors that run later on the thread may fail, too.
 std::string& lastError() {
-    thread_local std::string text;
-    return text;
+    alignas(std::string) thread_local std::array<std::byte, sizeof(std::string)> place;
+    thread_local std::string* const text = new (place.data()) std::string;
+    thread_local const EmptiedAtTheEnd emptied{*text};
+    static_cast<void>(emptied);
+    return *text;
 }
 
 qrv_result keep(qrv_result result, const char* text) noexcept {

@@ -32,6 +32,7 @@ enum class SystemCall {
     RemoveAttribute,
     Rename,
     SetAttribute,
+    Socket,
     Sync,
     SyncData,
     WriteMuch
@@ -76,6 +77,8 @@ inline std::vector<long> numbersOf(SystemCall call) {
 #endif
         case SystemCall::SetAttribute:
             return {SYS_fsetxattr};
+        case SystemCall::Socket:
+            return {SYS_socket};
         case SystemCall::Sync:
             return {SYS_fsync};
         case SystemCall::SyncData:

@@ -312,6 +312,81 @@ TEST(Writes, RecordsAreKeptInOrderAlsoOfWritesThatAreReplaced) {
     EXPECT_EQ(later.records(), NSArray({second}));
 }
 
+// --- Writes that have only joined
+
+namespace {
+
+using QRVInside::NewWrite;
+
+NSDictionary recordOf(const std::string& keyPath, double time) {
+    return {{"key", keyPath}, {"time", time}};
+}
+
+/// Both do the same to writes: `added` write by write, `joined` as the host's thread does.
+struct AddedAndJoined {
+    Writes added;
+    Writes joined;
+
+    void write(const Write& one, double time, bool hasRecord) {
+        joined.join({{one.keyPath, time}, hasRecord, one.isOfEmpty, one.value, one.unless});
+        added.add(one);
+        if (hasRecord) added.addRecords(NSArray::arrayWithObject(recordOf(one.keyPath, time)));
+    }
+    void change(double time) {
+        const auto both = [this](auto&& edit) {
+            edit(added);
+            edit(joined);
+        };
+        switch (*rc::gen::inRange(0, 7)) {
+            case 0:
+                return both([tree = anyTree()](Writes& writes) {
+                    if (!tree.isNull()) writes.replaceTree(tree);
+                });
+            case 1:
+                return both([time](Writes& writes) {
+                    writes.addRecords(NSArray::arrayWithObject(recordOf("R", time)));
+                });
+            case 2:
+                return both([](Writes& writes) { writes.dropRecords(); });
+            case 3:
+                return both([](Writes& writes) { writes.dropEarlierRecords(); });
+            case 4:
+                return both([](Writes& writes) { static_cast<void>(writes.removeRefused()); });
+            case 5:
+                return both([one = anyWrite()](Writes& writes) { writes.add(one); });
+            default:
+                return both([one = anyWrite()](Writes& writes) {
+                    Writes earlier = writesOf({one});
+                    earlier.append(writes);
+                    writes = earlier;
+                });
+        }
+    }
+};
+
+}  // namespace
+
+RC_GTEST_PROP(WritesProperty, JoiningIsAdding, ()) {
+    AddedAndJoined writes;
+    const auto flag = std::make_shared<const Settled>(Settled{"A", 1});
+    for (int count = *rc::gen::inRange(0, 150); count > 0; --count) {
+        const double time = -count;
+        if (*rc::gen::inRange(0, 12) == 0) {
+            writes.change(time);
+            continue;
+        }
+        Write one = anyWrite();
+        if (*rc::gen::inRange(0, 4) == 0) one.unless = flag;
+        one.isOfEmpty = one.value.isNull() && *rc::gen::arbitrary<bool>();
+        writes.write(one, time, *rc::gen::inRange(0, 4) > 0);
+    }
+    const NSDictionary tree = anyTree();
+    RC_ASSERT(writes.joined.isEmpty() == writes.added.isEmpty());
+    RC_ASSERT(writes.joined.keyPaths() == writes.added.keyPaths());
+    RC_ASSERT(writes.joined.records() == writes.added.records());
+    RC_ASSERT(applied(writes.joined, tree) == applied(writes.added, tree));
+}
+
 // --- Writes that may turn out not to be needed
 
 TEST(Writes, AreLeftOutWhenTheFileHasWhatSettlesThem) {

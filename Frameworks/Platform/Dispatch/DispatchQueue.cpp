@@ -17,6 +17,10 @@ DispatchQueue::~DispatchQueue() {
     work_->finish();
 }
 
+WorkQueue& WorkQueue::of(const DispatchQueue& queue) noexcept {
+    return *queue.work_;
+}
+
 // Kept for the call, here and below: the work may run, and destroy this queue, before the call has
 // returned.
 void DispatchQueue::async(std::function<void()> work) {

@@ -12,6 +12,10 @@ NSOperationQueue::NSOperationQueue()
                                            .idleTime = QRVPlatform::operationThreadIdleTime,
                                            .holdsUpForks = false})) {}
 
+WorkQueue& WorkQueue::of(const NSOperationQueue& queue) noexcept {
+    return *queue.work_;
+}
+
 NSOperationQueue::~NSOperationQueue() {
     work_->finish();
 }

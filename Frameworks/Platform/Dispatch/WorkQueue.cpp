@@ -22,18 +22,13 @@ using Clock = std::chrono::steady_clock;
 /// forked, the queue has another shift.
 struct Running {
     const void* shift;
-    const Running* outer;
+    Running* outer;
+    bool mayHandOver;
+    /// What the item has handed over, and to whom.
+    std::shared_ptr<WorkQueue> nextQueue;
+    WorkItem next;
 };
-thread_local const Running* innermost = nullptr;
-
-// The item is destroyed here as well: what it captures may be the host's, and use the queue.
-void runAndDestroy(const void* shift, WorkQueue::Item item) noexcept {
-    const Running running{shift, innermost};
-    innermost = &running;
-    item();
-    item = nullptr;
-    innermost = running.outer;
-}
+thread_local Running* innermost = nullptr;
 
 }  // namespace
 
@@ -59,7 +54,7 @@ bool WorkQueue::isRunningHere() const {
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
 // locked only waits again, for the mutex.
 
-std::uint64_t WorkQueue::add(Item item) {
+std::uint64_t WorkQueue::add(WorkItem&& item) {
     Shift& shift = *shift_;
     std::error_code error;
     bool isNewShortage = false;
@@ -116,7 +111,19 @@ void WorkQueue::runThread(Shift& shift) {
     Threads::nameCurrentThread(label_);
     MutexLock lock(shift.mutex);
     while (waitForItem(shift, lock)) {
-        if (!runItem(shift, lock)) return;
+        // The only thread of a queue goes on with nothing else: it is needed there.
+        Reserved next;
+        if (!runItem(shift, lock, limits_.threads > 1 ? &next : nullptr)) return;
+        if (next.queue) {
+            // Not one of this queue's threads meanwhile, whose end does not wait for other queues.
+            --shift.threads;
+            lock.unlock();
+            shift.itemFinished.notify_all();
+            if (!runReserved(std::move(next))) return;
+            lock.lock();
+            if (shift.threads >= limits_.threads) return;
+            ++shift.threads;
+        }
         ++shift.idleThreads;
     }
     --shift.threads;
@@ -143,21 +150,111 @@ bool WorkQueue::waitForItem(Shift& shift, MutexLock& lock) const {
 
 // Not checked: clang does not see that `lock` holds the mutex.
 /// False in a child that was forked by the item: the lock is the parent's, and is not held.
-bool WorkQueue::runItem(Shift& shift, MutexLock& lock) {
-    Item item = std::move(shift.items.front());
+bool WorkQueue::runItem(Shift& shift, MutexLock& lock, Reserved* next) {
+    WorkItem item = std::move(shift.items.front());
     shift.items.pop_front();
     ++shift.running;
     lock.unlock();
-    runAndDestroy(&shift, std::move(item));
-    if (&shift != shift_.get()) return false;
+    if (!runAndDestroy(shift, std::move(item), next)) return false;
     lock.lock();
     --shift.running;
     ++shift.finished;
+    if (!takeAwaited(shift)) return true;
+    lock.unlock();
     shift.itemFinished.notify_all();
+    lock.lock();
     return true;
 }
 
-void WorkQueue::async(Item item) {
+/// To be called before each wait for `itemFinished`.
+void WorkQueue::awaitItems(Shift& shift, std::uint64_t number) {
+    shift.awaited = std::min(shift.awaited, number);
+}
+
+/// Whether `itemFinished` is to be notified. All who wait then look again, and go on waiting by
+/// `awaitItems`.
+bool WorkQueue::takeAwaited(Shift& shift) {
+    if (shift.finished < shift.awaited && shift.threads > 0) return false;
+    shift.awaited = Shift::nobody;
+    return true;
+}
+
+// The item is destroyed here as well: what it captures may be the host's, and use the queue. What
+// it has handed over is added before it counts as finished, so that who waits for both queues, one
+// after the other, has waited for everything.
+/// `next` becomes what was handed over and is to be run by this thread; null if it must not go on
+/// with anything. False in a child that was forked by the item.
+bool WorkQueue::runAndDestroy(const Shift& shift, WorkItem item, Reserved* next) noexcept {
+    Running running{&shift, innermost, next != nullptr, nullptr, {}};
+    innermost = &running;
+    item();
+    item = WorkItem();
+    innermost = running.outer;
+    const bool isInParent = &shift == shift_.get();
+    if (!running.nextQueue) return isInParent;
+    if (isInParent)
+        *next = reserve(std::move(running.nextQueue), std::move(running.next));
+    else
+        running.nextQueue->async(std::move(running.next));
+    return isInParent;
+}
+
+/// An item that counts as running, if the queue has nothing to do before it; else it is added.
+WorkQueue::Reserved WorkQueue::reserve(std::shared_ptr<WorkQueue> queue, WorkItem item) {
+    ProcessQueues::startMissingThreads();
+    Shift& shift = *queue->shift_;
+    {
+        const LockGuard lock(shift.mutex);
+        if (shift.items.empty() && shift.running < queue->limits_.threads) {
+            ++shift.added;
+            ++shift.running;
+            return {std::move(queue), std::move(item)};
+        }
+    }
+    queue->add(std::move(item));
+    return {};
+}
+
+/// False in a child that was forked by an item.
+bool WorkQueue::runReserved(Reserved reserved) {
+    while (const auto queue = std::exchange(reserved.queue, nullptr)) {
+        Shift& shift = *queue->shift_;
+        if (!queue->runAndDestroy(shift, std::move(reserved.item), &reserved)) return false;
+        if (!queue->endReserved(shift)) return false;
+    }
+    return true;
+}
+
+/// The same.
+bool WorkQueue::endReserved(Shift& shift) {
+    MutexLock lock(shift.mutex);
+    --shift.running;
+    ++shift.finished;
+    // The item has destroyed the queue, and nobody else would come.
+    while (shift.isEnding && shift.threads == 0 && !shift.items.empty())
+        if (!runItem(shift, lock, nullptr)) return false;
+    const bool isMoreQueued = !shift.items.empty();
+    const bool isAwaited = takeAwaited(shift);
+    lock.unlock();
+    if (isAwaited) shift.itemFinished.notify_all();
+    if (isMoreQueued) shift.itemsChanged.notify_one();
+    return true;
+}
+
+bool WorkQueue::runHere(WorkItem item) {
+    return runReserved(reserve(shared_from_this(), std::move(item)));
+}
+
+void WorkQueue::handOver(WorkItem item) {
+    if (innermost == nullptr || !innermost->mayHandOver || innermost->nextQueue) {
+        async(std::move(item));
+        return;
+    }
+    innermost->nextQueue = shared_from_this();
+    innermost->next = std::move(item);
+}
+
+void WorkQueue::async(WorkItem&& item) {
     ProcessQueues::startMissingThreads();
     add(std::move(item));
 }
@@ -187,10 +284,12 @@ bool WorkQueue::runUntil(Shift& shift, std::uint64_t number) {
         return shift.finished >= number && (!wasDestroyed || shift.items.empty());
     };
     while (!isOver()) {
-        if (shift.threads > 0 || shift.running > 0)
-            lock.waitFor(shift.itemFinished);
-        else if (!runItem(shift, lock))
-            return false;
+        if (shift.threads == 0 && shift.running == 0) {
+            if (!runItem(shift, lock, nullptr)) return false;
+            continue;
+        }
+        awaitItems(shift, shift.finished < number ? number : 0);
+        lock.waitFor(shift.itemFinished);
     }
     return true;
 }
@@ -205,10 +304,12 @@ void WorkQueue::finish() {
     if (isRunningHere()) return;
     MutexLock lock(shift.mutex);
     while (shift.threads > 0 || shift.running > 0 || !shift.items.empty()) {
-        if (shift.threads > 0 || shift.running > 0)
-            lock.waitFor(shift.itemFinished);
-        else if (!runItem(shift, lock))
-            return;
+        if (shift.threads == 0 && shift.running == 0) {
+            if (!runItem(shift, lock, nullptr)) return;
+            continue;
+        }
+        awaitItems(shift, 0);
+        lock.waitFor(shift.itemFinished);
     }
 }
 
@@ -233,6 +334,7 @@ bool WorkQueue::waitUntilIdle(Clock::time_point deadline) {
     while (shift.running > 0 || !shift.items.empty()) {
         const bool isStuck = shift.threads == 0 && shift.running == 0;
         if (isStuck || Clock::now() >= deadline) return false;
+        awaitItems(shift, 0);
         lock.waitFor(shift.itemFinished, deadline);
     }
     return true;

@@ -6,12 +6,17 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
 
+#include "Platform/Dispatch/WorkItem.h"
 #include "Platform/Threads/Mutex.h"
+
+class DispatchQueue;
+class NSOperationQueue;
 
 namespace QRVPlatform {
 
@@ -21,9 +26,12 @@ namespace QRVPlatform {
 /// Where the system gives no thread, items stay queued, the failure handler is called once, and the
 /// start is tried again at each use of any queue. A forked child has the queue without items and
 /// without threads.
+///
+/// To wake a thread takes longer than most items run. So an item that the queue could begin at once
+/// may run on the thread that brings it (`runHere`, `handOver`). It is an item like any other
+/// meanwhile: the order, the number at a time, `sync`, `waitUntilIdle`, `finish` and forks hold.
 class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
   public:
-    using Item = std::function<void()>;
     struct Limits {
         std::size_t threads;
         /// After which a thread without work ends; empty for never.
@@ -33,12 +41,24 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     static std::shared_ptr<WorkQueue> make(std::string label, const Limits& limits);
+    /// Behind `queue`, which must not be destroyed before the use ends.
+    static WorkQueue& of(const DispatchQueue& queue) noexcept;
+    static WorkQueue& of(const NSOperationQueue& queue) noexcept;
     WorkQueue(const WorkQueue&) = delete;
     WorkQueue& operator=(const WorkQueue&) = delete;
     ~WorkQueue();
 
     /// An exception from an item ends the program.
-    void async(Item item);
+    void async(WorkItem&& item);
+    /// Like `async`, for a thread that may be held up as long as the item runs, and that runs no
+    /// item: it runs this one itself if the queue has nothing to do before it. The same goes for
+    /// what the item hands over. False in a child that was forked by an item: there the thread has
+    /// to end.
+    bool runHere(WorkItem item);
+    /// Like `async`, for the last thing that an item of another queue does: the item is added when
+    /// that one ends, and its thread goes on with it if this queue has nothing to do before it and
+    /// nobody else needs the thread.
+    void handOver(WorkItem item);
     /// For a queue of one thread. Without a thread, runs on the calling one whatever is queued up
     /// to `work`. Throws what `work` throws, and std::logic_error from within an item.
     void sync(const std::function<void()>& work);
@@ -66,13 +86,16 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     /// What the queue is in one process. A forked child leaves its parent's as it is: no thread
     /// there could end a wait or release a lock.
     struct Shift {
+        static constexpr std::uint64_t nobody = std::numeric_limits<std::uint64_t>::max();
         Shift* ofParent = nullptr;  ///< never destroyed, and not used: nothing leaks
         Mutex mutex;
         std::condition_variable itemsChanged;
         std::condition_variable itemFinished;
-        std::deque<Item> items QRV_GUARDED_BY(mutex);
+        std::deque<WorkItem> items QRV_GUARDED_BY(mutex);
         std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
         std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
+        /// Who waits need not be woken before so many have finished, unless no thread goes on.
+        std::uint64_t awaited QRV_GUARDED_BY(mutex) = nobody;
         std::size_t threads QRV_GUARDED_BY(mutex) = 0;
         std::size_t idleThreads QRV_GUARDED_BY(mutex) = 0;
         std::size_t running QRV_GUARDED_BY(mutex) = 0;
@@ -80,14 +103,27 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
         bool isEnding QRV_GUARDED_BY(mutex) = false;
     };
 
+    /// An item that counts as running; none if the queue is null.
+    struct Reserved {
+        std::shared_ptr<WorkQueue> queue;
+        WorkItem item;
+    };
+
     WorkQueue(std::string label, const Limits& limits);
-    std::uint64_t add(Item item);
+    std::uint64_t add(WorkItem&& item);
     std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
     bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
     void runThread(Shift& shift);
     bool waitForItem(Shift& shift, MutexLock& lock) const QRV_REQUIRES(shift.mutex);
-    bool runItem(Shift& shift, MutexLock& lock) QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
+    bool runItem(Shift& shift, MutexLock& lock, Reserved* next)
+        QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
+    bool runAndDestroy(const Shift& shift, WorkItem item, Reserved* next) noexcept;
+    static Reserved reserve(std::shared_ptr<WorkQueue> queue, WorkItem item);
+    static bool runReserved(Reserved reserved);
+    bool endReserved(Shift& shift);
     bool runUntil(Shift& shift, std::uint64_t number);
+    static void awaitItems(Shift& shift, std::uint64_t number) QRV_REQUIRES(shift.mutex);
+    static bool takeAwaited(Shift& shift) QRV_REQUIRES(shift.mutex);
     [[nodiscard]] bool isRunningHere() const;
 
     const std::string label_;

@@ -33,9 +33,16 @@ void writeAll(int descriptor, std::string_view bytes) {
     }
 }
 
+/// Without a daemon, the C library would make, connect and close sockets for each text. With one,
+/// it keeps its socket.
+bool hasDaemon() {
+    return access(_PATH_LOG, W_OK) == 0;
+}
+
 }  // namespace
 
 void SystemLog::write(Level level, const std::string& text) {
+    if (!hasDaemon()) return;
     syslog(LOG_USER | (level == Level::Debug ? LOG_DEBUG : LOG_NOTICE), "%s", text.c_str());
 }
 

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "Platform/Dispatch/WorkQueue.h"
+
 namespace QRVPlatform {
 
 PresenterNotifications::PresenterNotifications(NSFilePresenter& presenter,
@@ -10,20 +12,22 @@ PresenterNotifications::PresenterNotifications(NSFilePresenter& presenter,
     : presenter_(presenter), queue_(std::move(queue)) {}
 
 void PresenterNotifications::notify() {
-    MutexLock lock(mutex_);
-    if (isEnded_) return;
-    if (stage_ == Stage::Idle)
-        queueOne(lock);
-    else if (stage_ == Stage::UnderWay)
-        stage_ = Stage::UnderWayAndOutdated;
+    if (const auto queue = noteChange())
+        queue->addOperation([self = shared_from_this()] { self->run(); });
 }
 
-/// Not checked: clang does not see that `lock` holds the mutex. It is unlocked afterwards.
-void PresenterNotifications::queueOne(MutexLock& lock) {
+bool PresenterNotifications::notifyHere() {
+    const auto queue = noteChange();
+    return !queue || WorkQueue::of(*queue).runHere([self = shared_from_this()] { self->run(); });
+}
+
+std::shared_ptr<NSOperationQueue> PresenterNotifications::noteChange() {
+    const LockGuard lock(mutex_);
+    if (isEnded_) return nullptr;
+    if (stage_ == Stage::UnderWay) stage_ = Stage::UnderWayAndOutdated;
+    if (stage_ != Stage::Idle) return nullptr;
     stage_ = Stage::Queued;
-    const std::shared_ptr<NSOperationQueue> queue = queue_;
-    lock.unlock();
-    queue->addOperation([self = shared_from_this()] { self->run(); });
+    return queue_;
 }
 
 void PresenterNotifications::run() {
@@ -36,10 +40,9 @@ void PresenterNotifications::run() {
     lock.lock();
     thread_ = {};
     const bool isOutdated = std::exchange(stage_, Stage::Idle) == Stage::UnderWayAndOutdated;
-    if (isEnded_)
-        finished_.notify_all();
-    else if (isOutdated)
-        queueOne(lock);
+    if (isEnded_) finished_.notify_all();
+    lock.unlock();
+    if (isOutdated) notify();
 }
 
 void PresenterNotifications::end() {

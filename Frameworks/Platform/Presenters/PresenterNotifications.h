@@ -18,6 +18,9 @@ class PresenterNotifications : public std::enable_shared_from_this<PresenterNoti
 
     /// There will be a notification that begins after this call.
     void notify();
+    /// The same, by `WorkQueue::runHere`: the calling thread may have notified the presenter, and
+    /// done what follows from it, when this returns. False in a child that was forked meanwhile.
+    bool notifyHere();
     /// After this no notification is under way or will come, unless it is called within one.
     void end();
     /// After `end`, when the presenter is added again within its own notification: goes on with
@@ -30,7 +33,8 @@ class PresenterNotifications : public std::enable_shared_from_this<PresenterNoti
 
   private:
     enum class Stage { Idle, Queued, UnderWay, UnderWayAndOutdated };
-    void queueOne(MutexLock& lock) QRV_REQUIRES(mutex_) QRV_NOT_CHECKED;
+    /// The queue for the next notification if none is to come yet; null otherwise.
+    std::shared_ptr<NSOperationQueue> noteChange();
     void run();
 
     NSFilePresenter& presenter_;

@@ -45,13 +45,25 @@ class Outbox {
         if (const auto error = detector.takeShortage())
             shortages_.push_back({"watch file", detector.path(), error});
     }
+    [[nodiscard]] bool hasNews() const { return !news_.empty(); }
     void send() {
         for (const auto& notifications : news_) notifications->notify();
+        report();
+    }
+    /// The same, on this thread as far as possible. False in a child that was forked meanwhile.
+    bool sendHere() {
+        report();
+        for (const auto& notifications : news_)
+            if (!notifications->notifyHere()) return false;
+        return true;
+    }
+
+  private:
+    void report() const {
         for (const FileFailure& shortage : shortages_)
             FileFailures::reported(shortage.operation, shortage.path, shortage.error);
     }
 
-  private:
     std::vector<std::shared_ptr<PresenterNotifications>> news_;
     std::vector<FileFailure> shortages_;
 };
@@ -86,7 +98,7 @@ class WatchedFiles {
         NSFilePresenter& presenter, std::shared_ptr<NSOperationQueue> queue) QRV_REQUIRES(mutex_);
     static bool startThreadOfThisProcess();
     std::error_code startThread();
-    [[noreturn]] void watch();
+    void watch();
     std::optional<Clock::time_point> settleAll(Outbox& outbox) QRV_REQUIRES(mutex_);
 
     Mutex mutex_;
@@ -94,6 +106,7 @@ class WatchedFiles {
     Detectors detectors_ QRV_GUARDED_BY(mutex_);
     /// Of presenters that were removed, perhaps within a notification that is still under way.
     std::vector<std::weak_ptr<PresenterNotifications>> removed_ QRV_GUARDED_BY(mutex_);
+    /// Some thread watches, or is about to.
     std::atomic<bool> hasThread_ = false;
     std::atomic<bool> isShortOfThreads_ = false;
 };
@@ -204,6 +217,9 @@ std::error_code WatchedFiles::startThread() {
     }
 }
 
+// While there is one presenter only, nobody needs the watch during its notification, and so this
+// thread notifies it, which saves waking another one. When a presenter is added meanwhile, another
+// thread takes over, and this one ends.
 void WatchedFiles::watch() {
     Threads::nameCurrentThread("file-presenters");
     MutexLock lock(mutex_);
@@ -211,9 +227,15 @@ void WatchedFiles::watch() {
         Outbox outbox;
         const auto dueTime = settleAll(outbox);
         const FolderWatch::Descriptors descriptors = folders_.descriptors();
+        const bool isFree = outbox.hasNews() && detectors_.size() == 1;
+        if (isFree) hasThread_ = false;
         lock.unlock();
-        outbox.send();
-        FolderWatch::wait(descriptors, dueTime);
+        if (!isFree) {
+            outbox.send();
+            FolderWatch::wait(descriptors, dueTime);
+        } else if (!outbox.sendHere() || hasThread_.exchange(true)) {
+            return;
+        }
         lock.lock();
     }
 }
@@ -224,7 +246,7 @@ std::optional<Clock::time_point> WatchedFiles::settleAll(Outbox& outbox) {
     const std::vector<FolderWatch::Event> events = folders_.takeEvents();
     std::optional<Clock::time_point> next;
     for (const auto& detector : detectors_) {
-        for (const auto& event : events) detector->note(event, now);
+        for (const auto& event : events) detector->note(event);
         detector->settle(folders_, now);
         outbox.collect(*detector);
         const auto due = detector->dueTime();

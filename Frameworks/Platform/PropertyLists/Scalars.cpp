@@ -47,6 +47,18 @@ bool convertsWhole(std::string_view text, Number& number, Format... format) {
     return fault == std::errc() && stop == end;
 }
 
+/// A few decimal digits and nothing else, as nearly all integers are.
+std::optional<std::uint64_t> fewDigits(std::string_view text) {
+    constexpr std::size_t few = 18;
+    if (text.empty() || text.size() > few) return std::nullopt;
+    std::uint64_t number = 0;
+    for (const char character : text) {
+        if (!isDigit(character)) return std::nullopt;
+        number = number * 10 + static_cast<unsigned char>(character - '0');
+    }
+    return number;
+}
+
 /// Takes the fields of a date from its front; each has a fixed form.
 class DateFields {
   public:
@@ -139,12 +151,6 @@ char* writeBase64Group(char* place, std::string_view bytes) {
 
 }  // namespace
 
-std::string_view withoutSpaceAround(std::string_view text) noexcept {
-    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
-    return text;
-}
-
 std::optional<unsigned> hexadecimalDigit(char character) noexcept {
     const char digit = lowercase(character);
     if (isDigit(digit)) return static_cast<unsigned>(digit - '0');
@@ -153,6 +159,7 @@ std::optional<unsigned> hexadecimalDigit(char character) noexcept {
 }
 
 std::optional<PropertyListValue> parseInteger(std::string_view text) noexcept {
+    if (const auto number = fewDigits(text)) return *number;
     const std::size_t length = text.size();
     const bool isNegative = removeSign(text);
     if (text.size() < length) text = withoutSpaceAround(text);

@@ -17,7 +17,11 @@ constexpr bool isSpace(char character) {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r';
 }
 
-std::string_view withoutSpaceAround(std::string_view text) noexcept;
+inline std::string_view withoutSpaceAround(std::string_view text) noexcept {
+    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+    return text;
+}
 
 /// The value of a hexadecimal digit.
 std::optional<unsigned> hexadecimalDigit(char character) noexcept;

@@ -3,10 +3,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "Platform/Values/OneThread.h"
-#include "Platform/Values/PropertyListValue.h"
 
 namespace QRVPlatform::PropertyLists {
 
@@ -14,29 +14,35 @@ namespace QRVPlatform::PropertyLists {
 /// short words, and mostly soon. Remembers the last string of each slot.
 class SharedStrings {
   public:
-    PropertyListValue stringOf(std::string_view text) {
-        PropertyListValue& known = strings_[slotOf(text)];
-        if (!known.isString() || known.stringView() != text) {
-            OneThread::clear(known);
-            known = text;
+    /// The strings lie in `pages`, which must outlive this.
+    explicit SharedStrings(ValueObjects::ValuePages& pages) : pages_(pages) {}
+    SharedStrings(const SharedStrings&) = delete;
+    SharedStrings& operator=(const SharedStrings&) = delete;
+    ~SharedStrings() {
+        for (StringObject* const known : strings_) {
+            if (known != nullptr) OneThread::release(known);
         }
-        return OneThread::copy(known);
+    }
+
+    PropertyListValue stringOf(std::string_view text) {
+        const std::uint32_t hash = ValueObjects::hashOf(text);
+        StringObject*& known = strings_[hash % slots];
+        if (known == nullptr || known->hash != hash ||
+            !ValueObjects::isSameText(known->view(), text)) {
+            StringObject* const made = StringObject::make(text, hash, &pages_).leak();
+            if (known != nullptr) OneThread::release(known);
+            known = made;
+        }
+        OneThread::retain(*known);
+        return ValueObjects::Access::valueOwning(known);
     }
 
   private:
-    static constexpr std::size_t slots = 256;
+    using StringObject = ValueObjects::StringObject;
+    static constexpr std::size_t slots = 512;
 
-    static std::size_t slotOf(std::string_view text) {
-        if (text.empty()) return 0;
-        const auto byteAt = [text](std::size_t index) -> std::size_t {
-            return static_cast<unsigned char>(text[index]);
-        };
-        return (text.size() * 7 + byteAt(0) + byteAt(text.size() / 2) * 31 +
-                byteAt(text.size() - 1) * 5) %
-               slots;
-    }
-
-    std::array<PropertyListValue, slots> strings_;
+    ValueObjects::ValuePages& pages_;
+    std::array<StringObject*, slots> strings_{};
 };
 
 }  // namespace QRVPlatform::PropertyLists

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,12 +20,6 @@
 namespace QRVPlatform::PropertyLists {
 namespace {
 
-/// The same as `name == word`, but without a call.
-template <std::size_t Size>
-bool is(std::string_view name, const char (&word)[Size]) {
-    return name.size() == Size - 1 && std::memcmp(name.data(), word, Size - 1) == 0;
-}
-
 std::string shown(const XMLTag& tag) {
     return "<" + shortened(tag.name) + ">";
 }
@@ -35,7 +28,8 @@ std::string shown(const XMLTag& tag) {
 /// The containers that are being read are in a list, so that the depth of a tree costs no stack.
 class XMLReader {
   public:
-    explicit XMLReader(std::string_view text) : scanner_(text) {}
+    explicit XMLReader(std::string_view text)
+        : scanner_(text), pages_(text.size()), strings_(pages_) {}
 
     PropertyListValue read();
 
@@ -72,6 +66,7 @@ class XMLReader {
     }
 
     XMLScanner scanner_;
+    ValueObjects::ValuePages pages_;
     SharedStrings strings_;
     Extent extent_;
     // The containers that are being read, and their contents; the innermost last.
@@ -85,7 +80,7 @@ PropertyListValue XMLReader::read() {
     const bool hasRoot = scanner_.nextElement(root);
     if (!hasRoot && scanner_.isAtEnd()) fail("there is no value", scanner_.offset());
     PropertyListValue result;
-    if (hasRoot) result = is(root.name, "plist") ? contentsOfPlist(root) : value(root);
+    if (hasRoot) result = root.element == XMLElement::Plist ? contentsOfPlist(root) : value(root);
     requireNoElement({});
     if (!scanner_.isAtEnd()) fail("malformed XML: nothing to close", scanner_.offset());
     return result;
@@ -115,16 +110,31 @@ PropertyListValue XMLReader::value(const XMLTag& tag) {
 // Null when the value is a container: it has been put into `containers_`.
 PropertyListValue XMLReader::valueOrStart(const XMLTag& tag) {
     extent_.addValue(tag.offset);
-    if (is(tag.name, "string")) return string(tag);
-    if (is(tag.name, "dict")) return start(tag, true);
-    if (is(tag.name, "integer")) return integer(tag);
-    if (is(tag.name, "true")) return boolean(tag, true);
-    if (is(tag.name, "false")) return boolean(tag, false);
-    if (is(tag.name, "real")) return real(tag);
-    if (is(tag.name, "array")) return start(tag, false);
-    if (is(tag.name, "data")) return data(tag);
-    if (is(tag.name, "date")) return date(tag);
-    if (is(tag.name, "key")) fail("a key where a value is expected", tag.offset);
+    switch (tag.element) {
+        case XMLElement::String:
+            return string(tag);
+        case XMLElement::Dictionary:
+            return start(tag, true);
+        case XMLElement::Array:
+            return start(tag, false);
+        case XMLElement::Integer:
+            return integer(tag);
+        case XMLElement::Real:
+            return real(tag);
+        case XMLElement::True:
+            return boolean(tag, true);
+        case XMLElement::False:
+            return boolean(tag, false);
+        case XMLElement::Date:
+            return date(tag);
+        case XMLElement::Data:
+            return data(tag);
+        case XMLElement::Key:
+            fail("a key where a value is expected", tag.offset);
+        case XMLElement::Plist:
+        case XMLElement::Unknown:
+            break;
+    }
     fail("unknown element " + shown(tag), tag.offset);
 }
 
@@ -143,7 +153,8 @@ PropertyListValue XMLReader::restOfDictionary(PropertyListValue nested) {
         entries_.back().value = std::move(nested);
     const XMLTag tag = containers_.back().tag;
     for (XMLTag key; nextElement(tag, key);) {
-        if (!is(key.name, "key")) fail(shown(key) + " where a key is expected", key.offset);
+        if (key.element != XMLElement::Key)
+            fail(shown(key) + " where a key is expected", key.offset);
         PropertyListValue name = string(key);
         XMLTag valueTag;
         if (!scanner_.nextElement(valueTag)) fail("a key without a value", key.offset);
@@ -154,7 +165,7 @@ PropertyListValue XMLReader::restOfDictionary(PropertyListValue nested) {
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
-    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first));
+    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first), &pages_);
     entries_.resize(first);
     containers_.pop_back();
     extent_.leaveContainer();
@@ -175,7 +186,7 @@ PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
-    PropertyListValue result = immutableArray(std::span(elements_).subspan(first));
+    PropertyListValue result = immutableArray(std::span(elements_).subspan(first), &pages_);
     elements_.resize(first);
     containers_.pop_back();
     extent_.leaveContainer();
@@ -183,8 +194,8 @@ PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
 }
 
 PropertyListValue XMLReader::boolean(const XMLTag& tag, bool truth) {
-    const std::string_view text = scanner_.textOf(tag);
-    if (!withoutSpaceAround(text).empty()) fail("text inside " + shown(tag), tag.offset);
+    if (!withoutSpaceAround(scanner_.textOf(tag)).empty())
+        fail("text inside " + shown(tag), tag.offset);
     return truth;
 }
 

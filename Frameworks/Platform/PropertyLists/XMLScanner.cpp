@@ -5,7 +5,6 @@
 #include <array>
 
 #include "Platform/PropertyLists/Readers.h"
-#include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 
 namespace QRVPlatform::PropertyLists {
@@ -49,9 +48,10 @@ XMLScanner::XMLScanner(std::string_view text)
       hasReturns_(text.find('\r') != std::string_view::npos),
       hasEscapes_(hasReturns_ || text.find('&') != std::string_view::npos) {}
 
-bool XMLScanner::nextElement(XMLTag& tag) {
+bool XMLScanner::nextElementOfAnyForm(XMLTag& tag) {
     for (;;) {
         skipSpace();
+        if (takePlainStartTag(tag)) return true;
         if (isAtEnd()) return false;
         const char next = at(position_ + 1);
         if (text_[position_] != '<' || next == '\0') fail("unexpected text", position_);
@@ -64,8 +64,7 @@ bool XMLScanner::nextElement(XMLTag& tag) {
     }
 }
 
-void XMLScanner::endElement(const XMLTag& tag) {
-    if (tag.isEmpty) return;
+void XMLScanner::endElementOfAnyForm(const XMLTag& tag) {
     if (isAtEnd()) failNotClosed(tag);
     const std::size_t begin = position_;
     position_ += 2;
@@ -79,8 +78,7 @@ void XMLScanner::endElement(const XMLTag& tag) {
     ++position_;
 }
 
-std::string_view XMLScanner::textOf(const XMLTag& tag) {
-    if (tag.isEmpty) return {};
+std::string_view XMLScanner::textOfAnyForm(const XMLTag& tag) {
     const std::string_view raw = characters(tag);
     if (at(position_ + 1) != '/' || needsDecoding(raw)) return joinedText(tag, raw);
     endElement(tag);
@@ -93,13 +91,6 @@ std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
     const std::size_t found = text_.find(what, position_ + skipped);
     if (found == std::string_view::npos) failMalformed(fault, position_);
     return found;
-}
-
-void XMLScanner::skipSpace() {
-    const char* const end = text_.data() + text_.size();
-    const char* here = text_.data() + position_;
-    while (here != end && isSpace(*here)) ++here;
-    position_ = static_cast<std::size_t>(here - text_.data());
 }
 
 std::string_view XMLScanner::name() {
@@ -115,6 +106,8 @@ void XMLScanner::startTag(XMLTag& tag) {
     hasElement_ = true;
     tag.offset = position_++;
     tag.name = name();
+    tag.element = elementNamed(tag.name);
+    if (tag.element != XMLElement::Unknown) tag.name = nameOf(tag.element);
     while (at(position_) != '>' && at(position_) != '/') {
         const std::size_t end = position_;
         skipSpace();
@@ -199,7 +192,7 @@ void XMLScanner::requireBlank(std::string_view text) const {
 // Passes over characters up to the next markup.
 std::string_view XMLScanner::characters(const XMLTag& tag) {
     const std::size_t begin = position_;
-    const std::size_t end = text_.find('<', begin);
+    const std::size_t end = nextMarkup();
     if (end == std::string_view::npos) failNotClosed(tag);
     position_ = end;
     return {text_.data() + begin, end - begin};

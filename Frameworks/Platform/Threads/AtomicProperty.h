@@ -25,6 +25,9 @@ class AtomicProperty {
         const LockGuard guard(lock_);
         return reader(value_);
     }
+    /// The value without the lock, for a thread that alone changes what it reads there: all other
+    /// threads only read that part.
+    [[nodiscard]] const Value& ofItsWriter() const noexcept QRV_NOT_CHECKED { return value_; }
     /// What `edit(value)` returns, after a change in place that readers see whole. An old part that
     /// `edit` returns is destroyed after the lock is released.
     template <typename Edit>

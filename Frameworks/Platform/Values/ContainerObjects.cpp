@@ -2,8 +2,8 @@
 #include "Platform/Values/ContainerObjects.h"
 
 #include <algorithm>
+#include <bit>
 #include <memory>
-#include <new>
 #include <stdexcept>
 
 namespace QRVPlatform::ValueObjects {
@@ -23,7 +23,7 @@ constexpr std::size_t roomOfSlots(unsigned slotBits) noexcept {
 }
 
 constexpr std::uint8_t slotBitsFor(std::size_t capacity) noexcept {
-    std::uint8_t bits = 0;
+    auto bits = static_cast<std::uint8_t>(std::bit_width(capacity));  // never too many
     while (roomOfSlots(bits) < capacity) ++bits;
     return bits;
 }
@@ -34,11 +34,11 @@ static_assert(sizeof(DictionaryContents) == 16 && sizeof(ArrayContents) == 16);
 
 }  // namespace
 
-Reference<ArrayContents> ArrayContents::make(std::size_t capacity) {
+Reference<ArrayContents> ArrayContents::make(std::size_t capacity, ValuePages* pages) {
     const std::uint32_t checked = checkedCapacity(capacity);
-    void* const memory =
-        ::operator new(sizeof(ArrayContents) + capacity * sizeof(PropertyListValue));
-    return Reference(new (memory) ArrayContents(checked));
+    const ObjectMemory memory =
+        ObjectMemory::take(sizeof(ArrayContents) + capacity * sizeof(PropertyListValue), pages);
+    return Reference(new (memory.place) ArrayContents(checked, memory.isInPage));
 }
 
 std::size_t ArrayContents::grownCapacity(std::size_t needed) noexcept {
@@ -53,8 +53,7 @@ Reference<ArrayContents> ArrayContents::clone(const ArrayContents& original, std
 
 void ArrayContents::destroy(ArrayContents* contents) noexcept {
     std::destroy_n(contents->begin(), contents->count_);
-    contents->~ArrayContents();
-    ::operator delete(contents);
+    ObjectMemory::destroy(contents);
 }
 
 void ArrayContents::append(PropertyListValue value) noexcept {
@@ -85,12 +84,13 @@ void ArrayContents::takeAll(ArrayContents& other) noexcept {
     count_ += other.count_;
 }
 
-Reference<DictionaryContents> DictionaryContents::make(std::size_t capacity) {
+Reference<DictionaryContents> DictionaryContents::make(std::size_t capacity, ValuePages* pages) {
     const std::uint32_t checked = checkedCapacity(capacity);
     const std::uint8_t slotBits = slotBitsFor(capacity);
-    void* const memory = ::operator new(sizeof(DictionaryContents) + sizeOfIndex(slotBits) +
-                                        capacity * sizeof(Entry));
-    auto* const contents = new (memory) DictionaryContents(slotBits, checked);
+    const ObjectMemory memory = ObjectMemory::take(
+        sizeof(DictionaryContents) + sizeOfIndex(slotBits) + capacity * sizeof(Entry), pages);
+    auto* const contents =
+        new (memory.place) DictionaryContents(slotBits, checked, memory.isInPage);
     std::fill_n(contents->slots(), std::size_t{1} << slotBits, 0U);
     return Reference(contents);
 }
@@ -108,14 +108,27 @@ Reference<DictionaryContents> DictionaryContents::clone(const DictionaryContents
 
 void DictionaryContents::destroy(DictionaryContents* contents) noexcept {
     std::destroy_n(contents->begin(), contents->count_);
-    contents->~DictionaryContents();
-    ::operator delete(contents);
+    ObjectMemory::destroy(contents);
 }
 
 void DictionaryContents::append(Reference<StringObject> key, PropertyListValue value) noexcept {
     insertSlot(key->hash, count_);
     new (begin() + count_) Entry{std::move(key), std::move(value)};
     ++count_;
+}
+
+void DictionaryContents::set(Reference<StringObject> key, PropertyListValue value) noexcept {
+    const std::uint32_t mask = slotMask();
+    const std::uint32_t hash = key->hash;
+    std::uint32_t* const index = slots();
+    std::uint32_t slot = hash & mask;
+    for (; index[slot] != 0; slot = (slot + 1) & mask) {
+        if (((index[slot] ^ hash) & ~mask) != 0) continue;
+        Entry& entry = begin()[(index[slot] & mask) - 1];
+        if (isSameText(entry.key->view(), key->view())) return entry.value.swap(value);
+    }
+    new (begin() + count_) Entry{std::move(key), std::move(value)};
+    index[slot] = (hash & ~mask) | ++count_;
 }
 
 DictionaryContents::Removed DictionaryContents::exchange(std::size_t index,

@@ -15,24 +15,21 @@ using ValueObjects::DictionaryContents;
 using ValueObjects::DictionaryObject;
 using ValueObjects::Reference;
 using ValueObjects::StringObject;
+using ValueObjects::ValuePages;
 
-NSArray immutableArray(std::span<PropertyListValue> elements) {
+NSArray immutableArray(std::span<PropertyListValue> elements, ValuePages* pages) {
     if (elements.empty()) return {};
-    Reference<ArrayContents> contents = ArrayContents::make(elements.size());
+    Reference<ArrayContents> contents = ArrayContents::make(elements.size(), pages);
     for (PropertyListValue& element : elements) contents->append(std::move(element));
     return Access::handleOwning<NSArray>(contents.leak());
 }
 
-NSDictionary immutableDictionary(std::span<KeyedValue> entries) {
+NSDictionary immutableDictionary(std::span<KeyedValue> entries, ValuePages* pages) {
     if (entries.empty()) return {};
-    Reference<DictionaryContents> contents = DictionaryContents::make(entries.size());
+    Reference<DictionaryContents> contents = DictionaryContents::make(entries.size(), pages);
     for (KeyedValue& entry : entries) {
-        Reference<StringObject> key(static_cast<StringObject*>(Access::leak(entry.key)));
-        const std::size_t index = contents->indexOf(key->view(), key->hash);
-        if (index == DictionaryContents::notFound)
-            contents->append(std::move(key), std::move(entry.value));
-        else
-            static_cast<void>(contents->exchange(index, std::move(entry.value)));
+        contents->set(Reference<StringObject>(static_cast<StringObject*>(Access::leak(entry.key))),
+                      std::move(entry.value));
     }
     return Access::handleOwning<NSDictionary>(contents.leak());
 }

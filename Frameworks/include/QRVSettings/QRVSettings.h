@@ -18,7 +18,10 @@
 /// process with a message that names the function. In other builds such a call is undefined
 /// behaviour.
 ///
-/// Values that the store returns are its own objects, not copies: callers must not change them.
+/// Values that the store returns are its own objects, not copies: callers must not change them. Nor
+/// does it copy what it is given: a mutable container in a written value, in the defaults or in a
+/// tree that was set may be changed on the host's thread only, because the store reads it there
+/// without a lock.
 ///
 /// Nothing: an absent value, dictionary or array is null (`isNull()`). A null dictionary is not an
 /// empty one: there is no settings file that can be read, or the defaults are not loaded. `NSNull`
@@ -245,12 +248,14 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     void setDefaults(NSMutableDictionary defaults);
 
     /// What this process last read or wrote, by whole key path; `NSNull` where no layer held the
-    /// key path. Empty at the start, null after `setDisableCache`. Any thread.
+    /// key path. Empty at the start, null after `setDisableCache`. Any thread may ask for it and
+    /// read it; it is set and changed on the host's thread.
     [[nodiscard]] NSMutableDictionary cache() const;
     void setCache(NSMutableDictionary cache);
 
     /// The tree of the file as this process last read or changed it, a mutable dictionary at the
-    /// top; null until the file is first read with success, or a setting is written. Any thread.
+    /// top; null until the file is first read with success, or a setting is written. Any thread may
+    /// ask for it and read it; it is set and changed on the host's thread.
     [[nodiscard]] NSDictionary storageCache() const;
     void setStorageCache(NSDictionary storageCache);
 

@@ -66,6 +66,7 @@ class QRV_EXPORT DispatchQueue {
     [[nodiscard]] const std::string& label() const noexcept;
 
   private:
+    friend class QRVPlatform::WorkQueue;
     std::shared_ptr<QRVPlatform::WorkQueue> work_;
 };
 

@@ -47,5 +47,6 @@ class QRV_EXPORT NSOperationQueue {
         std::chrono::steady_clock::time_point deadline);
 
   private:
+    friend class QRVPlatform::WorkQueue;
     std::shared_ptr<QRVPlatform::WorkQueue> work_;
 };
