@@ -59,7 +59,8 @@ FileReading readSettingsFile(const NSDictionary& likely) {
             bool mayBeCutOff = false;
             if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = state.knownText.read(file.bytes, url, likely);
+                auto [read, forgotten] = state.knownText.read(file.bytes, url, likely);
+                reading.forgotten = std::move(forgotten);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }

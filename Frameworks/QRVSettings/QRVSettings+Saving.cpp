@@ -234,7 +234,7 @@ OldFile QRVInside::readOldFile(const std::string& url) {
     }
     if (!contents.error && contents.bytes.empty()) return old;
     if (!contents.error) {
-        const auto read = StoreInside::state().knownText.read(contents.bytes, url, nullptr);
+        const auto read = StoreInside::state().knownText.read(contents.bytes, url, nullptr).result;
         old.root = read.value.dictionary();
         old.mayBeCutOff = read.mayBeCutOff;
     }

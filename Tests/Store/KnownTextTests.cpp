@@ -78,7 +78,7 @@ void writeSomewhere(const NSMutableDictionary& tree, std::mt19937& random) {
 }
 
 bool isReadAsAWhole(KnownText& known, const std::string& text, const NSDictionary& likely) {
-    const auto read = known.read(text, "file", likely);
+    const auto read = known.read(text, "file", likely).result;
     return !read.error && read.value.dictionary() == fullTree(text) &&
            fullText(read.value.dictionary()) == text;
 }
@@ -86,7 +86,7 @@ bool isReadAsAWhole(KnownText& known, const std::string& text, const NSDictionar
 /// The text that a known text must have been used for: what has not changed is the same objects.
 bool isReadByDifference(KnownText& known, const NSDictionary& before, const std::string& text,
                         const NSDictionary& likely = nullptr) {
-    const NSDictionary read = known.read(text, "file", likely).value.dictionary();
+    const NSDictionary read = known.read(text, "file", likely).result.value.dictionary();
     return read == fullTree(text) &&
            read.objectForKey("Group7").isIdenticalTo(before.objectForKey("Group7"));
 }
@@ -222,9 +222,11 @@ TEST(KnownText, AFileInAnotherLayoutIsReadAsAWhole) {
          {"<!-- a comment -->", " ", "\r", "\t<key>Group1</key><true/>"}) {
         std::string other = text;
         other.insert(other.find("\t<key>Group3"), added);
-        const auto read = saved.known.read(other, "file", saved.tree);
+        const auto read = saved.known.read(other, "file", saved.tree).result;
         EXPECT_EQ(read.value.dictionary(), fullTree(other)) << added;
-        saved.known.noteReplaced({.whole = {text, {}}, .tree = saved.tree}, "file");
+        saved.known.noteReplaced(
+            {.whole = {text, {}}, .tree = saved.tree, .mark = QRVPlatform::HeldBytes::markOf(text)},
+            "file");
     }
 }
 
@@ -232,7 +234,7 @@ TEST(KnownText, ADamagedFileGivesTheErrorOfTheWhole) {
     Saved saved(largeTree());
     std::string text = saved.text;
     text.insert(text.find("\t<key>Group3"), "<unknown/>");
-    const auto read = saved.known.read(text, "file", saved.tree);
+    const auto read = saved.known.read(text, "file", saved.tree).result;
     const auto whole = Serialization::propertyListWithData(text);
     ASSERT_TRUE(read.error);
     EXPECT_EQ(read.error->description(), whole.error->description());
@@ -263,12 +265,34 @@ TEST(KnownText, ATreeOfTooManyLevelsGivesTheErrorOfTheWhole) {
     EXPECT_TRUE(saved.known.write(next).error());
 }
 
+TEST(KnownText, KeepsOneFileOpen) {
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
+    Saved saved(largeTree());
+    const auto save = [&saved](const NSDictionary& tree) {
+        const KnownText::Written written = saved.known.write(tree);
+        replaceFileWith(std::string(written.bytes()));
+        saved.known.noteReplaced(written, "file");
+    };
+    for (int round = 0; round < 5; ++round) {
+        save(with(saved.tree, round, keyPathOf(5)));
+        EXPECT_EQ(openFiles(), before + 1);
+        replaceFileWith(saved.text);
+        EXPECT_TRUE(isReadAsAWhole(saved.known, saved.text, nullptr));
+        EXPECT_EQ(openFiles(), before + 1);
+    }
+    saved.known.forget();
+    EXPECT_EQ(openFiles(), before);
+}
+
 TEST(KnownText, NothingIsKnownOfASmallText) {
     Saved saved(NSDictionary{{"a", NSDictionary{{"b", 1}}}});
     const NSDictionary read =
         saved.known
             .read(fullText(NSDictionary{{"a", NSDictionary{{"b", 1}}}, {"c", 2}}), "file", nullptr)
-            .value.dictionary();
+            .result.value.dictionary();
     EXPECT_EQ(read.count(), 2U);
     EXPECT_FALSE(read.objectForKey("a").isIdenticalTo(saved.tree.objectForKey("a")));
 }
