@@ -6,10 +6,12 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
+#include <thread>
 
 #include "Files/TestFiles.h"
 #include "QRVSettings/NSDictionary+QRV.h"
@@ -285,6 +287,42 @@ TEST(KnownText, KeepsOneFileOpen) {
     }
     saved.known.forget();
     EXPECT_EQ(openFiles(), before);
+}
+
+// A host writes, a save runs on one queue and a reload on another.
+TEST(KnownText, IsUsedByThreadsAtOnce) {
+    constexpr int rounds = 20;
+    const NSDictionary before = largeTree();
+    const std::string one = fullText(before);
+    const std::string other = fullText(with(before, "changed", keyPathOf(5)));
+    const NSMutableDictionary tree = before.mutableCopy();
+    KnownText known;
+    std::atomic<bool> haveEnded = false;
+    std::thread host([&tree, &haveEnded] {
+        for (int number = 0; !haveEnded; ++number)
+            setObjectAtKeyPath(tree, number, keyPathOf(static_cast<std::size_t>(number) % 40));
+    });
+    std::thread saves([&tree, &known] {
+        for (int round = 0; round < rounds; ++round) {
+            const KnownText::Written written = known.write(tree);
+            const std::string text(written.bytes());
+            EXPECT_EQ(fullText(fullTree(text)), text);
+            if (!written.tree.isNull()) {
+                EXPECT_EQ(fullText(written.tree), text);
+            }
+            writePlainly("new saved", text);
+            std::filesystem::rename("new saved", "saved");
+            known.noteReplaced(written, "saved");
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        const std::string& text = round % 2 == 0 ? one : other;
+        replaceFileWith(text);
+        EXPECT_TRUE(isReadAsAWhole(known, text, before));
+    }
+    saves.join();
+    haveEnded = true;
+    host.join();
 }
 
 TEST(KnownText, NothingIsKnownOfASmallText) {
