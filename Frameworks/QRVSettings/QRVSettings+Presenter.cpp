@@ -42,6 +42,7 @@
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+FileChange.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
 #include "QRVSettings/QRVSettings+Site.h"
@@ -91,6 +92,7 @@ void queueSecondReload() {
 }
 
 void takeOver(const QRVInside::FileReading& reading) {
+    QRVInside::requireHostThread();
     NSMutableDictionary tree = reading.root.mutableCopy();
     StoreInside::state().storedFile.update([&reading, &tree](StoredFile& file) {
         file.publishedUpTo = reading.identity;
