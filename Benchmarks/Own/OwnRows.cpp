@@ -136,6 +136,14 @@ void registerMergedSaves(const Fixture& of) {
     const auto burst = std::span<const std::string>(of.integers)
                            .first(std::min(Measures::writesInABurst, of.integers.size()));
     OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(("WriteBurstMerged" + of.name).c_str(),
+                                 [&store, burst](benchmark::State& state) {
+                                     const MergedSaves merged;
+                                     Measures::writeBurst(state, store, burst);
+                                 })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
     benchmark::RegisterBenchmark(("SaveBurstMerged" + of.name).c_str(),
                                  [&store, burst](benchmark::State& state) {
                                      const MergedSaves merged;
@@ -153,6 +161,28 @@ void registerMergedSaves(const Fixture& of) {
             OwnStore::save();
             for ([[maybe_unused]] const auto unused : state)
                 state.SetIterationTime(secondsOfAJoiningWrite(store, burst, number));
+            OwnStore::save();
+        })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
+}
+
+/// Writes of an open batch, which queue no save.
+void registerBatch(const Fixture& of) {
+    const auto burst = std::span<const std::string>(of.integers)
+                           .first(std::min(Measures::writesInABurst, of.integers.size()));
+    OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(
+        ("WriteInABatch" + of.name).c_str(),
+        [&store, burst](benchmark::State& state) {
+            std::int64_t number = 400'000;
+            Measures::secondsOfAWrite(store, burst, number);
+            OwnStore::save();
+            QRVSettingsPrepareBatchSave();
+            for ([[maybe_unused]] const auto unused : state)
+                state.SetIterationTime(Measures::secondsOfAWrite(store, burst, number));
+            QRVSettingsCommitBatchSave();
             OwnStore::save();
         })
         ->UseManualTime()
@@ -251,6 +281,7 @@ int main(int argc, char** argv) {
     registerHalves(of, arguments.folder);
     registerFirstBurst(of, arguments.folder);
     registerMergedSaves(of);
+    registerBatch(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
     registerHeldKeys(of);

@@ -31,4 +31,13 @@ inline void cacheValue(const StoreInside::State& state, PropertyListValue value,
     QRVPlatform::setObjectForHashedKey(state.cache.ofItsWriter(), std::move(value), key);
 }
 
+/// Caches what a write has passed; null removes the entry. The key as a string, which is that of
+/// the entry, if there is one.
+inline PropertyListValue cacheWritten(const StoreInside::State& state, PropertyListValue value,
+                                      const QRVPlatform::HashedKey& key) {
+    const NSMutableDictionary& cache = state.cache.ofItsWriter();
+    if (cache.isNull()) return key.text();
+    return QRVPlatform::WritersEdit(cache).setAndShareKey(std::move(value), key);
+}
+
 }  // namespace QRVInside

@@ -40,14 +40,14 @@ using QRVPlatform::HashedKey;
 
 namespace QRVInside {
 
-FileReading readSettingsFile() {
-    const StoreInside::State& state = StoreInside::state();
+FileReading readSettingsFile(const NSDictionary& likely) {
+    StoreInside::State& state = StoreInside::state();
     FileReading reading;
     reading.identity = QRVPlatform::identityOfFileAtPath(state.location);
     NSFileCoordinator coordinator;
     coordinator.coordinateReadingItemAtURL(
         state.location, NSFileCoordinator::ReadingOptions::None,
-        [&reading, &state](const std::string& url) {
+        [&reading, &state, &likely](const std::string& url) {
             QRVPlatform::HeldFile held;
             if (state.mergesSaves) held = QRVPlatform::HeldFile::at(url);
             const QRVPlatform::FileContents file =
@@ -57,8 +57,9 @@ FileReading readSettingsFile() {
             if (reading.lackedMeans)
                 QRVPlatform::FileFailures::reported("read file", url, file.error);
             bool mayBeCutOff = false;
+            if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);
+                const auto read = state.knownText.read(file.bytes, url, likely);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }

@@ -15,6 +15,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Threads/ThreadAffinity.h"
+#include "QRVSettings/QRVSettings+KnownText.h"
 #include "QRVSettings/QRVSettings+LocalChanges.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
 #include "QRVSettings/QRVSettings+Site.h"
@@ -45,6 +46,7 @@ struct QRVSettings::State {
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
+    QRVInside::KnownText knownText;
     QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
     /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
