@@ -167,9 +167,9 @@ namespace {
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
     const StoreInside::State& state = StoreInside::state();
     if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
-    if (!state.disableCache)
-        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
-    return valueOrNull(found);
+    PropertyListValue value = valueOrNull(found);
+    if (!state.disableCache) cacheValue(state, value, {text.data(), text.size(), hash});
+    return value;
 }
 
 // Nor is this, for the same reason, and it alone looks for locks.
