@@ -16,7 +16,9 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
+#include "Platform/Files/TransientContents.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/ReadingOnce.h"
 #include "QRVSettings/HashedKeyPath.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+Cache.h"
@@ -50,15 +52,18 @@ FileReading readSettingsFile() {
         [&reading, &state](const std::string& url) {
             QRVPlatform::HeldFile held;
             if (state.mergesSaves) held = QRVPlatform::HeldFile::at(url);
-            const QRVPlatform::FileContents file =
-                QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+            auto contents = QRVPlatform::TransientContents::ofFile(
+                url, NSPropertyListSerialization::maximumSize);
+            const QRVPlatform::FileContents& file = contents.file();
             reading.failed = file.error && !file.isMissing();
             reading.lackedMeans = QRVPlatform::FileFailures::isShortage(file.error);
             if (reading.lackedMeans)
                 QRVPlatform::FileFailures::reported("read file", url, file.error);
             bool mayBeCutOff = false;
             if (!file.error) {
-                const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);
+                const auto read = QRVPlatform::PropertyLists::propertyListReadOnce(
+                    contents.bytes(),
+                    [&contents](const char* place) { contents.giveBackBefore(place); });
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }
