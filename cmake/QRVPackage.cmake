@@ -80,7 +80,6 @@ set(depends_of_development "${library} (= ${QRV_DEBIAN_VERSION})" libmd-dev)
 set(depends_of_tool "${library} (= ${QRV_DEBIAN_VERSION})")
 if(TARGET QRVHistory)
   set(history "libqrvhistory${PROJECT_VERSION_MAJOR}")
-  list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Frameworks/QRVHistory")
   list(APPEND depends_of_development "${history} (= ${QRV_DEBIAN_VERSION})")
   list(APPEND depends_of_tool "${history} (= ${QRV_DEBIAN_VERSION})")
   qrv_debian_package(History NAME "${history}" SECTION libs SHARED_LIBRARY

@@ -152,3 +152,17 @@ std::string QRVHistoryClear() {
     });
     return failure;
 }
+
+const QRVHistoryTable* QRVHistoryFunctions() {
+    static constexpr QRVHistoryTable functions = {
+        .start = QRVHistoryStart,
+        .wait = QRVHistoryWait,
+        .saves = QRVHistorySaves,
+        .lastChange = QRVHistoryLastChange,
+        .location = QRVHistoryLocation,
+        .isSwitchedOff = QRVHistoryIsSwitchedOff,
+        .inverseOf = QRVHistoryInverseOf,
+        .clear = QRVHistoryClear,
+    };
+    return &functions;
+}

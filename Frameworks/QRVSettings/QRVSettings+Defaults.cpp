@@ -7,13 +7,14 @@
 // created once and shared by all readers and by every call of loadDefaults: a host may write a
 // value that it has read under another key path, and a change there must not reach the default.
 
+#include <algorithm>
 #include <map>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "Platform/Machine/UserLocale.h"
 #include "QRVSettings/ClockRule.h"
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
@@ -158,52 +159,47 @@ Table makeFixedDefaults() {
 #define QRV_SETTING(keyPath, levels, name, kind, byDefault, scope, sentence) {keyPath, byDefault},
 #include "QRVSettings/KnownSettingsTable.h"
     };
-    std::erase_if(
-        table, [](const Default& row) { return row.value.isNull() || row.value.isNullMarker(); });
+    std::erase_if(table, [](const Default& row) { return row.value.isNull(); });
     return table;
 }
 
-/// Never destroyed: readers may hold the constants while the process exits.
-const Table& fixedDefaults() {
-    static const auto& table = *new Table(makeFixedDefaults());
+Table makeTable(ClockRule rule) {
+    Table table = makeFixedDefaults();
+    for (const Default& clock : makeClockDefaults(rule)) {
+        const auto place = std::ranges::find(table, clock.keyPath, &Default::keyPath);
+        place->value = clock.value;
+    }
     return table;
 }
 
-const Table& clockDefaultsFor(ClockRule rule) {
-    using Rules = std::vector<Table>;
-    static const auto& tables = *new Rules{makeClockDefaults(ClockRule::TwentyFourHoursTwoDigits),
-                                           makeClockDefaults(ClockRule::TwentyFourHours),
-                                           makeClockDefaults(ClockRule::TwelveHoursTwoDigits),
-                                           makeClockDefaults(ClockRule::TwelveHours)};
-    return tables[static_cast<std::size_t>(rule)];
-}
-
-void store(const Table& table, const NSMutableDictionary& defaults) {
-    for (const auto& [keyPath, value] : table)
-        NSDictionaryQRV::setObjectAtKeyPath(defaults, value, keyPath);
-}
-
-/// An immutable dictionary of the same entries, with no mutable one among them.
-NSDictionary frozen(const NSMutableDictionary& level) {
-    for (const auto& [key, value] : level.copy())
-        if (value.isDictionary() && value.dictionary().isMutable())
-            level.setObjectForKey(frozen(value.dictionary().asMutable()), key);
+/// The dictionary of these rows below the first `start` characters of their key paths, which are
+/// the same in all of them. Rows are sorted: those of one level stand together.
+NSDictionary levelOf(std::span<const Default> rows, std::size_t start) {
+    const NSMutableDictionary level;
+    while (!rows.empty()) {
+        const auto& [keyPath, value] = rows.front();
+        const std::size_t end = keyPath.find('.', start);
+        const std::string_view key = keyPath.substr(start, end - start);
+        std::size_t count = 1;
+        if (end == keyPath.npos) {
+            level.setObjectForKey(value, key);
+        } else {
+            const std::string_view prefix = keyPath.substr(0, end + 1);
+            while (count < rows.size() && rows[count].keyPath.starts_with(prefix)) ++count;
+            level.setObjectForKey(levelOf(rows.first(count), end + 1), key);
+        }
+        rows = rows.subspan(count);
+    }
     return level.copy();
 }
 
-NSDictionary makeDefaults(ClockRule rule) {
-    const NSMutableDictionary defaults;
-    store(fixedDefaults(), defaults);
-    store(clockDefaultsFor(rule), defaults);
-    return frozen(defaults);
-}
-
-/// Never destroyed, as the tables.
+/// Never destroyed: readers may hold the constants while the process exits.
 const NSDictionary& defaultsFor(ClockRule rule) {
     static auto& defaults = *new std::map<ClockRule, NSDictionary>;
     const auto known = defaults.find(rule);
-    return known != defaults.end() ? known->second
-                                   : defaults.emplace(rule, makeDefaults(rule)).first->second;
+    return known != defaults.end()
+               ? known->second
+               : defaults.emplace(rule, levelOf(makeTable(rule), 0)).first->second;
 }
 
 }  // namespace
@@ -212,11 +208,11 @@ void QRVSettings::loadDefaults() {
     requireHostThread();
     QRVInside::restoreAppearance();
     QRVInside::checkMachineIdentity();
-    // Installed while it is empty, so that no read finds the table of an earlier call.
-    const NSMutableDictionary defaults;
-    setDefaults(defaults);
+    // No read finds the table of an earlier call from here on.
+    setDefaults(NSMutableDictionary());
     const ClockRule rule = QRVInside::clockRuleForPattern(
         QRVPlatform::shortTimePattern(QRVPlatform::userTimeLocale()));
-    for (const auto& [key, value] : defaultsFor(rule)) defaults.setObjectForKey(value, key);
+    const NSMutableDictionary defaults = defaultsFor(rule).mutableCopy();
+    setDefaults(defaults);
     QRVInside::laySiteOver(defaults);
 }

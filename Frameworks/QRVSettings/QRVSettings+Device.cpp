@@ -75,6 +75,7 @@ struct Identifier {
 std::string hexadecimal(const QRVPlatform::SHA1Digest& digest) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
+    text.reserve(2 * digest.size());
     for (const unsigned byte : digest) {
         text += digits[byte >> 4U];
         text += digits[byte & 0xFU];
@@ -96,9 +97,10 @@ Identifier currentModel() {
     return model;
 }
 
-void recordUnlessRecorded(const Identifier& identifier, QRVKeyPath keyPath) {
-    if (!identifier.lackedMeans && QRVSettingsObjectForKeyPath(keyPath).isNull())
-        QRVSettingsSetObjectForKeyPath(identifier.value, keyPath);
+void recordUnlessRecorded(Identifier (*current)(), QRVKeyPath keyPath) {
+    if (!QRVSettingsObjectForKeyPath(keyPath).isNull()) return;
+    const Identifier identifier = current();
+    if (!identifier.lackedMeans) QRVSettingsSetObjectForKeyPath(identifier.value, keyPath);
 }
 
 }  // namespace
@@ -113,8 +115,8 @@ PropertyListValue QRVSettings::modelIdentifier() const {
 
 void QRVInside::checkMachineIdentity() {
     const OriginScope origin(QRVChangeOrigins::hardware);
-    recordUnlessRecorded(currentDevice(), KeyPaths::device);  // 1
-    recordUnlessRecorded(currentModel(), KeyPaths::model);
+    recordUnlessRecorded(currentDevice, KeyPaths::device);  // 1
+    recordUnlessRecorded(currentModel, KeyPaths::model);
     const Identifier device = currentDevice();
     const Identifier model = currentModel();
     if (!device.lackedMeans) {

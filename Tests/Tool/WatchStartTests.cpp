@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -24,15 +23,8 @@ struct Start {
     std::string output;
 };
 
-/// AddressSanitizer cannot look for leaks in a process that is traced; it fails instead.
-void switchLeaksOff() {
-    const char* const options = std::getenv("ASAN_OPTIONS");
-    const std::string others = options == nullptr ? "" : std::string(options) + ":";
-    setenv("ASAN_OPTIONS", (others + "detect_leaks=0").c_str(), 1);
-}
-
 bool becomeWatch() {
-    switchLeaksOff();
+    TracedProcess::switchLeaksOff();
     const int output = open("output", O_WRONLY | O_CREAT | O_TRUNC, S_IRUSR | S_IWUSR);
     if (output < 0 || dup2(output, STDOUT_FILENO) < 0) return false;
     execl(QRV_TOOL, QRV_TOOL, "watch", "--count", "1", "--timeout", "20", nullptr);

@@ -2,6 +2,7 @@
 #include "Platform/Machine/MachineIdentity.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "Platform/Files/FileFailures.h"
@@ -19,18 +20,20 @@ constexpr std::size_t largestSource = 4096;
 
 class CurrentSources {
   public:
-    MachineIdentitySources replace(MachineIdentitySources sources) {
+    using Shared = std::shared_ptr<const MachineIdentitySources>;
+    Shared replace(MachineIdentitySources sources) {
+        auto shared = std::make_shared<const MachineIdentitySources>(std::move(sources));
         const LockGuard lock(mutex_);
-        return std::exchange(sources_, std::move(sources));
+        return std::exchange(sources_, std::move(shared));
     }
-    MachineIdentitySources get() const {
+    Shared get() const {
         const LockGuard lock(mutex_);
         return sources_;
     }
 
   private:
     mutable Mutex mutex_;
-    MachineIdentitySources sources_ QRV_GUARDED_BY(mutex_);
+    Shared sources_ QRV_GUARDED_BY(mutex_) = std::make_shared<const MachineIdentitySources>();
 };
 
 CurrentSources& currentSources() {
@@ -69,26 +72,26 @@ char asASCII(char byte) {
 }  // namespace
 
 std::optional<std::string> platformSerialNumber(bool* lackedMeans) {
-    Source source = firstText(currentSources().get().serialNumberFiles);
+    Source source = firstText(currentSources().get()->serialNumberFiles);
     if (lackedMeans != nullptr) *lackedMeans = source.lackedMeans;
     if (source.text.empty()) return std::nullopt;
     return std::move(source.text);
 }
 
 std::optional<std::string> hardwareModel(bool* lackedMeans) {
-    const MachineIdentitySources sources = currentSources().get();
-    const Source source = firstText(sources.modelFiles);
+    const CurrentSources::Shared sources = currentSources().get();
+    const Source source = firstText(sources->modelFiles);
     if (lackedMeans != nullptr) *lackedMeans = source.lackedMeans;
     if (source.lackedMeans) return std::nullopt;
     std::string text = source.text;
-    if (text.empty() && sources.usesKernelMachineName) text = kernelMachineName();
+    if (text.empty() && sources->usesKernelMachineName) text = kernelMachineName();
     if (text.empty() || text.size() > longestModel) return std::nullopt;
     std::transform(text.begin(), text.end(), text.begin(), asASCII);
     return text;
 }
 
 MachineIdentitySources setMachineIdentitySources(MachineIdentitySources sources) {
-    return currentSources().replace(std::move(sources));
+    return *currentSources().replace(std::move(sources));
 }
 
 }  // namespace QRVPlatform

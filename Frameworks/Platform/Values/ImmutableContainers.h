@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -23,6 +24,13 @@ NSArray immutableArray(std::span<PropertyListValue> elements,
 /// The strings themselves become the keys. Of two entries with one key the later wins.
 NSDictionary immutableDictionary(std::span<KeyedValue> entries,
                                  ValueObjects::ValuePages* pages = nullptr);
+
+enum class EntryPlace : std::uint8_t { Before, Dropped, After };
+/// `entries` between those of `original`, which is immutable. `places` says for each of its
+/// entries, in their order, where it goes; its keys and values stay the same objects. No key may
+/// occur twice.
+NSDictionary immutableDictionary(const NSDictionary& original, std::span<const EntryPlace> places,
+                                 std::span<KeyedValue> entries);
 /// @}
 
 }  // namespace QRVPlatform

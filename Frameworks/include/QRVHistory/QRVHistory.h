@@ -185,3 +185,30 @@ QRVHistoryInverseOf(const std::vector<QRVHistorySave>& saves, const NSDictionary
 /// damaged stays. Why it could not; empty when it could. Any thread.
 QRV_EXPORT std::string QRVHistoryClear();
 /// @}
+
+/// @name Without linking the library
+/// A program that needs the history in few of its runs may load the library, and with it SQLite,
+/// in these runs alone:
+///
+///     void* const library = dlopen("libQRVHistory.so.7", RTLD_NOW);
+///     const auto functions = reinterpret_cast<const QRVHistoryTable* (*)()>(
+///         dlsym(library, "QRVHistoryFunctions"))();
+///
+/// It must stay loaded until the process ends: it has threads.
+/// @{
+
+/// The functions of this header, under their names. A later version may add some at the end.
+struct QRVHistoryTable {
+    decltype(&QRVHistoryStart) start;
+    decltype(&QRVHistoryWait) wait;
+    decltype(&QRVHistorySaves) saves;
+    decltype(&QRVHistoryLastChange) lastChange;
+    decltype(&QRVHistoryLocation) location;
+    decltype(&QRVHistoryIsSwitchedOff) isSwitchedOff;
+    decltype(&QRVHistoryInverseOf) inverseOf;
+    decltype(&QRVHistoryClear) clear;
+};
+
+/// Never null. Any thread.
+extern "C" QRV_EXPORT const QRVHistoryTable* QRVHistoryFunctions();
+/// @}

@@ -77,7 +77,7 @@ Explanation explanationOf(const Options& options) {
         .profile = options.profile.empty() ? "default" : options.profile,
         .isProfileNamed = scope.isProfile(),
         .inProfile = profile.stored(options.keyPath),
-        .scope = scopeOf(KnownLists::read(), options.keyPath),
+        .scope = scopeOf(options.keyPath),
         .lastChange = lastChangeInHistory(options.keyPath),
         .lastChangeInProfile = lastChangeInHistory(profile.storedKeyPath(options.keyPath))};
     const bool isStored = !scope.stored(options.keyPath).isNull();

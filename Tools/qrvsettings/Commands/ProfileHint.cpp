@@ -2,7 +2,6 @@
 #include "Commands/ProfileHint.h"
 
 #include "Process/StandardError.h"
-#include "Settings/KnownLists.h"
 #include "Settings/Records.h"
 #include "Settings/SettingDescription.h"
 #include "Text/JSON.h"
@@ -14,7 +13,7 @@ namespace {
 /// Whether the key path is the plain one of a setting that each profile has.
 bool isReadElsewhere(const std::string& keyPath, const ProfileScope& scope) {
     return !scope.isProfile() && QRVPlainKeyPath(keyPath) == keyPath &&
-           scopeOf(KnownLists::read(), keyPath) == QRVSettingScope::Profile;
+           scopeOf(keyPath) == QRVSettingScope::Profile;
 }
 
 }  // namespace

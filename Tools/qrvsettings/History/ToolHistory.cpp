@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "History/HistoryLibrary.h"
 #include "Process/Waiting.h"
 #include "Reporting/Failure.h"
 
@@ -20,39 +21,39 @@ void requireHistory() {
 std::vector<QRVHistorySave> savesOf(QRVHistoryAnswer answer) {
     if (!answer.failure.empty())
         throw Failure(Fault::UnreadableFile, "the history cannot be read: " + answer.failure +
-                                                 ", " + QRVHistoryLocation());
+                                                 ", " + history().location());
     return std::move(answer.saves);
 }
 
 }  // namespace
 
 std::string whyNoHistory() {
-    if (QRVHistoryIsSwitchedOff())
+    if (history().isSwitchedOff())
         return "there is no history: QRVSETTINGS_HISTORY=0 switches it off";
-    return QRVHistoryLocation().empty() ? "there is no history: there is no home folder" : "";
+    return history().location().empty() ? "there is no history: there is no home folder" : "";
 }
 
 void takePartInHistory() {
-    QRVHistoryStart();
+    history().start({});
 }
 
 void waitForHistory() {
     static bool isWritable = true;
-    if (!isWritable) return;
+    if (!isWritable || !isHistoryLoaded()) return;
     const Waiting waiting([] { return "the history of the settings"; });
-    isWritable = QRVHistoryWait(longestWait);
+    isWritable = history().wait(longestWait);
 }
 
 std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
     requireHistory();
-    return savesOf(QRVHistorySaves(query));
+    return savesOf(history().saves(query));
 }
 
 std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
     // To wait for a locked one once is enough.
     static bool isReadable = whyNoHistory().empty();
     if (!isReadable) return std::nullopt;
-    const QRVHistoryAnswer answer = QRVHistoryLastChange(keyPath);
+    const QRVHistoryAnswer answer = history().lastChange(keyPath);
     isReadable = answer.failure.empty();
     if (answer.saves.empty()) return std::nullopt;
     return answer.saves.front();
@@ -60,15 +61,15 @@ std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
 
 QRVHistoryInverse inverseOfSaves(const std::vector<QRVHistorySave>& saves,
                                  const NSDictionary& stored, QRVHistoryConflicts conflicts) {
-    return QRVHistoryInverseOf(saves, stored, conflicts);
+    return history().inverseOf(saves, stored, conflicts);
 }
 
 void clearHistory() {
     requireHistory();
-    const std::string failure = QRVHistoryClear();
+    const std::string failure = history().clear();
     if (!failure.empty())
         throw Failure(Fault::NotWritten,
-                      "the history cannot be cleared: " + failure + ", " + QRVHistoryLocation());
+                      "the history cannot be cleared: " + failure + ", " + history().location());
 }
 
 }  // namespace Tool

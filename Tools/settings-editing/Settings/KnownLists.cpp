@@ -107,8 +107,18 @@ KnownLists KnownLists::read() {
     KnownLists lists;
     for (const QRVKnownSetting& known : QRVKnownSettings())
         lists.settings_.emplace(known.keyPath, ofTheLibrary(known));
-    for (const std::string& folder : dataFolders()) lists.readFolder(folder + "/" + folderOfLists);
+    lists.readFiles();
     return lists;
+}
+
+KnownLists KnownLists::readWithoutLibrary() {
+    KnownLists lists;
+    lists.readFiles();
+    return lists;
+}
+
+void KnownLists::readFiles() {
+    for (const std::string& folder : dataFolders()) readFolder(folder + "/" + folderOfLists);
 }
 
 void KnownLists::readFolder(const std::string& folder) {

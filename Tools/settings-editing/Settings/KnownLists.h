@@ -49,6 +49,8 @@ class KnownLists {
     /// What the library knows, with what the lists of this user and system add. Reads the files
     /// now, and never fails: what cannot be read or understood is a remark.
     static KnownLists read();
+    /// The same without what the library knows, unless a list describes it too.
+    static KnownLists readWithoutLibrary();
 
     /// By key path.
     [[nodiscard]] const Settings& settings() const { return settings_; }
@@ -60,6 +62,7 @@ class KnownLists {
     [[nodiscard]] const KnownSetting* renamedFrom(std::string_view keyPath) const;
 
   private:
+    void readFiles();
     void readFolder(const std::string& folder);
     void readFile(const std::string& path);
     void add(KnownSetting setting);

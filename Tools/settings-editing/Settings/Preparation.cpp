@@ -49,12 +49,13 @@ std::vector<std::string> prepareStore() {
     runPreparation();
     const RecordedMachine now;
     std::vector<std::string> notes;
+    const bool isOther = isAnother(before.device, now.device);
     const bool isInterfaceReset = !before.interface.isNull() && now.interface.isNull();
-    if (!machineHasID() && (isAnother(before.device, now.device) || isInterfaceReset))
+    if ((isOther || isInterfaceReset) && !machineHasID())
         notes.push_back(std::string(machineWithoutID) + ": " +
                         text(QRVStoreKeyPaths::primaryInterface) + " is reset at each start; " +
                         adviceForMachineID);
-    else if (isAnother(before.device, now.device))
+    else if (isOther)
         notes.push_back("the settings come from another machine: " +
                         text(QRVStoreKeyPaths::primaryInterface) + " is reset");
     if (isAnother(before.model, now.model))

@@ -47,8 +47,10 @@ std::string kindWithArticle(Kind kind) {
     return (kind == Kind::Integer || kind == Kind::Array ? "an " : "a ") + words;
 }
 
-QRVSettingScope scopeOf(const KnownLists& lists, const std::string& keyPath) {
-    const KnownSetting* const setting = lists.at(keyPath);
+QRVSettingScope scopeOf(const std::string& keyPath) {
+    const KnownLists lists = KnownLists::readWithoutLibrary();
+    if (const KnownSetting* const setting = lists.at(keyPath)) return setting->scope;
+    const QRVKnownSetting* const setting = QRVKnownSettingAt(keyPath);
     return setting == nullptr ? QRVScopeOfKeyPath(keyPath) : setting->scope;
 }
 

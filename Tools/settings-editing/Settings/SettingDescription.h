@@ -15,8 +15,8 @@ std::string kindInWords(PropertyListValue::Kind kind);
 /// "an integer", "a colour", "data".
 std::string kindWithArticle(PropertyListValue::Kind kind);
 
-/// The scope of any key path, known or not.
-QRVSettingScope scopeOf(const KnownLists& lists, const std::string& keyPath);
+/// The scope of any key path, known or not. Reads the lists.
+QRVSettingScope scopeOf(const std::string& keyPath);
 /// "application", "profile" or "record".
 std::string scopeWord(QRVSettingScope scope);
 /// "of each profile: default, travel".
