@@ -10,6 +10,7 @@
 
 #include "Platform/Files/HeldBytes.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/PassedText.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Values/PropertyListValue.h"
 
@@ -26,9 +27,10 @@ class KnownText {
     static constexpr std::size_t smallest = std::size_t{64} * 1024;
 
     /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
-    /// hold, in case no text is known; or null.
-    PropertyListReadResult read(std::string_view bytes, const std::string& path,
-                                const NSDictionary& likely);
+    /// hold, in case no text is known; or null. Where it can, it gives the bytes back meanwhile.
+    PropertyListReadResult read(
+        std::string_view bytes, const std::string& path, const NSDictionary& likely,
+        const QRVPlatform::PropertyLists::PassedText::GiveBack& giveBack = nullptr);
 
     struct Written {
         PropertyListWriteResult result;
