@@ -10,7 +10,7 @@ import collections
 import json
 import os
 import plistlib
-import select
+import re
 import shutil
 import subprocess
 import sys
@@ -18,14 +18,17 @@ import tempfile
 import time
 from pathlib import Path
 
+import comparison
 import table
+from processes import Bus, Pair
 
 SIZES = (100, 1000, 10000)
 # The participants in the order of their turns. A program that was not built is skipped.
-PARTICIPANTS = ("limit", "own", "qsettings", "kconfig", "gsettings", "dconf", "libplist",
+PARTICIPANTS = ("limit", "own", "before", "qsettings", "kconfig", "gsettings", "dconf", "libplist",
                 "gnustep")
-PROGRAM_OF = {"dconf": "gsettings"}
-LOST_IN_A_ROW = 5
+# The store as it is, and as it was in another commit.
+STORES = ("own", "before")
+PROGRAM_OF = {"dconf": "gsettings", "before": "own"}
 SECONDS_TOGETHER = 60
 SETTINGS_TOGETHER = 3000  # 900 of them are integers: enough for 100 in each of eight processes
 
@@ -38,12 +41,12 @@ def time_of(name):
 class Effort:
     """Numbers of repetitions."""
 
-    def __init__(self, is_once):
+    def __init__(self, is_once, rounds):
         self.sizes = SIZES[:1] if is_once else SIZES
-        self.rounds = 1 if is_once else 5
+        self.rounds = 1 if is_once else rounds
         self.minimum_seconds = 0 if is_once else 0.03
-        self.processes = 1 if is_once else 40
-        self.changes = 3 if is_once else 150
+        self.processes = 1 if is_once else 8 * rounds
+        self.changes = 3 if is_once else 30 * rounds
         self.writes_together = 3 if is_once else 100
 
 
@@ -62,25 +65,13 @@ class Figures:
                 for (row, size, participant), samples in sorted(self.samples.items())]
 
 
-class Bus:
-    """A private message bus, which starts the service that writes below one folder."""
-
-    def __init__(self, environment):
-        self.process = subprocess.Popen(
-            ["dbus-daemon", "--session", "--nofork", "--print-address"],
-            env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.address = self.process.stdout.readline().strip()
-
-    def close(self):
-        self.process.terminate()
-        self.process.wait()
-
-
 class Bench:
-    def __init__(self, programs, tool, effort, folder):
-        self.programs = Path(programs)
-        self.tool = tool
+    """`builds`: the folder of the programs and the tool, for `own` and perhaps for `before`."""
+
+    def __init__(self, builds, effort, rows, folder):
+        self.builds = builds
         self.effort = effort
+        self.rows = rows
         self.folder = folder
         self.figures = Figures()
         self.number = 0
@@ -92,10 +83,15 @@ class Bench:
         return self.program(participant, kind).exists()
 
     def program(self, participant, kind):
-        return self.programs / f"{PROGRAM_OF.get(participant, participant)}-{kind}"
+        programs, _ = self.builds.get(participant, self.builds["own"])
+        return programs / f"{PROGRAM_OF.get(participant, participant)}-{kind}"
 
-    def participants(self, kind, *, without=()):
-        return [name for name in PARTICIPANTS if name not in without and self.has(name, kind)]
+    def participants(self, kind, *, among=PARTICIPANTS):
+        return [name for name in among
+                if (name in self.builds or name != "before") and self.has(name, kind)]
+
+    def is_asked(self, *beginnings):
+        return any(row.name.startswith(beginnings) for row in self.rows)
 
     def new_folder(self, size):
         self.number += 1
@@ -161,7 +157,8 @@ class Bench:
         self.close_buses()
         shutil.rmtree(folder)
         nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-        for benchmark in json.loads(printed)["benchmarks"]:
+        # Nothing is printed when the participant has none of the rows.
+        for benchmark in json.loads(printed)["benchmarks"] if printed else ():
             if "error_message" in benchmark:
                 raise SystemExit(f"{participant} {benchmark['name']}: {benchmark['error_message']}")
             if benchmark["run_type"] == "iteration":
@@ -169,24 +166,29 @@ class Bench:
                        benchmark[time_of(benchmark["name"])] * nanoseconds[benchmark["time_unit"]])
 
     def measure_rows(self):
-        for _ in range(self.effort.rounds):
-            for size in self.effort.sizes:
-                for participant in self.participants("rows"):
-                    for row, sample in self.run_rows(participant, size, "-LoadDefaults"):
+        asked = {name for row in self.rows for name in row.names()
+                 if not name.startswith((*OTHER_PROGRAMS, "LoadDefaults"))}
+        only = f"^({'|'.join(sorted(asked))})/"
+        for number in range(self.effort.rounds):
+            for size in self.effort.sizes if asked else ():
+                for participant in in_turn(self.participants("rows"), number):
+                    for row, sample in self.run_rows(participant, size, only):
                         self.figures.add(row, size, participant, sample)
-            self.measure_start()
+            if self.is_asked("LoadDefaults"):
+                self.measure_start(number)
 
-    def measure_start(self):
+    def measure_start(self, number):
         for locale in ("de_DE.UTF-8", "C"):
-            for participant in ("limit", "own"):
+            for participant in in_turn(self.participants("rows", among=("limit", *STORES)), number):
                 for _, sample in self.run_rows(participant, 100, "LoadDefaults", locale=locale):
                     self.figures.add(f"LoadDefaults {locale}", 100, participant, sample)
 
     def count_allocations(self):
         for size in self.effort.sizes:
-            folder = self.new_folder(size)
-            count = int(self.run("own", "allocations", [folder, size], folder))
-            self.figures.add("Allocations", size, "own", count)
+            for participant in self.participants("allocations", among=STORES):
+                folder = self.new_folder(size)
+                count = int(self.run(participant, "allocations", [folder, size], folder))
+                self.figures.add("Allocations", size, participant, count)
 
     # Whole processes
 
@@ -204,8 +206,9 @@ class Bench:
 
     def measure_processes(self, row, size, commands):
         """`commands`: command and environment for each participant."""
-        for _ in range(self.effort.processes):
-            for participant, (command, environment) in commands.items():
+        for number in range(self.effort.processes):
+            for participant in in_turn(commands, number):
+                command, environment = commands[participant]
                 self.figures.add(row, size, participant, self.time_process(command, environment))
 
     def measure_opening(self):
@@ -240,12 +243,14 @@ class Bench:
 
     def measure_tool(self):
         for size in (self.effort.sizes[0], self.effort.sizes[-1]):
-            folder = self.prepare("own", size)
-            key_path = (folder / "keys").read_text().splitlines()[0][1:]
-            environment = self.environment("own", folder)
-            self.measure_processes("ToolGet", size, {
-                "limit": ([str(self.program("limit", "true"))], environment),
-                "own": ([str(self.tool), "get", key_path], environment)})
+            commands = {}
+            for participant, (_, tool) in self.builds.items():
+                folder = self.prepare(participant, size)
+                key_path = (folder / "keys").read_text().splitlines()[0][1:]
+                environment = self.environment(participant, folder)
+                commands[participant] = ([str(tool), "get", key_path], environment)
+            commands["limit"] = ([str(self.program("limit", "true"))], commands["own"][1])
+            self.measure_processes("ToolGet", size, commands)
 
     # From one process to another
 
@@ -257,9 +262,9 @@ class Bench:
                     else self.new_folder(size)
                 pairs[participant] = Pair(self.program(participant, "propagation"), folder,
                                           self.environment(participant, folder))
-            for _ in range(self.effort.changes):
-                for participant, pair in pairs.items():
-                    self.change(participant, pair, size)
+            for number in range(self.effort.changes):
+                for participant in in_turn(pairs, number):
+                    self.change(participant, pairs[participant], size)
             for participant, pair in pairs.items():
                 pair.close()
                 if pair.lost:
@@ -272,11 +277,15 @@ class Bench:
 
     def measure_together(self):
         for processes in (2, 8):
-            for _ in range(self.effort.rounds):
-                for participant in self.participants("together"):
-                    self.write_together(participant, processes, f"Together{processes}")
-                self.write_together("own", processes, f"Together{processes} whole",
-                                    BENCHMARK_WHOLE_TREES="1")
+            row = f"Together{processes}"
+            for number in range(self.effort.rounds if self.is_asked(row) else 0):
+                for participant in in_turn(self.participants("together"), number):
+                    self.write_together(participant, processes, row)
+                for participant in in_turn(self.participants("together", among=STORES), number):
+                    self.write_together(participant, processes, f"{row} whole",
+                                        BENCHMARK_WHOLE_TREES="1")
+
+    def measure_turns(self):
         for size in (self.effort.sizes[0], self.effort.sizes[-1]):
             for participant in self.participants("together"):
                 self.take_turns(participant, size)
@@ -339,73 +348,77 @@ class Bench:
     def change(self, participant, pair, size):
         if pair.is_out():
             return
+        pair.processor_time()
         elapsed = pair.change()
+        time.sleep(0.01)  # two changes within one tick of the file system's clock look like one
         if elapsed is not None:
             self.figures.add("Propagation", size, participant, elapsed)
-        time.sleep(0.01)  # two changes within one tick of the file system's clock look like one
+            self.figures.add("WatchedChange", size, participant, pair.processor_time())
 
 
-class Pair:
-    """Two processes: one changes a setting, the other one is notified."""
-
-    def __init__(self, program, folder, environment):
-        self.lost = self.lost_in_a_row = 0
-        self.listener = self.start([program, "listen", folder], environment)
-        self.writer = self.start([program, "write", folder], environment)
-
-    @staticmethod
-    def start(command, environment):
-        process = subprocess.Popen(list(map(str, command)), env=environment, stdin=subprocess.PIPE,
-                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        if process.stdout.readline() != b"ready\n":
-            raise SystemExit(f"{command[0]} {command[1]} did not start")
-        return process
-
-    def is_out(self):
-        return self.lost_in_a_row >= LOST_IN_A_ROW
-
-    def change(self):
-        """Nanoseconds until the notification, or None if it took seconds."""
-        while select.select([self.listener.stdout], [], [], 0)[0]:
-            os.read(self.listener.stdout.fileno(), 4096)
-        self.writer.stdin.write(b"\n")
-        self.writer.stdin.flush()
-        start = int(self.writer.stdout.readline())
-        if select.select([self.listener.stdout], [], [], 3)[0]:
-            self.lost_in_a_row = 0
-            return int(os.read(self.listener.stdout.fileno(), 4096).split()[0]) - start
-        self.lost += 1
-        self.lost_in_a_row += 1
-        return None
-
-    def close(self):
-        self.writer.stdin.close()
-        self.writer.wait()
-        self.listener.terminate()
-        self.listener.wait()
+# What measures the rows whose names begin so; `measure_rows` measures all others.
+OTHER_PROGRAMS = {
+    "Allocations": Bench.count_allocations,
+    "OpenAndRead": Bench.measure_opening,
+    "Memory": Bench.measure_memory,
+    "ToolGet": Bench.measure_tool,
+    "Propagation": Bench.measure_propagation,
+    "WatchedChange": Bench.measure_propagation,
+    "Together": Bench.measure_together,
+    "SaveAfterAnother": Bench.measure_turns,
+}
 
 
-def main():
+def in_turn(names, number):
+    """In every second round the last one begins."""
+    return list(names) if number % 2 == 0 else list(names)[::-1]
+
+
+def regular_expression(text):
+    try:
+        return re.compile(text, re.IGNORECASE)
+    except re.error as problem:
+        raise argparse.ArgumentTypeError(f'"{text}": {problem}') from None
+
+
+def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("programs", help="the folder of the benchmark programs")
     parser.add_argument("tool", help="the command-line tool")
+    parser.add_argument("--before", nargs=2, metavar=("PROGRAMS", "TOOL"),
+                        help="the same of another commit, to compare with")
+    parser.add_argument("--rows", metavar="PATTERN", type=regular_expression, default="",
+                        help="only rows whose title or name matches this regular expression")
+    parser.add_argument("--rounds", metavar="N", type=int, default=5)
     parser.add_argument("--once", action="store_true", help="only see that everything runs")
     parser.add_argument("--json", metavar="FILE", help="write all samples there")
     arguments = parser.parse_args()
+    if arguments.rounds < 1:
+        parser.error("--rounds needs at least 1")
+    arguments.rows = table.rows_like(arguments.rows) or parser.error(
+        f'no row is like "{arguments.rows.pattern}"')
+    return arguments
+
+
+def main():
+    arguments = parse_arguments()
+    programs = Path(arguments.programs).resolve()
+    builds = {"own": (programs, arguments.tool)}
+    if arguments.before:
+        builds["before"] = (Path(arguments.before[0]).resolve(), arguments.before[1])
     # Beside the programs, which are on a disk; a temporary folder may be in memory.
-    folder = Path(tempfile.mkdtemp(prefix="run-", dir=Path(arguments.programs).resolve().parent))
-    bench = Bench(Path(arguments.programs).resolve(), arguments.tool, Effort(arguments.once), folder)
+    folder = Path(tempfile.mkdtemp(prefix="run-", dir=programs.parent))
+    bench = Bench(builds, Effort(arguments.once, arguments.rounds), arguments.rows, folder)
     try:
         bench.make_files()
         bench.measure_rows()
-        bench.count_allocations()
-        bench.measure_opening()
-        bench.measure_memory()
-        bench.measure_tool()
-        bench.measure_propagation()
-        bench.measure_together()
-        lines, missing = table.lines_and_missing(bench.figures.samples, bench.bytes_of,
-                                                 bench.effort.sizes)
+        for measure in dict.fromkeys(measure for beginning, measure in OTHER_PROGRAMS.items()
+                                     if bench.is_asked(beginning)):
+            measure(bench)
+        lines, missing = table.lines_and_missing(arguments.rows, bench.figures.samples,
+                                                 bench.bytes_of, bench.effort.sizes)
+        compared = comparison.lines(arguments.rows, bench.figures.samples, bench.bytes_of,
+                                    bench.effort.sizes)
     finally:
         bench.close_buses()
         shutil.rmtree(folder)
@@ -413,6 +426,8 @@ def main():
         print(f"{len(lines)} rows were measured once")
     else:
         table.print_table(lines, bench.figures)
+    if arguments.before and not arguments.once:
+        comparison.print_table(compared)
     if arguments.json:
         Path(arguments.json).write_text(json.dumps(bench.figures.as_json(), indent=1) + "\n")
     if missing:

@@ -7,6 +7,7 @@ Inputs named found-* come from fuzzing and are not changed. Every run writes the
 """
 
 import plistlib
+import random
 import struct
 from datetime import datetime
 from pathlib import Path
@@ -552,6 +553,19 @@ def tool_inputs():
         yield f"text-{index}", text + bytes([index]) + scalar.encode()
 
 
+def revisions():
+    """Any bytes are a tree and its changes; these reach each of the ways."""
+    for choice in range(4):
+        for index in range(24):
+            numbers = random.Random(100 * choice + index)
+            size = 40 + 20 * index
+            yield f"{choice}-{index}", bytes([choice]) + bytes(numbers.randrange(256) for _ in range(size))
+    empty = bytes(2)
+    yield "text-binary", empty + SIGNATURE
+    yield "text-comment", empty + b"<plist><!-- a --><dict><key>a</key><true/></dict></plist>"
+    yield "text-not-utf-8", empty + b"<plist><dict><key>\xff</key><true/></dict></plist>"
+
+
 def write(folder, inputs):
     (CORPUS / folder).mkdir(parents=True, exist_ok=True)
     for old in (CORPUS / folder).iterdir():
@@ -569,6 +583,7 @@ def named(prefix, inputs):
 
 def main():
     write("CompareTrees", tree_pairs())
+    write("ReviseText", revisions())
     write("StoreOperations", operations())
     write("MergeWrites", merge_writes())
     write("ColorTexts", ((f"text-{index}", bytes(text, "utf-8")) for index, text in enumerate(COLOR_TEXTS)))

@@ -10,6 +10,7 @@
 #include "Own/OwnStore.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "Workload/FileContents.h"
 
 namespace {
@@ -135,6 +136,14 @@ void registerMergedSaves(const Fixture& of) {
     const auto burst = std::span<const std::string>(of.integers)
                            .first(std::min(Measures::writesInABurst, of.integers.size()));
     OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(("WriteBurstMerged" + of.name).c_str(),
+                                 [&store, burst](benchmark::State& state) {
+                                     const MergedSaves merged;
+                                     Measures::writeBurst(state, store, burst);
+                                 })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
     benchmark::RegisterBenchmark(("SaveBurstMerged" + of.name).c_str(),
                                  [&store, burst](benchmark::State& state) {
                                      const MergedSaves merged;
@@ -152,6 +161,28 @@ void registerMergedSaves(const Fixture& of) {
             OwnStore::save();
             for ([[maybe_unused]] const auto unused : state)
                 state.SetIterationTime(secondsOfAJoiningWrite(store, burst, number));
+            OwnStore::save();
+        })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
+}
+
+/// Writes of an open batch, which queue no save.
+void registerBatch(const Fixture& of) {
+    const auto burst = std::span<const std::string>(of.integers)
+                           .first(std::min(Measures::writesInABurst, of.integers.size()));
+    OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(
+        ("WriteInABatch" + of.name).c_str(),
+        [&store, burst](benchmark::State& state) {
+            std::int64_t number = 400'000;
+            Measures::secondsOfAWrite(store, burst, number);
+            OwnStore::save();
+            QRVSettingsPrepareBatchSave();
+            for ([[maybe_unused]] const auto unused : state)
+                state.SetIterationTime(Measures::secondsOfAWrite(store, burst, number));
+            QRVSettingsCommitBatchSave();
             OwnStore::save();
         })
         ->UseManualTime()
@@ -211,6 +242,22 @@ void registerStart(const Fixture& of) {
     });
 }
 
+template <typename Value>
+void readHeldKeys(const char* row, const Fixture& of, const std::vector<std::string>& keyPaths) {
+    auto* const held = new std::vector<QRVHeldKey<Value>>;
+    for (const std::string& keyPath : keyPaths) held->emplace_back(QRVKey<Value>(keyPath));
+    benchmark::RegisterBenchmark((row + of.name).c_str(), [held](benchmark::State& state) {
+        Measures::readRoundAndRound<QRVHeldKey<Value>>(
+            state, *held,
+            [](const QRVHeldKey<Value>& key) { benchmark::DoNotOptimize(key.value()); });
+    });
+}
+
+void registerHeldKeys(const Fixture& of) {
+    readHeldKeys<bool>("HeldBooleans", of, of.booleans);
+    readHeldKeys<std::int64_t>("HeldIntegers", of, of.integers);
+}
+
 /// Of a host that asks for defaults and locks of the site, which has none.
 void registerSite(const Fixture& of) {
     const auto hotKey = std::span<const std::string>(of.integers).first(1);
@@ -234,8 +281,10 @@ int main(int argc, char** argv) {
     registerHalves(of, arguments.folder);
     registerFirstBurst(of, arguments.folder);
     registerMergedSaves(of);
+    registerBatch(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
+    registerHeldKeys(of);
     registerSite(of);
     registerStart(of);
     return Measures::runRows(argc, argv);

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "Peers/PeerSettings.h"
+#include "Workload/FolderSync.h"
 
 namespace {
 
@@ -25,11 +26,17 @@ GSettingsBackend* backendIn(const std::filesystem::path& folder) {
 }  // namespace
 
 GSettingsStore::GSettingsStore(const std::filesystem::path& folder, Writes writes)
-    : writes_(writes), backend_(backendIn(folder)), schemas_(schemasIn(folder / "schemas")) {}
+    : folder_(folder),
+      writes_(writes),
+      backend_(backendIn(folder)),
+      schemas_(schemasIn(folder / "schemas")) {}
 
 GSettingsStore::GSettingsStore(const std::filesystem::path& folder,
                                const std::filesystem::path& schemas)
-    : writes_(Writes::Delayed), backend_(backendIn(folder)), schemas_(schemasIn(schemas)) {}
+    : folder_(folder),
+      writes_(Writes::Delayed),
+      backend_(backendIn(folder)),
+      schemas_(schemasIn(schemas)) {}
 
 GSettingsStore::~GSettingsStore() {
     for (const auto& [name, settings] : groups_) g_object_unref(settings);
@@ -84,4 +91,5 @@ void GSettingsStore::save() {
     for (GSettings* const settings : changed_) g_settings_apply(settings);
     changed_.clear();
     g_settings_sync();
+    if (!isDconf()) Workload::syncFolder(folder_ / "values");
 }

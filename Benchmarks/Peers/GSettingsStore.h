@@ -13,7 +13,7 @@
 
 /// GSettings with a schema for each dictionary. The keyfile backend, or dconf when the environment
 /// has GSETTINGS_BACKEND=dconf. Writes are delayed until a save applies them, unless the store
-/// is made direct.
+/// is made direct. A save on a keyfile also syncs the folder.
 class GSettingsStore {
   public:
     struct Handle {
@@ -43,6 +43,7 @@ class GSettingsStore {
   private:
     GSettings* groupNamed(std::string_view name);
 
+    std::filesystem::path folder_;
     Writes writes_;
     GSettingsBackend* backend_ = nullptr;
     GSettingsSchemaSource* schemas_ = nullptr;

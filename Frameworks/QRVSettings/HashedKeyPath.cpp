@@ -6,6 +6,7 @@
 
 #include "Platform/System/System.h"
 #include "Platform/Values/Hashing.h"
+#include "QRVSettings/NSDictionary+QRV.h"
 
 namespace QRVInside {
 
@@ -68,6 +69,17 @@ const PropertyListValue* valueOfTheWriter(const NSDictionary& root, const Hashed
     if (root.isNull()) return nullptr;
     QRVPlatform::WritersDescent descent(root);
     return found(descent, keyPath);
+}
+
+// Short while all levels are there and are mutable, as they are after a first write.
+void setValueOfTheWriter(const NSMutableDictionary& root, const PropertyListValue& value,
+                         const HashedKeyPath& keyPath) {
+    const auto keys = keyPath.keys();
+    QRVPlatform::WritersEdit edit(root);
+    for (const QRVPlatform::HashedKey& key : keys.first(keys.size() - 1))
+        if (!edit.enter(key))
+            return NSDictionaryQRV::setObjectAtKeyPath(root, value, keyPath.text());
+    edit.set(value, keys.back());
 }
 
 void logValueOnTheWay(const HashedKeyPath& keyPath) {

@@ -63,6 +63,10 @@ const PropertyListValue* found(Descent& descent, const HashedKeyPath& keyPath) {
 /// until that thread changes the tree.
 const PropertyListValue* valueOfTheWriter(const NSDictionary& root, const HashedKeyPath& keyPath);
 
+/// `NSDictionaryQRV::setObjectAtKeyPath` in a tree that only the calling thread changes.
+void setValueOfTheWriter(const NSMutableDictionary& root, const PropertyListValue& value,
+                         const HashedKeyPath& keyPath);
+
 /// What was found, as a handle.
 inline PropertyListValue valueOrNull(const PropertyListValue* found) {
     return found == nullptr ? PropertyListValue() : *found;

@@ -12,7 +12,9 @@ struct ChangeRecord {
     double time = 0;            ///< of the write, in seconds since 1970
 
     /// Equal ones for each call. Any thread.
-    [[nodiscard]] NSDictionary dictionary() const;
+    [[nodiscard]] NSDictionary dictionary() const&;
+    /// Without a write to the text, which other threads may be reading at the same time.
+    [[nodiscard]] NSDictionary dictionary() &&;
 };
 
 }  // namespace QRVInside

@@ -143,21 +143,21 @@ class MergingSave {
         return writes;
     }
 
-    PropertyListWriteResult serialisedOnTopOfKnown(Writes::Logging logging) {
+    KnownText::Written writtenOnTopOfKnown(Writes::Logging logging) {
         tree_ = writes_->appliedTo(known_->tree, logging);
         if (tree_.isNull()) tree_ = NSDictionary();
-        return NSPropertyListSerialization::dataWithPropertyList(tree_);
+        return StoreInside::state().knownText.write(tree_);
     }
 
     void serialise() {
-        auto result = serialisedOnTopOfKnown(Writes::Logging::On);
-        if (result.error) {
+        written_ = writtenOnTopOfKnown(Writes::Logging::On);
+        if (written_.result.error) {
             leaveOutRefusedWrites();
-            result = serialisedOnTopOfKnown(Writes::Logging::Off);
+            written_ = writtenOnTopOfKnown(Writes::Logging::Off);
         }
-        failure_ = result.error ? result.error->description() : std::string();
-        bytes_ = std::move(result.bytes);
-        if (result.error) reportUnsaved(result.error->keyPath);
+        const auto& error = written_.result.error;
+        failure_ = error ? error->description() : std::string();
+        if (error) reportUnsaved(error->keyPath);
     }
 
     void leaveOutRefusedWrites() {
@@ -180,7 +180,7 @@ class MergingSave {
         if (!failure_.empty()) return failure_;
         postRecords(writes_->records());  // 3
         arePosted_ = true;
-        std::string failure = replacedFile(access, bytes_);
+        std::string failure = replacedFile(access, written_);
         isSaved_ = failure.empty();
         if (!isSaved_) return failure;
         const KnownFile replaced = std::exchange(*known_, KnownFile{tree_, access.newFile()});
@@ -236,7 +236,7 @@ class MergingSave {
     std::optional<KnownFile> known_;
     std::uint64_t knownVersion_ = 0;
     NSDictionary tree_ = nullptr;
-    std::string bytes_;
+    KnownText::Written written_;
     std::string failure_;  ///< of the serialisation
     QRVFileChange change_{.isBeforeKnown = true};
     bool isFound_ = false;
@@ -398,7 +398,7 @@ void runMergingReload() {
     std::tie(known, version) = storedFile().read(
         [](const StoredFile& file) { return std::pair(file.known, file.knownVersion); });
     if (!known || !known->file.isAt(store.location())) {
-        FileReading reading = readSettingsFile();
+        FileReading reading = readSettingsFile(known ? known->tree : nullptr);
         if (reading.lackedMeans) {  // The file may not change again for a long time.
             DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval, [] {
                 StoreInside::state().readQueue.async(runMergingReload);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Changes by other processes: from the notification to the change handler, in three places that
-// hand over to each other and never wait.
+// hand over to each other and never wait. The first two are queues; their items run on one thread
+// after the other if that saves waking another one (`WorkQueue::handOver`).
 //
 // presenterQueue:
 // 1. Nothing happens unless the file is monitored and its modification date has changed.
@@ -90,7 +91,8 @@ void queueSecondReload() {
     }
 }
 
-void takeOver(const QRVInside::FileReading& reading) {
+/// Returns the old contents of the cache: the destruction of many values takes a while.
+[[nodiscard]] NSDictionary takeOver(const QRVInside::FileReading& reading) {
     NSMutableDictionary tree = reading.root.mutableCopy();
     StoreInside::state().storedFile.update([&reading, &tree](StoredFile& file) {
         file.publishedUpTo = reading.identity;
@@ -99,8 +101,10 @@ void takeOver(const QRVInside::FileReading& reading) {
         file.unsaved.isTreeReplaced = false;
         return std::exchange(file.tree, std::move(tree));
     });
+    NSDictionary cached = store().cache().copy();
     store().cache().removeAllObjects();
     ++StoreInside::state().publications;
+    return cached;
 }
 
 /// The stored tree stays. A file that could not be read before is known now.
@@ -124,7 +128,7 @@ void publish(const Reload& reload) {
         changes = StoreInside::state().localChanges.withoutLocal(changes);
     changes = QRVInside::withFoundByReading(changes);
     if (changes.count() == 0 && reload.kind == Reload::Kind::AfterSaves && reload.isOther)
-        takeOver(reload.reading);
+        static_cast<void>(takeOver(reload.reading));
     else
         QRVInside::publishChanges(changes, reload.reading);
     if (isSecondNeeded) queueSecondReload();
@@ -136,21 +140,16 @@ void runReload(Reload::Kind kind) {
     if (state.mergesSaves) return QRVInside::runMergingReload();
     const std::uint64_t endedSaves = state.saves.ended();
     const std::uint64_t publications = state.publications;
-    Reload reload{kind,
-                  store().storageCache(),
-                  QRVInside::readSettingsFile(),
-                  nullptr,
-                  false,
-                  endedSaves,
-                  publications};       // 2
-    if (reload.reading.lackedMeans) {  // The file may not change again for a long time.
+    const NSDictionary before = store().storageCache();
+    const QRVInside::FileReading reading = QRVInside::readSettingsFile(before);  // 2
+    if (reading.lackedMeans) {  // The file may not change again for a long time.
         DispatchMainQueue::shared().asyncAfter(QRVPlatform::filePollingInterval,
                                                [kind] { queueReload(kind); });
         return;
     }
-    QRVInside::noteReload(reload.reading);
-    const NSArray changes =
-        NSDictionaryQRV::changedKeys(reload.before.copy(), reload.reading.root.copy());
+    QRVInside::noteReload(reading);
+    Reload reload{kind, before, reading, nullptr, false, endedSaves, publications};
+    const NSArray changes = NSDictionaryQRV::changedKeys(before.copy(), reading.root.copy());
     reload.isOther = changes.count() != 0;
     reload.changes = state.localChanges.withoutLocal(changes);  // 3
     DispatchMainQueue::shared().async([reload] { publish(reload); });
@@ -190,7 +189,7 @@ void QRVInside::publishChanges(const NSArray& changes, const FileReading& readin
     const bool areLocked = StoreInside::state().locks != nullptr;
     const NSArray visible = areLocked ? withoutLocked(changes) : changes;
     if (visible.count() != 0) NSLog("Prefs file changed");
-    takeOver(reading);  // 5
+    const NSDictionary cached = takeOver(reading);  // 5
     // A copy: the handler may install another one.
     const QRVSettings::ChangeHandler onChange = store().onChange();
     if (onChange && visible.count() != 0) onChange(visible);  // 6

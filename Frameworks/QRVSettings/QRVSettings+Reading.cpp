@@ -40,14 +40,14 @@ using QRVPlatform::HashedKey;
 
 namespace QRVInside {
 
-FileReading readSettingsFile() {
-    const StoreInside::State& state = StoreInside::state();
+FileReading readSettingsFile(const NSDictionary& likely) {
+    StoreInside::State& state = StoreInside::state();
     FileReading reading;
     reading.identity = QRVPlatform::identityOfFileAtPath(state.location);
     NSFileCoordinator coordinator;
     coordinator.coordinateReadingItemAtURL(
         state.location, NSFileCoordinator::ReadingOptions::None,
-        [&reading, &state](const std::string& url) {
+        [&reading, &state, &likely](const std::string& url) {
             QRVPlatform::HeldFile held;
             if (state.mergesSaves) held = QRVPlatform::HeldFile::at(url);
             const QRVPlatform::FileContents file =
@@ -57,8 +57,9 @@ FileReading readSettingsFile() {
             if (reading.lackedMeans)
                 QRVPlatform::FileFailures::reported("read file", url, file.error);
             bool mayBeCutOff = false;
+            if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = NSPropertyListSerialization::propertyListWithData(file.bytes);
+                const auto read = state.knownText.read(file.bytes, url, likely);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }
@@ -159,13 +160,15 @@ PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
 
 namespace {
 
-// Not inlined, so that a read that the cache answers is short.
-[[gnu::noinline]] PropertyListValue objectBelowTheCache(const HashedKey& key) {
-    const HashedKeyPath keyPath(key.text());
+// Not inlined, so that a read that the cache answers is short; nor does that read need a key in
+// memory.
+[[gnu::noinline]] PropertyListValue objectBelowTheCache(std::string_view text, std::uint32_t hash) {
+    const HashedKeyPath keyPath(text);
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
     const StoreInside::State& state = StoreInside::state();
     if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
-    if (!state.disableCache) cacheValue(state, valueOrNull(found), key);
+    if (!state.disableCache)
+        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
     return valueOrNull(found);
 }
 
@@ -175,7 +178,7 @@ namespace {
     if (state.locks->at(keyPath).isLocked()) return lockedValue(keyPath);  // 2
     const HashedKey key = HashedKey::of(keyPath);
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return lockedView(keyPath, objectBelowTheCache(key));
+    if (cached == nullptr) return lockedView(keyPath, objectBelowTheCache(keyPath, key.hash));
     return lockedView(keyPath, valueOfEntry(*cached));  // 3
 }
 
@@ -188,7 +191,7 @@ PropertyListValue QRVSettingsObjectForKeyPath(QRVKeyPath keyPath) {
     if (state.locks != nullptr) return objectWithLocks(state, keyPath.text());
     const HashedKey key = HashedKey::of(keyPath.text());
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return objectBelowTheCache(key);
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash);
     return valueOfEntry(*cached);  // 3
 }
 
@@ -200,6 +203,6 @@ bool QRVSettingsBoolForKeyPath(QRVKeyPath keyPath) {
     if (state.locks != nullptr) return objectWithLocks(state, keyPath.text()).boolValue();
     const HashedKey key = HashedKey::of(keyPath.text());
     const PropertyListValue* const cached = cachedValue(state, key);
-    if (cached == nullptr) return objectBelowTheCache(key).boolValue();
+    if (cached == nullptr) return objectBelowTheCache(keyPath.text(), key.hash).boolValue();
     return cached->boolValue();
 }

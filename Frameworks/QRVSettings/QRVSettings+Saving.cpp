@@ -87,7 +87,7 @@ std::chrono::steady_clock::time_point deadlineAfter(std::chrono::milliseconds ti
 struct TreeSave {
     NSDictionary tree;  ///< frozen when the file is observed
     NSArray log;
-    std::string bytes{};
+    QRVInside::KnownText::Written written{};
     /// For the observer; empty when there is none.
     std::optional<QRVFileChange> change = std::nullopt;
 };
@@ -113,8 +113,8 @@ std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
             change->fileBefore = old.file.identity();
         }
     }
-    QRVInside::postRecords(save.log);                                   // 3
-    std::string failure = QRVInside::replacedFile(access, save.bytes);  // 4
+    QRVInside::postRecords(save.log);                                     // 3
+    std::string failure = QRVInside::replacedFile(access, save.written);  // 4
     if (change && failure.empty()) {
         state.lastSavedTree = save.tree;
         change->fileAfter = state.lastSaved;
@@ -122,15 +122,15 @@ std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
     return failure;
 }
 
-/// Empty when the tree could not be serialised; then the outcome says why.
-std::string serialised(const NSDictionary& object, SaveOutcome& outcome) {
-    auto result = NSPropertyListSerialization::dataWithPropertyList(object);
-    if (!result.error) return std::move(result.bytes);
-    logSaveMessage(SaveMessageLine::SerialisationError, "%@", {result.error->description()});
-    outcome.failure = result.error->description();
-    outcome.refused.push_back({result.error->keyPath, outcome.failure});
-    QRVInside::reportUnsaved(result.error->keyPath);
-    return {};
+/// When the tree cannot be serialised, the outcome says why.
+void serialise(TreeSave& save, SaveOutcome& outcome) {
+    save.written = StoreInside::state().knownText.write(save.tree);
+    const auto& error = save.written.result.error;
+    if (!error) return;
+    logSaveMessage(SaveMessageLine::SerialisationError, "%@", {error->description()});
+    outcome.failure = error->description();
+    outcome.refused.push_back({error->keyPath, outcome.failure});
+    QRVInside::reportUnsaved(error->keyPath);
 }
 
 SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string origin) {
@@ -150,7 +150,7 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string ori
         save.change->after = save.tree;
     }
     QRVInside::guardedSave(object, outcome, [&] {
-        save.bytes = serialised(save.tree, outcome);  // 1
+        serialise(save, outcome);  // 1
         if (!outcome.failure.empty()) return;
         QRVInside::coordinateSave(
             outcome, [&](QRVPlatform::WriteAccess& access) { return saveTree(access, save); });
@@ -159,14 +159,14 @@ SaveOutcome save(const NSDictionary& object, const NSArray& log, std::string ori
     return outcome;
 }
 
-/// So small that a queue holds it without an allocation.
+/// Runs once. So small that a queue holds it without an allocation.
 struct SaveOfWrite {
     NSDictionary tree;
     QRVInside::ChangeRecord record;
 
-    void operator()() const { run({}); }
-    void run(std::string origin) const {
-        const NSArray log = NSArray::arrayWithObject(record.dictionary());
+    void operator()() { run({}); }
+    void run(std::string origin) {
+        const NSArray log = NSArray::arrayWithObject(std::move(record).dictionary());
         StoreInside::state().saves.end(save(tree, log, std::move(origin)));
     }
 };
@@ -184,7 +184,7 @@ void QRVInside::saveTreeOfWrite(NSDictionary tree, ChangeRecord record) {
         queue.async(SaveOfWrite{std::move(tree), std::move(record)});
     else
         queue.async([save = SaveOfWrite{std::move(tree), std::move(record)},
-                     origin = std::move(origin)] { save.run(origin); });
+                     origin = std::move(origin)]() mutable { save.run(std::move(origin)); });
 }
 
 void QRVInside::logMissingValue() {
@@ -234,7 +234,7 @@ OldFile QRVInside::readOldFile(const std::string& url) {
     }
     if (!contents.error && contents.bytes.empty()) return old;
     if (!contents.error) {
-        const auto read = NSPropertyListSerialization::propertyListWithData(contents.bytes);
+        const auto read = StoreInside::state().knownText.read(contents.bytes, url, nullptr);
         old.root = read.value.dictionary();
         old.mayBeCutOff = read.mayBeCutOff;
     }
@@ -268,14 +268,16 @@ void QRVInside::postRecords(const NSArray& log) {
     DispatchMainQueue::shared().async([&state, log] { state.localChanges.add(log); });
 }
 
-std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access, const std::string& bytes) {
+std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access,
+                                    const KnownText::Written& written) {
     StoreInside::State& state = StoreInside::state();
     state.lastSavedTree = nullptr;
-    if (const std::error_code error = QRVPlatform::replaceFile(access, bytes)) {
+    if (const std::error_code error = QRVPlatform::replaceFile(access, written.result.bytes)) {
         state.lastSaved = {};
         return error.message();
     }
     state.lastSaved = access.newFile().identity();
+    state.knownText.noteReplaced(written, access.path());
     state.storedFile.update([](StoredFile& file) { file.mustBeBackedUp = false; });
     return {};
 }

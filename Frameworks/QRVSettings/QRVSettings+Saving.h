@@ -11,6 +11,7 @@
 #include "Platform/Files/HeldFile.h"
 #include "Platform/Values/PropertyListValue.h"
 #include "QRVSettings/QRVSettings+ChangeRecord.h"
+#include "QRVSettings/QRVSettings+KnownText.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
 
 namespace QRVPlatform {
@@ -60,6 +61,6 @@ std::string secured(const OldFile& old, const std::string& url);
 void postRecords(const NSArray& log);
 
 /// Replaces the file. Why it could not; empty when it did.
-std::string replacedFile(QRVPlatform::WriteAccess& access, const std::string& bytes);
+std::string replacedFile(QRVPlatform::WriteAccess& access, const KnownText::Written& written);
 
 }  // namespace QRVInside

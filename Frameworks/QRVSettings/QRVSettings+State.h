@@ -15,6 +15,7 @@
 #include "Platform/System/System.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Threads/ThreadAffinity.h"
+#include "QRVSettings/QRVSettings+KnownText.h"
 #include "QRVSettings/QRVSettings+LocalChanges.h"
 #include "QRVSettings/QRVSettings+SaveProgress.h"
 #include "QRVSettings/QRVSettings+Site.h"
@@ -45,6 +46,7 @@ struct QRVSettings::State {
     QRVPlatform::AtomicProperty<std::optional<std::chrono::milliseconds>> saveLockTimeout;
     QRVPlatform::AtomicProperty<NSMutableDictionary> cache{NSMutableDictionary()};
     QRVPlatform::AtomicProperty<QRVInside::StoredFile> storedFile;
+    QRVInside::KnownText knownText;
     QRVInside::SaveProgress saves;
     QRVPlatform::AtomicProperty<std::optional<NSDate>> modificationDate;
     /// Whether the date is of this process: `Threads::forkCount` when it was asked last.
@@ -69,6 +71,8 @@ struct QRVSettings::State {
     const QRVInside::Locks* locks = nullptr;
     NSMutableDictionary defaults = nullptr;
     std::optional<std::string> activeProfile;
+    /// Grows whenever the profile is set.
+    std::uint64_t numberOfActiveProfile = 0;
     PropertyListValue currentAppearance;
     ChangeHandler onChange;
     std::optional<std::string> changeOrigin;
@@ -98,7 +102,10 @@ namespace QRVInside {
 /// The one door to the state for the sources of this folder.
 struct StoreInside {
     using State = QRVSettings::State;
-    static State& state() { return *QRVSettings::sharedSettings().state_; }
+    static State& state() {
+        static State& ofTheStore = *QRVSettings::sharedSettings().state_;
+        return ofTheStore;
+    }
 };
 
 }  // namespace QRVInside

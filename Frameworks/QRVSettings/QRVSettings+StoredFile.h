@@ -27,8 +27,9 @@ struct FileReading {
     bool lackedMeans = false;
 };
 
-/// Reads the settings file under file coordination. Any thread; changes no state.
-FileReading readSettingsFile();
+/// Reads the settings file under file coordination. `likely` is a tree that may hold most of what
+/// the file holds, or null. Any thread; changes no state but the known text.
+FileReading readSettingsFile(const NSDictionary& likely = nullptr);
 
 /// A file and the settings that it holds.
 struct KnownFile {

@@ -16,7 +16,9 @@
 #include <string>
 #include <utility>
 
+#include "QRVSettings/HashedKeyPath.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVSettings+Cache.h"
 #include "QRVSettings/QRVSettings+ChangeRecord.h"
 #include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
@@ -28,7 +30,10 @@
 #include "QRVSettings/QRVSettings.h"
 
 using QRVInside::ChangeRecord;
+using QRVInside::HashedKeyPath;
 using QRVInside::requireHostThread;
+using QRVInside::StoreInside;
+using QRVPlatform::HashedKey;
 
 namespace {
 
@@ -36,25 +41,37 @@ bool isEmptyDictionary(const PropertyListValue& value) {
     return value.isDictionary() && value.dictionary().count() == 0;
 }
 
+// Its key path comes with the cache entry, whose key it shares.
 ChangeRecord changeRecord(QRVKeyPath keyPath) {
     if (keyPath.isNull()) throw NSInvalidArgumentException("the key path of a write is null");
-    return {keyPath.text(), NSDate::now().timeIntervalSince1970()};
+    return {nullptr, NSDate::now().timeIntervalSince1970()};
+}
+
+// Whether `value` is the default at the key path, which most often is that of the write.
+bool isDefault(const PropertyListValue& value, QRVKeyPath keyPath, const HashedKeyPath& written) {
+    if (keyPath.isNull()) return false;
+    const NSMutableDictionary& defaults = StoreInside::state().defaults;
+    const PropertyListValue* const byDefault =
+        keyPath.text() == written.text()
+            ? valueOfTheWriter(defaults, written)
+            : valueOfTheWriter(defaults, HashedKeyPath(keyPath.text()));                   // 2
+    return byDefault != nullptr && byDefault->isSameKindAs(value) && *byDefault == value;  // 3
 }
 
 void writeUnlocked(const PropertyListValue& value, QRVKeyPath keyPath, QRVKeyPath keyPathOfDefault,
                    bool isOfEmpty) {
-    const QRVSettings& store = QRVSettings::sharedSettings();
+    static constexpr PropertyListValue none;
     NSMutableDictionary working = QRVInside::storedTree().mutableCopy();  // 1
     if (working.isNull()) working = NSMutableDictionary();
 
-    const PropertyListValue byDefault = QRVSettingsDefaultForKeyPath(keyPathOfDefault);  // 2
-    const bool isDefault = byDefault.isSameKindAs(value) && byDefault == value;          // 3
-    const PropertyListValue stored = isDefault ? nullptr : value;
-    ChangeRecord record = changeRecord(keyPath);                    // 4
-    NSDictionaryQRV::setObjectAtKeyPath(working, stored, keyPath);  // 5
-    QRVInside::replaceStoredTree(working);                          // 6
-    store.cache().setObjectForKey(value, keyPath.text());           // 7
-    if (QRVInside::StoreInside::state().mergesSaves)                // 8
+    const HashedKeyPath hashed(keyPath.text());
+    const PropertyListValue& stored = isDefault(value, keyPathOfDefault, hashed) ? none : value;
+    ChangeRecord record = changeRecord(keyPath);              // 4
+    QRVInside::setValueOfTheWriter(working, stored, hashed);  // 5
+    QRVInside::replaceStoredTree(working);                    // 6
+    const StoreInside::State& state = StoreInside::state();
+    record.keyPath = QRVInside::cacheWritten(state, value, HashedKey::of(keyPath.text()));  // 7
+    if (state.mergesSaves)                                                                  // 8
         QRVInside::queueMergingSaveOfWrite(working, std::move(record), stored, isOfEmpty);
     else
         QRVInside::saveTreeOfWrite(working.copy(), std::move(record));

@@ -100,6 +100,7 @@ const std::optional<std::string>& QRVSettings::activeProfile() const {
 void QRVSettings::setActiveProfile(std::optional<std::string> activeProfile) {
     requireHostThread();
     state_->activeProfile = std::move(activeProfile);
+    ++state_->numberOfActiveProfile;
 }
 
 const QRVSettings::ChangeHandler& QRVSettings::onChange() const {

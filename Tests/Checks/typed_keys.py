@@ -8,7 +8,7 @@ import re
 import subprocess
 import sys
 
-PROGRAM = """#include <QRVSettings/QRVKeys.h>
+PROGRAM = """#include <QRVSettings/QRVHeldKeys.h>
 inline constexpr QRVKey<std::int64_t> interval("Host.Interval");
 void host() {{
 {}
@@ -23,6 +23,8 @@ COMPILES = (
     "const std::int64_t seconds{QRVSettingsValue(interval, 30)}; (void)seconds;",
     "QRVSettingsClearCacheForKeyPath(interval);",
     'QRVSettingsSetObjectForKeyPath("any", Keys::CPU::Menubar::Enabled);',
+    "const QRVHeldKey held(Keys::CPU::Menubar::Enabled); const bool isHeldOn = held.value(); (void)isHeldOn;",
+    "const QRVHeldProfileKey<std::int64_t> heldInterval{interval}; (void)heldInterval.value(30);",
 )
 # Each with a word of the message, so that no other mistake makes it fail.
 DOES_NOT_COMPILE = (
@@ -40,6 +42,8 @@ DOES_NOT_COMPILE = (
     ("const NSArray items = QRVSettingsValue(Keys::CPU::Menubar::Enabled);", "NSArray"),
     ("const bool isOn{QRVSettingsValue(Keys::Processes::Combine)};", "bool"),
     ('constexpr QRVKey<int> key("Host.Key");', "QRVKey"),
+    ("const QRVHeldKey<bool> heldCombine(Keys::Processes::Combine);", "QRVHeldKey"),
+    ('const QRVHeldKey<bool> heldText("CPU.Menubar.Enabled");', "QRVHeldKey"),
 )
 
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counts what the hot paths cost their caller:
+// Counts what the hot paths cost a thread:
 //     PROGRAM prepare FOLDER   writes the settings file, of which counts.py makes
 //     FOLDER/binary.plist PROGRAM run FOLDER       prints the costs
 // XDG_CONFIG_HOME is FOLDER.
@@ -10,12 +10,12 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "CallerCost.h"
 #include "Own/OwnStore.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVKeys.h"
+#include "ThreadCost.h"
 #include "Workload/FileContents.h"
 
 namespace {
@@ -40,7 +40,7 @@ template <typename Read>
 void countReads(const std::string& name, std::span<const std::string> keyPaths, const Read& read) {
     constexpr std::size_t passes = 10;
     for (const std::string& keyPath : keyPaths) read(keyPath);
-    countCostOfCaller(name, passes * keyPaths.size(), [&] {
+    countCost(name, passes * keyPaths.size(), [&] {
         for (std::size_t pass = 0; pass < passes; ++pass)
             for (const std::string& keyPath : keyPaths) read(keyPath);
     });
@@ -77,7 +77,7 @@ void countFirstDefaults(const std::vector<Workload::Setting>& settings, const Ke
     store.setStorageCache(treeOf(stored));
     store.setDefaults(treeOf(defaults));
     store.setCache(NSMutableDictionary());
-    countCostOfCaller("DefaultFirst", integers.size(), [&integers] {
+    countCost("DefaultFirst", integers.size(), [&integers] {
         for (const std::string& keyPath : integers)
             require(!QRVSettingsObjectForKeyPath(keyPath).isNull(), "a default is not read");
     });
@@ -95,7 +95,7 @@ void countBatch(const KeyPaths& keyPaths, std::int64_t& number) {
     OwnStore::save();
     QRVSettingsPrepareBatchSave();
     OwnStore::writeInteger(keyPaths.front(), ++number);
-    countCostOfCaller("WriteInABatch", keyPaths.size(), [&] { write(keyPaths, number); });
+    countCost("WriteInABatch", keyPaths.size(), [&] { write(keyPaths, number); });
     QRVSettingsCommitBatchSave();
     OwnStore::save();
 }
@@ -108,11 +108,22 @@ void countBurst(const std::string& name, const KeyPaths& keyPaths, std::int64_t&
     QRVSettings::sharedSettings().queue().async(
         [passed = gate.get_future().share()] { passed.wait(); });
     OwnStore::writeInteger(keyPaths.front(), ++number);
-    countCostOfCaller(name, keyPaths.size(), [&] { write(keyPaths, number); });
+    countCost(name, keyPaths.size(), [&] { write(keyPaths, number); });
     gate.set_value();
     OwnStore::save();
     require(QRVSettingsWaitForSaves(std::chrono::minutes(1)).state == QRVSaveStatus::State::Saved,
             "the burst is not saved");
+}
+
+/// What a save of one change costs the store's queue.
+void countSave(const std::string& name, const std::string& keyPath, std::int64_t& number) {
+    OwnStore::writeInteger(keyPath, ++number);
+    OwnStore::save();
+    DispatchQueue& queue = QRVSettings::sharedSettings().queue();
+    queue.async(beginCost);
+    OwnStore::writeInteger(keyPath, ++number);
+    queue.async([&name] { endCost(name, 1); });
+    OwnStore::save();
 }
 
 void countWrites(const KeyPaths& integers) {
@@ -121,8 +132,10 @@ void countWrites(const KeyPaths& integers) {
     for (const std::string& keyPath : keyPaths) QRVSettingsObjectForKeyPath(keyPath);
     countBatch(keyPaths, number);
     countBurst("WriteBurst", keyPaths, number);
+    countSave("Save", keyPaths.front(), number);
     QRVSettings::sharedSettings().setMergesSaves(true);
     countBurst("WriteBurstMerged", keyPaths, number);
+    countSave("SaveMerged", keyPaths.front(), number);
     QRVSettings::sharedSettings().setMergesSaves(false);
 }
 
@@ -135,17 +148,17 @@ NSDictionary readOf(std::string_view bytes) {
 /// Costs for each setting.
 void countPropertyLists(const std::string& xml, const std::string& binary) {
     NSDictionary tree;
-    countCostOfCaller("XMLReading", settingsInAll, [&] { tree = readOf(xml); });
+    countCost("XMLReading", settingsInAll, [&] { tree = readOf(xml); });
     NSDictionary same;
-    countCostOfCaller("BinaryReading", settingsInAll, [&] { same = readOf(binary); });
+    countCost("BinaryReading", settingsInAll, [&] { same = readOf(binary); });
     std::size_t written = 0;
-    countCostOfCaller("XMLWriting", settingsInAll, [&] {
+    countCost("XMLWriting", settingsInAll, [&] {
         written = NSPropertyListSerialization::dataWithPropertyList(tree).bytes.size();
     });
     require(written == xml.size(), "a property list is not written as it was");
     std::size_t changes = 1;
-    countCostOfCaller("CompareEqual", settingsInAll,
-                      [&] { changes = NSDictionaryQRV::changedKeys(tree, same).count(); });
+    countCost("CompareEqual", settingsInAll,
+              [&] { changes = NSDictionaryQRV::changedKeys(tree, same).count(); });
     require(changes == 0, "the property lists differ");
 }
 
@@ -154,7 +167,7 @@ void countLoadDefaults() {
     store.loadDefaults();
     OwnStore::save();
     constexpr std::size_t times = 3;
-    countCostOfCaller("LoadDefaults", times, [&store] {
+    countCost("LoadDefaults", times, [&store] {
         for (std::size_t time = 0; time < times; ++time) store.loadDefaults();
     });
     OwnStore::save();

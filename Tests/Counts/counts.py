@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the hot paths cost their caller, against the limits.
+"""What the hot paths cost one thread, against the limits.
 
     counts.py instructions|allocations PROGRAM LIMITS            compares, and prints both
     counts.py instructions|allocations PROGRAM LIMITS --write    makes what is measured the figures of LIMITS

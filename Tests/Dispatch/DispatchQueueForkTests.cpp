@@ -12,6 +12,7 @@
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Dispatch/NSOperationQueue.h"
+#include "Platform/Dispatch/WorkQueue.h"
 #include "Platform/Threads/ThreadAffinity.h"
 #include "Support/ChildProcess.h"
 #include "Support/Shortages.h"
@@ -39,6 +40,8 @@ TEST(DispatchQueueProcess, AProcessMayExitWhileAQueueIsAtWork) {
     });
     EXPECT_TRUE(child.succeeded());
 }
+
+using QRVPlatform::WorkQueue;
 
 namespace {
 
@@ -239,4 +242,29 @@ TEST(ThreadAffinity, IsThatOfTheForkingThreadInAChild) {
         EXPECT_TRUE(child.succeeded());
     }).join();
     affinity.require("here");
+}
+
+TEST(HandOverFork, AChildThatAnItemForksAddsWhatIsHandedOverAndItsThreadHasToEnd) {
+    const WorkQueue::Limits limits{.threads = 1, .idleTime = {}, .holdsUpForks = false};
+    const auto queue = WorkQueue::make("test.fork", limits);
+    const auto other = WorkQueue::make("test.other", limits);
+    pid_t child = -1;
+    bool hasRun = false;
+    const bool mayGoOn = queue->runHere([&] {
+        child = fork();
+        other->handOver([&] { hasRun = true; });
+    });
+    if (child == 0) {
+        bool isThere = false;
+        queue->sync([&] { isThere = true; });
+        other->sync([&] { isThere = isThere && hasRun; });
+        _exit(isThere && !mayGoOn ? 0 : 1);
+    }
+    EXPECT_TRUE(mayGoOn);
+    EXPECT_TRUE(hasRun);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    queue->finish();
+    other->finish();
 }

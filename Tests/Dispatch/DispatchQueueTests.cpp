@@ -2,8 +2,10 @@
 // Serial queues: order, barriers, exceptions, their end.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -84,6 +86,36 @@ TEST(DispatchQueue, SyncReturnsAfterEverythingQueuedBefore) {
     int countAtBarrier = 0;
     queue.sync([&] { countAtBarrier = count; });
     EXPECT_EQ(countAtBarrier, 100);
+}
+
+TEST(DispatchQueue, SyncIsWokenForItsOwnItemOnly) {
+    constexpr int items = 100;
+    DispatchQueue queue("test.sync");
+    for (int number = 0; number < items; ++number)
+        queue.async([] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
+    rusage before{};
+    rusage after{};
+    ASSERT_EQ(getrusage(RUSAGE_THREAD, &before), 0);
+    queue.sync([] {});
+    ASSERT_EQ(getrusage(RUSAGE_THREAD, &after), 0);
+    EXPECT_LT(after.ru_nvcsw - before.ru_nvcsw, items / 2);
+}
+
+TEST(DispatchQueue, ThreadsThatWaitForDifferentItemsAreAllWoken) {
+    constexpr int threads = 8;
+    constexpr int rounds = 200;
+    DispatchQueue queue("test.sync");
+    std::atomic<int> runs = 0;
+    std::vector<std::thread> waiting;
+    for (int number = 0; number < threads; ++number)
+        waiting.emplace_back([&] {
+            for (int round = 0; round < rounds; ++round) {
+                queue.async([&runs] { ++runs; });
+                queue.sync([&runs] { ++runs; });
+            }
+        });
+    for (std::thread& thread : waiting) thread.join();
+    EXPECT_EQ(runs, 2 * threads * rounds);
 }
 
 TEST(DispatchQueue, SyncOnTheOwnThreadThrowsInsteadOfWaitingForItself) {

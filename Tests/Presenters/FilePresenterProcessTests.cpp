@@ -82,10 +82,24 @@ bool childSeesChangesWithout(std::initializer_list<SystemCall> calls, int error)
     return child.succeeded();
 }
 
-/// This process has an inotify watch of the folder: the kernel lists their inode numbers.
-bool isWatching(const std::string& folder) {
+/// How often the threads of that name have gone to sleep.
+std::size_t sleepsOf(const std::string& thread) {
+    std::size_t count = 0;
+    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
+        if (readPlainly(task.path() / "comm") != thread + "\n") continue;
+        std::ifstream status(task.path() / "status");
+        for (std::string word; status >> word;) {
+            std::size_t sleeps = 0;
+            if (word == "voluntary_ctxt_switches:" && status >> sleeps) count += sleeps;
+        }
+    }
+    return count;
+}
+
+/// This process has an inotify watch of the folder or file: the kernel lists their inode numbers.
+bool isWatching(const std::string& path) {
     struct stat status {};
-    if (stat(folder.c_str(), &status) != 0) return false;
+    if (stat(path.c_str(), &status) != 0) return false;
     std::ostringstream inode;
     inode << " ino:" << std::hex << status.st_ino << " ";
     for (const auto& entry : fs::directory_iterator("/proc/self/fdinfo"))
@@ -109,6 +123,29 @@ TEST(PresentersAmongProcesses, EachSeesTheOthersSavesAmongItsOwn) {
     EXPECT_TRUE(countsUpAndSeesTheOther(&Counts::first, &Counts::second));
     EXPECT_TRUE(child.succeeded());
     EXPECT_EQ(readPlainly("file"), std::to_string(rounds) + " " + std::to_string(rounds));
+}
+
+TEST(PresentersAmongProcesses, ASaveOfAnotherProcessWakesTheWatchingThreadOnceOrTwice) {
+    constexpr int saves = 100;
+    const Gate isWanted;
+    ChildProcess child([&] {
+        std::ifstream wanted(isWanted.pathToWait());
+        for (int number = 0; number < saves; ++number) {
+            wanted.get();
+            if (!save(nullptr, "file", std::to_string(number))) return false;
+        }
+        return true;
+    });
+    writePlainly("file", "old");
+    const Reader reader("file");
+    ASSERT_TRUE(finishEvents());
+    const std::size_t before = sleepsOf("file-presenters");
+    for (int number = 0; number < saves; ++number) {
+        isWanted.open();
+        ASSERT_TRUE(reader.sees(std::to_string(number)));
+    }
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_LE(sleepsOf("file-presenters") - before, 4U * saves) << "with some for a busy machine";
 }
 
 TEST(PresentersAmongProcesses, NoNotificationComesWhenAllIsQuiet) {
@@ -303,6 +340,36 @@ TEST(PresentersWithoutMeans, AFolderFarUpThatMayNotBeReadDoesNotMatter) {
         writePlainly(above + "/open/file", "x");
         return isWatching(above + "/open") && reader.sees("x");
     });
+    EXPECT_TRUE(child.succeeded());
+}
+
+TEST(PresentersWithoutMeans, AFileThatMayNotBeReadIsWatchedThroughItsFolder) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes root to become someone else";
+    fs::create_directory("open");
+    const std::string folder = fs::current_path() / "open";
+    const std::string path = folder + "/file";
+    writePlainly(path, "old");
+    chmod(path.c_str(), 0600);
+    chmod(".", 0711);
+    const Gate isReady;
+    const Gate hasSeenOne;
+    ChildProcess child([&] {
+        constexpr uid_t nobody = 65534;
+        if (setuid(nobody) != 0 || ::open(path.c_str(), O_RDONLY) >= 0) return false;
+        const Reader reader(path);
+        const bool isWatched = isWatching(folder) && !isWatching(path);
+        isReady.open();
+        if (!isWatched || !reader.isNotifiedMoreThan(0)) return false;
+        const int count = reader.count();
+        hasSeenOne.open();
+        return reader.isNotifiedMoreThan(count) && reader.sees("new");
+    });
+    ASSERT_TRUE(isReady.wait());
+    writePlainly(path, "in place");
+    ASSERT_TRUE(hasSeenOne.wait());
+    writePlainly("new", "new");
+    chmod("new", 0644);
+    fs::rename("new", path);
     EXPECT_TRUE(child.succeeded());
 }
 

@@ -143,7 +143,7 @@ TEST(OwnWrites, AnothersChangeBetweenTwoOfThemIsNews) {
         if (presentation.takeNews()) notifications->notify();
     };
     const auto handleEvents = [&] {
-        for (const auto& event : folders.takeEvents()) presentation.note(event, now);
+        for (const auto& event : folders.takeEvents()) presentation.note(event);
         presentation.settle(folders, now);
         if (presentation.takeNews()) notifications->notify();
     };

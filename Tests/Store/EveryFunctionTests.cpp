@@ -16,6 +16,7 @@
 #include "Platform/Files/NSFileCoordinator.h"
 #include "Platform/System/Terminal.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "QRVSettings/QRVKnownSettings.h"
 #include "Support/MachineSupport.h"
 #include "Support/StoreSupport.h"
@@ -172,6 +173,12 @@ Actions ofTheHost() {
              QRVSettingsProfileSetObjectForKeyPath(62, width());
              QRVSettingsProfileSetObjectForKeyPathWithCache(63, width(), false);
              QRVSettingsProfileClearCacheForKeyPath(width());
+         }},
+        {{"QRVInside::HeldEntry::value", "QRVInside::HeldEntry::find"},
+         [] {
+             static const QRVHeldKey<bool> plain(Keys::CPU::Menubar::Enabled);
+             static const QRVHeldProfileKey<bool> ofProfile(Keys::CPU::Menubar::Enabled);
+             use(plain.value(), ofProfile.value());
          }},
         {{"QRVSettingsSetCurrentAppearance", "QRVSettingsCurrentAppearance"},
          [] {

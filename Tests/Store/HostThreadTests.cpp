@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "QRVSettings/QRVHeldKeys.h"
 #include "QRVSettings/QRVSettings.h"
 
 namespace {
@@ -27,6 +28,26 @@ TEST(HostThreadDeathTest, AWriteOnAnotherThreadEndsTheProcessAndSaysWhy) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     QRVSettingsBoolForKeyPath("A");
     EXPECT_DEATH(runOnAnotherThread([] { QRVSettingsSetObjectForKeyPath(1, "A"); }),
+                 "was called on a thread other than the one that it belongs to");
+}
+
+TEST(HostThreadDeathTest, WhoReplacesALayerOnAnotherThreadEndsTheProcessAndSaysWhy) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    QRVSettingsBoolForKeyPath("A");
+    QRVSettings& store = QRVSettings::sharedSettings();
+    EXPECT_DEATH(runOnAnotherThread([&store] { store.setCache(NSMutableDictionary()); }),
+                 "setCache was called on a thread other than the one that it belongs to");
+    EXPECT_DEATH(runOnAnotherThread([&store] { store.setStorageCache(NSMutableDictionary()); }),
+                 "setStorageCache was called on a thread other than the one that it belongs to");
+    EXPECT_DEATH(runOnAnotherThread([] { QRVSettingsClearCacheForKeyPath("A"); }),
+                 "was called on a thread other than the one that it belongs to");
+}
+
+TEST(HostThreadDeathTest, AHeldKeyReadOnAnotherThreadEndsTheProcessAndSaysWhy) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const QRVHeldKey<bool> held(QRVKey<bool>("A"));
+    EXPECT_FALSE(held.value());
+    EXPECT_DEATH(runOnAnotherThread([&held] { static_cast<void>(held.value()); }),
                  "was called on a thread other than the one that it belongs to");
 }
 

@@ -6,6 +6,8 @@
 
 #include <fstream>
 #include <set>
+#include <string>
+#include <thread>
 
 #include "Files/SystemCallFilter.h"
 #include "Platform/Files/Files.h"
@@ -111,6 +113,20 @@ class Writer {
     ChildProcess process_;
 };
 
+/// How often the threads of this process but the main one have gone to sleep.
+std::size_t sleepsOfOtherThreads() {
+    std::size_t count = 0;
+    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
+        if (task.path().filename() == std::to_string(getpid())) continue;
+        std::ifstream status(task.path() / "status");
+        for (std::string word; status >> word;) {
+            std::size_t sleeps = 0;
+            if (word == "voluntary_ctxt_switches:" && status >> sleeps) count += sleeps;
+        }
+    }
+    return count;
+}
+
 std::set<int> descriptorsThatStayOpenOnExec() {
     std::set<int> numbers;
     for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
@@ -134,6 +150,32 @@ TEST(Monitoring, AChangeByAnotherProcessReachesTheHandler) {
     EXPECT_TRUE(host.receives("CPU.Menubar.Enabled"));
     EXPECT_EQ(host.received().size(), 1U);
     EXPECT_FALSE(QRVSettingsBoolForKeyPath("CPU.Menubar.Enabled"));
+}
+
+TEST(Monitoring, AChangeByAnotherProcessWakesOneThreadBesideTheMainOne) {
+    constexpr std::size_t changes = 100;
+    const Gate isWanted;
+    Writer writer([&isWanted] {
+        std::ifstream wanted(isWanted.pathToWait());
+        for (std::size_t number = 0; number < changes; ++number) {
+            wanted.get();
+            QRVSettingsSetObjectForKeyPath(static_cast<int>(number), "Other");
+            finishSaves();
+        }
+    });
+    const Host host;
+    host.receiveAChangeBySomebodyElse();
+    const std::size_t received = host.received().size();
+    const std::size_t before = sleepsOfOtherThreads();
+    std::thread run([&writer] { EXPECT_TRUE(writer.run()); });
+    bool hasAll = true;
+    for (std::size_t number = 1; number <= changes; ++number) {
+        isWanted.open();
+        hasAll = hasAll && drainUntil([&] { return host.received().size() == received + number; });
+    }
+    run.join();
+    EXPECT_TRUE(hasAll);
+    EXPECT_LE(sleepsOfOtherThreads() - before, 4 * changes) << "with some for a busy machine";
 }
 
 TEST(Monitoring, ABatchOfAnotherProcessArrivesAsOneChange) {

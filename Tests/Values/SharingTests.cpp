@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <string>
 #include <thread>
+#include <vector>
 
+#include "Platform/Values/DictionaryDescent.h"
 #include "Platform/Values/PropertyListValue.h"
 
 TEST(Sharing, AReaderSeesADictionaryBeforeOrAfterAChange) {
@@ -84,4 +87,34 @@ TEST(Sharing, RemovalsByTwoThreadsLoseNoChange) {
     odd.join();
     EXPECT_EQ(array.count(), elements - elements / 3U);
     for (const PropertyListValue& element : array) EXPECT_NE(element.integerValue() % 3, 0);
+}
+
+TEST(Sharing, TheOneWriterReadsWithoutALockWhileOthersRead) {
+    using QRVPlatform::HashedKey;
+    const NSMutableDictionary level;
+    const NSMutableDictionary root{{"level", level}};
+    std::atomic<bool> finished = false;
+    std::vector<std::thread> readers;
+    for (int reader = 0; reader < 2; ++reader)
+        readers.emplace_back([&] {
+            while (!finished) {
+                const NSDictionary seen = root.objectForKey("level").dictionary().copy();
+                for (const auto& [key, value] : seen) ASSERT_EQ(value.stringView(), key);
+                std::this_thread::yield();
+            }
+        });
+    for (int number = 0; number < 5000; ++number) {
+        const std::string key = "key " + std::to_string(number % 40);
+        level.setObjectForKey(key, key);
+        if (number % 3 == 0) level.removeObjectForKey("key " + std::to_string(number % 30));
+        if (number % 500 == 0) level.removeAllObjects();
+        QRVPlatform::WritersDescent descent(root);
+        const PropertyListValue* const found = descent.find(HashedKey::of("level"));
+        ASSERT_NE(found, nullptr);
+        descent.enter(*found);
+        const PropertyListValue* const value = descent.find(HashedKey::of(key));
+        ASSERT_EQ(value == nullptr ? PropertyListValue() : *value, level.objectForKey(key));
+    }
+    finished = true;
+    for (std::thread& reader : readers) reader.join();
 }

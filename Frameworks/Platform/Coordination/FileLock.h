@@ -26,15 +26,21 @@ struct LockWait {
 class FileLock {
   public:
     FileLock() = default;
-    FileLock(FileLock&&) = default;
+    FileLock(FileLock&& other) noexcept { *this = std::move(other); }
     /// The other one gets the lock that this one had.
     FileLock& operator=(FileLock&& other) noexcept {
         std::swap(file_, other.file_);
+        std::swap(isReleased_, other.isReleased_);
         return *this;
     }
-    ~FileLock();
+    ~FileLock() { release(); }
 
-    [[nodiscard]] bool isHeld() const { return file_ != nullptr && file_->isOpen(); }
+    /// Ends the lock. The file stays open as long as this lives: closing the last descriptor of a
+    /// file that was replaced frees its space, which may take as long as a sync.
+    void release();
+    [[nodiscard]] bool isHeld() const {
+        return file_ != nullptr && file_->isOpen() && !isReleased_;
+    }
     /// Held, and `path` still names the file.
     [[nodiscard]] bool isOn(const std::string& path) const;
 
@@ -60,6 +66,7 @@ class FileLock {
     static FileLock withinTimeout(const std::string& path, int operation);
 
     CloseOnFork::Handle file_;
+    bool isReleased_ = false;
 };
 
 }  // namespace QRVPlatform

@@ -123,10 +123,10 @@ bool locksFileItself(const std::string& path) {
 }  // namespace
 
 // Closing alone would keep the lock while another process has the descriptor: one that was made
-// without the fork handlers (vfork, clone). And it may take long: when the file has been replaced,
-// it frees the space.
-FileLock::~FileLock() {
+// without the fork handlers (vfork, clone).
+void FileLock::release() {
     if (isHeld()) flock(file_->number(), LOCK_UN);
+    isReleased_ = true;
 }
 
 bool FileLock::isOn(const std::string& path) const {

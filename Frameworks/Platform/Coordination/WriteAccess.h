@@ -54,6 +54,8 @@ class WriteAccess {
     bool isReplaced_ = false;
     FileLock lockAgainstReaders_;
     HeldFile newFile_;
+    /// Of the file that was replaced; released. So nobody waits until its space is free.
+    FileLock ofReplaced_;
 };
 
 class WriteAccess::OnThisThread {

@@ -54,7 +54,7 @@ bool WorkQueue::isRunningHere() const {
 // A thread is notified after the mutex is unlocked, everywhere here: one that wakes while it is
 // locked only waits again, for the mutex.
 
-std::uint64_t WorkQueue::add(WorkItem item) {
+std::uint64_t WorkQueue::add(WorkItem&& item) {
     Shift& shift = *shift_;
     std::error_code error;
     bool isNewShortage = false;
@@ -115,9 +115,14 @@ void WorkQueue::runThread(Shift& shift) {
         Reserved next;
         if (!runItem(shift, lock, limits_.threads > 1 ? &next : nullptr)) return;
         if (next.queue) {
+            // Not one of this queue's threads meanwhile, whose end does not wait for other queues.
+            --shift.threads;
             lock.unlock();
+            shift.itemFinished.notify_all();
             if (!runReserved(std::move(next))) return;
             lock.lock();
+            if (shift.threads >= limits_.threads) return;
+            ++shift.threads;
         }
         ++shift.idleThreads;
     }
@@ -154,7 +159,23 @@ bool WorkQueue::runItem(Shift& shift, MutexLock& lock, Reserved* next) {
     lock.lock();
     --shift.running;
     ++shift.finished;
+    if (!takeAwaited(shift)) return true;
+    lock.unlock();
     shift.itemFinished.notify_all();
+    lock.lock();
+    return true;
+}
+
+/// To be called before each wait for `itemFinished`.
+void WorkQueue::awaitItems(Shift& shift, std::uint64_t number) {
+    shift.awaited = std::min(shift.awaited, number);
+}
+
+/// Whether `itemFinished` is to be notified. All who wait then look again, and go on waiting by
+/// `awaitItems`.
+bool WorkQueue::takeAwaited(Shift& shift) {
+    if (shift.finished < shift.awaited && shift.threads > 0) return false;
+    shift.awaited = Shift::nobody;
     return true;
 }
 
@@ -213,8 +234,9 @@ bool WorkQueue::endReserved(Shift& shift) {
     while (shift.isEnding && shift.threads == 0 && !shift.items.empty())
         if (!runItem(shift, lock, nullptr)) return false;
     const bool isMoreQueued = !shift.items.empty();
+    const bool isAwaited = takeAwaited(shift);
     lock.unlock();
-    shift.itemFinished.notify_all();
+    if (isAwaited) shift.itemFinished.notify_all();
     if (isMoreQueued) shift.itemsChanged.notify_one();
     return true;
 }
@@ -232,7 +254,7 @@ void WorkQueue::handOver(WorkItem item) {
     innermost->next = std::move(item);
 }
 
-void WorkQueue::async(WorkItem item) {
+void WorkQueue::async(WorkItem&& item) {
     ProcessQueues::startMissingThreads();
     add(std::move(item));
 }
@@ -262,10 +284,12 @@ bool WorkQueue::runUntil(Shift& shift, std::uint64_t number) {
         return shift.finished >= number && (!wasDestroyed || shift.items.empty());
     };
     while (!isOver()) {
-        if (shift.threads > 0 || shift.running > 0)
-            lock.waitFor(shift.itemFinished);
-        else if (!runItem(shift, lock, nullptr))
-            return false;
+        if (shift.threads == 0 && shift.running == 0) {
+            if (!runItem(shift, lock, nullptr)) return false;
+            continue;
+        }
+        awaitItems(shift, shift.finished < number ? number : 0);
+        lock.waitFor(shift.itemFinished);
     }
     return true;
 }
@@ -280,10 +304,12 @@ void WorkQueue::finish() {
     if (isRunningHere()) return;
     MutexLock lock(shift.mutex);
     while (shift.threads > 0 || shift.running > 0 || !shift.items.empty()) {
-        if (shift.threads > 0 || shift.running > 0)
-            lock.waitFor(shift.itemFinished);
-        else if (!runItem(shift, lock, nullptr))
-            return;
+        if (shift.threads == 0 && shift.running == 0) {
+            if (!runItem(shift, lock, nullptr)) return;
+            continue;
+        }
+        awaitItems(shift, 0);
+        lock.waitFor(shift.itemFinished);
     }
 }
 
@@ -308,6 +334,7 @@ bool WorkQueue::waitUntilIdle(Clock::time_point deadline) {
     while (shift.running > 0 || !shift.items.empty()) {
         const bool isStuck = shift.threads == 0 && shift.running == 0;
         if (isStuck || Clock::now() >= deadline) return false;
+        awaitItems(shift, 0);
         lock.waitFor(shift.itemFinished, deadline);
     }
     return true;

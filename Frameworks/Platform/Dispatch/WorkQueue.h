@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -48,7 +49,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     ~WorkQueue();
 
     /// An exception from an item ends the program.
-    void async(WorkItem item);
+    void async(WorkItem&& item);
     /// Like `async`, for a thread that may be held up as long as the item runs, and that runs no
     /// item: it runs this one itself if the queue has nothing to do before it. The same goes for
     /// what the item hands over. False in a child that was forked by an item: there the thread has
@@ -85,6 +86,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     /// What the queue is in one process. A forked child leaves its parent's as it is: no thread
     /// there could end a wait or release a lock.
     struct Shift {
+        static constexpr std::uint64_t nobody = std::numeric_limits<std::uint64_t>::max();
         Shift* ofParent = nullptr;  ///< never destroyed, and not used: nothing leaks
         Mutex mutex;
         std::condition_variable itemsChanged;
@@ -92,6 +94,8 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
         std::deque<WorkItem> items QRV_GUARDED_BY(mutex);
         std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
         std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
+        /// Who waits need not be woken before so many have finished, unless no thread goes on.
+        std::uint64_t awaited QRV_GUARDED_BY(mutex) = nobody;
         std::size_t threads QRV_GUARDED_BY(mutex) = 0;
         std::size_t idleThreads QRV_GUARDED_BY(mutex) = 0;
         std::size_t running QRV_GUARDED_BY(mutex) = 0;
@@ -106,7 +110,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     WorkQueue(std::string label, const Limits& limits);
-    std::uint64_t add(WorkItem item);
+    std::uint64_t add(WorkItem&& item);
     std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
     bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
     void runThread(Shift& shift);
@@ -118,6 +122,8 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     static bool runReserved(Reserved reserved);
     bool endReserved(Shift& shift);
     bool runUntil(Shift& shift, std::uint64_t number);
+    static void awaitItems(Shift& shift, std::uint64_t number) QRV_REQUIRES(shift.mutex);
+    static bool takeAwaited(Shift& shift) QRV_REQUIRES(shift.mutex);
     [[nodiscard]] bool isRunningHere() const;
 
     const std::string label_;

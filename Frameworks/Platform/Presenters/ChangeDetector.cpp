@@ -40,7 +40,7 @@ bool ChangeDetector::arm(FolderWatch& folders, Time now) {
     return watch_.route() != before;
 }
 
-void ChangeDetector::note(const FolderWatch::Event& event, Time now) {
+void ChangeDetector::note(const FolderWatch::Event& event) {
     if (event.kind == FolderWatch::Kind::EventsLost) {
         evidence_.isRouteDoubtful = evidence_.mustNotify = true;
         return;
@@ -51,12 +51,32 @@ void ChangeDetector::note(const FolderWatch::Event& event, Time now) {
         case RouteWatch::Meaning::Neighbour:
             evidence_.isNeighbourTouched = true;
             break;
+        case RouteWatch::Meaning::Contents:
+            fileEvents_.push_back({event.kind, event.watch});
+            break;
         case RouteWatch::Meaning::File:
-            noteFileEvent(event.kind, now);
+            fileEvents_.push_back({event.kind, std::nullopt});
             break;
         case RouteWatch::Meaning::Route:
             evidence_.isRouteDoubtful = true;
             break;
+    }
+}
+
+bool ChangeDetector::hasNameEvent() const {
+    return std::any_of(fileEvents_.begin(), fileEvents_.end(),
+                       [](const FileEvent& event) { return !event.watch; });
+}
+
+// Events of a file that is not watched any more are of no interest: it has not the name any more.
+void ChangeDetector::noteFileEvents(Time now) {
+    for (const auto& [kind, watch] : std::exchange(fileEvents_, {})) {
+        if (watch && *watch != watch_.fileWatch()) continue;
+        // The system reports hard links that are made or deleted as attributes, too.
+        if (watch && kind == FolderWatch::Kind::Attributes && !watch_.hasAccessChanged())
+            evidence_.isNeighbourTouched = true;
+        else
+            noteFileEvent(kind, now);
     }
 }
 
@@ -79,6 +99,9 @@ void ChangeDetector::noteTime(Time now) {
 
 void ChangeDetector::settle(FolderWatch& folders, Time now) {
     noteTime(now);
+    const bool hasNameEvents = hasNameEvent();
+    if (hasNameEvents && !watch_.followFile(folders)) evidence_.isRouteDoubtful = true;
+    noteFileEvents(now);
     if (evidence_.hasNewEntry && watch_.fileHasBecomeALink()) evidence_.isRouteDoubtful = true;
     if (!evidence_.wantsDecision()) return;
     const bool isRouteNew = evidence_.isRouteDoubtful && arm(folders, now);
@@ -86,9 +109,11 @@ void ChangeDetector::settle(FolderWatch& folders, Time now) {
     // After the watch is armed and before the notification: a later change makes another event.
     const FileIdentity state = identityOfFileAtPath(watch_.path());
     if (!ownFile_.is(state)) ownFile_ = {};
+    // Its attributes may have changed before it was watched.
+    const bool isTouched = hasNameEvents && state != lastSeen_;
     if (isNews(evidence_, {.now = state,
                            .lastTime = lastSeen_,
-                           .isOwn = ownFile_.is(state),
+                           .isOwn = ownFile_.is(state) && !isTouched,
                            .isRouteNew = isRouteNew,
                            .isWriting = writingEnd_.has_value(),
                            .isPolled = nextPoll_.has_value()})) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "Platform/Presenters/ChangeEvidence.h"
 #include "Platform/Presenters/OwnFile.h"
@@ -30,7 +31,7 @@ class ChangeDetector {
     /// presenter. Closes what is open here.
     std::unique_ptr<ChangeDetector> moveToChild();
 
-    void note(const FolderWatch::Event& event, Time now);
+    void note(const FolderWatch::Event& event);
     /// Decides on what was noted, and on what is due by now.
     void settle(FolderWatch& folders, Time now);
     /// Whether the presenter has to be notified, since the last call.
@@ -49,6 +50,12 @@ class ChangeDetector {
     [[nodiscard]] const std::string& path() const { return watch_.path(); }
 
   private:
+    struct FileEvent {
+        FolderWatch::Kind kind;
+        std::optional<int> watch;  ///< of the file itself; empty when it is of its name
+    };
+    [[nodiscard]] bool hasNameEvent() const;
+    void noteFileEvents(Time now);
     void noteFileEvent(FolderWatch::Kind kind, Time now);
     void noteTime(Time now);
     bool arm(FolderWatch& folders, Time now);
@@ -56,6 +63,8 @@ class ChangeDetector {
     std::shared_ptr<PresenterNotifications> notifications_;
     RouteWatch watch_;
     ChangeEvidence evidence_;
+    /// Since the last decision, in order.
+    std::vector<FileEvent> fileEvents_;
     /// What the presenter was last notified of, or has put in place.
     FileIdentity lastSeen_;
     OwnFile ownFile_;

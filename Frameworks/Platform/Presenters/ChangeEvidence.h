@@ -4,8 +4,8 @@
 /// Is it news to a presenter that something has happened to its file? Decided in two steps, without
 /// access to the disk.
 ///
-/// First, each event of the file's name is noted, until the next decision. "Writing" is somebody
-/// who has the file open and has written to it.
+/// First, each event of the file's name, and of the file where it is watched itself, is noted until
+/// the next decision. "Writing" is somebody who has the file open and has written to it.
 ///
 ///     event                     while nobody writes              while somebody writes
 ///     ------------------------  -------------------------------  ---------------------------------
@@ -16,6 +16,10 @@
 ///     MovedIn                   new entry; replaced or closed    the same; writing ends
 ///     Gone                      must notify                      must notify; writing ends
 ///     FolderLost, EventsLost    nothing: they are about more than the file
+///
+/// Attributes of the file itself that change neither its permissions nor its owner count as an
+/// event of a neighbour, because hard links that are made or deleted are reported like that. Line 7
+/// finds a new date.
 ///
 /// Whenever writing ends, by an event or because it took too long, that is "must notify". The
 /// presenter's own replacement is a MovedIn. A WritingEnded while nobody writes can belong to it

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <map>
 #include <optional>
@@ -12,14 +13,16 @@
 
 namespace QRVPlatform {
 
-/// Watches folders, and reports the system's events there. Not for two threads at a time, except
-/// `wait` and `wake`.
+/// Watches folders and files, and reports the system's events there. Not for two threads at a time,
+/// except `wait` and `wake`.
 class FolderWatch {
   public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// Names: events of names and attributes in the folder. NamesAndContents: also of writing.
-    enum class Interest { Names, NamesAndContents };
+    /// What to report, of a folder: Names: events of names and attributes in it; NamesAndContents:
+    /// also of writing; NamesInUse: names that are deleted or renamed, and nothing of a file that
+    /// is created, written and closed. Of a file: Contents: writing and attributes.
+    enum class Interest { Names, NamesAndContents, NamesInUse, Contents };
     enum class Kind {
         Created,
         Written,       ///< some bytes; the writer still has the file open
@@ -27,13 +30,13 @@ class FolderWatch {
         Attributes,    ///< dates, permissions
         MovedIn,       ///< a rename to this name
         Gone,          ///< deleted, or renamed from this name
-        FolderLost,    ///< the watched folder itself is gone, moved, or no longer watched
+        FolderLost,    ///< what is watched itself is gone, moved, or no longer watched
         EventsLost     ///< anything may have happened anywhere
     };
     struct Event {
         Kind kind;
         int watch;
-        std::string name;  ///< empty when it is about the folder itself
+        std::string name;  ///< empty when it is about what is watched itself
     };
     struct Watch {
         int number;  ///< -1 on error
@@ -48,11 +51,15 @@ class FolderWatch {
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
-    /// Watches a folder, no link to one. The number stands for the folder itself, whatever its
-    /// path: the same folder has the same number, and a number is never used again for another one.
-    /// To be released as often as it was added.
-    Watch add(const std::string& folder, Interest interest);
-    void release(int number);
+    /// Watches a folder, or a file for `Contents`, no link to one. The number stands for the
+    /// folder or file itself, whatever its path: the same one has the same number, and a number is
+    /// never used again for another one. To be released as often as it was added. More may be
+    /// reported than what is of interest.
+    Watch add(const std::string& path, Interest interest);
+    void release(int number, Interest interest);
+    /// Exchanges the interest in a folder that was added, for a smaller one. `folder` is its path
+    /// as far as is known.
+    void narrow(int number, const std::string& folder, Interest from, Interest to);
 
     /// The events since the last call, in order.
     std::vector<Event> takeEvents();
@@ -67,9 +74,12 @@ class FolderWatch {
     void closeInChild();
 
   private:
+    using Uses = std::array<int, 4>;  ///< by interest
+
     FileDescriptor events_;
     FileDescriptor wakeUps_;
-    std::map<int, int> uses_;
+    std::map<int, Uses> uses_;
+    bool areEventsLost_ = false;
 };
 
 }  // namespace QRVPlatform

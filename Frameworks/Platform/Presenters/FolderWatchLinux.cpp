@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/NSFilePresenter.h"
@@ -20,12 +22,26 @@ namespace {
 
 using Kind = FolderWatch::Kind;
 
+using Interest = FolderWatch::Interest;
+
 // Without IN_EXCL_UNLINK a writer of the file that was replaced would look like one of the new
 // file.
-constexpr std::uint32_t namesMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO |
-                                    IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR |
-                                    IN_DONT_FOLLOW | IN_EXCL_UNLINK | IN_MASK_ADD;
-constexpr std::uint32_t contentsMask = namesMask | IN_MODIFY | IN_CLOSE_WRITE;
+constexpr std::uint32_t folderMask = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF |
+                                     IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW | IN_EXCL_UNLINK;
+/// By interest.
+constexpr std::array<std::uint32_t, 4> masks = {
+    folderMask | IN_CREATE | IN_ATTRIB,
+    folderMask | IN_CREATE | IN_ATTRIB | IN_MODIFY | IN_CLOSE_WRITE, folderMask,
+    IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB | IN_DONT_FOLLOW};
+
+std::uint32_t maskOf(const std::array<int, 4>& uses) {
+    std::uint32_t mask = 0;
+    for (std::size_t interest = 0; interest < uses.size(); ++interest)
+        if (uses[interest] > 0) mask |= masks[interest];
+    return mask;
+}
+
+constexpr std::size_t longestEvent = sizeof(inotify_event) + NAME_MAX + 1;
 
 Kind kindOf(std::uint32_t mask) {
     if ((mask & IN_Q_OVERFLOW) != 0) return Kind::EventsLost;
@@ -61,24 +77,44 @@ int millisecondsUntil(std::optional<FolderWatch::Time> time) {
 
 }  // namespace
 
-FolderWatch::Watch FolderWatch::add(const std::string& folder, Interest interest) {
+FolderWatch::Watch FolderWatch::add(const std::string& path, Interest interest) {
     if (!wakeUps_.isOpen()) wakeUps_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!events_.isOpen()) events_ = FileDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!events_.isOpen()) return {-1, FileFailures::lastError()};
+    const auto index = static_cast<std::size_t>(interest);
     const int number =
-        inotify_add_watch(events_.number(), folder.c_str(),
-                          interest == Interest::NamesAndContents ? contentsMask : namesMask);
+        inotify_add_watch(events_.number(), path.c_str(), masks[index] | IN_MASK_ADD);
     if (number < 0) return {-1, FileFailures::lastError()};
-    ++uses_[number];
+    ++uses_[number][index];
     return {number, {}};
 }
 
-void FolderWatch::release(int number) {
+void FolderWatch::release(int number, Interest interest) {
     const auto entry = uses_.find(number);
-    if (entry == uses_.end() || --entry->second > 0) return;
+    if (entry == uses_.end()) return;
+    --entry->second[static_cast<std::size_t>(interest)];
+    if (maskOf(entry->second) != 0) return;
     uses_.erase(entry);
     // Fails when the folder is gone, and its watch with it.
     inotify_rm_watch(events_.number(), number);
+}
+
+// The system takes a path. When that leads to another folder by now, the watch of that one has lost
+// what others were interested in, until it is added again.
+void FolderWatch::narrow(int number, const std::string& folder, Interest from, Interest to) {
+    Uses& uses = uses_[number];
+    --uses[static_cast<std::size_t>(from)];
+    ++uses[static_cast<std::size_t>(to)];
+    const int found = inotify_add_watch(events_.number(), folder.c_str(), maskOf(uses));
+    if (found == number || found < 0) return;
+    const auto other = uses_.find(found);
+    if (other == uses_.end()) {
+        inotify_rm_watch(events_.number(), found);
+        return;
+    }
+    inotify_add_watch(events_.number(), folder.c_str(), maskOf(other->second) | IN_MASK_ADD);
+    areEventsLost_ = true;
+    wake();
 }
 
 std::vector<FolderWatch::Event> FolderWatch::takeEvents() {
@@ -86,12 +122,15 @@ std::vector<FolderWatch::Event> FolderWatch::takeEvents() {
     // Fails when there was no wake-up.
     static_cast<void>(read(wakeUps_.number(), &wakeUps, sizeof wakeUps) < 0);
     std::vector<Event> events;
-    std::array<char, 16384> buffer{};
+    if (std::exchange(areEventsLost_, false)) events.push_back({Kind::EventsLost, -1, {}});
+    std::array<char, 4096> buffer{};
     for (;;) {
         const ssize_t size = read(events_.number(), buffer.data(), buffer.size());
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return events;
         appendEvents(events, buffer.data(), static_cast<std::size_t>(size));
+        // There was no further one, or it would have been read.
+        if (buffer.size() - static_cast<std::size_t>(size) >= longestEvent) return events;
     }
 }
 

@@ -246,7 +246,7 @@ std::optional<Clock::time_point> WatchedFiles::settleAll(Outbox& outbox) {
     const std::vector<FolderWatch::Event> events = folders_.takeEvents();
     std::optional<Clock::time_point> next;
     for (const auto& detector : detectors_) {
-        for (const auto& event : events) detector->note(event, now);
+        for (const auto& event : events) detector->note(event);
         detector->settle(folders_, now);
         outbox.collect(*detector);
         const auto due = detector->dueTime();

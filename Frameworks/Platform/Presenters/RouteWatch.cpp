@@ -13,6 +13,7 @@ namespace QRVPlatform {
 
 namespace {
 
+using Interest = FolderWatch::Interest;
 using Route = std::vector<RouteWatch::Step>;
 
 struct Attempt {
@@ -33,7 +34,6 @@ bool isTolerable(std::error_code error, bool isLast) {
 }
 
 Attempt watchedRoute(const std::string& path, FolderWatch& folders) {
-    using Interest = FolderWatch::Interest;
     Attempt attempt;
     const std::vector<RouteStep> steps = stepsToFile(path);
     for (const RouteStep& step : steps) {
@@ -53,10 +53,6 @@ bool isOfSaving(std::string_view name, std::string_view fileName) {
     return name == beside.temporary || name == beside.lock;
 }
 
-void releaseRoute(const Route& route, FolderWatch& folders) {
-    for (const auto& step : route) folders.release(step.watch);
-}
-
 }  // namespace
 
 RouteWatch::RouteWatch(std::string absolutePath) : path_(std::move(absolutePath)) {}
@@ -67,19 +63,60 @@ std::error_code RouteWatch::arm(FolderWatch& folders) {
     constexpr int mostAttempts = 100;
     for (int attempts = 0; attempts < mostAttempts; ++attempts) {
         Attempt attempt = watchedRoute(path_, folders);
-        const bool isStable = !attempt.isStale && attempt.route == route_;
-        releaseRoute(std::exchange(route_, std::move(attempt.route)), folders);
+        // While its folder is watched for less, a link may be made in the file's place unnoticed.
+        const bool isStable = !attempt.isStale && !isNarrow_ && attempt.route == route_;
+        releaseFolders(folders, std::move(attempt.route));
         filePath_ = std::move(attempt.filePath);
-        if (isStable) return attempt.error;
+        if (!isStable) continue;
+        watchFile(folders);
+        return attempt.error;
     }
+    watchFile(folders);
     return make_error_code(std::errc::resource_unavailable_try_again);
 }
 
-void RouteWatch::release(FolderWatch& folders) {
-    releaseRoute(std::exchange(route_, {}), folders);
+void RouteWatch::releaseFolders(FolderWatch& folders, Route next) {
+    const Interest ofFile = isNarrow_ ? Interest::NamesInUse : Interest::NamesAndContents;
+    for (const Step& step : route_)
+        folders.release(step.watch, step.isFile ? ofFile : Interest::Names);
+    route_ = std::move(next);
+    isNarrow_ = false;
 }
 
-RouteWatch::Meaning RouteWatch::meaningTo(const Step& step, const FolderWatch::Event& event) const {
+// The folder reports everything until the file is watched, so that no change is lost between.
+void RouteWatch::watchFile(FolderWatch& folders) {
+    const int former = std::exchange(fileWatch_, -1);
+    if (!filePath_.empty() && route_.back().watch >= 0)
+        fileWatch_ = folders.add(filePath_, Interest::Contents).number;
+    folders.release(former, Interest::Contents);
+    if (fileWatch_ < 0) return;
+    // What has taken the file's place by now makes an event in its folder.
+    const auto access = accessOfFileAtPath(filePath_);
+    if (!access) folders.release(std::exchange(fileWatch_, -1), Interest::Contents);
+    access_ = access.value_or(FileAccess{});
+    if (!access || isNarrow_) return;
+    folders.narrow(route_.back().watch, FilePaths::folderOf(filePath_), Interest::NamesAndContents,
+                   Interest::NamesInUse);
+    isNarrow_ = true;
+}
+
+bool RouteWatch::followFile(FolderWatch& folders) {
+    watchFile(folders);
+    return fileWatch_ >= 0 || !isNarrow_;
+}
+
+bool RouteWatch::hasAccessChanged() {
+    const FileAccess before =
+        std::exchange(access_, accessOfFileAtPath(filePath_).value_or(FileAccess{}));
+    return access_ != before;
+}
+
+void RouteWatch::release(FolderWatch& folders) {
+    releaseFolders(folders, {});
+    folders.release(std::exchange(fileWatch_, -1), Interest::Contents);
+}
+
+RouteWatch::Meaning RouteWatch::meaningTo(const Step& step, const FolderWatch::Event& event) {
     if (step.watch != event.watch) return Meaning::Nothing;
     if (event.kind == FolderWatch::Kind::FolderLost) return Meaning::Route;
     if (step.name == event.name) return step.isFile ? Meaning::File : Meaning::Route;
@@ -88,13 +125,15 @@ RouteWatch::Meaning RouteWatch::meaningTo(const Step& step, const FolderWatch::E
 }
 
 RouteWatch::Meaning RouteWatch::meaningOf(const FolderWatch::Event& event) const {
+    if (event.watch == fileWatch_ && fileWatch_ >= 0)
+        return event.kind == FolderWatch::Kind::FolderLost ? Meaning::File : Meaning::Contents;
     Meaning meaning = Meaning::Nothing;
     for (const Step& step : route_) meaning = std::max(meaning, meaningTo(step, event));
     return meaning;
 }
 
 bool RouteWatch::fileHasBecomeALink() const {
-    return !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
+    return fileWatch_ < 0 && !filePath_.empty() && FilePaths::linkTarget(filePath_).has_value();
 }
 
 }  // namespace QRVPlatform

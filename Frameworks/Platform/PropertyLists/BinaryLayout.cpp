@@ -17,7 +17,7 @@ BinaryLayout readBinaryLayout(std::string_view bytes) {
     const std::size_t trailer = bytes.size() - trailerSize;
     const std::size_t room = trailer - BinaryLayout::headerSize;
     const auto field = [bytes, trailer](std::size_t offset, std::size_t size) {
-        return unsignedOf(bytes.substr(trailer + offset, size));
+        return unsignedBefore(bytes.data() + trailer + offset + size, size);
     };
     const std::uint64_t offsetSize = field(6, 1);
     const std::uint64_t referenceSize = field(7, 1);

@@ -6,21 +6,26 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Platform/PropertyLists/BinaryLayout.h"
+#include "Platform/PropertyLists/KnownObject.h"
 #include "Platform/PropertyLists/Readers.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/Values/ImmutableContainers.h"
+#include "Platform/Values/ContainerObjects.h"
 #include "Platform/Values/OneThread.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
+
+using ValueObjects::Access;
+using ValueObjects::ArrayContents;
+using ValueObjects::DictionaryContents;
+using ValueObjects::Reference;
+using ValueObjects::StringObject;
 
 enum class Marker : unsigned {
     Singleton = 0x0,
@@ -37,50 +42,51 @@ enum class Marker : unsigned {
     Dictionary = 0xD,
 };
 
-std::uint32_t contentsOf(const PropertyListValue& scalar, std::size_t offset) {
-    if (scalar.kind() < PropertyListValue::Kind::String) return 0;
-    const std::size_t bytes = scalar.isData() ? scalar.data().size() : scalar.stringView().size();
-    if (bytes > maximumContents) fail(tooMuchContents(), offset);
-    return static_cast<std::uint32_t>(bytes);
+std::uint64_t unsignedOf(std::string_view bytes) noexcept {
+    return unsignedBefore(bytes.data() + bytes.size(), bytes.size());
 }
 
 /// Reads each object once, however many places refer to it. The containers that are being read are
-/// in a list, so that the depth of a tree costs no stack.
+/// in a list, so that the depth of a tree costs no stack. A container is built when all that it
+/// holds has been read.
 class BinaryReader {
   public:
     explicit BinaryReader(std::string_view bytes)
         : bytes_(bytes),
           layout_(readBinaryLayout(bytes)),
           objects_(layout_.objectCount),
-          unclaimedBytes_(layout_.offsetTable - BinaryLayout::headerSize) {}
+          unclaimedBytes_(layout_.offsetTable - BinaryLayout::headerSize),
+          pages_(bytes.size()) {}
+    BinaryReader(const BinaryReader&) = delete;
+    BinaryReader& operator=(const BinaryReader&) = delete;
+    ~BinaryReader();
 
     PropertyListValue read();
 
   private:
-    enum class State : std::uint8_t { Unread, UnderWay, Scalar, Container };
-
-    struct Object {
-        PropertyListValue value;
-        // Of a scalar the bytes of its text or data; of a container its place in `extents_`.
-        std::uint32_t extent = 0;
-        State state = State::Unread;
-    };
-    static_assert(sizeof(Object) == 24, "there are many of them");
+    using State = KnownObject::State;
 
     /// What a container holds, each part as often as it is referred to.
     struct ContainerExtent {
         std::size_t contents = 0;  // bytes of text and data
         std::size_t values = 1;
         std::size_t levels = 1;
+
+        [[nodiscard]] bool isOfEmpty() const noexcept { return values == 1; }
+    };
+
+    struct Finished {
+        PropertyListValue container;
+        ContainerExtent extent;
     };
 
     /// A container that is being read.
     struct Frame {
         std::size_t object;
-        const char* next;           // the reference to the next element, or key
-        const char* end;            // of these references
+        const char* begin;  // the references to the elements, or keys
+        const char* next;   // the first of them that has not been read
+        const char* end;
         std::size_t valueDistance;  // from the reference to a key to that of its value, else 0
-        std::size_t first;          // of its contents in `entries_` or `elements_`
         bool isDictionary;
         ContainerExtent extent = {};
     };
@@ -100,13 +106,17 @@ class BinaryReader {
     Encoded encoded(std::size_t number) const;
     void begin(std::size_t number);
     std::uint64_t numberAt(const char* reference) const;
-    const Object* referenced(const char* reference);
-    const Object* referencedFirst(const char* reference, std::uint64_t number);
-    bool addContents(Frame& frame);
-    bool addNext(Frame& frame);
-    void count(Frame& frame, const Object& added) const;
+    KnownObject referenced(const char* reference);
+    KnownObject referencedFirst(const char* reference, std::uint64_t number);
+    bool readContents(Frame& frame);
+    bool readNext(Frame& frame);
+    void count(Frame& frame, KnownObject added) const;
     [[noreturn]] void failTooLarge(const Frame& frame) const;
     void finishInnermost();
+    PropertyListValue dictionaryOf(const Frame& frame);
+    PropertyListValue arrayOf(const Frame& frame);
+    PropertyListValue valueOf(std::size_t number);
+    PropertyListValue scalarAgain(std::size_t number);
 
     std::string_view claim(std::size_t offset, std::size_t size, std::size_t objectOffset);
     std::string_view numberBytes(const Encoded& encoded, std::size_t largestPower);
@@ -120,104 +130,100 @@ class BinaryReader {
     PropertyListValue date(const Encoded& encoded);
     PropertyListValue string(const Encoded& encoded);
     PropertyListValue utf16String(const Encoded& encoded);
+    PropertyListValue stringOf(std::string_view text);
 
     const std::string_view bytes_;
     const BinaryLayout layout_;
-    std::vector<Object> objects_;
-    std::vector<ContainerExtent> extents_;
+    std::vector<KnownObject> objects_;
+    std::vector<Finished> finished_;
     // Without it, objects that overlap could take far more memory than the file has bytes.
     std::size_t unclaimedBytes_;
-    // The containers that are being read, and their contents; the innermost last.
-    std::vector<Frame> frames_;
-    std::vector<KeyedValue> entries_;
-    std::vector<PropertyListValue> elements_;
+    ValueObjects::ValuePages pages_;
+    std::vector<Frame> frames_;  // the containers that are being read; the innermost last
 };
+
+BinaryReader::~BinaryReader() {
+    for (const KnownObject object : objects_) {
+        if (object.state() == State::Shared) OneThread::release(object.object());
+    }
+    for (Finished& finished : finished_) {
+        if (!finished.extent.isOfEmpty()) OneThread::release(Access::leak(finished.container));
+    }
+}
 
 PropertyListValue BinaryReader::read() {
     begin(layout_.topObject);
     while (!frames_.empty()) {
-        if (addContents(frames_.back())) finishInnermost();
+        if (readContents(frames_.back())) finishInnermost();
     }
-    PropertyListValue root = OneThread::copy(objects_[layout_.topObject].value);
-    for (Object& object : objects_) OneThread::clear(object.value);
-    return root;
+    return valueOf(layout_.topObject);
 }
 
 // Reads a scalar, or puts a container into `frames_`.
 void BinaryReader::begin(std::size_t number) {
     const Encoded place = encoded(number);
-    Object& object = objects_[number];
     const bool isDictionary = place.marker == Marker::Dictionary;
     if (place.marker != Marker::Array && !isDictionary) {
-        object.value = scalar(place);
-        object.extent = contentsOf(object.value, place.offset);
-        object.state = State::Scalar;
+        objects_[number] = KnownObject(scalar(place));
+        if (objects_[number].contents() > maximumContents) fail(tooMuchContents(), place.offset);
         return;
     }
     if (frames_.size() >= maximumLevels) fail(tooManyLevels(), place.offset);
-    object.state = State::UnderWay;
+    objects_[number] = KnownObject(State::UnderWay);
     const std::size_t lists = isDictionary ? 2 : 1;
     const std::string_view references = contents(place, lists * layout_.referenceSize);
     const std::size_t sizeOfList = references.size() / lists;
     frames_.push_back({.object = number,
+                       .begin = references.data(),
                        .next = references.data(),
                        .end = references.data() + sizeOfList,
                        .valueDistance = references.size() - sizeOfList,
-                       .first = isDictionary ? entries_.size() : elements_.size(),
                        .isDictionary = isDictionary});
 }
 
-std::uint64_t BinaryReader::numberAt(const char* reference) const {
-    // The usual sizes, without a loop.
-    const auto first = static_cast<unsigned char>(reference[0]);
-    if (layout_.referenceSize == 1) return first;
-    if (layout_.referenceSize == 2)
-        return unsigned{first} << 8U | static_cast<unsigned char>(reference[1]);
-    return unsignedOf({reference, layout_.referenceSize});
+inline std::uint64_t BinaryReader::numberAt(const char* reference) const {
+    return unsignedBefore(reference + layout_.referenceSize, layout_.referenceSize);
 }
 
-// Null when the object is a container that has only now begun.
-inline const BinaryReader::Object* BinaryReader::referenced(const char* reference) {
+// Under way when the object is a container that has only now begun.
+inline KnownObject BinaryReader::referenced(const char* reference) {
     const std::uint64_t number = numberAt(reference);
-    if (number < layout_.objectCount && objects_[number].state == State::Scalar)
-        return &objects_[number];
+    if (number < layout_.objectCount && objects_[number].isScalar()) return objects_[number];
     return referencedFirst(reference, number);
 }
 
 // The same for a container, and for an object that has not been read.
-const BinaryReader::Object* BinaryReader::referencedFirst(const char* reference,
-                                                          std::uint64_t number) {
+KnownObject BinaryReader::referencedFirst(const char* reference, std::uint64_t number) {
     if (number >= layout_.objectCount) {
         fail("a reference to an object that does not exist",
              static_cast<std::size_t>(reference - bytes_.data()));
     }
-    const Object& found = objects_[number];
-    if (found.state == State::UnderWay) fail("a container holds itself", encoded(number).offset);
-    if (found.state == State::Unread) {
+    const KnownObject found = objects_[number];
+    if (found.state() == State::UnderWay) fail("a container holds itself", encoded(number).offset);
+    if (found.state() == State::Unread) {
         begin(number);
-        return found.state == State::Scalar ? &found : nullptr;
+        return objects_[number];
     }
-    if (frames_.size() + extents_[found.extent].levels > maximumLevels) {
+    if (frames_.size() + finished_[found.payload()].extent.levels > maximumLevels)
         fail(tooManyLevels(), encoded(number).offset);
-    }
-    return &found;
+    return found;
 }
 
 // False when a nested container has begun, which comes first. The frame may have moved then.
-bool BinaryReader::addContents(Frame& frame) {
+bool BinaryReader::readContents(Frame& frame) {
     for (; frame.next != frame.end; frame.next += layout_.referenceSize) {
-        if (!addNext(frame)) return false;
+        if (!readNext(frame)) return false;
     }
     return true;
 }
 
-inline void BinaryReader::count(Frame& frame, const Object& added) const {
+inline void BinaryReader::count(Frame& frame, KnownObject added) const {
     ContainerExtent& extent = frame.extent;
-    if (added.state == State::Scalar) {
-        extent.contents += added.extent;
+    if (added.isScalar()) {
+        extent.contents += added.contents();
         ++extent.values;
     } else {
-        const ContainerExtent& nested = extents_[added.extent];
+        const ContainerExtent& nested = finished_[added.payload()].extent;
         extent.contents += nested.contents;
         extent.values += nested.values;
         extent.levels = std::max(extent.levels, nested.levels + 1);
@@ -230,47 +236,91 @@ void BinaryReader::failTooLarge(const Frame& frame) const {
     fail(frame.extent.values > maximumValues ? tooManyValues() : tooMuchContents(), offset);
 }
 
-bool BinaryReader::addNext(Frame& frame) {
+inline bool BinaryReader::readNext(Frame& frame) {
     const char* const reference = frame.next;
-    if (!frame.isDictionary) {
-        const Object* const element = referenced(reference);
-        if (element == nullptr) return false;
-        count(frame, *element);
-        elements_.push_back(OneThread::copy(element->value));
+    if (frame.isDictionary) {
+        const std::size_t number = frame.object;
+        const KnownObject key = referenced(reference);
+        if (!key.isString()) fail("a key is not a string", encoded(number).offset);
+        const KnownObject value = referenced(reference + frame.valueDistance);
+        if (value.state() == State::UnderWay) return false;
+        frame.extent.contents += key.contents();
+        count(frame, value);
         return true;
     }
-    const std::size_t number = frame.object;
-    const Object* const key = referenced(reference);
-    if (key == nullptr || !key->value.isString()) {
-        fail("a key is not a string", encoded(number).offset);
-    }
-    const Object* const value = referenced(reference + frame.valueDistance);
-    if (value == nullptr) return false;
-    frame.extent.contents += key->extent;
-    count(frame, *value);
-    entries_.push_back({OneThread::copy(key->value), OneThread::copy(value->value)});
+    const KnownObject element = referenced(reference);
+    if (element.state() == State::UnderWay) return false;
+    count(frame, element);
     return true;
 }
 
 void BinaryReader::finishInnermost() {
     const Frame& frame = frames_.back();
-    Object& object = objects_[frame.object];
-    if (frame.isDictionary) {
-        object.value = immutableDictionary(std::span(entries_).subspan(frame.first));
-        entries_.resize(frame.first);
-    } else {
-        object.value = immutableArray(std::span(elements_).subspan(frame.first));
-        elements_.resize(frame.first);
-    }
-    object.extent = static_cast<std::uint32_t>(extents_.size());
-    extents_.push_back(frame.extent);
-    object.state = State::Container;
+    const KnownObject finished(State::Container, finished_.size());
+    finished_.push_back({frame.isDictionary ? dictionaryOf(frame) : arrayOf(frame), frame.extent});
+    objects_[frame.object] = finished;
     frames_.pop_back();
 }
 
-BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
+PropertyListValue BinaryReader::dictionaryOf(const Frame& frame) {
+    if (frame.begin == frame.end) return NSDictionary();
+    const std::size_t size = layout_.referenceSize;
+    const auto entries = static_cast<std::size_t>(frame.end - frame.begin) / size;
+    Reference<DictionaryContents> result = DictionaryContents::make(entries, &pages_);
+    for (const char* next = frame.begin; next != frame.end; next += size) {
+        auto* const key = static_cast<StringObject*>(objects_[numberAt(next)].object());
+        OneThread::retain(*key);
+        result->set(Reference<StringObject>(key), valueOf(numberAt(next + frame.valueDistance)));
+    }
+    return Access::valueOwning(result.leak());
+}
+
+PropertyListValue BinaryReader::arrayOf(const Frame& frame) {
+    if (frame.begin == frame.end) return NSArray();
+    const std::size_t size = layout_.referenceSize;
+    const auto elements = static_cast<std::size_t>(frame.end - frame.begin) / size;
+    Reference<ArrayContents> result = ArrayContents::make(elements, &pages_);
+    for (const char* next = frame.begin; next != frame.end; next += size)
+        result->append(valueOf(numberAt(next)));
+    return Access::valueOwning(result.leak());
+}
+
+// Of an object that has been read.
+inline PropertyListValue BinaryReader::valueOf(std::size_t number) {
+    const KnownObject known = objects_[number];
+    switch (known.state()) {
+        case State::Shared:
+            OneThread::retain(*known.object());
+            return Access::valueOwning(known.object());
+        case State::Boolean:
+            return known.payload() != 0;
+        case State::Integer:
+            return known.payload();
+        case State::Container: {
+            const Finished& finished = finished_[known.payload()];
+            if (finished.extent.isOfEmpty()) return finished.container;
+            return OneThread::copyOfContainer(finished.container);
+        }
+        case State::Unread:
+        case State::UnderWay:
+        case State::Again:
+            break;
+    }
+    return scalarAgain(number);
+}
+
+PropertyListValue BinaryReader::scalarAgain(std::size_t number) {
+    // Its bytes have been claimed.
+    const std::size_t unclaimed = std::exchange(unclaimedBytes_, bytes_.size());
+    PropertyListValue value = scalar(encoded(number));
+    unclaimedBytes_ = unclaimed;
+    return value;
+}
+
+inline BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
     const std::size_t entry = layout_.offsetTable + number * layout_.offsetSize;
-    const std::uint64_t offset = unsignedOf({bytes_.data() + entry, layout_.offsetSize});
+    const std::uint64_t offset =
+        unsignedBefore(bytes_.data() + entry + layout_.offsetSize, layout_.offsetSize);
     if (offset < BinaryLayout::headerSize || offset >= layout_.offsetTable) {
         fail("the offset of an object is outside the file", entry);
     }
@@ -279,8 +329,8 @@ BinaryReader::Encoded BinaryReader::encoded(std::size_t number) const {
 }
 
 // The bytes, unless they are missing or the objects together take more than the file has.
-std::string_view BinaryReader::claim(std::size_t offset, std::size_t size,
-                                     std::size_t objectOffset) {
+inline std::string_view BinaryReader::claim(std::size_t offset, std::size_t size,
+                                            std::size_t objectOffset) {
     if (size > layout_.offsetTable - offset) fail("an object is cut off", objectOffset);
     if (size > unclaimedBytes_) fail("objects overlap", objectOffset);
     unclaimedBytes_ -= size;
@@ -395,7 +445,7 @@ PropertyListValue BinaryReader::string(const Encoded& encoded) {
     if (!isASCII(text) && positionOfBrokenUTF8(text)) {
         fail("a string is neither ASCII nor UTF-8", encoded.offset);
     }
-    return text;
+    return stringOf(text);
 }
 
 PropertyListValue BinaryReader::utf16String(const Encoded& encoded) {
@@ -404,7 +454,12 @@ PropertyListValue BinaryReader::utf16String(const Encoded& encoded) {
     if (!appendUTF16(text, units, ByteOrder::BigEndian)) {
         fail("a string is not valid UTF-16", encoded.offset);
     }
-    return text;
+    return stringOf(text);
+}
+
+PropertyListValue BinaryReader::stringOf(std::string_view text) {
+    return Access::valueOwning(
+        StringObject::make(text, ValueObjects::hashOf(text), &pages_).leak());
 }
 
 }  // namespace

@@ -14,7 +14,8 @@ namespace QRVPlatform::PropertyLists {
 /// short words, and mostly soon. Remembers the last string of each slot.
 class SharedStrings {
   public:
-    SharedStrings() = default;
+    /// The strings lie in `pages`, which must outlive this.
+    explicit SharedStrings(ValueObjects::ValuePages& pages) : pages_(pages) {}
     SharedStrings(const SharedStrings&) = delete;
     SharedStrings& operator=(const SharedStrings&) = delete;
     ~SharedStrings() {
@@ -28,18 +29,19 @@ class SharedStrings {
         StringObject*& known = strings_[hash % slots];
         if (known == nullptr || known->hash != hash ||
             !ValueObjects::isSameText(known->view(), text)) {
-            StringObject* const made = StringObject::make(text, hash).leak();
+            StringObject* const made = StringObject::make(text, hash, &pages_).leak();
             if (known != nullptr) OneThread::release(known);
             known = made;
         }
         OneThread::retain(*known);
-        return ValueObjects::Access::stringOwning(known);
+        return ValueObjects::Access::valueOwning(known);
     }
 
   private:
     using StringObject = ValueObjects::StringObject;
     static constexpr std::size_t slots = 512;
 
+    ValueObjects::ValuePages& pages_;
     std::array<StringObject*, slots> strings_{};
 };
 

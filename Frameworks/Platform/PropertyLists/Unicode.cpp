@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
+
+#include "Platform/PropertyLists/Words.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
@@ -134,9 +137,11 @@ std::size_t lengthOfFirstCharacter(std::string_view text) noexcept {
 }
 
 bool isASCII(std::string_view text) noexcept {
-    unsigned char all = 0;
-    for (const char character : text) all |= static_cast<unsigned char>(character);
-    return all < 0x80;
+    std::uint64_t all = 0;
+    std::size_t index = 0;
+    for (; text.size() - index >= 8; index += 8) all |= wordAt(text.data() + index);
+    for (; index < text.size(); ++index) all |= static_cast<unsigned char>(text[index]);
+    return (all & wordOf('\x80')) == 0;
 }
 
 std::optional<std::size_t> positionOfBrokenUTF8(std::string_view text) noexcept {

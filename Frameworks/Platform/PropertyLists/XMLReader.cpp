@@ -28,7 +28,8 @@ std::string shown(const XMLTag& tag) {
 /// The containers that are being read are in a list, so that the depth of a tree costs no stack.
 class XMLReader {
   public:
-    explicit XMLReader(std::string_view text) : scanner_(text) {}
+    explicit XMLReader(std::string_view text)
+        : scanner_(text), pages_(text.size()), strings_(pages_) {}
 
     PropertyListValue read();
 
@@ -65,6 +66,7 @@ class XMLReader {
     }
 
     XMLScanner scanner_;
+    ValueObjects::ValuePages pages_;
     SharedStrings strings_;
     Extent extent_;
     // The containers that are being read, and their contents; the innermost last.
@@ -163,7 +165,7 @@ PropertyListValue XMLReader::restOfDictionary(PropertyListValue nested) {
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
-    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first));
+    PropertyListValue result = immutableDictionary(std::span(entries_).subspan(first), &pages_);
     entries_.resize(first);
     containers_.pop_back();
     extent_.leaveContainer();
@@ -184,7 +186,7 @@ PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
-    PropertyListValue result = immutableArray(std::span(elements_).subspan(first));
+    PropertyListValue result = immutableArray(std::span(elements_).subspan(first), &pages_);
     elements_.resize(first);
     containers_.pop_back();
     extent_.leaveContainer();

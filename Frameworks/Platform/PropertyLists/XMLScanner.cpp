@@ -5,9 +5,7 @@
 #include <array>
 
 #include "Platform/PropertyLists/Readers.h"
-#include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
-#include "Platform/PropertyLists/Words.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
@@ -50,7 +48,7 @@ XMLScanner::XMLScanner(std::string_view text)
       hasReturns_(text.find('\r') != std::string_view::npos),
       hasEscapes_(hasReturns_ || text.find('&') != std::string_view::npos) {}
 
-bool XMLScanner::nextElement(XMLTag& tag) {
+bool XMLScanner::nextElementOfAnyForm(XMLTag& tag) {
     for (;;) {
         skipSpace();
         if (takePlainStartTag(tag)) return true;
@@ -66,8 +64,7 @@ bool XMLScanner::nextElement(XMLTag& tag) {
     }
 }
 
-void XMLScanner::endElement(const XMLTag& tag) {
-    if (tag.isEmpty || takePlainEndTag(tag)) return;
+void XMLScanner::endElementOfAnyForm(const XMLTag& tag) {
     if (isAtEnd()) failNotClosed(tag);
     const std::size_t begin = position_;
     position_ += 2;
@@ -81,8 +78,7 @@ void XMLScanner::endElement(const XMLTag& tag) {
     ++position_;
 }
 
-std::string_view XMLScanner::textOf(const XMLTag& tag) {
-    if (tag.isEmpty) return {};
+std::string_view XMLScanner::textOfAnyForm(const XMLTag& tag) {
     const std::string_view raw = characters(tag);
     if (at(position_ + 1) != '/' || needsDecoding(raw)) return joinedText(tag, raw);
     endElement(tag);
@@ -95,39 +91,6 @@ std::size_t XMLScanner::findFromHere(std::string_view what, std::size_t skipped,
     const std::size_t found = text_.find(what, position_ + skipped);
     if (found == std::string_view::npos) failMalformed(fault, position_);
     return found;
-}
-
-inline bool XMLScanner::takePlainStartTag(XMLTag& tag) {
-    if (text_.size() - position_ < PlainTag::mostBytes) return false;
-    const char* const here = text_.data() + position_;
-    const PlainStartTag& plain = plainStartTags.candidateFor(here);
-    if (!plain.tag.isAt(here)) return false;
-    hasElement_ = true;
-    tag = {nameOf(plain.element), position_, plain.element, plain.isEmpty};
-    position_ += plain.tag.length();
-    return true;
-}
-
-inline bool XMLScanner::takePlainEndTag(const XMLTag& tag) {
-    if (text_.size() - position_ < PlainTag::mostBytes) return false;
-    const PlainTag& plain = plainEndTags[static_cast<std::size_t>(tag.element)];
-    if (!plain.isAt(text_.data() + position_)) return false;
-    position_ += plain.length();
-    return true;
-}
-
-// Most white space is a line end and the tabs or blanks that follow it.
-inline void XMLScanner::skipSpace() {
-    const char* const end = text_.data() + text_.size();
-    const char* here = text_.data() + position_;
-    if (end - here > 8 && *here == '\n' && isSpace(here[1])) {
-        const std::uint64_t indentation = wordOf(*++here);
-        std::size_t same = 8;
-        for (; same == 8 && end - here >= 8; here += same)
-            same = zeroBytesOf(wordAt(here) ^ indentation);
-    }
-    while (here != end && isSpace(*here)) ++here;
-    position_ = static_cast<std::size_t>(here - text_.data());
 }
 
 std::string_view XMLScanner::name() {
@@ -224,18 +187,6 @@ void XMLScanner::requireBlank(std::string_view text) const {
     const auto* const other = std::find_if_not(text.begin(), text.end(), isSpace);
     if (other != text.end())
         fail("unexpected text", static_cast<std::size_t>(other - text_.data()));
-}
-
-// The place of the next "<". Most text is so short that a call would take longer.
-inline std::size_t XMLScanner::nextMarkup() const {
-    constexpr std::size_t shortText = 32;
-    if (text_.size() - position_ < shortText) return text_.find('<', position_);
-    for (std::size_t passed = 0; passed < shortText; passed += 8) {
-        const std::size_t place =
-            firstZeroByteOf(wordAt(text_.data() + position_ + passed) ^ wordOf('<'));
-        if (place < 8) return position_ + passed + place;
-    }
-    return text_.find('<', position_ + shortText);
 }
 
 // Passes over characters up to the next markup.

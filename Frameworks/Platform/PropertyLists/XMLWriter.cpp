@@ -22,8 +22,6 @@ constexpr std::string_view header =
     "<plist version=\"1.0\">\n";
 constexpr std::string_view footer = "</plist>\n";
 
-constexpr std::size_t deepestIndentation = 16;
-
 // Every tree that can be read fits into a file that can be read. A byte of text takes at most
 // "&#127;", and a value at most what data of one byte under a key takes.
 constexpr std::size_t longestByte = 6;
@@ -34,9 +32,13 @@ static_assert(header.size() + footer.size() + maximumValues * longestValue +
 
 class XMLWriter {
   public:
-    explicit XMLWriter(const PropertyListValue& root) : walk_(root) {}
+    /// `outerLevels` is the number of containers around the root.
+    explicit XMLWriter(const PropertyListValue& root, std::size_t outerLevels = 0)
+        : walk_(root), outerLevels_(outerLevels) {}
 
     std::string write();
+    /// The root must be a dictionary.
+    std::string writeEntries();
 
   private:
     using Kind = PropertyListValue::Kind;
@@ -44,13 +46,15 @@ class XMLWriter {
     [[noreturn]] void fail(std::string_view message) const {
         throw WriteFailure{std::string(message), walk_.keyPath()};
     }
-    void indent() { text_.appendTabs(std::min(walk_.level(), deepestIndentation)); }
+    [[nodiscard]] std::size_t level() const { return outerLevels_ + walk_.level(); }
+    void indent() { text_.appendTabs(std::min(level(), deepestIndentation)); }
     void countContents(std::size_t bytes) {
         contents_ += bytes;
         if (contents_ > maximumContents) fail(tooMuchContents());
     }
     void characters(std::string_view characters, std::string_view what);
 
+    void line(TreeWalk::Step step);
     void key(std::string_view key);
     void value(const PropertyListValue& value);
     void container(Kind kind);
@@ -59,26 +63,35 @@ class XMLWriter {
 
     TextBuilder text_;
     TreeWalk walk_;
+    const std::size_t outerLevels_;
     std::size_t values_ = 0;
     std::size_t contents_ = 0;
 };
 
 std::string XMLWriter::write() {
     text_.append(header);
-    for (;;) {
-        const TreeWalk::Step step = walk_.next();
-        if (step == TreeWalk::Step::EndOfTree) break;
-        if (step == TreeWalk::Step::Value && walk_.hasKey()) key(walk_.key());
-        indent();
-        if (step == TreeWalk::Step::Value)
-            value(walk_.value());
-        else if (step == TreeWalk::Step::EndOfDictionary)
-            text_.append("</dict>\n");
-        else
-            text_.append("</array>\n");
-    }
+    for (auto step = walk_.next(); step != TreeWalk::Step::EndOfTree; step = walk_.next())
+        line(step);
     text_.append(footer);
     return text_.take();
+}
+
+std::string XMLWriter::writeEntries() {
+    walk_.next();
+    if (!walk_.enter()) return {};
+    for (auto step = walk_.next(); walk_.level() != 0; step = walk_.next()) line(step);
+    return text_.take();
+}
+
+void XMLWriter::line(TreeWalk::Step step) {
+    if (step == TreeWalk::Step::Value && walk_.hasKey()) key(walk_.key());
+    indent();
+    if (step == TreeWalk::Step::Value)
+        value(walk_.value());
+    else if (step == TreeWalk::Step::EndOfDictionary)
+        text_.append("</dict>\n");
+    else
+        text_.append("</array>\n");
 }
 
 void XMLWriter::characters(std::string_view characters, std::string_view what) {
@@ -146,7 +159,7 @@ void XMLWriter::date(NSDate date) {
 }
 
 void XMLWriter::container(Kind kind) {
-    if (walk_.level() >= maximumLevels) fail(tooManyLevels());
+    if (level() >= maximumLevels) fail(tooManyLevels());
     const bool hasContents = walk_.enter();
     if (kind == Kind::Dictionary)
         text_.append(hasContents ? std::string_view("<dict>\n") : "<dict/>\n");
@@ -158,7 +171,7 @@ void XMLWriter::data(std::string_view bytes) {
     constexpr std::size_t lineWidth = 76;
     constexpr std::size_t tabWidth = 8;
     constexpr std::size_t narrowest = 16;
-    const std::size_t indentation = std::min(walk_.level() * tabWidth, lineWidth - narrowest);
+    const std::size_t indentation = std::min(level() * tabWidth, lineWidth - narrowest);
     const std::size_t bytesPerLine = (lineWidth - indentation) / 4 * 3;
     countContents(bytes.size());
     text_.append("<data>\n");
@@ -175,6 +188,11 @@ void XMLWriter::data(std::string_view bytes) {
 
 std::string writeXML(const PropertyListValue& value) {
     return XMLWriter(value).write();
+}
+
+std::string writeXMLEntries(const NSDictionary& entries, std::size_t level) {
+    const PropertyListValue root = entries;
+    return XMLWriter(root, level - 1).writeEntries();
 }
 
 }  // namespace QRVPlatform::PropertyLists

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <bit>
 #include <memory>
-#include <new>
 #include <stdexcept>
 
 namespace QRVPlatform::ValueObjects {
@@ -35,11 +34,11 @@ static_assert(sizeof(DictionaryContents) == 16 && sizeof(ArrayContents) == 16);
 
 }  // namespace
 
-Reference<ArrayContents> ArrayContents::make(std::size_t capacity) {
+Reference<ArrayContents> ArrayContents::make(std::size_t capacity, ValuePages* pages) {
     const std::uint32_t checked = checkedCapacity(capacity);
-    void* const memory =
-        ::operator new(sizeof(ArrayContents) + capacity * sizeof(PropertyListValue));
-    return Reference(new (memory) ArrayContents(checked));
+    const ObjectMemory memory =
+        ObjectMemory::take(sizeof(ArrayContents) + capacity * sizeof(PropertyListValue), pages);
+    return Reference(new (memory.place) ArrayContents(checked, memory.isInPage));
 }
 
 std::size_t ArrayContents::grownCapacity(std::size_t needed) noexcept {
@@ -54,8 +53,7 @@ Reference<ArrayContents> ArrayContents::clone(const ArrayContents& original, std
 
 void ArrayContents::destroy(ArrayContents* contents) noexcept {
     std::destroy_n(contents->begin(), contents->count_);
-    contents->~ArrayContents();
-    ::operator delete(contents);
+    ObjectMemory::destroy(contents);
 }
 
 void ArrayContents::append(PropertyListValue value) noexcept {
@@ -86,12 +84,13 @@ void ArrayContents::takeAll(ArrayContents& other) noexcept {
     count_ += other.count_;
 }
 
-Reference<DictionaryContents> DictionaryContents::make(std::size_t capacity) {
+Reference<DictionaryContents> DictionaryContents::make(std::size_t capacity, ValuePages* pages) {
     const std::uint32_t checked = checkedCapacity(capacity);
     const std::uint8_t slotBits = slotBitsFor(capacity);
-    void* const memory = ::operator new(sizeof(DictionaryContents) + sizeOfIndex(slotBits) +
-                                        capacity * sizeof(Entry));
-    auto* const contents = new (memory) DictionaryContents(slotBits, checked);
+    const ObjectMemory memory = ObjectMemory::take(
+        sizeof(DictionaryContents) + sizeOfIndex(slotBits) + capacity * sizeof(Entry), pages);
+    auto* const contents =
+        new (memory.place) DictionaryContents(slotBits, checked, memory.isInPage);
     std::fill_n(contents->slots(), std::size_t{1} << slotBits, 0U);
     return Reference(contents);
 }
@@ -109,8 +108,7 @@ Reference<DictionaryContents> DictionaryContents::clone(const DictionaryContents
 
 void DictionaryContents::destroy(DictionaryContents* contents) noexcept {
     std::destroy_n(contents->begin(), contents->count_);
-    contents->~DictionaryContents();
-    ::operator delete(contents);
+    ObjectMemory::destroy(contents);
 }
 
 void DictionaryContents::append(Reference<StringObject> key, PropertyListValue value) noexcept {

@@ -20,19 +20,20 @@ class DictionaryContents;
 
 struct ArrayObject : Object {
     using Contents = ArrayContents;
-    explicit ArrayObject(bool mutableObject) noexcept : Object(Kind::Array, mutableObject) {}
+    explicit ArrayObject(bool mutableObject, bool objectInPage = false) noexcept
+        : Object(Kind::Array, mutableObject, objectInPage) {}
 };
 
 struct DictionaryObject : Object {
     using Contents = DictionaryContents;
-    explicit DictionaryObject(bool mutableObject) noexcept
-        : Object(Kind::Dictionary, mutableObject) {}
+    explicit DictionaryObject(bool mutableObject, bool objectInPage = false) noexcept
+        : Object(Kind::Dictionary, mutableObject, objectInPage) {}
 };
 
 /// Elements follow the object in the same allocation.
 class ArrayContents final : public ArrayObject {
   public:
-    static Reference<ArrayContents> make(std::size_t capacity);
+    static Reference<ArrayContents> make(std::size_t capacity, ValuePages* pages = nullptr);
     /// At least `needed`, and enough that repeated growth costs little.
     static std::size_t grownCapacity(std::size_t needed) noexcept;
     /// The same elements, the values shared, in a block with room for more.
@@ -59,8 +60,8 @@ class ArrayContents final : public ArrayObject {
     /// @}
 
   private:
-    explicit ArrayContents(std::uint32_t capacity) noexcept
-        : ArrayObject(false), capacity_(capacity) {}
+    ArrayContents(std::uint32_t capacity, bool objectInPage) noexcept
+        : ArrayObject(false, objectInPage), capacity_(capacity) {}
     [[nodiscard]] PropertyListValue* begin() noexcept {
         return reinterpret_cast<PropertyListValue*>(this + 1);
     }
@@ -81,7 +82,7 @@ class DictionaryContents final : public DictionaryObject {
         PropertyListValue value;
     };
 
-    static Reference<DictionaryContents> make(std::size_t capacity);
+    static Reference<DictionaryContents> make(std::size_t capacity, ValuePages* pages = nullptr);
     static std::size_t grownCapacity(std::size_t needed) noexcept;
     /// The same entries, keys and values shared, in a block with room for more.
     static Reference<DictionaryContents> clone(const DictionaryContents& original,
@@ -121,8 +122,8 @@ class DictionaryContents final : public DictionaryObject {
     /// @}
 
   private:
-    DictionaryContents(std::uint8_t slotBits, std::uint32_t capacity) noexcept
-        : DictionaryObject(false), slotBits_(slotBits), capacity_(capacity) {}
+    DictionaryContents(std::uint8_t slotBits, std::uint32_t capacity, bool objectInPage) noexcept
+        : DictionaryObject(false, objectInPage), slotBits_(slotBits), capacity_(capacity) {}
 
     [[nodiscard]] std::uint32_t slotMask() const noexcept { return (1U << slotBits_) - 1; }
     [[nodiscard]] std::uint32_t* slots() noexcept {

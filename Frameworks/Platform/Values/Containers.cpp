@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Values/ContainerObjects.h"
+#include "Platform/Values/DictionaryDescent.h"
 #include "Platform/Values/HashedKey.h"
 
 using namespace QRVPlatform;
@@ -265,33 +266,54 @@ NSMutableDictionary::NSMutableDictionary() : NSDictionary(NSDictionary().mutable
 NSMutableDictionary::NSMutableDictionary(std::initializer_list<InitialEntry> entries)
     : NSMutableDictionary(NSDictionary(entries).mutableCopy()) {}
 
+namespace {
+
+// Null removes. The key's own string, as long as it has an entry; null when it has none.
+StringObject* setEntry(MutableContainer<DictionaryObject>& dictionary, PropertyListValue value,
+                       const HashedKey& key) {
+    Editing edit(dictionary);
+    const std::size_t index = edit.current().indexOf(key.text(), key.hash);
+    const bool isNew = index == DictionaryContents::notFound;
+    if (value.isNull()) {
+        if (isNew) return nullptr;
+        edit.makeRoom(0);
+        edit.discard(edit->remove(index));
+        return nullptr;
+    }
+    edit.makeRoom(isNew ? 1 : 0);
+    if (isNew)
+        edit->append(StringObject::make(key.text(), key.hash), std::move(value));
+    else
+        edit.discard(edit->exchange(index, std::move(value)));
+    return edit->entries()[isNew ? edit->count() - 1 : index].key.get();
+}
+
+}  // namespace
+
+void QRVPlatform::setObjectForHashedKey(const NSMutableDictionary& dictionary,
+                                        PropertyListValue value, const HashedKey& key) {
+    if (dictionary.isNull()) return;
+    WritersEdit(dictionary).set(std::move(value), key);
+}
+
+void WritersEdit::set(PropertyListValue value, const HashedKey& key) const {
+    setEntry(static_cast<MutableContainer<DictionaryObject>&>(*level_), std::move(value), key);
+}
+
+PropertyListValue WritersEdit::setAndShareKey(PropertyListValue value, const HashedKey& key) const {
+    StringObject* const own =
+        setEntry(static_cast<MutableContainer<DictionaryObject>&>(*level_), std::move(value), key);
+    if (own == nullptr) return key.text();
+    ValueObjects::retain(own);
+    return Access::valueOwning(own);
+}
+
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
     setObjectForHashedKey(*this, std::move(value), HashedKey::of(key));
 }
 
-void QRVPlatform::setObjectForHashedKey(const NSMutableDictionary& dictionary,
-                                        PropertyListValue value, const HashedKey& key) {
-    if (value.isNull()) return dictionary.removeObjectForKey(key.text());
-    if (dictionary.isNull()) return;
-    Editing edit(static_cast<MutableContainer<DictionaryObject>&>(*Access::objectOf(dictionary)));
-    const std::size_t index = edit.current().indexOf(key.text(), key.hash);
-    if (index == DictionaryContents::notFound) {
-        edit.makeRoom(1);
-        edit->append(StringObject::make(key.text(), key.hash), std::move(value));
-    } else {
-        edit.makeRoom(0);
-        edit.discard(edit->exchange(index, std::move(value)));
-    }
-}
-
 void NSMutableDictionary::removeObjectForKey(std::string_view key) const {
-    if (isNull()) return;
-    const std::uint32_t hash = hashOf(key);
-    Editing edit(mutableDictionary(object_));
-    const std::size_t index = edit.current().indexOf(key, hash);
-    if (index == DictionaryContents::notFound) return;
-    edit.makeRoom(0);
-    edit.discard(edit->remove(index));
+    setObjectForHashedKey(*this, nullptr, HashedKey::of(key));
 }
 
 void NSMutableDictionary::removeAllObjects() const {

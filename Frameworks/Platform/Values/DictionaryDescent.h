@@ -35,7 +35,8 @@ class WritersDescent {
         : level_(&ValueObjects::contentsForTheWriter(ValueObjects::Access::objectOf(root))) {}
 
     /// The value under a key of the current level; null when the key is missing.
-    [[nodiscard]] const PropertyListValue* find(const HashedKey& key) const noexcept {
+    [[nodiscard, gnu::always_inline]] inline const PropertyListValue* find(
+        const HashedKey& key) const noexcept {
         return level_->find(key.text(), key.hash);
     }
     /// Enters a dictionary that was found.
@@ -45,6 +46,34 @@ class WritersDescent {
 
   private:
     const ValueObjects::DictionaryContents* level_;
+};
+
+/// A way of that thread down the mutable dictionaries of a tree, to a change.
+class WritersEdit {
+  public:
+    /// `root` must not be null.
+    explicit WritersEdit(const NSMutableDictionary& root) noexcept
+        : level_(ValueObjects::Access::objectOf(root)) {}
+
+    /// Enters the mutable dictionary under a key. False, and stays, when there is none.
+    [[nodiscard]] bool enter(const HashedKey& key) noexcept {
+        using ValueObjects::Access;
+        const PropertyListValue* const next =
+            ValueObjects::contentsForTheWriter(level_).find(key.text(), key.hash);
+        if (next == nullptr || !next->isDictionary()) return false;
+        if (!Access::objectOf(*next)->isMutable) return false;
+        level_ = Access::objectOf(*next);
+        return true;
+    }
+    /// `NSMutableDictionary::setObjectForKey` of the current level.
+    void set(PropertyListValue value, const HashedKey& key) const;
+    /// The same. Returns the key as a string, which is that of the dictionary unless `value` is
+    /// null.
+    [[nodiscard]] PropertyListValue setAndShareKey(PropertyListValue value,
+                                                   const HashedKey& key) const;
+
+  private:
+    ValueObjects::Object* level_;
 };
 
 }  // namespace QRVPlatform

@@ -46,34 +46,43 @@ inline std::uint64_t wordOfFew(const char* bytes, std::size_t count) noexcept {
            static_cast<unsigned char>(bytes[count - 1]);
 }
 
+/// Of text of more than 8 bytes, words are read up to its end, and so the last ones overlap.
 inline std::uint32_t hashOf(std::string_view text) noexcept {
     const HashSeed& seed = hashSeed();
     std::uint64_t state = seed.start ^ text.size();
     const char* bytes = text.data();
-    std::size_t left = text.size();
-    for (; left > 16; bytes += 16, left -= 16) {
-        state = mix(wordAt<std::uint64_t>(bytes) ^ seed.factor,
-                    wordAt<std::uint64_t>(bytes + 8) ^ state);
-    }
+    const char* const end = bytes + text.size();
+    std::uint64_t first = 0;
     std::uint64_t last = 0;
-    if (left > 8) {
-        last = wordAt<std::uint64_t>(bytes + left - 8);
-        left = 8;
+    if (text.size() > 16) {
+        for (; end - bytes > 16; bytes += 16) {
+            state = mix(wordAt<std::uint64_t>(bytes) ^ seed.factor,
+                        wordAt<std::uint64_t>(bytes + 8) ^ state);
+        }
+        first = wordAt<std::uint64_t>(end - 16);
+        last = wordAt<std::uint64_t>(end - 8);
+    } else if (text.size() > 8) {
+        first = wordAt<std::uint64_t>(bytes);
+        last = wordAt<std::uint64_t>(end - 8);
+    } else if (!text.empty()) {
+        first = wordOfFew(bytes, text.size());
     }
-    const std::uint64_t first = left == 0 ? 0 : wordOfFew(bytes, left);
     state = mix(first ^ seed.factor, last ^ state);
     return static_cast<std::uint32_t>(state ^ (state >> 32U));
 }
 
 inline bool isSameText(std::string_view left, std::string_view right) noexcept {
     if (left.size() != right.size()) return false;
-    std::size_t rest = left.size();
     const char* one = left.data();
     const char* other = right.data();
-    for (; rest > 8; one += 8, other += 8, rest -= 8) {
-        if (wordAt<std::uint64_t>(one) != wordAt<std::uint64_t>(other)) return false;
+    if (left.size() <= 8)
+        return left.empty() || wordOfFew(one, left.size()) == wordOfFew(other, left.size());
+    const std::size_t last = left.size() - 8;
+    for (std::size_t place = 0; place < last; place += 8) {
+        if (wordAt<std::uint64_t>(one + place) != wordAt<std::uint64_t>(other + place))
+            return false;
     }
-    return rest == 0 || wordOfFew(one, rest) == wordOfFew(other, rest);
+    return wordAt<std::uint64_t>(one + last) == wordAt<std::uint64_t>(other + last);
 }
 
 }  // namespace QRVPlatform::ValueObjects

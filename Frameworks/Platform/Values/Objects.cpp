@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <limits>
-#include <new>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -25,8 +24,7 @@ void destroyContainer(ObjectType* container) noexcept {
 void destroy(Object* object) noexcept {
     switch (object->kind) {
         case Kind::String:
-            static_cast<StringObject*>(object)->~StringObject();
-            ::operator delete(object);
+            ObjectMemory::destroy(static_cast<StringObject*>(object));
             break;
         case Kind::Data:
             delete static_cast<DataObject*>(object);
@@ -104,11 +102,13 @@ Reference<StringObject> StringObject::make(std::string_view text) {
     return make(text, hashOf(text));
 }
 
-Reference<StringObject> StringObject::make(std::string_view text, std::uint32_t hashOfText) {
+Reference<StringObject> StringObject::make(std::string_view text, std::uint32_t hashOfText,
+                                           ValuePages* pages) {
     const std::uint32_t length = lengthOrThrow(text);
-    auto* memory = static_cast<char*>(::operator new(sizeof(StringObject) + length));
-    if (length != 0) std::memcpy(memory + sizeof(StringObject), text.data(), length);
-    return Reference(new (memory) StringObject(hashOfText, length));
+    const ObjectMemory memory = ObjectMemory::take(sizeof(StringObject) + length, pages);
+    auto* const object = new (memory.place) StringObject(hashOfText, length, memory.isInPage);
+    if (length != 0) std::memcpy(static_cast<void*>(object + 1), text.data(), length);
+    return Reference(object);
 }
 
 }  // namespace QRVPlatform::ValueObjects

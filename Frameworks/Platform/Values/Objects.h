@@ -7,23 +7,52 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "Platform/Values/Hashing.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "Platform/Values/ValuePages.h"
 
 namespace QRVPlatform::ValueObjects {
 
 using Kind = PropertyListValue::Kind;
 
 struct Object {
-    explicit Object(Kind objectKind, bool mutableObject = false) noexcept
-        : kind(objectKind), isMutable(mutableObject) {}
+    explicit Object(Kind objectKind, bool mutableObject = false, bool objectInPage = false) noexcept
+        : kind(objectKind), isMutable(mutableObject), isInPage(objectInPage) {}
     std::atomic<std::uint32_t> references{1};
     const Kind kind;
     const bool isMutable;
+    const bool isInPage;  // or in an allocation of its own
+};
+
+/// For an object that its contents follow.
+struct ObjectMemory {
+    void* place;
+    bool isInPage;
+
+    /// Without pages, or without room in them, an allocation of its own.
+    static ObjectMemory take(std::size_t bytes, ValuePages* pages) {
+        void* const place = pages == nullptr ? nullptr : pages->take(bytes);
+        if (place != nullptr) return {place, true};
+        return {::operator new(bytes), false};
+    }
+    void release() const noexcept {
+        if (isInPage)
+            ValuePages::release(place);
+        else
+            ::operator delete(place);
+    }
+    /// Ends the life of the object too.
+    template <typename ObjectType>
+    static void destroy(ObjectType* object) noexcept {
+        const ObjectMemory memory{object, object->isInPage};
+        object->~ObjectType();
+        memory.release();
+    }
 };
 
 /// Releases one reference and says whether it was the last. The holder of the only reference need
@@ -72,10 +101,10 @@ struct Access {
     static Handle handleOwning(Object* owned) noexcept {
         return Handle(ObjectReference(owned));
     }
-    /// The value takes over one reference to a string, that the caller owns.
-    static PropertyListValue stringOwning(Object* owned) noexcept {
+    /// The value takes over one reference that the caller owns.
+    static PropertyListValue valueOwning(Object* owned) noexcept {
         PropertyListValue value;
-        value.kind_ = Kind::String;
+        value.kind_ = owned->kind;
         value.payload_.object = owned;
         return value;
     }
@@ -101,14 +130,15 @@ struct StringObject : Object {
 
     /// Throws std::length_error beyond 4 GiB.
     static Reference<StringObject> make(std::string_view text);
-    static Reference<StringObject> make(std::string_view text, std::uint32_t hashOfText);
+    static Reference<StringObject> make(std::string_view text, std::uint32_t hashOfText,
+                                        ValuePages* pages = nullptr);
     [[nodiscard]] std::string_view view() const noexcept {
         return {reinterpret_cast<const char*>(this + 1), length};
     }
 
   private:
-    StringObject(std::uint32_t hashOfText, std::uint32_t lengthOfText) noexcept
-        : Object(Kind::String), hash(hashOfText), length(lengthOfText) {}
+    StringObject(std::uint32_t hashOfText, std::uint32_t lengthOfText, bool objectInPage) noexcept
+        : Object(Kind::String, false, objectInPage), hash(hashOfText), length(lengthOfText) {}
 };
 
 struct DataObject : Object {

@@ -36,6 +36,12 @@ inline PropertyListValue copy(const PropertyListValue& value) noexcept {
     return ValueObjects::Access::uncountedCopy(value);
 }
 
+/// The same for a container that is not empty and thus not shared.
+inline PropertyListValue copyOfContainer(const PropertyListValue& value) noexcept {
+    retain(*ValueObjects::Access::objectOf(value));
+    return ValueObjects::Access::uncountedCopy(value);
+}
+
 /// Makes the value null.
 inline void clear(PropertyListValue& value) noexcept {
     if (isCountedHere(value.kind())) return OneThread::release(ValueObjects::Access::leak(value));

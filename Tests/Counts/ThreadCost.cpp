@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "CallerCost.h"
+#include "ThreadCost.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -17,6 +17,7 @@
 namespace {
 
 thread_local std::size_t allocations = 0;
+thread_local std::size_t allocationsBefore = 0;
 
 void* allocate(std::size_t size, std::size_t alignment) {
     ++allocations;
@@ -47,13 +48,20 @@ void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alig
     std::free(memory);
 }
 
-void countCostOfCaller(const std::string& name, std::size_t operations,
-                       const std::function<void()>& run) {
-    const std::size_t before = allocations;
+void beginCost() {
+    allocationsBefore = allocations;
     CALLGRIND_ZERO_STATS;
     CALLGRIND_TOGGLE_COLLECT;
-    run();
+}
+
+void endCost(const std::string& name, std::size_t operations) {
     CALLGRIND_TOGGLE_COLLECT;
     CALLGRIND_DUMP_STATS_AT(name.c_str());
-    std::cout << name << ' ' << operations << ' ' << allocations - before << std::endl;
+    std::cout << name << ' ' << operations << ' ' << allocations - allocationsBefore << std::endl;
+}
+
+void countCost(const std::string& name, std::size_t operations, const std::function<void()>& run) {
+    beginCost();
+    run();
+    endCost(name, operations);
 }

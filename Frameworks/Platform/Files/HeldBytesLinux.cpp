@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "Platform/Files/FileStatus.h"
+#include "Platform/Files/HeldBytes.h"
+#include "Platform/Values/Hashing.h"
+
+namespace QRVPlatform {
+
+namespace {
+
+using ValueObjects::mix;
+using ValueObjects::wordAt;
+
+/// Depends on a number that is random in each process: nobody can make other bytes that have it.
+std::uint64_t checksumOf(std::string_view bytes) {
+    const ValueObjects::HashSeed& seed = ValueObjects::hashSeed();
+    constexpr std::size_t step = 4 * sizeof(std::uint64_t);
+    std::uint64_t one = seed.start ^ bytes.size();
+    std::uint64_t other = seed.factor;  // Two at a time: a multiplication takes a while.
+    const char* word = bytes.data();
+    std::size_t left = bytes.size();
+    const auto wordFrom = [&word](std::size_t index) {
+        return wordAt<std::uint64_t>(word + index * sizeof(std::uint64_t));
+    };
+    for (; left >= step; word += step, left -= step) {
+        one = mix(wordFrom(0) ^ seed.factor, wordFrom(1) ^ one);
+        other = mix(wordFrom(2) ^ seed.start, wordFrom(3) ^ other);
+    }
+    for (; left != 0; ++word, --left)
+        one = mix(static_cast<unsigned char>(*word) ^ seed.factor, one ^ seed.start);
+    return mix(one ^ seed.factor, other ^ seed.start);
+}
+
+}  // namespace
+
+HeldBytes::HeldBytes(FileDescriptor file, std::string_view bytes)
+    : file_(std::move(file)), size_(bytes.size()), checksum_(checksumOf(bytes)) {}
+
+std::optional<HeldBytes> HeldBytes::at(const std::string& path, std::string_view bytes) {
+    FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (!file.isOpen() || fstat(file.number(), &status) != 0) return std::nullopt;
+    if (FileStatus::errorUnlessRegular(status)) return std::nullopt;
+    if (static_cast<std::size_t>(status.st_size) != bytes.size()) return std::nullopt;
+    return HeldBytes(std::move(file), bytes);
+}
+
+std::optional<HeldBytes::Bytes> HeldBytes::read() const {
+    struct stat status {};
+    if (fstat(file_.number(), &status) != 0) return std::nullopt;
+    if (static_cast<std::size_t>(status.st_size) != size_) return std::nullopt;
+    Bytes bytes{std::make_unique_for_overwrite<char[]>(size_), size_};
+    for (std::size_t position = 0; position < size_;) {
+        const ssize_t count = pread(file_.number(), bytes.memory.get() + position, size_ - position,
+                                    static_cast<off_t>(position));
+        if (count == 0 || (count < 0 && errno != EINTR)) return std::nullopt;
+        if (count > 0) position += static_cast<std::size_t>(count);
+    }
+    if (checksumOf(bytes.view()) != checksum_) return std::nullopt;
+    return bytes;
+}
+
+}  // namespace QRVPlatform

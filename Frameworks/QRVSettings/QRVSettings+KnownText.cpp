@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "QRVSettings/QRVSettings+KnownText.h"
+
+#include <cmath>
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "Platform/PropertyLists/XMLRevision.h"
+#include "Platform/Values/DictionaryPairs.h"
+
+namespace QRVInside {
+
+namespace {
+
+namespace PropertyLists = QRVPlatform::PropertyLists;
+
+/// Makes of a tree what reading its text gives, frozen. The parts that are so in the tree stay the
+/// same objects, and the parts that have not changed since `base` are its objects.
+class TreeOfText {
+  public:
+    /// Null when the tree is deeper than settings are.
+    static NSDictionary of(const NSDictionary& tree, const NSDictionary& base) {
+        try {
+            return TreeOfText().dictionary(tree, base, deepest).dictionary();
+        } catch (const TooDeep&) {
+            return nullptr;
+        }
+    }
+
+  private:
+    static constexpr std::size_t deepest = 64;
+    struct TooDeep {};
+    using Entries = std::vector<std::pair<std::string, PropertyListValue>>;
+
+    static const PropertyListValue& none() {
+        static constexpr PropertyListValue null;
+        return null;
+    }
+
+    PropertyListValue value(const PropertyListValue& value, const PropertyListValue& base,
+                            std::size_t levels) {
+        if (value.isDictionary()) return dictionary(value.dictionary(), base, levels);
+        if (value.isArray()) return array(value.array(), base, levels);
+        if (!value.isDate()) return value;
+        return NSDate(std::floor(value.date().timeIntervalSinceReferenceDate()));
+    }
+
+    PropertyListValue array(const NSArray& array, const PropertyListValue& base,
+                            std::size_t levels) {
+        if (levels == 0) throw TooDeep();
+        const NSArray now = array.copy();
+        if (base.isArray() && now.isIdenticalTo(base.array())) return now;
+        bool isFrozen = true;
+        const NSMutableArray frozen;
+        for (const PropertyListValue& element : now) {
+            PropertyListValue part = value(element, nullptr, levels - 1);
+            isFrozen = isFrozen && part.isIdenticalTo(element);
+            frozen.addObject(std::move(part));
+        }
+        return isFrozen ? now : frozen.copy();
+    }
+
+    PropertyListValue dictionary(const NSDictionary& dictionary, const PropertyListValue& base,
+                                 std::size_t levels) {
+        if (levels == 0) throw TooDeep();
+        const NSDictionary now = dictionary.copy();
+        const bool hasBase = base.isDictionary();
+        if (hasBase && now.isIdenticalTo(base.dictionary())) return now;
+        const PropertyListValue before = hasBase ? base : PropertyListValue(NSDictionary());
+        const PropertyListValue after = now;
+        Entries parts;    // that are other objects than in the tree
+        Entries changes;  // from the base; null for what is gone
+        for (QRVPlatform::DictionaryPairs pairs(before, after); pairs.next();) {
+            const PropertyListValue* const present = pairs.valueAfter();
+            if (present == nullptr) {
+                changes.emplace_back(pairs.key(), nullptr);
+                continue;
+            }
+            const PropertyListValue& old =
+                pairs.valueBefore() == nullptr ? none() : *pairs.valueBefore();
+            if (present->isIdenticalTo(old)) continue;
+            PropertyListValue part = value(*present, old, levels - 1);
+            if (!part.isIdenticalTo(*present)) parts.emplace_back(pairs.key(), part);
+            if (hasBase && !part.isIdenticalTo(old))
+                changes.emplace_back(pairs.key(), std::move(part));
+        }
+        if (hasBase && changes.empty()) return base;
+        if (parts.empty()) return now;
+        return hasBase ? with(changes, base.dictionary()) : with(parts, now);
+    }
+
+    static NSDictionary with(Entries& entries, const NSDictionary& original) {
+        const NSMutableDictionary result = original.mutableCopy();
+        for (auto& [key, value] : entries) result.setObjectForKey(std::move(value), key);
+        return result.copy();
+    }
+};
+
+}  // namespace
+
+NSDictionary KnownText::treeByKnown(const Known& known, std::string_view bytes) const {
+    const auto old = known.bytes.read();
+    if (!old) return nullptr;
+    return PropertyLists::treeOfRevision(old->view(), known.tree, bytes).value_or(nullptr);
+}
+
+NSDictionary KnownText::treeByLikely(const NSDictionary& likely, std::string_view bytes) const {
+    const NSDictionary tree = TreeOfText::of(likely, nullptr);
+    if (tree.isNull()) return nullptr;
+    const auto text = NSPropertyListSerialization::dataWithPropertyList(tree);
+    if (text.error) return nullptr;
+    return PropertyLists::treeOfRevision(text.bytes, tree, bytes).value_or(nullptr);
+}
+
+PropertyListReadResult KnownText::read(std::string_view bytes, const std::string& path,
+                                       const NSDictionary& likely) {
+    const auto known = known_.load();
+    NSDictionary tree = nullptr;
+    if (bytes.size() >= smallest) {
+        if (known != nullptr)
+            tree = treeByKnown(*known, bytes);
+        else if (!likely.isNull() && isLaidOutAsOurs_)
+            tree = treeByLikely(likely, bytes);
+    }
+    if (tree.isNull()) {
+        forget();
+        if (bytes.size() >= smallest && !likely.isNull()) isLaidOutAsOurs_ = known != nullptr;
+        return NSPropertyListSerialization::propertyListWithData(bytes);
+    }
+    isLaidOutAsOurs_ = true;
+    remember(tree, bytes, path);
+    return {.value = tree, .format = PropertyListFormat::XML, .error = {}};
+}
+
+KnownText::Written KnownText::write(const NSDictionary& tree) {
+    Written written;
+    const auto known = known_.load();
+    const bool mayBeLarge = known != nullptr || isLastSaveLarge_;
+    if (mayBeLarge)
+        written.tree = TreeOfText::of(tree, known == nullptr ? NSDictionary(nullptr) : known->tree);
+    if (known != nullptr && !written.tree.isNull()) {
+        const auto old = known->bytes.read();
+        auto text = old ? PropertyLists::textOfRevision(old->view(), known->tree, written.tree)
+                        : std::nullopt;
+        if (text) {
+            written.result.bytes = std::move(*text);
+            return written;
+        }
+    }
+    written.result = NSPropertyListSerialization::dataWithPropertyList(
+        written.tree.isNull() ? tree : written.tree);
+    isLastSaveLarge_ = written.result.bytes.size() >= smallest;
+    if (!isLastSaveLarge_) written.tree = nullptr;
+    return written;
+}
+
+void KnownText::noteReplaced(const Written& written, const std::string& path) {
+    isLaidOutAsOurs_ = true;
+    if (written.tree.isNull())
+        forget();
+    else
+        remember(written.tree, written.result.bytes, path);
+}
+
+void KnownText::remember(const NSDictionary& tree, std::string_view bytes,
+                         const std::string& path) {
+    auto held = QRVPlatform::HeldBytes::at(path, bytes);
+    known_.store(held ? std::make_shared<const Known>(Known{tree, std::move(*held)}) : nullptr);
+}
+
+}  // namespace QRVInside

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Reading and writing a large settings file by what differs from its last known text.
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Platform/Files/HeldBytes.h"
+#include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/Threads/AtomicProperty.h"
+#include "Platform/Values/PropertyListValue.h"
+
+namespace QRVInside {
+
+/// The text of the settings that this process last reloaded or saved, and its tree. The text stays
+/// in its file, which is kept open. Whatever the text is, it only makes reading and writing
+/// faster: the results are those of `NSPropertyListSerialization`. Any thread.
+///
+/// Nothing is known of a small text, nor of what was only read once or saved once.
+class KnownText {
+  public:
+    /// In bytes. A smaller text is read and written sooner than compared.
+    static constexpr std::size_t smallest = std::size_t{64} * 1024;
+
+    /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
+    /// hold, in case no text is known; or null.
+    PropertyListReadResult read(std::string_view bytes, const std::string& path,
+                                const NSDictionary& likely);
+
+    struct Written {
+        PropertyListWriteResult result;
+        NSDictionary tree =
+            nullptr;  ///< what reading the bytes gives; null when it need not be known
+    };
+    /// Writes a tree. Of a mutable one each container is written as it was at one moment.
+    Written write(const NSDictionary& tree);
+    /// `written` has replaced the file at `path`.
+    void noteReplaced(const Written& written, const std::string& path);
+    /// There is no file.
+    void forget() { known_.store(nullptr); }
+
+  private:
+    struct Known {
+        NSDictionary tree;
+        QRVPlatform::HeldBytes bytes;
+    };
+
+    void remember(const NSDictionary& tree, std::string_view bytes, const std::string& path);
+    NSDictionary treeByKnown(const Known& known, std::string_view bytes) const;
+    NSDictionary treeByLikely(const NSDictionary& likely, std::string_view bytes) const;
+
+    QRVPlatform::AtomicProperty<std::shared_ptr<const Known>> known_;
+    /// The file is perhaps one that the writer wrote: it was not found to be another one.
+    std::atomic<bool> isLaidOutAsOurs_ = true;
+    std::atomic<bool> isLastSaveLarge_ = false;
+};
+
+}  // namespace QRVInside

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Typed keys for settings that a host reads very often, such as for each frame that it draws:
+///
+///     class Menubar {
+///         QRVHeldProfileKey<bool> isShown_{Keys::CPU::Menubar::Enabled};
+///         void draw() { if (isShown_.value()) ... }
+///     };
+///
+/// At each moment a held key gives what `QRVSettingsValue` or `QRVSettingsProfileValue` would give
+/// there, whatever was written, imported, reloaded, locked or forgotten meanwhile, and whichever
+/// profile is active. It remembers no value: it remembers which entry of the cache its value was in
+/// (`QRVSettings::cache`), and each read asks the cache itself.
+///
+/// Cost: a read that finds the entry again takes some nanoseconds, and for text, data and
+/// containers a copy of the handle or text. Any other is an ordinary read: the first one, the first
+/// one after the entry has moved, and every one while the store has no cache, while the site has
+/// locked anything, where the cache has a value that is not convertible, and where no layer has a
+/// value.
+///
+/// Threads: for the host's thread, like the functions above; another thread may only make one and
+/// destroy it. It may be made before the store, and be destroyed at the end of the process. Copies
+/// are independent of each other. It refers to the text of its key path.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <type_traits>
+
+#include "Platform/Export.h"
+#include "Platform/Values/ObjectReference.h"
+#include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/KeyPath.h"
+#include "QRVSettings/QRVKeys.h"
+
+/// @cond
+namespace QRVInside {
+
+/// Which entry of the cache a value was in. An entry is known by the object of its key, which is
+/// kept, so that no other key can be taken for it.
+class QRV_EXPORT HeldEntry {
+  public:
+    enum class Scope : std::uint8_t { Application, Profile };
+    explicit HeldEntry(Scope scope) noexcept : scope_(scope) {}
+
+    /// The effective value if the entry is where it was and has one; else null. Valid until the
+    /// next call of the store.
+    [[nodiscard]] const PropertyListValue* value() const;
+    /// Looks for the entry of the key path.
+    void find(QRVKeyPath keyPath);
+
+  private:
+    QRVPlatform::ValueObjects::ObjectReference key_;
+    std::uint64_t profile_ = 0;  ///< the number of the active one when the entry was found
+    std::uint32_t index_ = 0;
+    Scope scope_;
+};
+
+template <QRVKeyValue Value, HeldEntry::Scope scope>
+class HeldKey {
+  public:
+    explicit HeldKey(const QRVKey<Value>& key) noexcept : key_(key) {}
+
+    [[nodiscard]] const QRVKey<Value>& key() const noexcept { return key_; }
+    /// As the function of the same scope without a fallback.
+    [[nodiscard]] Value value() const { return present().value_or(nothing<Value>()); }
+    /// As the one with it.
+    [[nodiscard]] Value value(const std::type_identity_t<Value>& fallback) const {
+        return present().value_or(fallback);
+    }
+
+  private:
+    [[nodiscard]] std::optional<Value> present() const {
+        if (const PropertyListValue* const held = entry_.value()) {
+            std::optional<Value> value = valueAs<Value>(*held);
+            if (value) return value;
+        }
+        return presentInAnyLayer();
+    }
+    [[nodiscard, gnu::noinline]] std::optional<Value> presentInAnyLayer() const {
+        std::optional<Value> result;
+        if constexpr (scope == HeldEntry::Scope::Profile)
+            result = profileValue(key_);
+        else
+            result = QRVInside::value(key_);
+        entry_.find(key_);
+        return result;
+    }
+
+    QRVKey<Value> key_;
+    mutable HeldEntry entry_{scope};
+};
+
+}  // namespace QRVInside
+/// @endcond
+
+/// A setting as `QRVSettingsValue` reads it.
+template <QRVKeyValue Value>
+class QRVHeldKey : public QRVInside::HeldKey<Value, QRVInside::HeldEntry::Scope::Application> {
+  public:
+    explicit QRVHeldKey(const QRVKey<Value>& key) noexcept
+        : QRVInside::HeldKey<Value, QRVInside::HeldEntry::Scope::Application>(key) {}
+};
+
+/// A setting of the active profile, as `QRVSettingsProfileValue` reads it.
+template <QRVKeyValue Value>
+class QRVHeldProfileKey : public QRVInside::HeldKey<Value, QRVInside::HeldEntry::Scope::Profile> {
+  public:
+    explicit QRVHeldProfileKey(const QRVKey<Value>& key) noexcept
+        : QRVInside::HeldKey<Value, QRVInside::HeldEntry::Scope::Profile>(key) {}
+};
