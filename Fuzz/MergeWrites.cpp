@@ -14,7 +14,6 @@
 using Fuzzing::Input;
 using Fuzzing::require;
 using QRVInside::frozen;
-using QRVInside::Write;
 using QRVInside::Writes;
 
 namespace {
@@ -38,7 +37,7 @@ struct Unsaved {
     FlatSettings tree;
 
     void add(const std::string& keyPath, const PropertyListValue& value) {
-        writes.add({keyPath, frozen(value)});
+        writes.join({{keyPath, 0}, true, false, frozen(value)});
         list.push_back({keyPath, frozen(value)});
     }
     void replaceTree(const NSDictionary& whole) {

@@ -10,6 +10,7 @@
 #include "Own/OwnStore.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "Workload/FileContents.h"
 
 namespace {
@@ -135,6 +136,14 @@ void registerMergedSaves(const Fixture& of) {
     const auto burst = std::span<const std::string>(of.integers)
                            .first(std::min(Measures::writesInABurst, of.integers.size()));
     OwnStore& store = *of.store;
+    benchmark::RegisterBenchmark(("WriteBurstMerged" + of.name).c_str(),
+                                 [&store, burst](benchmark::State& state) {
+                                     const MergedSaves merged;
+                                     Measures::writeBurst(state, store, burst);
+                                 })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Measures::samplesOfARow);
     benchmark::RegisterBenchmark(("SaveBurstMerged" + of.name).c_str(),
                                  [&store, burst](benchmark::State& state) {
                                      const MergedSaves merged;
@@ -233,6 +242,22 @@ void registerStart(const Fixture& of) {
     });
 }
 
+template <typename Value>
+void readHeldKeys(const char* row, const Fixture& of, const std::vector<std::string>& keyPaths) {
+    auto* const held = new std::vector<QRVHeldKey<Value>>;
+    for (const std::string& keyPath : keyPaths) held->emplace_back(QRVKey<Value>(keyPath));
+    benchmark::RegisterBenchmark((row + of.name).c_str(), [held](benchmark::State& state) {
+        Measures::readRoundAndRound<QRVHeldKey<Value>>(
+            state, *held,
+            [](const QRVHeldKey<Value>& key) { benchmark::DoNotOptimize(key.value()); });
+    });
+}
+
+void registerHeldKeys(const Fixture& of) {
+    readHeldKeys<bool>("HeldBooleans", of, of.booleans);
+    readHeldKeys<std::int64_t>("HeldIntegers", of, of.integers);
+}
+
 /// Of a host that asks for defaults and locks of the site, which has none.
 void registerSite(const Fixture& of) {
     const auto hotKey = std::span<const std::string>(of.integers).first(1);
@@ -259,6 +284,7 @@ int main(int argc, char** argv) {
     registerBatch(of);
     registerPropertyLists(of, arguments.folder / "files");
     registerComparisons(of);
+    registerHeldKeys(of);
     registerSite(of);
     registerStart(of);
     return Measures::runRows(argc, argv);

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "Platform/Files/Files.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings.h"
 
@@ -16,6 +17,10 @@ void read() {
     const PropertyListValue width =
         QRVSettingsObjectForKeyPath("CPU.Menubar.Mode.HistoryGraph.Width");
     if (width.isInteger()) std::cout << "graph: " << width.integerValue() << " points wide\n";
+
+    const QRVHeldKey showsCPU(Keys::CPU::Menubar::Enabled);
+    for (int frame = 0; frame < 3; ++frame)
+        if (showsCPU.value()) std::cout << "CPU: drawn\n";
 
     std::cout << "unknown: " << QRVSettingsObjectForKeyPath("No.Such.Setting").isNull() << '\n';
 }

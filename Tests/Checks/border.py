@@ -23,8 +23,9 @@ INCLUDE_LINES = (
     "Platform/System/System.h", "Platform/System/Terminal.h", "Platform/Values/PropertyListValue.h",
     "QRVHistory/QRVHistory.h", "QRVLogger/DDLog.h", "QRVSettings/Adapters/DesktopAppearance.h",
     "QRVSettings/Adapters/GLibAppearance.h", "QRVSettings/Adapters/QtAppearance.h", "QRVSettings/FileChange.h",
-    "QRVSettings/KeyPath.h", "QRVSettings/NSDictionary+QRV.h", "QRVSettings/QRVKeys.h",
-    "QRVSettings/QRVKnownSettings.h", "QRVSettings/QRVSettings.h", "QRVSettings/QRVSettingsC.h")
+    "QRVSettings/KeyPath.h", "QRVSettings/NSDictionary+QRV.h", "QRVSettings/QRVHeldKeys.h",
+    "QRVSettings/QRVKeys.h", "QRVSettings/QRVKnownSettings.h", "QRVSettings/QRVSettings.h",
+    "QRVSettings/QRVSettingsC.h")
 
 
 def inner_headers():

@@ -190,6 +190,20 @@ TEST(HandOver, ASlowItemHoldsUpNobodyInTheQueueItCameFrom) {
     EXPECT_TRUE(hasSeenIt.get_future().get());
 }
 
+TEST(HandOver, AnItemMayEndTheQueueThatHandedItOver) {
+    auto operations = operationQueue();
+    const auto serial = serialQueue();
+    std::promise<void> isEnded;
+    operations->async([&] {
+        serial->handOver([&] {
+            operations->finish();
+            isEnded.set_value();
+        });
+    });
+    ASSERT_EQ(isEnded.get_future().wait_for(testDeadline), std::future_status::ready);
+    serial->finish();
+}
+
 TEST(HandOver, ItemsMayGoOnHandingOverForEver) {
     const Queues queues;
     constexpr int most = 100'000;

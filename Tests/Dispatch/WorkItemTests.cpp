@@ -54,7 +54,9 @@ TEST(WorkItem, HoldsItsWorkUntilItIsReplacedOrDestroyed) {
         EXPECT_EQ(small, 1);
         WorkItem other(std::move(item));
         EXPECT_EQ(small, 1);
-        item = WorkItem([counted = Counted(large), room = std::array<char, 1000>()] {});
+        item = WorkItem([counted = Counted(large), room = std::array<char, 1000>()] {
+            static_cast<void>(room.size());
+        });
         EXPECT_EQ(large, 1);
         other = std::move(item);
         EXPECT_EQ(small, 0);

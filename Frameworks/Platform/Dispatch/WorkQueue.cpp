@@ -115,9 +115,14 @@ void WorkQueue::runThread(Shift& shift) {
         Reserved next;
         if (!runItem(shift, lock, limits_.threads > 1 ? &next : nullptr)) return;
         if (next.queue) {
+            // Not one of this queue's threads meanwhile, whose end does not wait for other queues.
+            --shift.threads;
             lock.unlock();
+            shift.itemFinished.notify_all();
             if (!runReserved(std::move(next))) return;
             lock.lock();
+            if (shift.threads >= limits_.threads) return;
+            ++shift.threads;
         }
         ++shift.idleThreads;
     }

@@ -1,25 +1,26 @@
 // SPDX-License-Identifier: MIT
 // Writing a file by what differs from a known text (`textOfRevision`).
 //
-// Both trees are walked side by side, and what is the same object in both is skipped. For each key
-// that differs, the place of its entry is found in the known text: the keys of a dictionary are
-// sorted and are the only ones with their number of tabs, so that a binary search finds a key, or
-// where it belongs. Where both values are dictionaries that are not empty, the walk goes on inside.
-// Else the lines of the entry are left out, and those of the new one are written in their place.
+// Both trees are walked side by side, and what is the same object in both is skipped. The keys that
+// differ are taken in the order of the file, so that each level is searched once from its beginning
+// to its end. In the text of a dictionary no other line is like that of its key, tabs included.
+// Where both values are dictionaries that are not empty, the walk goes on inside. Else the lines of
+// the entry are left out, and those of the new one are written in their place.
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 #include <vector>
 
+#include "Platform/PropertyLists/TextBuilder.h"
 #include "Platform/PropertyLists/WrittenLines.h"
 #include "Platform/PropertyLists/XMLRevision.h"
+#include "Platform/PropertyLists/XMLText.h"
+#include "Platform/PropertyLists/XMLWriter.h"
 #include "Platform/Values/DictionaryPairs.h"
 
 namespace QRVPlatform::PropertyLists {
 namespace {
-
-using Line = WrittenLines::Line;
 
 /// A part of the known text, and what is written in its place.
 struct Edit {
@@ -34,27 +35,16 @@ struct Difference {
     const PropertyListValue* after;   ///< likewise
 };
 
-/// Where the entries of a dictionary stand.
-struct Range {
-    std::size_t begin;
-    std::size_t end;
-    std::size_t level;
-};
-
 /// Thrown when the whole is to be written.
 struct TooDifferent {};
 
 class Edits {
   public:
-    explicit Edits(std::string_view known) : lines_(known) {}
+    explicit Edits(std::string_view known) : text_(known) {}
 
     std::vector<Edit> between(const NSDictionary& tree, const NSDictionary& revised) {
-        constexpr std::string_view end = "</dict>\n</plist>\n";
-        constexpr std::string_view start = "\n<dict>\n";
-        const std::size_t found = lines_.text().find(start);
-        if (found == std::string_view::npos || !lines_.text().ends_with(end)) throw TooDifferent();
-        compare(tree, revised, {found + start.size(), lines_.text().size() - end.size(), 1});
-        std::ranges::stable_sort(edits_, {}, &Edit::begin);
+        position_ = text_.find("\n<dict>\n") + 1;
+        compare(tree, revised, 1);
         return std::move(edits_);
     }
 
@@ -65,8 +55,9 @@ class Edits {
         return value.isDictionary() && value.dictionary().count() != 0;
     }
 
+    // `position_` is in the dictionary or before it, and the text of no later one is like it.
     void compare(const PropertyListValue& before, const PropertyListValue& after,
-                 const Range& range) {
+                 std::size_t level) {
         DictionaryPairs pairs(before, after);
         std::vector<Difference> differences;
         while (pairs.next()) {
@@ -78,72 +69,74 @@ class Edits {
             if (differences.size() > mostEdits) throw TooDifferent();
         }
         std::ranges::sort(differences, {}, &Difference::key);
-        for (const Difference& difference : differences) apply(difference, range);
-    }
-
-    void apply(const Difference& difference, const Range& range) {
-        const std::size_t begin = lowerBound(difference.key, range);
-        std::size_t end = begin;
-        if (difference.before != nullptr) {
-            const Line line = lines_.at(begin);
-            if (begin == range.end || lines_.keyOf(line) != difference.key) throw TooDifferent();
-            end = nextKey(begin + 1, range.end, range.level);
-            if (difference.after != nullptr && haveEntries(*difference.before) &&
-                haveEntries(*difference.after) && range.level + 1 < deepestIndentation) {
-                compare(*difference.before, *difference.after, contentsOf(line, end));
-                return;
-            }
-        }
-        Edit edit{begin, end, {}};
-        if (difference.after != nullptr) {
-            edit.text =
-                writeXMLEntries(NSDictionary{{difference.key, *difference.after}}, range.level);
-        }
-        edits_.push_back(std::move(edit));
-        if (edits_.size() > mostEdits) throw TooDifferent();
-    }
-
-    /// The line of the first key at `position` or later; `end` when there is none before it.
-    [[nodiscard]] std::size_t nextKey(std::size_t position, std::size_t end,
-                                      std::size_t level) const {
-        // Each line has one before it, because the text begins with a header.
-        const std::string beginning = "\n" + std::string(level, '\t') + "<key>";
-        if (position >= end) return end;
-        const std::string_view searched =
-            lines_.text().substr(position - 1, end - position + beginning.size() - 1);
-        const void* const found =
-            memmem(searched.data(), searched.size(), beginning.data(), beginning.size());
-        if (found == nullptr) return end;
-        return position +
-               static_cast<std::size_t>(static_cast<const char*>(found) - searched.data());
-    }
-
-    /// The line of the first key that is not less; the end of the range when there is none.
-    [[nodiscard]] std::size_t lowerBound(std::string_view key, const Range& range) const {
-        std::size_t least = range.begin;  // The keys before this are less.
-        std::size_t most = range.end;     // Those from here on are not.
-        while (least < most) {
-            const std::size_t middle = least + (most - least) / 2;
-            const std::size_t found = nextKey(middle, most, range.level);
-            if (found < most && lines_.keyOf(lines_.at(found)) < key)
-                least = found + 1;
+        for (const Difference& difference : differences) {
+            if (difference.before == nullptr)
+                insert(difference, before.dictionary(), level);
             else
-                most = middle;
+                change(difference, level);
         }
-        return nextKey(least, range.end, range.level);
     }
 
-    /// Of the dictionary that is the value of an entry.
-    [[nodiscard]] Range contentsOf(const Line& key, std::size_t end) const {
-        std::optional<Line> start = lines_.next(key);
-        while (start && !start->isTag()) start = lines_.next(*start);
-        if (!start || !lines_.isStartOfDictionary(*start)) throw TooDifferent();
-        const Line last = *lines_.previous(lines_.at(end));
-        if (last.kind != Line::Kind::EndOfDictionary || last.tabs != key.tabs) throw TooDifferent();
-        return {lines_.next(*start)->begin, last.begin, key.tabs + 1};
+    void insert(const Difference& difference, const NSDictionary& before, std::size_t level) {
+        const std::optional<std::string_view> next = keyAfter(difference.key, before);
+        position_ = next ? lineOf(*next, level) : find(level - 1, "</dict>\n");
+        edit(difference, level);
     }
 
-    WrittenLines lines_;
+    void change(const Difference& difference, std::size_t level) {
+        position_ = lineOf(difference.key, level);
+        if (difference.after != nullptr && haveEntries(*difference.before) &&
+            haveEntries(*difference.after) && level + 1 < deepestIndentation) {
+            compare(*difference.before, *difference.after, level + 1);
+        } else {
+            edit(difference, level);
+        }
+    }
+
+    // At `position_`.
+    void edit(const Difference& difference, std::size_t level) {
+        if (edits_.size() == mostEdits) throw TooDifferent();
+        const std::string old = entry(difference.key, difference.before, level);
+        if (!text_.substr(position_).starts_with(old)) throw TooDifferent();
+        const std::size_t begin = std::exchange(position_, position_ + old.size());
+        edits_.push_back({begin, position_, entry(difference.key, difference.after, level)});
+    }
+
+    static std::string entry(std::string_view key, const PropertyListValue* value,
+                             std::size_t level) {
+        return value == nullptr ? std::string() : writeXMLEntries({{key, *value}}, level);
+    }
+
+    static std::optional<std::string_view> keyAfter(std::string_view key,
+                                                    const NSDictionary& dictionary) {
+        std::optional<std::string_view> next;
+        for (const auto& [other, value] : dictionary)
+            if (other > key && (!next || other < *next)) next = other;
+        return next;
+    }
+
+    /// The first line at `position_` or later that begins like this.
+    [[nodiscard]] std::size_t find(std::size_t tabs, std::string_view beginning) const {
+        if (position_ == 0) throw TooDifferent();
+        std::string line = "\n" + std::string(tabs, '\t');
+        line += beginning;
+        // Each line has one before it, because the text begins with a header.
+        const std::string_view rest = text_.substr(position_ - 1);
+        const void* const found = memmem(rest.data(), rest.size(), line.data(), line.size());
+        if (found == nullptr) throw TooDifferent();
+        return position_ + static_cast<std::size_t>(static_cast<const char*>(found) - rest.data());
+    }
+
+    [[nodiscard]] std::size_t lineOf(std::string_view key, std::size_t level) const {
+        TextBuilder line;
+        line.append("<key>");
+        if (!appendXMLText(line, key)) throw TooDifferent();
+        line.append("</key>\n");
+        return find(level, line.take());
+    }
+
+    std::string_view text_;
+    std::size_t position_ = 0;  // of a line
     std::vector<Edit> edits_;
 };
 

@@ -305,7 +305,7 @@ PropertyListValue WritersEdit::setAndShareKey(PropertyListValue value, const Has
         setEntry(static_cast<MutableContainer<DictionaryObject>&>(*level_), std::move(value), key);
     if (own == nullptr) return key.text();
     ValueObjects::retain(own);
-    return Access::stringOwning(own);
+    return Access::valueOwning(own);
 }
 
 void NSMutableDictionary::setObjectForKey(PropertyListValue value, std::string_view key) const {
