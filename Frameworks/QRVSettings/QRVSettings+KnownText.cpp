@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/PropertyLists/ReadingOnce.h"
 #include "Platform/PropertyLists/XMLRevision.h"
 #include "Platform/Values/DictionaryPairs.h"
 
@@ -115,7 +116,8 @@ NSDictionary KnownText::treeByLikely(const NSDictionary& likely, std::string_vie
 }
 
 KnownText::Read KnownText::read(std::string_view bytes, const std::string& path,
-                                const NSDictionary& likely) {
+                                const NSDictionary& likely,
+                                const PropertyLists::PassedText::GiveBack& giveBack) {
     const auto known = known_.load();
     NSDictionary tree = nullptr;
     if (bytes.size() >= smallest) {
@@ -127,7 +129,7 @@ KnownText::Read KnownText::read(std::string_view bytes, const std::string& path,
     if (tree.isNull()) {
         forget();
         if (bytes.size() >= smallest && !likely.isNull()) isLaidOutAsOurs_ = known != nullptr;
-        return {NSPropertyListSerialization::propertyListWithData(bytes), known};
+        return {PropertyLists::propertyListReadOnce(bytes, giveBack), known};
     }
     isLaidOutAsOurs_ = true;
     remember(tree, QRVPlatform::HeldBytes::markOf(bytes), path);

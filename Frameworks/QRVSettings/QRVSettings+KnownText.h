@@ -11,6 +11,7 @@
 
 #include "Platform/Files/HeldBytes.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/PassedText.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Values/PropertyListValue.h"
 
@@ -35,8 +36,9 @@ class KnownText {
         Forgotten forgotten = nullptr;
     };
     /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
-    /// hold, in case no text is known; or null.
-    Read read(std::string_view bytes, const std::string& path, const NSDictionary& likely);
+    /// hold, in case no text is known; or null. Where it can, it gives the bytes back meanwhile.
+    Read read(std::string_view bytes, const std::string& path, const NSDictionary& likely,
+              const QRVPlatform::PropertyLists::PassedText::GiveBack& giveBack = nullptr);
 
     /// A written tree, or why it cannot be written.
     struct Written {
