@@ -61,9 +61,10 @@ FileReading readSettingsFile(const NSDictionary& likely) {
             bool mayBeCutOff = false;
             if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = state.knownText.read(
+                auto [read, forgotten] = state.knownText.read(
                     contents.bytes(), url, likely,
                     [&contents](const char* place) { contents.giveBackBefore(place); });
+                reading.forgotten = std::move(forgotten);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }
