@@ -61,9 +61,10 @@ FileReading readSettingsFile(const NSDictionary& likely) {
             bool mayBeCutOff = false;
             if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = state.knownText.read(
+                auto [read, forgotten] = state.knownText.read(
                     contents.bytes(), url, likely,
                     [&contents](const char* place) { contents.giveBackBefore(place); });
+                reading.forgotten = std::move(forgotten);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }
@@ -171,9 +172,9 @@ namespace {
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
     const StoreInside::State& state = StoreInside::state();
     if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
-    if (!state.disableCache)
-        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
-    return valueOrNull(found);
+    PropertyListValue value = valueOrNull(found);
+    if (!state.disableCache) cacheValue(state, value, {text.data(), text.size(), hash});
+    return value;
 }
 
 // Nor is this, for the same reason, and it alone looks for locks.
