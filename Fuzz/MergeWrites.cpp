@@ -37,7 +37,10 @@ struct Unsaved {
     FlatSettings tree;
 
     void add(const std::string& keyPath, const PropertyListValue& value) {
-        writes.join({{keyPath, 0}, true, false, frozen(value)});
+        QRVInside::NewWrite write;
+        write.record.keyPath = keyPath;
+        write.value = frozen(value);
+        writes.join(std::move(write));
         list.push_back({keyPath, frozen(value)});
     }
     void replaceTree(const NSDictionary& whole) {

@@ -5,11 +5,14 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Fuzzing.h"
 #include "Platform/Dispatch/Dispatch.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "QRVSettings/QRVSettings.h"
 #include "StoreModel.h"
 
@@ -62,6 +65,7 @@ class Comparison {
     void write();
     void writeInProfile();
     void import();
+    void readByAHeldKey();
     void becomeAnotherProcess();
     void requireSameState();
     void finishSave();
@@ -87,6 +91,7 @@ class Comparison {
     Input& input_;
     QRVSettings& store_ = QRVSettings::sharedSettings();
     StoreModel::Store model_;
+    std::map<std::string, std::optional<QRVHeldKey<PropertyListValue>>> heldKeys_;
     int fileOperationsLeft_ = 0;
 };
 
@@ -167,6 +172,18 @@ void Comparison::import() {
     finishSave();
 }
 
+// A key path has one held key, which has to notice what the other steps have done.
+void Comparison::readByAHeldKey() {
+    const OptionalKeyPath where = keyPath();
+    if (!where) return;
+    const auto entry = heldKeys_.try_emplace(*where).first;
+    const QRVKey<PropertyListValue> key(entry->first);
+    if (!entry->second) entry->second.emplace(key);
+    const PropertyListValue held = entry->second->value();
+    static_cast<void>(model_.get(where));
+    requireSame(held, QRVSettingsValue(key), "value of a held key", where);
+}
+
 void Comparison::becomeAnotherProcess() {
     store_.setStorageCache(nullptr);
     store_.setCache(NSMutableDictionary());
@@ -183,6 +200,7 @@ void Comparison::step() {
         case 1:
             return writeInProfile();
         case 2:
+            return readByAHeldKey();
         case 3:
             where = keyPath();
             return requireSame(QRVSettingsObjectForKeyPath(where), model_.get(where), "value",

@@ -51,7 +51,16 @@ install(FILES "${PROJECT_BINARY_DIR}/qrvsettings.pc"
 
 if(TARGET qrvsettings)
   file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set_target_properties(qrvsettings PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_tool}")
+  # Built like that at once: otherwise CMake leaves room in the run path for the installed one, as an empty
+  # entry, and the dynamic linker looks for every library in the working folder. So the tool in the build finds
+  # its libraries where the installed one does.
+  set_target_properties(qrvsettings PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${libraries_from_tool}" BUILD_WITH_INSTALL_RPATH ON)
+  get_target_property(folder_of_tool qrvsettings BINARY_DIR)
+  get_filename_component(libraries "${folder_of_tool}/${libraries_from_tool}" ABSOLUTE)
+  get_filename_component(folder_above "${libraries}" DIRECTORY)
+  file(MAKE_DIRECTORY "${folder_above}")
+  file(CREATE_LINK "${PROJECT_BINARY_DIR}/Frameworks" "${libraries}" SYMBOLIC)
   install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
 
   # Each shell looks for completions in its own folder.

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "Platform/Machine/UserLocale.h"
+#include "Platform/Values/ImmutableContainers.h"
 #include "QRVSettings/ClockRule.h"
 #include "QRVSettings/QRVKeys.h"
 #include "QRVSettings/QRVSettings+BeforeDefaults.h"
@@ -175,22 +176,23 @@ Table makeTable(ClockRule rule) {
 /// The dictionary of these rows below the first `start` characters of their key paths, which are
 /// the same in all of them. Rows are sorted: those of one level stand together.
 NSDictionary levelOf(std::span<const Default> rows, std::size_t start) {
-    const NSMutableDictionary level;
+    std::vector<QRVPlatform::KeyedValue> entries;
+    entries.reserve(rows.size());
     while (!rows.empty()) {
         const auto& [keyPath, value] = rows.front();
         const std::size_t end = keyPath.find('.', start);
         const std::string_view key = keyPath.substr(start, end - start);
         std::size_t count = 1;
         if (end == keyPath.npos) {
-            level.setObjectForKey(value, key);
+            entries.push_back({key, value});
         } else {
             const std::string_view prefix = keyPath.substr(0, end + 1);
             while (count < rows.size() && rows[count].keyPath.starts_with(prefix)) ++count;
-            level.setObjectForKey(levelOf(rows.first(count), end + 1), key);
+            entries.push_back({key, levelOf(rows.first(count), end + 1)});
         }
         rows = rows.subspan(count);
     }
-    return level.copy();
+    return QRVPlatform::immutableDictionary(entries);
 }
 
 /// Never destroyed: readers may hold the constants while the process exits.

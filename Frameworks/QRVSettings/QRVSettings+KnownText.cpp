@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/PropertyLists/ReadingOnce.h"
 #include "Platform/PropertyLists/XMLRevision.h"
 #include "Platform/Values/DictionaryPairs.h"
 
@@ -114,8 +115,9 @@ NSDictionary KnownText::treeByLikely(const NSDictionary& likely, std::string_vie
     return PropertyLists::treeOfRevision(text.bytes, tree, bytes).value_or(nullptr);
 }
 
-PropertyListReadResult KnownText::read(std::string_view bytes, const std::string& path,
-                                       const NSDictionary& likely) {
+KnownText::Read KnownText::read(std::string_view bytes, const std::string& path,
+                                const NSDictionary& likely,
+                                const PropertyLists::PassedText::GiveBack& giveBack) {
     const auto known = known_.load();
     NSDictionary tree = nullptr;
     if (bytes.size() >= smallest) {
@@ -127,32 +129,38 @@ PropertyListReadResult KnownText::read(std::string_view bytes, const std::string
     if (tree.isNull()) {
         forget();
         if (bytes.size() >= smallest && !likely.isNull()) isLaidOutAsOurs_ = known != nullptr;
-        return NSPropertyListSerialization::propertyListWithData(bytes);
+        return {PropertyLists::propertyListReadOnce(bytes, giveBack), known};
     }
     isLaidOutAsOurs_ = true;
-    remember(tree, bytes, path);
-    return {.value = tree, .format = PropertyListFormat::XML, .error = {}};
+    remember(tree, QRVPlatform::HeldBytes::markOf(bytes), path);
+    return {{.value = tree, .format = PropertyListFormat::XML, .error = {}}, known};
 }
 
 KnownText::Written KnownText::write(const NSDictionary& tree) {
     Written written;
     const auto known = known_.load();
+    written.forgotten = known;
     const bool mayBeLarge = known != nullptr || isLastSaveLarge_;
     if (mayBeLarge)
         written.tree = TreeOfText::of(tree, known == nullptr ? NSDictionary(nullptr) : known->tree);
     if (known != nullptr && !written.tree.isNull()) {
-        const auto old = known->bytes.read();
-        auto text = old ? PropertyLists::textOfRevision(old->view(), known->tree, written.tree)
-                        : std::nullopt;
-        if (text) {
-            written.result.bytes = std::move(*text);
+        constexpr std::size_t growth = std::size_t{64} * 1024;
+        auto text = known->bytes.read(growth);
+        const auto size = text ? PropertyLists::reviseText(text->room(), text->view().size(),
+                                                           known->tree, written.tree)
+                               : std::nullopt;
+        if (size) {
+            text->setSize(*size);
+            written.revision = std::move(text);
+            written.mark = QRVPlatform::HeldBytes::markOf(written.bytes());
             return written;
         }
     }
-    written.result = NSPropertyListSerialization::dataWithPropertyList(
+    written.whole = NSPropertyListSerialization::dataWithPropertyList(
         written.tree.isNull() ? tree : written.tree);
-    isLastSaveLarge_ = written.result.bytes.size() >= smallest;
+    isLastSaveLarge_ = written.whole.bytes.size() >= smallest;
     if (!isLastSaveLarge_) written.tree = nullptr;
+    if (!written.tree.isNull()) written.mark = QRVPlatform::HeldBytes::markOf(written.bytes());
     return written;
 }
 
@@ -161,12 +169,12 @@ void KnownText::noteReplaced(const Written& written, const std::string& path) {
     if (written.tree.isNull())
         forget();
     else
-        remember(written.tree, written.result.bytes, path);
+        remember(written.tree, written.mark, path);
 }
 
-void KnownText::remember(const NSDictionary& tree, std::string_view bytes,
+void KnownText::remember(const NSDictionary& tree, const QRVPlatform::HeldBytes::Mark& mark,
                          const std::string& path) {
-    auto held = QRVPlatform::HeldBytes::at(path, bytes);
+    auto held = QRVPlatform::HeldBytes::at(path, mark);
     known_.store(held ? std::make_shared<const Known>(Known{tree, std::move(*held)}) : nullptr);
 }
 

@@ -5,11 +5,13 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Platform/Files/HeldBytes.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/PassedText.h"
 #include "Platform/Threads/AtomicProperty.h"
 #include "Platform/Values/PropertyListValue.h"
 
@@ -25,15 +27,33 @@ class KnownText {
     /// In bytes. A smaller text is read and written sooner than compared.
     static constexpr std::size_t smallest = std::size_t{64} * 1024;
 
-    /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
-    /// hold, in case no text is known; or null.
-    PropertyListReadResult read(std::string_view bytes, const std::string& path,
-                                const NSDictionary& likely);
+    /// What is not known any more. Its file, when another one has replaced it, is removed at the
+    /// end of this, which takes a while: after locks, and after what somebody waits for.
+    using Forgotten = std::shared_ptr<const void>;
 
+    struct Read {
+        PropertyListReadResult result;
+        Forgotten forgotten = nullptr;
+    };
+    /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
+    /// hold, in case no text is known; or null. Where it can, it gives the bytes back meanwhile.
+    Read read(std::string_view bytes, const std::string& path, const NSDictionary& likely,
+              const QRVPlatform::PropertyLists::PassedText::GiveBack& giveBack = nullptr);
+
+    /// A written tree, or why it cannot be written.
     struct Written {
-        PropertyListWriteResult result;
+        PropertyListWriteResult whole;  ///< empty when there is a revision
+        std::optional<QRVPlatform::HeldBytes::Bytes> revision = {};  ///< the known text, edited
         NSDictionary tree =
             nullptr;  ///< what reading the bytes gives; null when it need not be known
+
+        QRVPlatform::HeldBytes::Mark mark = {};  ///< of the bytes, when there is a tree
+        Forgotten forgotten = nullptr;           ///< what is forgotten when they replace the file
+
+        [[nodiscard]] const std::optional<PropertyListError>& error() const { return whole.error; }
+        [[nodiscard]] std::string_view bytes() const {
+            return revision ? revision->view() : std::string_view(whole.bytes);
+        }
     };
     /// Writes a tree. Of a mutable one each container is written as it was at one moment.
     Written write(const NSDictionary& tree);
@@ -48,7 +68,8 @@ class KnownText {
         QRVPlatform::HeldBytes bytes;
     };
 
-    void remember(const NSDictionary& tree, std::string_view bytes, const std::string& path);
+    void remember(const NSDictionary& tree, const QRVPlatform::HeldBytes::Mark& mark,
+                  const std::string& path);
     NSDictionary treeByKnown(const Known& known, std::string_view bytes) const;
     NSDictionary treeByLikely(const NSDictionary& likely, std::string_view bytes) const;
 

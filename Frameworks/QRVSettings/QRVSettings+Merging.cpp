@@ -151,11 +151,11 @@ class MergingSave {
 
     void serialise() {
         written_ = writtenOnTopOfKnown(Writes::Logging::On);
-        if (written_.result.error) {
+        if (written_.error()) {
             leaveOutRefusedWrites();
             written_ = writtenOnTopOfKnown(Writes::Logging::Off);
         }
-        const auto& error = written_.result.error;
+        const auto& error = written_.error();
         failure_ = error ? error->description() : std::string();
         if (error) reportUnsaved(error->keyPath);
     }

@@ -43,6 +43,7 @@
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings+FileChange.h"
+#include "QRVSettings/QRVSettings+HostThread.h"
 #include "QRVSettings/QRVSettings+Merging.h"
 #include "QRVSettings/QRVSettings+Publication.h"
 #include "QRVSettings/QRVSettings+Site.h"
@@ -93,6 +94,7 @@ void queueSecondReload() {
 
 /// Returns the old contents of the cache: the destruction of many values takes a while.
 [[nodiscard]] NSDictionary takeOver(const QRVInside::FileReading& reading) {
+    QRVInside::requireHostThread();
     NSMutableDictionary tree = reading.root.mutableCopy();
     StoreInside::state().storedFile.update([&reading, &tree](StoredFile& file) {
         file.publishedUpTo = reading.identity;

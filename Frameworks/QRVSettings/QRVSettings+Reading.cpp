@@ -16,6 +16,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
+#include "Platform/Files/TransientContents.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/HashedKeyPath.h"
 #include "QRVSettings/NSDictionary+QRV.h"
@@ -50,8 +51,9 @@ FileReading readSettingsFile(const NSDictionary& likely) {
         [&reading, &state, &likely](const std::string& url) {
             QRVPlatform::HeldFile held;
             if (state.mergesSaves) held = QRVPlatform::HeldFile::at(url);
-            const QRVPlatform::FileContents file =
-                QRVPlatform::contentsOfFile(url, NSPropertyListSerialization::maximumSize);
+            auto contents = QRVPlatform::TransientContents::ofFile(
+                url, NSPropertyListSerialization::maximumSize);
+            const QRVPlatform::FileContents& file = contents.file();
             reading.failed = file.error && !file.isMissing();
             reading.lackedMeans = QRVPlatform::FileFailures::isShortage(file.error);
             if (reading.lackedMeans)
@@ -59,7 +61,10 @@ FileReading readSettingsFile(const NSDictionary& likely) {
             bool mayBeCutOff = false;
             if (file.isMissing()) state.knownText.forget();
             if (!file.error) {
-                const auto read = state.knownText.read(file.bytes, url, likely);
+                auto [read, forgotten] = state.knownText.read(
+                    contents.bytes(), url, likely,
+                    [&contents](const char* place) { contents.giveBackBefore(place); });
+                reading.forgotten = std::move(forgotten);
                 reading.root = read.value.dictionary();
                 mayBeCutOff = read.mayBeCutOff;
             }
@@ -167,9 +172,9 @@ namespace {
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
     const StoreInside::State& state = StoreInside::state();
     if (found == nullptr) found = valueOfTheWriter(state.defaults, keyPath);  // 5
-    if (!state.disableCache)
-        cacheValue(state, valueOrNull(found), {text.data(), text.size(), hash});
-    return valueOrNull(found);
+    PropertyListValue value = valueOrNull(found);
+    if (!state.disableCache) cacheValue(state, value, {text.data(), text.size(), hash});
+    return value;
 }
 
 // Nor is this, for the same reason, and it alone looks for locks.

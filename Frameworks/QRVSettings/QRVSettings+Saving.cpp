@@ -125,7 +125,7 @@ std::string saveTree(QRVPlatform::WriteAccess& access, TreeSave& save) {
 /// When the tree cannot be serialised, the outcome says why.
 void serialise(TreeSave& save, SaveOutcome& outcome) {
     save.written = StoreInside::state().knownText.write(save.tree);
-    const auto& error = save.written.result.error;
+    const auto& error = save.written.error();
     if (!error) return;
     logSaveMessage(SaveMessageLine::SerialisationError, "%@", {error->description()});
     outcome.failure = error->description();
@@ -234,7 +234,7 @@ OldFile QRVInside::readOldFile(const std::string& url) {
     }
     if (!contents.error && contents.bytes.empty()) return old;
     if (!contents.error) {
-        const auto read = StoreInside::state().knownText.read(contents.bytes, url, nullptr);
+        const auto read = StoreInside::state().knownText.read(contents.bytes, url, nullptr).result;
         old.root = read.value.dictionary();
         old.mayBeCutOff = read.mayBeCutOff;
     }
@@ -272,7 +272,7 @@ std::string QRVInside::replacedFile(QRVPlatform::WriteAccess& access,
                                     const KnownText::Written& written) {
     StoreInside::State& state = StoreInside::state();
     state.lastSavedTree = nullptr;
-    if (const std::error_code error = QRVPlatform::replaceFile(access, written.result.bytes)) {
+    if (const std::error_code error = QRVPlatform::replaceFile(access, written.bytes())) {
         state.lastSaved = {};
         return error.message();
     }

@@ -11,6 +11,7 @@
 #include "Platform/Files/Files.h"
 #include "Platform/Files/HeldFile.h"
 #include "Platform/Values/PropertyListValue.h"
+#include "QRVSettings/QRVSettings+KnownText.h"
 #include "QRVSettings/QRVSettings+Writes.h"
 
 namespace QRVInside {
@@ -22,6 +23,8 @@ struct FileReading {
     /// The file that was read, when the store merges saves; unknown when it holds no settings, or
     /// may have been cut off, so that a save reads it again and backs it up.
     QRVPlatform::HeldFile file;
+    /// The last known text, which this reading has replaced.
+    KnownText::Forgotten forgotten = nullptr;
     bool failed = false;  ///< there is a file, and what it holds is not known
     /// It failed because the system has no means left: this says nothing of the file.
     bool lackedMeans = false;

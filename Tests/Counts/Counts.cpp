@@ -14,7 +14,7 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
-#include "QRVSettings/QRVKeys.h"
+#include "QRVSettings/QRVHeldKeys.h"
 #include "ThreadCost.h"
 #include "Workload/FileContents.h"
 
@@ -59,10 +59,15 @@ void countHits(const KeyPaths& booleans, const KeyPaths& integers) {
     const auto readTyped = [&found, &key](const std::string& /*keyPath*/) {
         found += QRVSettingsValue(key) > 0 ? 1 : 0;
     };
+    const QRVHeldKey<std::int64_t> heldKey(key);
+    const auto readHeld = [&found, &heldKey](const std::string& /*keyPath*/) {
+        found += heldKey.value() > 0 ? 1 : 0;
+    };
     countReads("ReadHotKey", hot, readObject);
     countReads("ReadAllKeys", integers, readObject);
     countReads("BooleanAllKeys", booleans, readBoolean);
     countReads("TypedKey", hot, readTyped);
+    countReads("HeldKey", hot, readHeld);
     require(found > 0, "the settings are not read");
 }
 

@@ -13,6 +13,7 @@
 
 #include "Files/TestFiles.h"
 #include "Platform/Files/HeldBytes.h"
+#include "Support/ChildProcess.h"
 
 using QRVPlatform::HeldBytes;
 
@@ -43,7 +44,7 @@ void overwrite(const std::string& path, std::size_t position) {
 
 TEST(HeldBytes, AreReadAgain) {
     writePlainly("file", someBytes());
-    const auto held = HeldBytes::at("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
     ASSERT_TRUE(held);
     for (int time = 0; time < 2; ++time) {
         const auto bytes = held->read();
@@ -52,9 +53,35 @@ TEST(HeldBytes, AreReadAgain) {
     }
 }
 
+TEST(HeldBytes, MayGrowIntoTheRoomBehindThem) {
+    writePlainly("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
+    ASSERT_TRUE(held);
+    auto bytes = held->read(2);
+    ASSERT_TRUE(bytes);
+    ASSERT_EQ(bytes->room().size(), someBytes().size() + 2);
+    bytes->room()[someBytes().size()] = 'x';
+    bytes->setSize(someBytes().size() + 1);
+    EXPECT_EQ(bytes->view(), someBytes() + "x");
+}
+
+TEST(HeldBytes, AreReadInAForkToo) {
+    writePlainly("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
+    ASSERT_TRUE(held);
+    const auto isRead = [&held] {
+        const auto bytes = held->read();
+        return bytes && bytes->view() == someBytes();
+    };
+    ChildProcess child(isRead);
+    EXPECT_TRUE(isRead());
+    EXPECT_TRUE(child.succeeded());
+    EXPECT_TRUE(isRead());
+}
+
 TEST(HeldBytes, AreReadAfterAnotherFileHasReplacedTheirs) {
     writePlainly("file", someBytes());
-    const auto held = HeldBytes::at("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
     ASSERT_TRUE(held);
     writePlainly("other", "other bytes");
     std::filesystem::rename("other", "file");
@@ -66,7 +93,7 @@ TEST(HeldBytes, AreReadAfterAnotherFileHasReplacedTheirs) {
 TEST(HeldBytes, AnOverwrittenByteIsNoticedWhateverTheDateSays) {
     for (const std::size_t position : {0UL, 8UL, 50'001UL, 100'000UL, 100'002UL}) {
         writePlainly("file", someBytes());
-        const auto held = HeldBytes::at("file", someBytes());
+        const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
         ASSERT_TRUE(held);
         overwrite("file", position);
         EXPECT_FALSE(held->read()) << position;
@@ -75,35 +102,35 @@ TEST(HeldBytes, AnOverwrittenByteIsNoticedWhateverTheDateSays) {
 
 TEST(HeldBytes, AFileOfAnotherLengthIsNoticed) {
     writePlainly("file", someBytes());
-    const auto held = HeldBytes::at("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
     ASSERT_TRUE(held);
     std::filesystem::resize_file("file", 10);
     EXPECT_FALSE(held->read());
     writePlainly("file", someBytes() + "x");
     EXPECT_FALSE(held->read());
-    EXPECT_FALSE(HeldBytes::at("file", someBytes()));
+    EXPECT_FALSE(HeldBytes::at("file", HeldBytes::markOf(someBytes())));
 }
 
 TEST(HeldBytes, OtherBytesThanSaidAreNotRead) {
     std::string other = someBytes();
     other[5] = 'x';
     writePlainly("file", other);
-    const auto held = HeldBytes::at("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
     ASSERT_TRUE(held);
     EXPECT_FALSE(held->read());
 }
 
 TEST(HeldBytes, AreNotThoseOfAMissingFileAFolderOrAPipe) {
-    EXPECT_FALSE(HeldBytes::at("missing", ""));
+    EXPECT_FALSE(HeldBytes::at("missing", HeldBytes::markOf("")));
     std::filesystem::create_directory("folder");
-    EXPECT_FALSE(HeldBytes::at("folder", ""));
+    EXPECT_FALSE(HeldBytes::at("folder", HeldBytes::markOf("")));
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
-    EXPECT_FALSE(HeldBytes::at("pipe", ""));
+    EXPECT_FALSE(HeldBytes::at("pipe", HeldBytes::markOf("")));
 }
 
 TEST(HeldBytes, AreNotPassedToAProgramThatIsStarted) {
     writePlainly("file", someBytes());
-    const auto held = HeldBytes::at("file", someBytes());
+    const auto held = HeldBytes::at("file", HeldBytes::markOf(someBytes()));
     ASSERT_TRUE(held);
     int open = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {

@@ -6,10 +6,12 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
+#include <thread>
 
 #include "Files/TestFiles.h"
 #include "QRVSettings/NSDictionary+QRV.h"
@@ -78,7 +80,7 @@ void writeSomewhere(const NSMutableDictionary& tree, std::mt19937& random) {
 }
 
 bool isReadAsAWhole(KnownText& known, const std::string& text, const NSDictionary& likely) {
-    const auto read = known.read(text, "file", likely);
+    const auto read = known.read(text, "file", likely).result;
     return !read.error && read.value.dictionary() == fullTree(text) &&
            fullText(read.value.dictionary()) == text;
 }
@@ -86,7 +88,7 @@ bool isReadAsAWhole(KnownText& known, const std::string& text, const NSDictionar
 /// The text that a known text must have been used for: what has not changed is the same objects.
 bool isReadByDifference(KnownText& known, const NSDictionary& before, const std::string& text,
                         const NSDictionary& likely = nullptr) {
-    const NSDictionary read = known.read(text, "file", likely).value.dictionary();
+    const NSDictionary read = known.read(text, "file", likely).result.value.dictionary();
     return read == fullTree(text) &&
            read.objectForKey("Group7").isIdenticalTo(before.objectForKey("Group7"));
 }
@@ -109,7 +111,7 @@ struct Saved {
         // A text that was only saved once is not known.
         for (int time = 0; time < 2; ++time) {
             const KnownText::Written written = known.write(tree);
-            text = written.result.bytes;
+            text = written.bytes();
             replaceFileWith(text);
             known.noteReplaced(written, "file");
             if (!written.tree.isNull()) tree = written.tree;
@@ -130,11 +132,10 @@ TEST(KnownText, ManySavesGiveTheFilesOfTheWholeTrees) {
         for (int round = 0; round < 100; ++round) {
             for (std::size_t count = random() % 5; count > 0; --count) writeSomewhere(tree, random);
             const KnownText::Written written = known.write(tree);
-            ASSERT_FALSE(written.result.error);
-            ASSERT_EQ(written.result.bytes, fullText(tree))
-                << "seed " << seed << " round " << round;
+            ASSERT_FALSE(written.error());
+            ASSERT_EQ(written.bytes(), fullText(tree)) << "seed " << seed << " round " << round;
             if (random() % 10 == 0) continue;  // It could not be saved.
-            replaceFileWith(written.result.bytes);
+            replaceFileWith(std::string(written.bytes()));
             known.noteReplaced(written, "file");
         }
     }
@@ -149,8 +150,8 @@ TEST(KnownText, ReadingsAndSavesInTurnGiveWhatTheWholeGives) {
             for (std::size_t count = random() % 5; count > 0; --count) writeSomewhere(tree, random);
             if (random() % 2 == 0) {
                 const KnownText::Written written = known.write(tree);
-                ASSERT_EQ(written.result.bytes, fullText(tree));
-                replaceFileWith(written.result.bytes);
+                ASSERT_EQ(written.bytes(), fullText(tree));
+                replaceFileWith(std::string(written.bytes()));
                 known.noteReplaced(written, "file");
                 continue;
             }
@@ -186,8 +187,8 @@ TEST(KnownText, ASnapshotHoldsNothingThatCanStillChange) {
     setObjectAtKeyPath(tree, 2, "Group3.New");
     EXPECT_EQ(fullText(saved.tree), saved.text);
     const KnownText::Written written = saved.known.write(tree);
-    EXPECT_EQ(written.result.bytes, fullText(tree));
-    EXPECT_EQ(fullText(written.tree), written.result.bytes);
+    EXPECT_EQ(written.bytes(), fullText(tree));
+    EXPECT_EQ(fullText(written.tree), written.bytes());
     EXPECT_TRUE(
         written.tree.objectForKey("Group7").isIdenticalTo(saved.tree.objectForKey("Group7")));
 }
@@ -203,7 +204,7 @@ TEST(KnownText, AFileThatSomebodyOverwroteInPlaceIsNotReliedOn) {
     const std::array<timespec, 2> dates{status.st_atim, status.st_mtim};
     ASSERT_EQ(utimensat(AT_FDCWD, "file", dates.data(), 0), 0);
     const NSDictionary next = with(saved.tree, "changed", keyPathOf(5));
-    EXPECT_EQ(saved.known.write(next).result.bytes, fullText(next));
+    EXPECT_EQ(saved.known.write(next).bytes(), fullText(next));
     const std::string overwritten = contentsOf("file");
     EXPECT_NE(overwritten, saved.text);
     EXPECT_TRUE(isReadAsAWhole(saved.known, overwritten, nullptr));
@@ -213,7 +214,7 @@ TEST(KnownText, AShortenedFileIsNotReliedOn) {
     Saved saved(largeTree());
     std::filesystem::resize_file("file", 1000);
     const NSDictionary next = with(saved.tree, "changed", keyPathOf(5));
-    EXPECT_EQ(saved.known.write(next).result.bytes, fullText(next));
+    EXPECT_EQ(saved.known.write(next).bytes(), fullText(next));
 }
 
 TEST(KnownText, AFileInAnotherLayoutIsReadAsAWhole) {
@@ -223,9 +224,11 @@ TEST(KnownText, AFileInAnotherLayoutIsReadAsAWhole) {
          {"<!-- a comment -->", " ", "\r", "\t<key>Group1</key><true/>"}) {
         std::string other = text;
         other.insert(other.find("\t<key>Group3"), added);
-        const auto read = saved.known.read(other, "file", saved.tree);
+        const auto read = saved.known.read(other, "file", saved.tree).result;
         EXPECT_EQ(read.value.dictionary(), fullTree(other)) << added;
-        saved.known.noteReplaced({.result = {text, {}}, .tree = saved.tree}, "file");
+        saved.known.noteReplaced(
+            {.whole = {text, {}}, .tree = saved.tree, .mark = QRVPlatform::HeldBytes::markOf(text)},
+            "file");
     }
 }
 
@@ -233,7 +236,7 @@ TEST(KnownText, ADamagedFileGivesTheErrorOfTheWhole) {
     Saved saved(largeTree());
     std::string text = saved.text;
     text.insert(text.find("\t<key>Group3"), "<unknown/>");
-    const auto read = saved.known.read(text, "file", saved.tree);
+    const auto read = saved.known.read(text, "file", saved.tree).result;
     const auto whole = Serialization::propertyListWithData(text);
     ASSERT_TRUE(read.error);
     EXPECT_EQ(read.error->description(), whole.error->description());
@@ -247,8 +250,8 @@ TEST(KnownText, AValueThatCannotBeWrittenGivesTheErrorOfTheWhole) {
         const NSMutableDictionary next = saved.tree.mutableCopy();
         setObjectAtKeyPath(next, refused, keyPathOf(5));
         const KnownText::Written written = saved.known.write(next);
-        ASSERT_TRUE(written.result.error);
-        EXPECT_EQ(written.result.error->description(),
+        ASSERT_TRUE(written.error());
+        EXPECT_EQ(written.error()->description(),
                   Serialization::dataWithPropertyList(next).error->description());
         EXPECT_TRUE(written.tree.isNull());
     }
@@ -261,7 +264,65 @@ TEST(KnownText, ATreeOfTooManyLevelsGivesTheErrorOfTheWhole) {
         deep = NSDictionary{{"a", deep}};
     const NSMutableDictionary next = saved.tree.mutableCopy();
     next.setObjectForKey(deep, "Deep");
-    EXPECT_TRUE(saved.known.write(next).result.error);
+    EXPECT_TRUE(saved.known.write(next).error());
+}
+
+TEST(KnownText, KeepsOneFileOpen) {
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
+    Saved saved(largeTree());
+    const auto save = [&saved](const NSDictionary& tree) {
+        const KnownText::Written written = saved.known.write(tree);
+        replaceFileWith(std::string(written.bytes()));
+        saved.known.noteReplaced(written, "file");
+    };
+    for (int round = 0; round < 5; ++round) {
+        save(with(saved.tree, round, keyPathOf(5)));
+        EXPECT_EQ(openFiles(), before + 1);
+        replaceFileWith(saved.text);
+        EXPECT_TRUE(isReadAsAWhole(saved.known, saved.text, nullptr));
+        EXPECT_EQ(openFiles(), before + 1);
+    }
+    saved.known.forget();
+    EXPECT_EQ(openFiles(), before);
+}
+
+// A host writes, a save runs on one queue and a reload on another.
+TEST(KnownText, IsUsedByThreadsAtOnce) {
+    constexpr int rounds = 20;
+    const NSDictionary before = largeTree();
+    const std::string one = fullText(before);
+    const std::string other = fullText(with(before, "changed", keyPathOf(5)));
+    const NSMutableDictionary tree = before.mutableCopy();
+    KnownText known;
+    std::atomic<bool> haveEnded = false;
+    std::thread host([&tree, &haveEnded] {
+        for (int number = 0; !haveEnded; ++number)
+            setObjectAtKeyPath(tree, number, keyPathOf(static_cast<std::size_t>(number) % 40));
+    });
+    std::thread saves([&tree, &known] {
+        for (int round = 0; round < rounds; ++round) {
+            const KnownText::Written written = known.write(tree);
+            const std::string text(written.bytes());
+            EXPECT_EQ(fullText(fullTree(text)), text);
+            if (!written.tree.isNull()) {
+                EXPECT_EQ(fullText(written.tree), text);
+            }
+            writePlainly("new saved", text);
+            std::filesystem::rename("new saved", "saved");
+            known.noteReplaced(written, "saved");
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        const std::string& text = round % 2 == 0 ? one : other;
+        replaceFileWith(text);
+        EXPECT_TRUE(isReadAsAWhole(known, text, before));
+    }
+    saves.join();
+    haveEnded = true;
+    host.join();
 }
 
 TEST(KnownText, NothingIsKnownOfASmallText) {
@@ -269,7 +330,7 @@ TEST(KnownText, NothingIsKnownOfASmallText) {
     const NSDictionary read =
         saved.known
             .read(fullText(NSDictionary{{"a", NSDictionary{{"b", 1}}}, {"c", 2}}), "file", nullptr)
-            .value.dictionary();
+            .result.value.dictionary();
     EXPECT_EQ(read.count(), 2U);
     EXPECT_FALSE(read.objectForKey("a").isIdenticalTo(saved.tree.objectForKey("a")));
 }

@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Descriptors/FileDescriptor.h"
 
@@ -17,27 +19,45 @@ namespace QRVPlatform {
 /// neither process notices the other's reading. Any thread may read while another one does.
 class HeldBytes {
   public:
-    /// Memory that is not cleared first.
-    struct Bytes {
-        std::unique_ptr<char[]> memory;
-        std::size_t size = 0;
+    /// In memory that was not cleared first.
+    class Bytes {
+      public:
+        [[nodiscard]] std::string_view view() const { return {memory_.get(), size_}; }
+        /// The bytes, and what is free behind them.
+        [[nodiscard]] std::span<char> room() const { return {memory_.get(), roomSize_}; }
+        /// At most that of the room.
+        void setSize(std::size_t size) { size_ = size; }
 
-        [[nodiscard]] std::string_view view() const { return {memory.get(), size}; }
+      private:
+        friend class HeldBytes;
+        Bytes(std::size_t size, std::size_t growth);
+
+        std::unique_ptr<char[]> memory_;
+        std::size_t roomSize_;
+        std::size_t size_;
     };
 
-    /// The file that `path` names should hold `bytes`. Empty when it cannot be opened.
-    static std::optional<HeldBytes> at(const std::string& path, std::string_view bytes);
+    /// Tells bytes from all others.
+    struct Mark {
+        std::size_t size;
+        std::uint64_t checksum;
+    };
+    static Mark markOf(std::string_view bytes);
+
+    /// The file that `path` names should hold the bytes of the mark. Empty when it cannot be
+    /// opened.
+    static std::optional<HeldBytes> at(const std::string& path, const Mark& mark);
 
     /// The bytes themselves; empty when the file does not hold them, or cannot be read. The file is
-    /// not mapped, because whoever makes it shorter would end this process.
-    [[nodiscard]] std::optional<Bytes> read() const;
+    /// not mapped, because whoever makes it shorter would end this process. There is room for
+    /// `growth` more bytes behind them.
+    [[nodiscard]] std::optional<Bytes> read(std::size_t growth = 0) const;
 
   private:
-    HeldBytes(FileDescriptor file, std::string_view bytes);
+    HeldBytes(FileDescriptor file, const Mark& mark) : file_(std::move(file)), mark_(mark) {}
 
     FileDescriptor file_;
-    std::size_t size_;
-    std::uint64_t checksum_;
+    Mark mark_;
 };
 
 }  // namespace QRVPlatform

@@ -39,30 +39,36 @@ std::uint64_t checksumOf(std::string_view bytes) {
 
 }  // namespace
 
-HeldBytes::HeldBytes(FileDescriptor file, std::string_view bytes)
-    : file_(std::move(file)), size_(bytes.size()), checksum_(checksumOf(bytes)) {}
+HeldBytes::Bytes::Bytes(std::size_t size, std::size_t growth)
+    : memory_(std::make_unique_for_overwrite<char[]>(size + growth)),
+      roomSize_(size + growth),
+      size_(size) {}
 
-std::optional<HeldBytes> HeldBytes::at(const std::string& path, std::string_view bytes) {
+HeldBytes::Mark HeldBytes::markOf(std::string_view bytes) {
+    return {bytes.size(), checksumOf(bytes)};
+}
+
+std::optional<HeldBytes> HeldBytes::at(const std::string& path, const Mark& mark) {
     FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
     if (!file.isOpen() || fstat(file.number(), &status) != 0) return std::nullopt;
     if (FileStatus::errorUnlessRegular(status)) return std::nullopt;
-    if (static_cast<std::size_t>(status.st_size) != bytes.size()) return std::nullopt;
-    return HeldBytes(std::move(file), bytes);
+    if (static_cast<std::size_t>(status.st_size) != mark.size) return std::nullopt;
+    return HeldBytes(std::move(file), mark);
 }
 
-std::optional<HeldBytes::Bytes> HeldBytes::read() const {
+std::optional<HeldBytes::Bytes> HeldBytes::read(std::size_t growth) const {
     struct stat status {};
     if (fstat(file_.number(), &status) != 0) return std::nullopt;
-    if (static_cast<std::size_t>(status.st_size) != size_) return std::nullopt;
-    Bytes bytes{std::make_unique_for_overwrite<char[]>(size_), size_};
-    for (std::size_t position = 0; position < size_;) {
-        const ssize_t count = pread(file_.number(), bytes.memory.get() + position, size_ - position,
-                                    static_cast<off_t>(position));
+    if (static_cast<std::size_t>(status.st_size) != mark_.size) return std::nullopt;
+    Bytes bytes(mark_.size, growth);
+    for (std::size_t position = 0; position < mark_.size;) {
+        const ssize_t count = pread(file_.number(), bytes.room().data() + position,
+                                    mark_.size - position, static_cast<off_t>(position));
         if (count == 0 || (count < 0 && errno != EINTR)) return std::nullopt;
         if (count > 0) position += static_cast<std::size_t>(count);
     }
-    if (checksumOf(bytes.view()) != checksum_) return std::nullopt;
+    if (checksumOf(bytes.view()) != mark_.checksum) return std::nullopt;
     return bytes;
 }
 

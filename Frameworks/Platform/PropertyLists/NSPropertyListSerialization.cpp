@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/PropertyLists/PassedText.h"
 #include "Platform/PropertyLists/Readers.h"
+#include "Platform/PropertyLists/ReadingOnce.h"
 #include "Platform/PropertyLists/Scalars.h"
 #include "Platform/PropertyLists/Unicode.h"
 #include "Platform/PropertyLists/XMLWriter.h"
@@ -34,24 +36,11 @@ bool isXML(std::string_view text) {
     });
 }
 
-// A carriage return, a line feed and the two together each end one line.
-void locate(PropertyListError& error, std::string_view text) {
-    const auto endsLine = [](char character, char next) {
-        return character == '\n' || (character == '\r' && next != '\n');
-    };
+void locate(PropertyListError& error, const PropertyLists::PassedText& text) {
+    const PropertyLists::TextPlace place = text.placeOf(error.offset);
     error.place = PropertyListError::Place::LineAndColumn;
-    error.line = 1;
-    error.column = 1;
-    for (std::size_t index = 0; index < std::min(error.offset, text.size()); ++index) {
-        const char next = index + 1 < text.size() ? text[index + 1] : '\0';
-        const bool isContinuation = (static_cast<unsigned char>(text[index]) & 0xC0U) == 0x80;
-        if (endsLine(text[index], next)) {
-            ++error.line;
-            error.column = 1;
-        } else if (!isContinuation) {
-            ++error.column;
-        }
-    }
+    error.line = place.line;
+    error.column = place.column;
 }
 
 PropertyListReadResult failedRead(const ReadFailure& failure, PropertyListFormat format) {
@@ -84,21 +73,23 @@ void checkNul(PropertyLists::DecodedText& decoded, PropertyListFormat format) {
     if (!isTerminator) decoded.fault = "the text contains the character U+0000";
 }
 
-PropertyListReadResult readText(std::string_view bytes) {
+PropertyListReadResult readText(std::string_view bytes,
+                                const PropertyLists::PassedText::GiveBack& giveBack) {
     std::string converted;
     PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes, converted);
     const auto format =
         isXML(decoded.text) ? PropertyListFormat::XML : PropertyListFormat::OldStyle;
     checkNul(decoded, format);
+    PropertyLists::PassedText text(decoded.text, converted.empty() ? giveBack : nullptr);
     try {
         if (!decoded.fault.empty()) PropertyLists::fail(decoded.fault, decoded.text.size());
         if (format == PropertyListFormat::XML)
-            return {PropertyLists::readXML(decoded.text), format, std::nullopt};
+            return {PropertyLists::readXML(decoded.text, text), format, std::nullopt};
         PropertyLists::OldStyleList list = PropertyLists::readOldStyle(decoded.text);
         return {std::move(list.value), format, std::nullopt, !list.hasOuterBraces};
     } catch (const ReadFailure& failure) {
         PropertyListReadResult result = failedRead(failure, format);
-        locate(*result.error, decoded.text);
+        locate(*result.error, text);
         return result;
     }
 }
@@ -133,12 +124,17 @@ std::string PropertyListError::description() const {
 }
 
 PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::string_view bytes) {
+    return PropertyLists::propertyListReadOnce(bytes, nullptr);
+}
+
+PropertyListReadResult PropertyLists::propertyListReadOnce(std::string_view bytes,
+                                                           const PassedText::GiveBack& giveBack) {
     const bool binary = isBinary(bytes);
     if (bytes.size() > maximumSize) {
-        return failedRead({PropertyLists::tooLarge(), maximumSize},
+        return failedRead({tooLarge(), maximumSize},
                           binary ? PropertyListFormat::Binary : PropertyListFormat::XML);
     }
-    return binary ? readBinary(bytes) : readText(bytes);
+    return binary ? ::readBinary(bytes) : readText(bytes, giveBack);
 }
 
 PropertyListWriteResult NSPropertyListSerialization::dataWithPropertyList(

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Platform/PropertyLists/Limits.h"
+#include "Platform/PropertyLists/PassedText.h"
 
 namespace QRVPlatform::PropertyLists {
 
@@ -57,7 +58,7 @@ struct OldStyleList {
 PropertyListValue readBinary(std::string_view bytes);
 
 /// `text` is UTF-8 without U+0000. Offsets of failures are into it.
-PropertyListValue readXML(std::string_view text);
+PropertyListValue readXML(std::string_view text, PassedText& passed);
 OldStyleList readOldStyle(std::string_view text);
 
 }  // namespace QRVPlatform::PropertyLists

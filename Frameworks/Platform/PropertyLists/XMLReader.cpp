@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,8 +29,8 @@ std::string shown(const XMLTag& tag) {
 /// The containers that are being read are in a list, so that the depth of a tree costs no stack.
 class XMLReader {
   public:
-    explicit XMLReader(std::string_view text)
-        : scanner_(text), pages_(text.size()), strings_(pages_) {}
+    XMLReader(std::string_view text, PassedText& passed)
+        : scanner_(text), passed_(passed), pages_(text.size()), strings_(pages_) {}
 
     PropertyListValue read();
 
@@ -65,7 +66,16 @@ class XMLReader {
         if (nextElement(container, tag)) fail("more than one value: " + shown(tag), tag.offset);
     }
 
+    // Between two elements nothing of the text before is needed: the names of the elements that are
+    // open do not lie in it.
+    void giveBackTextWhenDue() {
+        if (passed_.isDue(scanner_.offset())) giveBackText();
+    }
+    void giveBackText();
+
     XMLScanner scanner_;
+    PassedText& passed_;
+    std::optional<std::size_t> plist_;  // the offset of its tag
     ValueObjects::ValuePages pages_;
     SharedStrings strings_;
     Extent extent_;
@@ -87,6 +97,7 @@ PropertyListValue XMLReader::read() {
 }
 
 PropertyListValue XMLReader::contentsOfPlist(const XMLTag& plist) {
+    plist_ = plist.offset;
     XMLTag tag;
     if (!nextElement(plist, tag)) {
         scanner_.endElement(plist);
@@ -101,6 +112,7 @@ PropertyListValue XMLReader::contentsOfPlist(const XMLTag& plist) {
 PropertyListValue XMLReader::value(const XMLTag& tag) {
     PropertyListValue read = valueOrStart(tag);
     while (!containers_.empty()) {
+        giveBackTextWhenDue();
         read = containers_.back().isDictionary ? restOfDictionary(std::move(read))
                                                : restOfArray(std::move(read));
     }
@@ -162,6 +174,7 @@ PropertyListValue XMLReader::restOfDictionary(PropertyListValue nested) {
         const bool isStarted = read.isNull();
         entries_.push_back({std::move(name), std::move(read)});
         if (isStarted) return nullptr;
+        giveBackTextWhenDue();
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
@@ -183,6 +196,7 @@ PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
         PropertyListValue read = valueOrStart(element);
         if (read.isNull()) return read;
         elements_.push_back(std::move(read));
+        giveBackTextWhenDue();
     }
     scanner_.endElement(tag);
     const std::size_t first = containers_.back().first;
@@ -191,6 +205,13 @@ PropertyListValue XMLReader::restOfArray(PropertyListValue nested) {
     containers_.pop_back();
     extent_.leaveContainer();
     return result;
+}
+
+void XMLReader::giveBackText() {
+    std::vector<std::size_t> open;
+    if (plist_) open.push_back(*plist_);
+    for (const Container& container : containers_) open.push_back(container.tag.offset);
+    passed_.pass(scanner_.offset(), open);
 }
 
 PropertyListValue XMLReader::boolean(const XMLTag& tag, bool truth) {
@@ -227,9 +248,9 @@ PropertyListValue XMLReader::data(const XMLTag& tag) {
 
 }  // namespace
 
-PropertyListValue readXML(std::string_view text) {
+PropertyListValue readXML(std::string_view text, PassedText& passed) {
     checkXMLDeclaration(text);
-    return XMLReader(text).read();
+    return XMLReader(text, passed).read();
 }
 
 }  // namespace QRVPlatform::PropertyLists

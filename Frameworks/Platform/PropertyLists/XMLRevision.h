@@ -7,8 +7,9 @@
 // `known` is a text that `writeXML` has written, and `tree` is what reading it gives, frozen: the
 // functions rely on the layout of the writer, in which a line tells by its tabs how deep it is.
 
+#include <cstddef>
 #include <optional>
-#include <string>
+#include <span>
 #include <string_view>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -21,10 +22,11 @@ namespace QRVPlatform::PropertyLists {
 std::optional<NSDictionary> treeOfRevision(std::string_view known, const NSDictionary& tree,
                                            std::string_view text);
 
-/// What `writeXML` gives for `revised`, which is frozen. What has not changed must be the same
-/// objects as in `tree` to be recognised. Gives nothing where too much differs, and when there is a
-/// value that cannot be written.
-std::optional<std::string> textOfRevision(std::string_view known, const NSDictionary& tree,
-                                          const NSDictionary& revised);
+/// Makes what `writeXML` gives for `revised`, which is frozen, of the known text of `size` bytes at
+/// the beginning of `room`; returns the new size. What has not changed must be the same objects as
+/// in `tree` to be recognised. Gives nothing, and leaves the text, where too much differs or the
+/// room is too small, and when there is a value that cannot be written.
+std::optional<std::size_t> reviseText(std::span<char> room, std::size_t size,
+                                      const NSDictionary& tree, const NSDictionary& revised);
 
 }  // namespace QRVPlatform::PropertyLists

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writing a file by what differs from a known text (`textOfRevision`).
+// Writing a file by what differs from a known text (`reviseText`).
 //
 // Both trees are walked side by side, and what is the same object in both is skipped. The keys that
 // differ are taken in the order of the file, so that each level is searched once from its beginning
@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ranges>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -140,30 +142,52 @@ class Edits {
     std::vector<Edit> edits_;
 };
 
-std::string edited(std::string_view text, const std::vector<Edit>& edits) {
-    std::string result;
-    std::size_t size = text.size();
-    for (const Edit& edit : edits) size += edit.text.size();
-    result.reserve(size);
-    std::size_t position = 0;
+/// The text between two edits.
+struct Kept {
+    std::size_t from;
+    std::size_t to;
+    std::size_t size;
+};
+
+/// What is kept moves first, and each part only to where no other part that is still to move lies:
+/// those that move to the left from left to right, the others from right to left.
+void apply(const std::vector<Edit>& edits, std::span<char> room, std::size_t size) {
+    std::vector<Kept> parts{{0, 0, 0}};
     for (const Edit& edit : edits) {
-        result += text.substr(position, edit.begin - position);
-        result += edit.text;
-        position = edit.end;
+        Kept& before = parts.back();
+        before.size = edit.begin - before.from;
+        parts.push_back({edit.end, before.to + before.size + edit.text.size(), 0});
     }
-    result += text.substr(position);
-    return result;
+    parts.back().size = size - parts.back().from;
+    const auto move = [room](const Kept& part) {
+        std::memmove(&room[part.to], &room[part.from], part.size);
+    };
+    for (const Kept& part : parts)
+        if (part.to < part.from && part.size != 0) move(part);
+    for (const Kept& part : parts | std::views::reverse)
+        if (part.to > part.from && part.size != 0) move(part);
+    for (std::size_t index = 0; index < edits.size(); ++index)
+        std::ranges::copy(
+            edits[index].text,
+            room.begin() + static_cast<std::ptrdiff_t>(parts[index].to + parts[index].size));
+}
+
+std::size_t sizeAfter(const std::vector<Edit>& edits, std::size_t size) {
+    for (const Edit& edit : edits) size += edit.text.size() - (edit.end - edit.begin);
+    return size;
 }
 
 }  // namespace
 
-std::optional<std::string> textOfRevision(std::string_view known, const NSDictionary& tree,
-                                          const NSDictionary& revised) {
+std::optional<std::size_t> reviseText(std::span<char> room, std::size_t size,
+                                      const NSDictionary& tree, const NSDictionary& revised) {
     if (tree.count() == 0 || revised.count() == 0) return std::nullopt;
     try {
-        std::string text = edited(known, Edits(known).between(tree, revised));
-        if (text.size() > sizeWithinLimits) return std::nullopt;
-        return text;
+        const std::vector<Edit> edits = Edits({room.data(), size}).between(tree, revised);
+        const std::size_t newSize = sizeAfter(edits, size);
+        if (newSize > std::min(room.size(), sizeWithinLimits)) return std::nullopt;
+        apply(edits, room, size);
+        return newSize;
     } catch (const TooDifferent&) {
         return std::nullopt;
     } catch (const WriteFailure&) {

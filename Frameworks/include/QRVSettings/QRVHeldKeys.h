@@ -8,20 +8,20 @@
 ///         void draw() { if (isShown_.value()) ... }
 ///     };
 ///
-/// At each moment a held key gives what `QRVSettingsValue` or `QRVSettingsProfileValue` would give
-/// there, whatever was written, imported, reloaded, locked or forgotten meanwhile, and whichever
-/// profile is active. It remembers no value: it remembers which entry of the cache its value was in
-/// (`QRVSettings::cache`), and each read asks the cache itself.
+/// At each moment a held key gives what `QRVSettingsValue` or `QRVSettingsProfileValue` gives for
+/// its key, whatever has changed meanwhile: values, the active profile, defaults, locks, the cache.
+/// It remembers no value. It remembers which entry of the cache (`QRVSettings::cache`) has the
+/// value, and each read asks the cache itself.
 ///
-/// Cost: a read that finds the entry again takes some nanoseconds, and for text, data and
-/// containers a copy of the handle or text. Any other is an ordinary read: the first one, the first
-/// one after the entry has moved, and every one while the store has no cache, while the site has
-/// locked anything, where the cache has a value that is not convertible, and where no layer has a
-/// value.
+/// Cost: some nanoseconds while the entry is where it was; text is copied besides. Otherwise a read
+/// is an ordinary one:
+/// - the first one, and the next one after the entry has moved;
+/// - each one without a cache, or while the site has locked anything;
+/// - each one where no layer has a value, or the cache has one that cannot be converted.
 ///
-/// Threads: for the host's thread, like the functions above; another thread may only make one and
-/// destroy it. It may be made before the store, and be destroyed at the end of the process. Copies
-/// are independent of each other. It refers to the text of its key path.
+/// Threads: reads and copies are for the host's thread. A held key may be made and destroyed on any
+/// thread and at any time, before the store exists and at the end of the process too. It refers to
+/// the text of its key path.
 
 #include <cstddef>
 #include <cstdint>
@@ -56,16 +56,18 @@ class QRV_EXPORT HeldEntry {
     std::uint32_t index_ = 0;
     Scope scope_;
 };
+/// @endcond
 
-template <QRVKeyValue Value, HeldEntry::Scope scope>
+/// What both kinds of held key have.
+template <QRVKeyValue Value, HeldEntry::Scope Scope>
 class HeldKey {
   public:
     explicit HeldKey(const QRVKey<Value>& key) noexcept : key_(key) {}
 
     [[nodiscard]] const QRVKey<Value>& key() const noexcept { return key_; }
-    /// As the function of the same scope without a fallback.
+    /// The value; where nothing answers, what the function without a fallback gives.
     [[nodiscard]] Value value() const { return present().value_or(nothing<Value>()); }
-    /// As the one with it.
+    /// The value; `fallback` where nothing answers.
     [[nodiscard]] Value value(const std::type_identity_t<Value>& fallback) const {
         return present().value_or(fallback);
     }
@@ -80,7 +82,7 @@ class HeldKey {
     }
     [[nodiscard, gnu::noinline]] std::optional<Value> presentInAnyLayer() const {
         std::optional<Value> result;
-        if constexpr (scope == HeldEntry::Scope::Profile)
+        if constexpr (Scope == HeldEntry::Scope::Profile)
             result = profileValue(key_);
         else
             result = QRVInside::value(key_);
@@ -89,11 +91,10 @@ class HeldKey {
     }
 
     QRVKey<Value> key_;
-    mutable HeldEntry entry_{scope};
+    mutable HeldEntry entry_{Scope};
 };
 
 }  // namespace QRVInside
-/// @endcond
 
 /// A setting as `QRVSettingsValue` reads it.
 template <QRVKeyValue Value>

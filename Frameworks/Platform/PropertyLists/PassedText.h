@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace QRVPlatform::PropertyLists {
+
+/// Lines and columns count from 1.
+struct TextPlace {
+    std::size_t offset = 0;
+    std::size_t line = 1;
+    std::size_t column = 1;  ///< in characters
+};
+
+/// A text that is read once from its beginning to its end, and the part of it that has been given
+/// back to its owner. The places of errors are known all the same.
+class PassedText {
+  public:
+    /// Called with the place before which nothing is read again.
+    using GiveBack = std::function<void(const char*)>;
+
+    /// Without a function nothing is given back.
+    PassedText(std::string_view text, GiveBack giveBack)
+        : text_(text), giveBack_(std::move(giveBack)), due_(giveBack_ ? step : text.size() + 1) {}
+
+    /// So much has been read since the last time that it can be given back.
+    [[nodiscard]] bool isDue(std::size_t offset) const noexcept { return offset >= due_; }
+    /// Gives everything before `offset` back. `open` are the only offsets before it that errors may
+    /// name, in ascending order; those that have been given back before were open then.
+    void pass(std::size_t offset, const std::vector<std::size_t>& open);
+    /// Of an offset that errors may name.
+    [[nodiscard]] TextPlace placeOf(std::size_t offset) const;
+
+  private:
+    static constexpr std::size_t step = std::size_t{32} * 1024;
+
+    std::string_view text_;
+    GiveBack giveBack_;
+    std::size_t due_;
+    TextPlace passed_;
+    std::vector<TextPlace> open_;
+};
+
+}  // namespace QRVPlatform::PropertyLists
