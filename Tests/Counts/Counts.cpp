@@ -120,6 +120,18 @@ void countBurst(const std::string& name, const KeyPaths& keyPaths, std::int64_t&
             "the burst is not saved");
 }
 
+/// The first burst after the file was read, which copies levels of the tree.
+void countFirstBurst(const KeyPaths& keyPaths, std::int64_t& number) {
+    const OwnStore read{""};
+    require(!OwnStore::read(keyPaths.front()).isNull(), "the file is not read");
+    std::promise<void> gate;
+    QRVSettings::sharedSettings().queue().async(
+        [passed = gate.get_future().share()] { passed.wait(); });
+    countCost("WriteFirst", keyPaths.size(), [&] { write(keyPaths, number); });
+    gate.set_value();
+    OwnStore::save();
+}
+
 /// What a save of one change costs the store's queue.
 void countSave(const std::string& name, const std::string& keyPath, std::int64_t& number) {
     OwnStore::writeInteger(keyPath, ++number);
@@ -137,6 +149,7 @@ void countWrites(const KeyPaths& integers) {
     for (const std::string& keyPath : keyPaths) QRVSettingsObjectForKeyPath(keyPath);
     countBatch(keyPaths, number);
     countBurst("WriteBurst", keyPaths, number);
+    countFirstBurst(keyPaths, number);
     countSave("Save", keyPaths.front(), number);
     QRVSettings::sharedSettings().setMergesSaves(true);
     countBurst("WriteBurstMerged", keyPaths, number);
