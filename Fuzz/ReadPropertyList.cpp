@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Reading any bytes as a property list gives a value, or an error with its cause and place. A value
-// that was read can be written.
+// that was read can be written. A text that is given back while it is read gives the same.
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "Fuzzing.h"
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
+#include "Platform/PropertyLists/ReadingOnce.h"
 
 using Fuzzing::require;
 
@@ -71,12 +73,34 @@ void requireWritable(const PropertyListReadResult& read) {
     requireNamedRefusals(read.value, written.bytes);
 }
 
+// What is given back is overwritten, so that it cannot be read again.
+void requireSameWhileGivenBack(const PropertyListReadResult& read, std::string_view file) {
+    if (read.format == PropertyListFormat::Binary) return;
+    constexpr std::size_t step = 16;
+    std::string memory(file);
+    const auto again = QRVPlatform::PropertyLists::propertyListReadOnce(
+        memory,
+        [&memory](const char* place) {
+            std::fill(memory.data(), memory.data() + (place - memory.data()), '\xAA');
+        },
+        step);
+    require(again.error.has_value() == read.error.has_value(), "text that is given back is read");
+    if (read.error)
+        require(again.error->description() == read.error->description(),
+                "text that is given back has the same error", read.error->description(),
+                again.error->description());
+    else
+        require(Fuzzing::isSameTree(again.value, read.value),
+                "text that is given back gives the same tree");
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto read =
         NSPropertyListSerialization::propertyListWithData(Fuzzing::textOf(data, size));
     require(read.value.isNull() == read.error.has_value(), "there is a value or an error");
+    requireSameWhileGivenBack(read, Fuzzing::textOf(data, size));
     if (read.error)
         requireUsefulError(read, size);
     else

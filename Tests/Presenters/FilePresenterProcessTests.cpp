@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <initializer_list>
 #include <optional>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "Files/SystemCallFilter.h"
@@ -139,13 +142,19 @@ TEST(PresentersAmongProcesses, ASaveOfAnotherProcessWakesTheWatchingThreadOnceOr
     writePlainly("file", "old");
     const Reader reader("file");
     ASSERT_TRUE(finishEvents());
-    const std::size_t before = sleepsOf("file-presenters");
+    // What others do in folders above is an event, too: so the quietest ten saves count.
+    constexpr int together = 10;
+    std::size_t least = SIZE_MAX;
+    std::size_t before = sleepsOf("file-presenters");
     for (int number = 0; number < saves; ++number) {
         isWanted.open();
         ASSERT_TRUE(reader.sees(std::to_string(number)));
+        if (number % together != together - 1) continue;
+        const std::size_t now = sleepsOf("file-presenters");
+        least = std::min(least, now - std::exchange(before, now));
     }
     EXPECT_TRUE(child.succeeded());
-    EXPECT_LE(sleepsOf("file-presenters") - before, 4U * saves) << "with some for a busy machine";
+    EXPECT_LE(least, 3U * together);
 }
 
 TEST(PresentersAmongProcesses, NoNotificationComesWhenAllIsQuiet) {

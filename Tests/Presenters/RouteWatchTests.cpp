@@ -38,7 +38,16 @@ class WatchedFile {
         return watch_.meaningOf({Kind::WritingEnded, watch_.route().back().watch, name});
     }
     [[nodiscard]] bool isWatchedItself() const { return watch_.fileWatch() >= 0; }
-    [[nodiscard]] std::size_t countOfEvents() { return folders_.takeEvents().size(); }
+    /// Without those of the folders above, where others are at work.
+    [[nodiscard]] std::size_t countOfEvents() {
+        const auto events = folders_.takeEvents();
+        const auto isOfTheFile = [&](const auto& event) {
+            const auto isStep = [&](const auto& step) { return step.watch == event.watch; };
+            return watch_.route().back().watch == event.watch ||
+                   std::none_of(watch_.route().begin(), watch_.route().end(), isStep);
+        };
+        return static_cast<std::size_t>(std::count_if(events.begin(), events.end(), isOfTheFile));
+    }
     bool follow() { return watch_.followFile(folders_); }
     bool armAgain() { return !watch_.arm(folders_); }
     /// The weightiest since the last time.

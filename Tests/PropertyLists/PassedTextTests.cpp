@@ -12,6 +12,7 @@
 #include "Platform/PropertyLists/ReadingOnce.h"
 #include "PropertyLists/PropertyListTesting.h"
 
+using QRVPlatform::PropertyLists::PassedText;
 using QRVPlatform::PropertyLists::propertyListReadOnce;
 
 namespace {
@@ -22,16 +23,19 @@ struct ReadOnce {
 };
 
 /// Whatever is given back is overwritten, so that it cannot be read again.
-ReadOnce readOnce(const std::string& file) {
+ReadOnce readOnce(const std::string& file, std::size_t step = PassedText::usualStep) {
     std::string memory = file;
     ReadOnce read;
-    read.result = propertyListReadOnce(memory, [&](const char* place) {
-        const auto end = static_cast<std::size_t>(place - memory.data());
-        ASSERT_GE(end, read.givenBack);
-        ASSERT_LE(end, memory.size());
-        std::fill(memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(end), '\xAA');
-        read.givenBack = end;
-    });
+    read.result = propertyListReadOnce(
+        memory,
+        [&](const char* place) {
+            const auto end = static_cast<std::size_t>(place - memory.data());
+            ASSERT_GE(end, read.givenBack);
+            ASSERT_LE(end, memory.size());
+            std::fill(memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(end), '\xAA');
+            read.givenBack = end;
+        },
+        step);
     return read;
 }
 
@@ -67,9 +71,9 @@ std::string withLineEnds(const std::string& text, std::string_view lineEnd) {
     return result;
 }
 
-void expectSame(const std::string& file) {
+void expectSame(const std::string& file, std::size_t step = PassedText::usualStep) {
     const auto expected = NSPropertyListSerialization::propertyListWithData(file);
-    const PropertyListReadResult read = readOnce(file).result;
+    const PropertyListReadResult read = readOnce(file, step).result;
     ASSERT_EQ(read.error.has_value(), expected.error.has_value());
     EXPECT_EQ(read.format, expected.format);
     if (expected.error) {
@@ -131,6 +135,18 @@ TEST(PassedText, AMistakeAnywhereHasTheSameError) {
         const std::size_t line = text.find('\n', text.size() / 70 * place);
         text.insert(line + 1 + place % 5, mistakes[place % mistakes.size()]);
         expectSame(text);
+    }
+}
+
+TEST(PassedText, SmallStepsGiveTheSameWhereverATextIsCutOff) {
+    const std::string file =
+        "<?xml version='1.0'?>\r\n<!-- \u00e9 -->\r<plist><dict>\n<key>a\u20ac</key>\r\n<array>\n\n"
+        "<string>x<![CDATA[\r\n]]>y</string><dict a='\n'><key>k</key><true/></dict >\r\r"
+        "<!-- c\n --><dict/><integer> 1 </integer><array><real>1</real></array></array>\n"
+        "<key>b</key><dict><key>&lt;\n</key><data>AAEC</data></dict></dict></plist>\n<?end?>";
+    for (std::size_t length = 0; length <= file.size(); ++length) {
+        for (const std::size_t step : {std::size_t{1}, std::size_t{7}, std::size_t{40}})
+            expectSame(file.substr(0, length), step);
     }
 }
 

@@ -103,7 +103,7 @@ void makeOneMore() {
 }
 
 void start() {
-    std::atexit(useAtExit);
+    if (std::atexit(useAtExit) != 0) fail("no exit handler");
     QRVSettings& store = QRVSettings::sharedSettings();
     store.setMergesSaves(host.mode != "WholeTrees");
     store.setMonitorFileChanges(true);
@@ -120,9 +120,10 @@ void start() {
     writeNext();
     saveAll();  // No earlier process has left a lock.
     makeOneMore();
-    std::atexit(useAtExit);
-    std::at_quick_exit(saveAll);  // the last one
-    std::at_quick_exit(useAtExit);
+    // The first of these is called last.
+    if (std::atexit(useAtExit) != 0 || std::at_quick_exit(saveAll) != 0 ||
+        std::at_quick_exit(useAtExit) != 0)
+        fail("no exit handler");
 }
 
 [[noreturn]] void writeUntilTheEnd() {

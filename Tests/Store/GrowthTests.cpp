@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Memory over many writes and reloads. QRV_GROWTH_ROUNDS is their number; without it the run is
-// short.
+// short. To be run without the allocator's caches (GLIBC_TUNABLES): each thread fills its own over
+// thousands of writes, and what lies in them counts as allocated.
 
 #include <gtest/gtest.h>
 

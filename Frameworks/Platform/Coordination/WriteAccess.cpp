@@ -48,9 +48,10 @@ std::error_code WriteAccess::putInPlace(const std::string& newFile) {
     if (error) return error;
     isReplaced_ = true;
     newFile_ = held.afterRename();
-    lockAgainstReaders_ = std::move(ofNew);  // which then has the lock that was there
-    ofReplaced_ = std::move(ofOld.isHeld() ? ofOld : ofNew);
-    ofReplaced_.release();
+    if (!ofOld.isHeld()) std::swap(ofOld, lockAgainstReaders_);
+    lockAgainstReaders_ = std::move(ofNew);
+    ofOld.release();
+    ofReplaced_ = std::move(ofOld);
     return {};
 }
 

@@ -125,6 +125,7 @@ void WorkQueue::runThread(Shift& shift) {
             ++shift.threads;
         }
         ++shift.idleThreads;
+        notifyAwaited(shift, lock);
     }
     --shift.threads;
     lock.unlock();
@@ -159,11 +160,17 @@ bool WorkQueue::runItem(Shift& shift, MutexLock& lock, Reserved* next) {
     lock.lock();
     --shift.running;
     ++shift.finished;
-    if (!takeAwaited(shift)) return true;
+    return true;
+}
+
+// Not checked, like `runItem`.
+/// To be called after that. A thread that becomes idle counts as idle by then, so that who waits
+/// for the item and adds another one starts no thread beside it.
+void WorkQueue::notifyAwaited(Shift& shift, MutexLock& lock) {
+    if (!takeAwaited(shift)) return;
     lock.unlock();
     shift.itemFinished.notify_all();
     lock.lock();
-    return true;
 }
 
 /// To be called before each wait for `itemFinished`.
@@ -231,8 +238,10 @@ bool WorkQueue::endReserved(Shift& shift) {
     --shift.running;
     ++shift.finished;
     // The item has destroyed the queue, and nobody else would come.
-    while (shift.isEnding && shift.threads == 0 && !shift.items.empty())
+    while (shift.isEnding && shift.threads == 0 && !shift.items.empty()) {
         if (!runItem(shift, lock, nullptr)) return false;
+        notifyAwaited(shift, lock);
+    }
     const bool isMoreQueued = !shift.items.empty();
     const bool isAwaited = takeAwaited(shift);
     lock.unlock();
@@ -286,6 +295,7 @@ bool WorkQueue::runUntil(Shift& shift, std::uint64_t number) {
     while (!isOver()) {
         if (shift.threads == 0 && shift.running == 0) {
             if (!runItem(shift, lock, nullptr)) return false;
+            notifyAwaited(shift, lock);
             continue;
         }
         awaitItems(shift, shift.finished < number ? number : 0);
@@ -306,6 +316,7 @@ void WorkQueue::finish() {
     while (shift.threads > 0 || shift.running > 0 || !shift.items.empty()) {
         if (shift.threads == 0 && shift.running == 0) {
             if (!runItem(shift, lock, nullptr)) return;
+            notifyAwaited(shift, lock);
             continue;
         }
         awaitItems(shift, 0);

@@ -117,6 +117,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     bool waitForItem(Shift& shift, MutexLock& lock) const QRV_REQUIRES(shift.mutex);
     bool runItem(Shift& shift, MutexLock& lock, Reserved* next)
         QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
+    void notifyAwaited(Shift& shift, MutexLock& lock) QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
     bool runAndDestroy(const Shift& shift, WorkItem item, Reserved* next) noexcept;
     static Reserved reserve(std::shared_ptr<WorkQueue> queue, WorkItem item);
     static bool runReserved(Reserved reserved);

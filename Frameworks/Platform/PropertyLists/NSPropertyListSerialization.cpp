@@ -74,13 +74,14 @@ void checkNul(PropertyLists::DecodedText& decoded, PropertyListFormat format) {
 }
 
 PropertyListReadResult readText(std::string_view bytes,
-                                const PropertyLists::PassedText::GiveBack& giveBack) {
+                                const PropertyLists::PassedText::GiveBack& giveBack,
+                                std::size_t step) {
     std::string converted;
     PropertyLists::DecodedText decoded = PropertyLists::decodeText(bytes, converted);
     const auto format =
         isXML(decoded.text) ? PropertyListFormat::XML : PropertyListFormat::OldStyle;
     checkNul(decoded, format);
-    PropertyLists::PassedText text(decoded.text, converted.empty() ? giveBack : nullptr);
+    PropertyLists::PassedText text(decoded.text, converted.empty() ? giveBack : nullptr, step);
     try {
         if (!decoded.fault.empty()) PropertyLists::fail(decoded.fault, decoded.text.size());
         if (format == PropertyListFormat::XML)
@@ -128,13 +129,14 @@ PropertyListReadResult NSPropertyListSerialization::propertyListWithData(std::st
 }
 
 PropertyListReadResult PropertyLists::propertyListReadOnce(std::string_view bytes,
-                                                           const PassedText::GiveBack& giveBack) {
+                                                           const PassedText::GiveBack& giveBack,
+                                                           std::size_t step) {
     const bool binary = isBinary(bytes);
     if (bytes.size() > maximumSize) {
         return failedRead({tooLarge(), maximumSize},
                           binary ? PropertyListFormat::Binary : PropertyListFormat::XML);
     }
-    return binary ? ::readBinary(bytes) : readText(bytes, giveBack);
+    return binary ? ::readBinary(bytes) : readText(bytes, giveBack, step);
 }
 
 PropertyListWriteResult NSPropertyListSerialization::dataWithPropertyList(

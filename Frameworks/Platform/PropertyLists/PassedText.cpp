@@ -67,7 +67,7 @@ void PassedText::pass(std::size_t offset, const std::vector<std::size_t>& open) 
     }
     advance(passed_, text_, offset);
     open_ = std::move(places);
-    due_ = offset + step;
+    due_ = offset + step_;
     giveBack_(text_.data() + offset);
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace QRVPlatform::PropertyLists {
@@ -22,9 +23,15 @@ class PassedText {
     /// Called with the place before which nothing is read again.
     using GiveBack = std::function<void(const char*)>;
 
-    /// Without a function nothing is given back.
-    PassedText(std::string_view text, GiveBack giveBack)
-        : text_(text), giveBack_(std::move(giveBack)), due_(giveBack_ ? step : text.size() + 1) {}
+    /// In bytes: enough to be worth a system call.
+    static constexpr std::size_t usualStep = std::size_t{32} * 1024;
+
+    /// Gives back in steps of at least `step` bytes; without a function nothing.
+    PassedText(std::string_view text, GiveBack giveBack, std::size_t step)
+        : text_(text),
+          giveBack_(std::move(giveBack)),
+          step_(step),
+          due_(giveBack_ ? step : text.size() + 1) {}
 
     /// So much has been read since the last time that it can be given back.
     [[nodiscard]] bool isDue(std::size_t offset) const noexcept { return offset >= due_; }
@@ -35,10 +42,9 @@ class PassedText {
     [[nodiscard]] TextPlace placeOf(std::size_t offset) const;
 
   private:
-    static constexpr std::size_t step = std::size_t{32} * 1024;
-
     std::string_view text_;
     GiveBack giveBack_;
+    std::size_t step_;
     std::size_t due_;
     TextPlace passed_;
     std::vector<TextPlace> open_;

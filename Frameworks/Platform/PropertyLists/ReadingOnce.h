@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -9,9 +10,10 @@
 namespace QRVPlatform::PropertyLists {
 
 /// The same as `NSPropertyListSerialization::propertyListWithData`, but gives the bytes back in
-/// steps while it reads them, where their format is read from the beginning to the end. No byte
-/// before the place that `giveBack` is called with is read again.
+/// steps of at least `step` while it reads them, where their format is read from the beginning to
+/// the end. No byte before the place that `giveBack` is called with is read again.
 PropertyListReadResult propertyListReadOnce(std::string_view bytes,
-                                            const PassedText::GiveBack& giveBack);
+                                            const PassedText::GiveBack& giveBack,
+                                            std::size_t step = PassedText::usualStep);
 
 }  // namespace QRVPlatform::PropertyLists

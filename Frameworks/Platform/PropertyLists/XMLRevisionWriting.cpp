@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
 #include <span>
 #include <utility>
 #include <vector>
@@ -164,8 +163,8 @@ void apply(const std::vector<Edit>& edits, std::span<char> room, std::size_t siz
     };
     for (const Kept& part : parts)
         if (part.to < part.from && part.size != 0) move(part);
-    for (const Kept& part : parts | std::views::reverse)
-        if (part.to > part.from && part.size != 0) move(part);
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        if (part->to > part->from && part->size != 0) move(*part);
     for (std::size_t index = 0; index < edits.size(); ++index)
         std::ranges::copy(
             edits[index].text,

@@ -47,8 +47,8 @@ class ValuePages {
     }
     /// Ends the life of what `take` gave.
     static void release(void* place) noexcept {
-        auto* const page = reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(place) &
-                                                   ~std::uintptr_t{pageSize - 1});
+        const auto offset = reinterpret_cast<std::uintptr_t>(place) % pageSize;
+        auto* const page = reinterpret_cast<Page*>(static_cast<char*>(place) - offset);
         releaseMany(page, 1);
     }
 
