@@ -30,15 +30,24 @@ LEFT_OUT = """
 # Nothing of the machine that it is made on (`describe` takes the rest out), and nothing that changes whenever a line moves.
 STYLE = ("--exported-interfaces-only", "--no-elf-needed", "--no-corpus-path", "--no-comp-dir-path", "--no-show-locs",
          "--no-parameter-names", "--type-id-style", "hash")
+# Hosts see the objects behind values only as pointers, too; but values are described with what they point to.
+NOT_COMPARED = """
+[suppress_type]
+  name = QRVPlatform::ValueObjects::Object
+"""
 # Bits of abidiff's exit code.
 ERRORS = 1 | 2
 
 
+def run(command, suppressions, **how):
+    with tempfile.NamedTemporaryFile("w", suffix=".ini") as file:
+        file.write(suppressions)
+        file.flush()
+        return subprocess.run([command[0], "--suppressions", file.name, *command[1:]], check=False, **how)
+
+
 def describe(library, description):
-    with tempfile.NamedTemporaryFile("w", suffix=".ini") as left_out:
-        left_out.write(LEFT_OUT)
-        left_out.flush()
-        subprocess.run(["abidw", "--suppressions", left_out.name, *STYLE, "--out-file", description, library], check=True)
+    run(["abidw", *STYLE, "--out-file", description, library], LEFT_OUT).check_returncode()
     text = Path(description).read_text()
     Path(description).write_text(re.sub(r"( path=')[^']*/(?=Frameworks/)", r"\1", text))
 
@@ -51,7 +60,7 @@ def incompatibilities(released, current):
     """What abidiff says is no longer as it was; empty when there is nothing."""
     if soname(released) != soname(current):
         return ""
-    result = subprocess.run(["abidiff", "--no-added-syms", released, current], capture_output=True, text=True, check=False)
+    result = run(["abidiff", "--no-added-syms", released, current], NOT_COMPARED, capture_output=True, text=True)
     if result.returncode & ERRORS:
         raise RuntimeError(f"abidiff: {result.stdout}{result.stderr}")
     return result.stdout if result.returncode else ""
