@@ -18,7 +18,7 @@ using StoreSupport::fileTree;
 
 namespace {
 
-/// It does not support threads in a child that was forked beside threads.
+/// ThreadSanitizer does not support threads in a child that was forked beside threads.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canForkBesideThreads = false;
 #elif defined(__has_feature)
