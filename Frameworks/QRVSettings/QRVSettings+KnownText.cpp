@@ -72,25 +72,34 @@ class TreeOfText {
         if (hasBase && now.isIdenticalTo(base.dictionary())) return now;
         const PropertyListValue before = hasBase ? base : PropertyListValue(NSDictionary());
         const PropertyListValue after = now;
-        Entries parts;    // that are other objects than in the tree
-        Entries changes;  // from the base; null for what is gone
-        for (QRVPlatform::DictionaryPairs pairs(before, after); pairs.next();) {
+        Differences found = differences(before, after, levels);
+        if (hasBase && found.fromBase.empty()) return base;
+        if (found.fromTree.empty()) return now;
+        return hasBase ? with(found.fromBase, base.dictionary()) : with(found.fromTree, now);
+    }
+
+    struct Differences {
+        Entries fromTree;  ///< other objects than in the tree
+        Entries fromBase;  ///< null for what is gone
+    };
+
+    Differences differences(const PropertyListValue& base, const PropertyListValue& now,
+                            std::size_t levels) {
+        Differences found;
+        for (QRVPlatform::DictionaryPairs pairs(base, now); pairs.next();) {
             const PropertyListValue* const present = pairs.valueAfter();
             if (present == nullptr) {
-                changes.emplace_back(pairs.key(), nullptr);
+                found.fromBase.emplace_back(pairs.key(), nullptr);
                 continue;
             }
             const PropertyListValue& old =
                 pairs.valueBefore() == nullptr ? none() : *pairs.valueBefore();
             if (present->isIdenticalTo(old)) continue;
             PropertyListValue part = value(*present, old, levels - 1);
-            if (!part.isIdenticalTo(*present)) parts.emplace_back(pairs.key(), part);
-            if (hasBase && !part.isIdenticalTo(old))
-                changes.emplace_back(pairs.key(), std::move(part));
+            if (!part.isIdenticalTo(*present)) found.fromTree.emplace_back(pairs.key(), part);
+            if (!part.isIdenticalTo(old)) found.fromBase.emplace_back(pairs.key(), std::move(part));
         }
-        if (hasBase && changes.empty()) return base;
-        if (parts.empty()) return now;
-        return hasBase ? with(changes, base.dictionary()) : with(parts, now);
+        return found;
     }
 
     static NSDictionary with(Entries& entries, const NSDictionary& original) {

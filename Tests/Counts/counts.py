@@ -87,11 +87,11 @@ def compare(what, measured, figures):
     problems = [f"{name} has no limit" for name in measured if name not in figures]
     problems += [f"{name} was not measured" for name in figures if name not in measured]
     print(f"{what + ' of one operation':<32}{'measured':>12}{'limit':>12}")
-    for name in (name for name in measured if name in figures):
-        limit = limit_of(what, figures[name][what])
+    for name in measured:
+        limit = limit_of(what, figures.get(name, {}).get(what, 0))
         is_over = measured[name] > limit
         print(f"{name:<32}{measured[name]:>12.2f}{limit:>12.2f}{'  OVER' if is_over else ''}")
-        if is_over:
+        if is_over and name in figures:
             problems.append(f"{name}: {measured[name]:.2f} {what}, and the limit is {limit:.2f}")
     return problems
 

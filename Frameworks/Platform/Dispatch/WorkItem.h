@@ -19,14 +19,11 @@ class WorkItem {
     /// Holds no work, and must not be run.
     WorkItem() noexcept = default;
     template <typename Work>
-    requires(!std::same_as<std::remove_cvref_t<Work>, WorkItem> &&
-             std::invocable<std::remove_cvref_t<Work>&>) WorkItem(Work&& work) {
-        using Own = std::remove_cvref_t<Work>;
-        if constexpr (fits<Own>) {
-            hold(Own(std::forward<Work>(work)));
-        } else {
-            hold([owned = std::make_unique<Own>(std::forward<Work>(work))] { (*owned)(); });
-        }
+    requires(!std::same_as<Work, WorkItem> && std::invocable<Work&>) WorkItem(Work work) {
+        if constexpr (fits<Work>)
+            hold(std::move(work));
+        else
+            hold([owned = std::make_unique<Work>(std::move(work))] { (*owned)(); });
     }
     WorkItem(WorkItem&& other) noexcept { take(other); }
     WorkItem& operator=(WorkItem&& other) noexcept {
@@ -47,10 +44,10 @@ class WorkItem {
         void (*destroy)(std::byte* work) noexcept;
     };
 
+    static constexpr std::size_t alignmentInside = alignof(void*);
     template <typename Work>
-    static constexpr bool fits =
-        sizeof(Work) <= roomInside &&
-        alignof(Work) <= alignof(void*) && std::is_nothrow_move_constructible_v<Work>;
+    static constexpr bool fits = std::is_nothrow_move_constructible_v<Work> &&
+                                 sizeof(Work) <= roomInside && alignof(Work) <= alignmentInside;
     template <typename Work>
     static Work& in(std::byte* room) noexcept {
         return *std::launder(reinterpret_cast<Work*>(room));
@@ -79,7 +76,7 @@ class WorkItem {
     }
 
     const Operations* operations_ = nullptr;
-    alignas(void*) std::byte room_[roomInside];
+    alignas(alignmentInside) std::byte room_[roomInside];
 };
 
 }  // namespace QRVPlatform

@@ -201,31 +201,35 @@ class Revision {
 
     /// False when the new keys do not lie between the others.
     bool findPlaces(const NSDictionary& dictionary) {
-        const std::optional<std::string> first = keyAt(old_.begin);
-        const std::optional<std::string> end = keyAt(old_.end);
-        if (first && dictionary.objectForKey(*first).isNull()) return false;
-        if (end && dictionary.objectForKey(*end).isNull()) return false;
-        const bool hasFresh = !fresh_.empty();
-        const std::string_view firstFresh = hasFresh ? fresh_.front().key.stringView() : "";
-        const std::string_view lastFresh = hasFresh ? fresh_.back().key.stringView() : "";
+        first_ = keyAt(old_.begin);
+        end_ = keyAt(old_.end);
+        if (first_ && dictionary.objectForKey(*first_).isNull()) return false;
+        if (end_ && dictionary.objectForKey(*end_).isNull()) return false;
         places_.reserve(dictionary.count());
         for (const auto& [key, value] : dictionary) {
-            if (!first || key < *first) {
-                if (hasFresh && key >= firstFresh) return false;
-                places_.push_back(EntryPlace::Before);
-            } else if (!end || key < *end) {
-                places_.push_back(EntryPlace::Dropped);
-            } else {
-                if (hasFresh && key <= lastFresh) return false;
-                places_.push_back(EntryPlace::After);
-            }
+            places_.push_back(placeOf(key));
+            if (places_.back() == EntryPlace::Before && !isBeforeFresh(key)) return false;
+            if (places_.back() == EntryPlace::After && !isAfterFresh(key)) return false;
         }
         return true;
+    }
+
+    [[nodiscard]] EntryPlace placeOf(std::string_view key) const {
+        if (!first_ || key < *first_) return EntryPlace::Before;
+        return !end_ || key < *end_ ? EntryPlace::Dropped : EntryPlace::After;
+    }
+    [[nodiscard]] bool isBeforeFresh(std::string_view key) const {
+        return fresh_.empty() || key < fresh_.front().key.stringView();
+    }
+    [[nodiscard]] bool isAfterFresh(std::string_view key) const {
+        return fresh_.empty() || key > fresh_.back().key.stringView();
     }
 
     WrittenLines lines_;
     Entries old_;
     std::vector<KeyedValue> fresh_;
+    std::optional<std::string> first_;  // the first key that goes; none at the end
+    std::optional<std::string> end_;    // the next key that stays; none at the end
     std::vector<EntryPlace> places_;
 };
 
