@@ -4,42 +4,9 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <new>
 
+#include "Own/AllocationCount.h"
 #include "Own/OwnStore.h"
-
-namespace {
-
-std::size_t allocations = 0;
-
-void* allocate(std::size_t size, std::size_t alignment) {
-    ++allocations;
-    const std::size_t rounded = (size + alignment - 1) / alignment * alignment;
-    void* const memory = std::aligned_alloc(alignment, rounded);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size, alignof(std::max_align_t));
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return allocate(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t /*alignment*/) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
-    std::free(memory);
-}
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -61,9 +28,9 @@ int main(int argc, char** argv) {
         return count;
     };
     const std::size_t first = numberOfTrue();
-    const std::size_t before = allocations;
+    const std::size_t before = allocationsOfThread();
     const std::size_t again = numberOfTrue();
-    const std::size_t after = allocations;
+    const std::size_t after = allocationsOfThread();
     if (before == 0 || first == 0 || again != first) {
         std::cerr << "nothing was counted\n";
         return EXIT_FAILURE;

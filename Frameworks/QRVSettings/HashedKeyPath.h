@@ -59,8 +59,8 @@ const PropertyListValue* found(Descent& descent, const HashedKeyPath& keyPath) {
     return descent.find(keys.back());
 }
 
-/// The value at a key path of a tree, or of none, that only the calling thread changes: in place,
-/// until that thread changes the tree.
+/// The value at a key path of a tree that only the calling thread changes; null for a null tree. In
+/// place, valid until that thread changes the tree.
 const PropertyListValue* valueOfTheWriter(const NSDictionary& root, const HashedKeyPath& keyPath);
 
 /// `NSDictionaryQRV::setObjectAtKeyPath` in a tree that only the calling thread changes.

@@ -17,8 +17,9 @@ namespace {
 
 namespace PropertyLists = QRVPlatform::PropertyLists;
 
-/// Makes of a tree what reading its text gives, frozen. The parts that are so in the tree stay the
-/// same objects, and the parts that have not changed since `base` are its objects.
+/// Makes the frozen tree that reading the text of a tree gives. Parts of the tree that are like
+/// that already stay the same objects; parts that have not changed since `base` are those of
+/// `base`.
 class TreeOfText {
   public:
     /// Null when the tree is deeper than settings are.

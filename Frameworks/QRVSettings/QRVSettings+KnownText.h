@@ -18,25 +18,27 @@
 namespace QRVInside {
 
 /// The text of the settings that this process last reloaded or saved, and its tree. The text stays
-/// in its file, which is kept open. Whatever the text is, it only makes reading and writing
-/// faster: the results are those of `NSPropertyListSerialization`. Any thread.
+/// in its file, which is kept open. It only makes reading and writing faster: the results are
+/// those of `NSPropertyListSerialization`. Any thread.
 ///
-/// Nothing is known of a small text, nor of what was only read once or saved once.
+/// A small text is not kept, nor one that was the first to be read or saved.
 class KnownText {
   public:
-    /// In bytes. A smaller text is read and written sooner than compared.
+    /// In bytes. A smaller text is read or written faster than compared.
     static constexpr std::size_t smallest = std::size_t{64} * 1024;
 
-    /// What is not known any more. Its file, when another one has replaced it, is removed at the
-    /// end of this, which takes a while: after locks, and after what somebody waits for.
+    /// A text that is no longer known. When another file has replaced its file, the end of this
+    /// frees the space, which takes a while. So it has to outlive locks, and calls that somebody
+    /// waits for.
     using Forgotten = std::shared_ptr<const void>;
 
     struct Read {
         PropertyListReadResult result;
         Forgotten forgotten = nullptr;
     };
-    /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of what they
-    /// hold, in case no text is known; or null. Where it can, it gives the bytes back meanwhile.
+    /// Reads the bytes of the file at `path`. `likely` is a tree that may hold most of their
+    /// settings, for when no text is known; or null. Bytes that have been read are given back
+    /// where that is possible.
     Read read(std::string_view bytes, const std::string& path, const NSDictionary& likely,
               const QRVPlatform::PropertyLists::PassedText::GiveBack& giveBack = nullptr);
 
@@ -55,7 +57,7 @@ class KnownText {
             return revision ? revision->view() : std::string_view(whole.bytes);
         }
     };
-    /// Writes a tree. Of a mutable one each container is written as it was at one moment.
+    /// Writes a tree. Each mutable container is written as it was at one moment.
     Written write(const NSDictionary& tree);
     /// `written` has replaced the file at `path`.
     void noteReplaced(const Written& written, const std::string& path);
@@ -74,7 +76,7 @@ class KnownText {
     NSDictionary treeByLikely(const NSDictionary& likely, std::string_view bytes) const;
 
     QRVPlatform::AtomicProperty<std::shared_ptr<const Known>> known_;
-    /// The file is perhaps one that the writer wrote: it was not found to be another one.
+    /// False after a file was found to have another layout than the writer's.
     std::atomic<bool> isLaidOutAsOurs_ = true;
     std::atomic<bool> isLastSaveLarge_ = false;
 };

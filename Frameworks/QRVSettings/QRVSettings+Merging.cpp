@@ -7,8 +7,8 @@
 // on top, once what was found in the file has been published.
 //
 // A write, on the host's thread, joins the writes that wait. It queues a save only when none is
-// queued, so that at most one save is under way and one waits. Joining is an append: what later
-// writes replace is dropped by the save.
+// queued, so that at most one save is running and one waits. To join is to append: the save drops
+// what later writes replace.
 //
 // A save, on the store's queue:
 // 1. It takes all writes that wait, applies them to `known`, and serialises the result.

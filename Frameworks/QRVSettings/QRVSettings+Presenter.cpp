@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Changes by other processes: from the notification to the change handler, in three places that
-// hand over to each other and never wait. The first two are queues; their items run on one thread
-// after the other if that saves waking another one (`WorkQueue::handOver`).
+// hand over to each other and never wait. One thread may run the items of the first two, one after
+// the other, which saves waking another thread (`WorkQueue::handOver`).
 //
 // presenterQueue:
 // 1. Nothing happens unless the file is monitored and its modification date has changed.

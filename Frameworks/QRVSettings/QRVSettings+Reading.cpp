@@ -165,8 +165,8 @@ PropertyListValue QRVSettingsDefaultForKeyPath(QRVKeyPath keyPath) {
 
 namespace {
 
-// Not inlined, so that a read that the cache answers is short; nor does that read need a key in
-// memory.
+// Not inlined, and given the parts of the key, so that a read that the cache answers is short and
+// keeps its key in registers.
 [[gnu::noinline]] PropertyListValue objectBelowTheCache(std::string_view text, std::uint32_t hash) {
     const HashedKeyPath keyPath(text);
     const PropertyListValue* found = valueOfTheWriter(storedTree(), keyPath);  // 4
@@ -177,7 +177,7 @@ namespace {
     return value;
 }
 
-// Nor is this, for the same reason, and it alone looks for locks.
+// Not inlined for the same reason. It alone looks for locks.
 [[gnu::noinline]] PropertyListValue objectWithLocks(const StoreInside::State& state,
                                                     std::string_view keyPath) {
     if (state.locks->at(keyPath).isLocked()) return lockedValue(keyPath);  // 2

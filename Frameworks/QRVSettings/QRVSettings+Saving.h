@@ -21,7 +21,7 @@ class WriteAccess;
 namespace QRVInside {
 
 /// As QRVSettingsSaveObjectWithLog with this record alone, when the store does not merge saves.
-/// Outside of a batch the record becomes a dictionary on the store's queue. On the host's thread.
+/// Outside of a batch, the record becomes a dictionary on the store's queue. For the host's thread.
 void saveTreeOfWrite(NSDictionary tree, ChangeRecord record);
 
 void logMissingValue();

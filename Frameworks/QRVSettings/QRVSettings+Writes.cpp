@@ -191,8 +191,8 @@ void Writes::add(Write write) {
     addSettled(std::move(write));
 }
 
-// So few wait at most that values which later writes have replaced take little memory, and that
-// adding them does not hold anybody up.
+// Few may wait, so that values which later writes have replaced take little memory, and adding
+// them takes little time.
 void Writes::join(NewWrite write) {
     constexpr std::size_t most = 64;
     if (joined_.size() >= most) settle();

@@ -47,7 +47,7 @@ struct Write {
     bool followsAValue = false;
 };
 
-/// A write as its caller leaves it, which takes the fewest steps.
+/// A write as its caller leaves it for the save, which does the rest.
 struct NewWrite {
     ChangeRecord record;
     bool hasRecord = true;    ///< else the record is elsewhere, and only its key path counts
@@ -68,7 +68,7 @@ struct RefusedWrite {
 class Writes {
   public:
     void add(Write write);
-    /// With its record. In most cases only appended: whoever uses the writes next adds it.
+    /// With its record. Mostly only appended; the next use of the writes adds it.
     void join(NewWrite write);
     /// Adds what has only joined.
     void settle();

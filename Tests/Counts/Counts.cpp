@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Counts what the hot paths cost a thread:
-//     PROGRAM prepare FOLDER   writes the settings file, of which counts.py makes
-//     FOLDER/binary.plist PROGRAM run FOLDER       prints the costs
-// XDG_CONFIG_HOME is FOLDER.
+// Counts what the hot paths cost a thread.
+//
+//     Counts prepare FOLDER   writes the settings file
+//     Counts run FOLDER       prints the costs
+//
+// XDG_CONFIG_HOME is FOLDER. Between the two, counts.py makes FOLDER/binary.plist of the file.
 
 #include <future>
 #include <iostream>

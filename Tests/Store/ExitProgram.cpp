@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A host that ends in the middle of its saves, in the way that it is asked for. For each number
-// that it was told is saved it prints a line.
+// A host that ends in the middle of its saves. Whenever `QRVSettingsWaitForSaves` reports that all
+// is saved, it prints the last number that it has written.
 //
 //     ExitProgram MODE ENDING NAME NUMBER COUNT
 //
-// It writes the numbers from NUMBER on, COUNT of them, below the key NAME. Static objects of it and
-// its exit handlers write and read, too.
+// ENDING says how it ends. It writes COUNT numbers, from NUMBER on, below the key NAME. Its static
+// objects and exit handlers write and read, too.
 
 #include <sys/wait.h>
 #include <unistd.h>

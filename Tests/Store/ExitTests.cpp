@@ -18,7 +18,7 @@ using StoreSupport::fileTree;
 
 namespace {
 
-/// It does not support threads in a child that was forked beside threads.
+/// ThreadSanitizer does not support threads in a child that was forked beside threads.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canForkBesideThreads = false;
 #elif defined(__has_feature)
@@ -59,7 +59,7 @@ class Program {
         EXPECT_TRUE(process_.succeeded()) << contentsOf(errors_);
         EXPECT_EQ(contentsOf(errors_).find("Sanitizer"), std::string::npos) << contentsOf(errors_);
     }
-    /// The last number that each host was told is saved, by the host's name.
+    /// The last number that each host has reported as saved, by the host's name.
     [[nodiscard]] std::map<std::string, std::int64_t> saved() const {
         std::istringstream lines(contentsOf(output_));
         std::map<std::string, std::int64_t> numbers;

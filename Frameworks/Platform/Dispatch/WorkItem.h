@@ -10,8 +10,8 @@
 
 namespace QRVPlatform {
 
-/// What a queue runs: as `std::function<void()>`, but it can only be moved, and it allocates
-/// nothing for work of up to `roomInside` bytes, which a std::function, too, is.
+/// What a queue runs: like `std::function<void()>`, but it can only be moved, and it allocates
+/// nothing for work of up to `roomInside` bytes. A std::function is such work, too.
 class WorkItem {
   public:
     static constexpr std::size_t roomInside = 5 * sizeof(void*);

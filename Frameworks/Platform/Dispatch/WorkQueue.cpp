@@ -111,7 +111,7 @@ void WorkQueue::runThread(Shift& shift) {
     Threads::nameCurrentThread(label_);
     MutexLock lock(shift.mutex);
     while (waitForItem(shift, lock)) {
-        // The only thread of a queue goes on with nothing else: it is needed there.
+        // The only thread of a queue goes on with nothing else, because the queue needs it.
         Reserved next;
         if (!runItem(shift, lock, limits_.threads > 1 ? &next : nullptr)) return;
         if (next.queue) {
@@ -164,8 +164,8 @@ bool WorkQueue::runItem(Shift& shift, MutexLock& lock, Reserved* next) {
 }
 
 // Not checked, like `runItem`.
-/// To be called after that. A thread that becomes idle counts as idle by then, so that who waits
-/// for the item and adds another one starts no thread beside it.
+/// To be called after that. A thread that becomes idle counts as idle by then, so that a caller who
+/// waits for the item and then adds another one starts no further thread.
 void WorkQueue::notifyAwaited(Shift& shift, MutexLock& lock) {
     if (!takeAwaited(shift)) return;
     lock.unlock();
@@ -178,8 +178,8 @@ void WorkQueue::awaitItems(Shift& shift, std::uint64_t number) {
     shift.awaited = std::min(shift.awaited, number);
 }
 
-/// Whether `itemFinished` is to be notified. All who wait then look again, and go on waiting by
-/// `awaitItems`.
+/// Whether `itemFinished` is to be notified. Each waiter then checks again, and calls `awaitItems`
+/// before it goes on waiting.
 bool WorkQueue::takeAwaited(Shift& shift) {
     if (shift.finished < shift.awaited && shift.threads > 0) return false;
     shift.awaited = Shift::nobody;
@@ -187,8 +187,8 @@ bool WorkQueue::takeAwaited(Shift& shift) {
 }
 
 // The item is destroyed here as well: what it captures may be the host's, and use the queue. What
-// it has handed over is added before it counts as finished, so that who waits for both queues, one
-// after the other, has waited for everything.
+// it has handed over is added before it counts as finished, so that a caller who waits for both
+// queues, one after the other, has waited for everything.
 /// `next` becomes what was handed over and is to be run by this thread; null if it must not go on
 /// with anything. False in a child that was forked by the item.
 bool WorkQueue::runAndDestroy(const Shift& shift, WorkItem item, Reserved* next) noexcept {
@@ -232,12 +232,12 @@ bool WorkQueue::runReserved(Reserved reserved) {
     return true;
 }
 
-/// The same.
+/// False in a child, like `runReserved`.
 bool WorkQueue::endReserved(Shift& shift) {
     MutexLock lock(shift.mutex);
     --shift.running;
     ++shift.finished;
-    // The item has destroyed the queue, and nobody else would come.
+    // The item has destroyed the queue, and no other thread runs what is left.
     while (shift.isEnding && shift.threads == 0 && !shift.items.empty()) {
         if (!runItem(shift, lock, nullptr)) return false;
         notifyAwaited(shift, lock);

@@ -28,8 +28,8 @@ namespace QRVPlatform {
 /// without threads.
 ///
 /// To wake a thread takes longer than most items run. So an item that the queue could begin at once
-/// may run on the thread that brings it (`runHere`, `handOver`). It is an item like any other
-/// meanwhile: the order, the number at a time, `sync`, `waitUntilIdle`, `finish` and forks hold.
+/// may run on the thread that adds it (`runHere`, `handOver`). Otherwise it is an item like any
+/// other: the order, the number at a time, `sync`, `waitUntilIdle`, `finish` and forks hold.
 class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
   public:
     struct Limits {
@@ -41,7 +41,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     };
 
     static std::shared_ptr<WorkQueue> make(std::string label, const Limits& limits);
-    /// Behind `queue`, which must not be destroyed before the use ends.
+    /// The one behind `queue`, which must outlive the use.
     static WorkQueue& of(const DispatchQueue& queue) noexcept;
     static WorkQueue& of(const NSOperationQueue& queue) noexcept;
     WorkQueue(const WorkQueue&) = delete;
@@ -50,14 +50,13 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
 
     /// An exception from an item ends the program.
     void async(WorkItem&& item);
-    /// Like `async`, for a thread that may be held up as long as the item runs, and that runs no
-    /// item: it runs this one itself if the queue has nothing to do before it. The same goes for
-    /// what the item hands over. False in a child that was forked by an item: there the thread has
-    /// to end.
+    /// Like `async`, for a thread that runs no item and may be blocked as long as this one runs: it
+    /// runs it itself if the queue has nothing to do before. The same goes for what the item hands
+    /// over. False in a child that was forked by an item: there the thread has to end.
     bool runHere(WorkItem item);
-    /// Like `async`, for the last thing that an item of another queue does: the item is added when
-    /// that one ends, and its thread goes on with it if this queue has nothing to do before it and
-    /// nobody else needs the thread.
+    /// Like `async`, to be called last by an item of another queue. When that item ends, this one
+    /// is added, and the thread goes on with it if this queue has nothing to do before and the
+    /// other queue does not need the thread.
     void handOver(WorkItem item);
     /// For a queue of one thread. Without a thread, runs on the calling one whatever is queued up
     /// to `work`. Throws what `work` throws, and std::logic_error from within an item.
@@ -94,7 +93,7 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
         std::deque<WorkItem> items QRV_GUARDED_BY(mutex);
         std::uint64_t added QRV_GUARDED_BY(mutex) = 0;
         std::uint64_t finished QRV_GUARDED_BY(mutex) = 0;
-        /// Who waits need not be woken before so many have finished, unless no thread goes on.
+        /// `itemFinished` is not notified before so many have finished, unless no thread is left.
         std::uint64_t awaited QRV_GUARDED_BY(mutex) = nobody;
         std::size_t threads QRV_GUARDED_BY(mutex) = 0;
         std::size_t idleThreads QRV_GUARDED_BY(mutex) = 0;

@@ -14,18 +14,18 @@
 
 namespace QRVPlatform {
 
-/// The bytes of a file, which are left on the disk: they cost no memory. The file is kept open, so
-/// that they are still there when another file has replaced it. A fork shares the open file, and
-/// neither process notices the other's reading. Any thread may read while another one does.
+/// The bytes of a file, which stay on the disk and cost no memory. The file is kept open, so that
+/// they are still there when another file has replaced it. Parent and child of a fork may both
+/// read. Any thread may read while another one does.
 class HeldBytes {
   public:
-    /// In memory that was not cleared first.
+    /// A copy in memory, with room behind it.
     class Bytes {
       public:
         [[nodiscard]] std::string_view view() const { return {memory_.get(), size_}; }
-        /// The bytes, and what is free behind them.
+        /// The bytes, and the free memory behind them, which is not cleared.
         [[nodiscard]] std::span<char> room() const { return {memory_.get(), roomSize_}; }
-        /// At most that of the room.
+        /// At most the size of the room.
         void setSize(std::size_t size) { size_ = size; }
 
       private:
@@ -37,20 +37,19 @@ class HeldBytes {
         std::size_t size_;
     };
 
-    /// Tells bytes from all others.
+    /// Identifies bytes, within this process.
     struct Mark {
         std::size_t size;
         std::uint64_t checksum;
     };
     static Mark markOf(std::string_view bytes);
 
-    /// The file that `path` names should hold the bytes of the mark. Empty when it cannot be
+    /// Of the file at `path`, which should hold the bytes of the mark. Empty when it cannot be
     /// opened.
     static std::optional<HeldBytes> at(const std::string& path, const Mark& mark);
 
-    /// The bytes themselves; empty when the file does not hold them, or cannot be read. The file is
-    /// not mapped, because whoever makes it shorter would end this process. There is room for
-    /// `growth` more bytes behind them.
+    /// The bytes, with room for `growth` more; empty when the file does not hold them, or cannot be
+    /// read. The file is not mapped, because a program that truncates it would end this process.
     [[nodiscard]] std::optional<Bytes> read(std::size_t growth = 0) const;
 
   private:

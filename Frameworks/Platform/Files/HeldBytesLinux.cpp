@@ -17,7 +17,8 @@ namespace {
 using ValueObjects::mix;
 using ValueObjects::wordAt;
 
-/// Depends on a number that is random in each process: nobody can make other bytes that have it.
+/// Depends on a number that is random in each process, so that nobody can make other bytes with the
+/// same checksum.
 std::uint64_t checksumOf(std::string_view bytes) {
     const ValueObjects::HashSeed& seed = ValueObjects::hashSeed();
     constexpr std::size_t step = 4 * sizeof(std::uint64_t);

@@ -10,8 +10,8 @@
 
 namespace QRVPlatform {
 
-/// Memory that belongs to nothing else, so that parts of it can be given back to the system. It is
-/// no mapping of a file, because whoever makes the file shorter would end this process.
+/// Memory of its own, parts of which can be given back to the system. The file is copied and not
+/// mapped, because a program that truncates a mapped file would end this process.
 class SeparateMemory {
   public:
     SeparateMemory() = default;
@@ -36,9 +36,8 @@ class SeparateMemory {
     std::size_t givenBack_ = 0;
 };
 
-/// All of a regular file, to be read once from its beginning to its end. What has been read of a
-/// large file can be given back, so that the text and what is made of it are not in memory
-/// together.
+/// The bytes of a regular file, to be read once from beginning to end. What has been read of a
+/// large file can be given back, so that its text and its tree are never both in memory as a whole.
 class TransientContents {
   public:
     /// In bytes. The memory of a smaller file is not worth a system call.
@@ -47,7 +46,7 @@ class TransientContents {
     /// As `contentsOfFile` reads it.
     static TransientContents ofFile(const std::string& path, std::size_t maximumSize);
 
-    /// What `contentsOfFile` says of the file, without its bytes.
+    /// What `contentsOfFile` gives for the file, without its bytes.
     [[nodiscard]] const FileContents& file() const noexcept { return file_; }
     [[nodiscard]] std::string_view bytes() const noexcept {
         if (memory_.start() == nullptr) return file_.bytes;

@@ -68,7 +68,7 @@ bool ChangeDetector::hasNameEvent() const {
                        [](const FileEvent& event) { return !event.watch; });
 }
 
-// Events of a file that is not watched any more are of no interest: it has not the name any more.
+// Events of a file that is no longer watched do not count: it no longer has the name.
 void ChangeDetector::noteFileEvents(Time now) {
     for (const auto& [kind, watch] : std::exchange(fileEvents_, {})) {
         if (watch && *watch != watch_.fileWatch()) continue;

@@ -57,8 +57,7 @@ class FolderWatch {
     /// reported than what is of interest.
     Watch add(const std::string& path, Interest interest);
     void release(int number, Interest interest);
-    /// Exchanges the interest in a folder that was added, for a smaller one. `folder` is its path
-    /// as far as is known.
+    /// Replaces an interest in an added folder by a smaller one. `folder` is the last known path.
     void narrow(int number, const std::string& folder, Interest from, Interest to);
 
     /// The events since the last call, in order.

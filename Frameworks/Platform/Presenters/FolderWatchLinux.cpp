@@ -99,8 +99,8 @@ void FolderWatch::release(int number, Interest interest) {
     inotify_rm_watch(events_.number(), number);
 }
 
-// The system takes a path. When that leads to another folder by now, the watch of that one has lost
-// what others were interested in, until it is added again.
+// The system takes a path. If that leads to another folder by now, the call has narrowed the watch
+// of that folder. Its own interests are then added again, and its events count as lost.
 void FolderWatch::narrow(int number, const std::string& folder, Interest from, Interest to) {
     Uses& uses = uses_[number];
     --uses[static_cast<std::size_t>(from)];
@@ -129,7 +129,7 @@ std::vector<FolderWatch::Event> FolderWatch::takeEvents() {
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return events;
         appendEvents(events, buffer.data(), static_cast<std::size_t>(size));
-        // There was no further one, or it would have been read.
+        // There was no further event: it would have fitted.
         if (buffer.size() - static_cast<std::size_t>(size) >= longestEvent) return events;
     }
 }

@@ -16,8 +16,8 @@ struct TextPlace {
     std::size_t column = 1;  ///< in characters
 };
 
-/// A text that is read once from its beginning to its end, and the part of it that has been given
-/// back to its owner. The places of errors are known all the same.
+/// A text that is read once from beginning to end, while the part that has been read is given back
+/// to its owner. Errors still name the line and column in the whole text.
 class PassedText {
   public:
     /// Called with the place before which nothing is read again.
@@ -26,14 +26,14 @@ class PassedText {
     /// In bytes: enough to be worth a system call.
     static constexpr std::size_t usualStep = std::size_t{32} * 1024;
 
-    /// Gives back in steps of at least `step` bytes; without a function nothing.
+    /// Gives back in steps of at least `step` bytes; nothing without a function.
     PassedText(std::string_view text, GiveBack giveBack, std::size_t step)
         : text_(text),
           giveBack_(std::move(giveBack)),
           step_(step),
           due_(giveBack_ ? step : text.size() + 1) {}
 
-    /// So much has been read since the last time that it can be given back.
+    /// Whether enough has been read since the last time to be given back.
     [[nodiscard]] bool isDue(std::size_t offset) const noexcept { return offset >= due_; }
     /// Gives everything before `offset` back. `open` are the only offsets before it that errors may
     /// name, in ascending order; those that have been given back before were open then.

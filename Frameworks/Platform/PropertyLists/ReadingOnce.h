@@ -9,9 +9,9 @@
 
 namespace QRVPlatform::PropertyLists {
 
-/// The same as `NSPropertyListSerialization::propertyListWithData`, but gives the bytes back in
-/// steps of at least `step` while it reads them, where their format is read from the beginning to
-/// the end. No byte before the place that `giveBack` is called with is read again.
+/// Like `NSPropertyListSerialization::propertyListWithData`. In a format that is read from
+/// beginning to end, it also gives the bytes back while it reads, in steps of at least `step`: it
+/// reads no byte again before the place that it calls `giveBack` with.
 PropertyListReadResult propertyListReadOnce(std::string_view bytes,
                                             const PassedText::GiveBack& giveBack,
                                             std::size_t step = PassedText::usualStep);

@@ -82,7 +82,8 @@ class PlainTag {
             }
         }
     }
-    /// `place` must have `mostBytes` bytes. The default tag is nowhere.
+    /// Whether the tag stands at `place`, which must have `mostBytes` bytes. The default tag stands
+    /// nowhere.
     [[nodiscard]] bool isAt(const char* place) const noexcept {
         const std::uint64_t differences =
             ((wordAt(place) ^ bytes_[0]) & mask_[0]) | ((wordAt(place + 8) ^ bytes_[1]) & mask_[1]);
@@ -117,7 +118,7 @@ class PlainStartTags {
         }
     }
     [[nodiscard]] constexpr bool hasCollision() const noexcept { return hasCollision_; }
-    /// The only one that the text, which has `PlainTag::mostBytes` bytes, may begin with.
+    /// The only tag with which the text may begin. It must have `PlainTag::mostBytes` bytes.
     [[nodiscard]] const PlainStartTag& candidateFor(const char* text) const noexcept {
         return tags_[placeOf(text[1], text[4])];
     }
@@ -133,7 +134,7 @@ class PlainStartTags {
 inline constexpr PlainStartTags plainStartTags;
 static_assert(!plainStartTags.hasCollision());
 
-/// By element; nowhere for one that is rare.
+/// By element; a default tag for one that is rare.
 inline constexpr auto plainEndTags = [] {
     std::array<PlainTag, xmlElements.size()> tags{};
     for (std::size_t index = 0; index < tags.size(); ++index) {

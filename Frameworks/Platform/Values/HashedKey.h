@@ -10,8 +10,8 @@
 
 namespace QRVPlatform {
 
-/// A key with its hash, to be looked up in several dictionaries. Refers to the text. Left as it is
-/// when it is made, so that many cost nothing before they are used.
+/// A key with its hash, to be looked up in several dictionaries. Refers to the text. Without
+/// initialisers, so that an array of keys costs nothing before it is filled.
 struct HashedKey {
     const char* start;
     std::size_t length;

@@ -15,8 +15,8 @@ namespace QRVPlatform::ValueObjects {
 /// the heap and have no lock of their own.
 class ValuePages {
   public:
-    /// AddressSanitizer notices uses after an object's end only when the object has an allocation
-    /// of its own.
+    /// AddressSanitizer finds a use after the end of an object only when the object has an
+    /// allocation of its own.
 #if defined(__SANITIZE_ADDRESS__)
     static constexpr bool areUsed = false;
 #elif defined(__has_feature)
@@ -54,7 +54,7 @@ class ValuePages {
 
   private:
     struct Page {
-        /// While objects are taken, some that will never be are counted too.
+        /// Begins with `mostObjects`; what was not taken is subtracted when the page is closed.
         alignas(8) std::atomic<std::uint32_t> living;
     };
     static constexpr std::uint32_t mostObjects = pageSize;

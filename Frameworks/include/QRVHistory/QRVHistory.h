@@ -187,14 +187,14 @@ QRV_EXPORT std::string QRVHistoryClear();
 /// @}
 
 /// @name Without linking the library
-/// A program that needs the history in few of its runs may load the library, and with it SQLite,
-/// in these runs alone:
+/// A program that seldom needs the history may load the library, and SQLite with it, only when it
+/// does:
 ///
 ///     void* const library = dlopen("libQRVHistory.so.7", RTLD_NOW);
 ///     const auto functions = reinterpret_cast<const QRVHistoryTable* (*)()>(
 ///         dlsym(library, "QRVHistoryFunctions"))();
 ///
-/// It must stay loaded until the process ends: it has threads.
+/// It must stay loaded until the process ends, because it has threads.
 /// @{
 
 /// The functions of this header, under their names. A later version may add some at the end.

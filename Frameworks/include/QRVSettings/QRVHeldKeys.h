@@ -1,27 +1,28 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Typed keys for settings that a host reads very often, such as for each frame that it draws:
+/// Held keys: typed keys for settings that a host reads very often, such as for each frame that it
+/// draws. All other reads need only the functions of `QRVKeys.h`.
 ///
 ///     class Menubar {
 ///         QRVHeldProfileKey<bool> isShown_{Keys::CPU::Menubar::Enabled};
 ///         void draw() { if (isShown_.value()) ... }
 ///     };
 ///
-/// At each moment a held key gives what `QRVSettingsValue` or `QRVSettingsProfileValue` gives for
-/// its key, whatever has changed meanwhile: values, the active profile, defaults, locks, the cache.
-/// It remembers no value. It remembers which entry of the cache (`QRVSettings::cache`) has the
-/// value, and each read asks the cache itself.
+/// A `QRVHeldKey` always gives what `QRVSettingsValue` gives for its key, and a `QRVHeldProfileKey`
+/// what `QRVSettingsProfileValue` gives, whatever has changed since the last read: values, the
+/// active profile, defaults, locks, the cache. A held key remembers no value. It remembers which
+/// entry of the cache (`QRVSettings::cache`) has the value, and each read asks the cache itself.
 ///
-/// Cost: some nanoseconds while the entry is where it was; text is copied besides. Otherwise a read
-/// is an ordinary one:
-/// - the first one, and the next one after the entry has moved;
-/// - each one without a cache, or while the site has locked anything;
-/// - each one where no layer has a value, or the cache has one that cannot be converted.
+/// Cost: a few nanoseconds while the entry has not moved; text is copied as well. These reads cost
+/// as much as those of `QRVKeys.h`:
+/// - the first read, and the next one after the entry has moved;
+/// - each read without a cache, or while the site has locked anything;
+/// - each read where no layer has a value, or the cache has one that cannot be converted.
 ///
 /// Threads: reads and copies are for the host's thread. A held key may be made and destroyed on any
-/// thread and at any time, before the store exists and at the end of the process too. It refers to
-/// the text of its key path.
+/// thread and at any time, also before the store exists and at the end of the process. The text of
+/// its key path must live as long.
 
 #include <cstddef>
 #include <cstdint>
@@ -34,9 +35,9 @@
 #include "QRVSettings/KeyPath.h"
 #include "QRVSettings/QRVKeys.h"
 
-/// @cond
 namespace QRVInside {
 
+/// @cond
 /// Which entry of the cache a value was in. An entry is known by the object of its key, which is
 /// kept, so that no other key can be taken for it.
 class QRV_EXPORT HeldEntry {

@@ -60,9 +60,9 @@ class QRV_EXPORT NSFilePresenter {
     /// The path of the file. Called once, when the presenter is added, on the adding thread; a
     /// relative path is meant from the working folder of that moment.
     [[nodiscard]] virtual std::string presentedItemURL() const = 0;
-    /// The queue on which the presenter is notified: by an operation, which runs on the thread that
-    /// watches the files while the process has no other presenter. Called once, when the presenter
-    /// is added, on the adding thread.
+    /// The queue on which the presenter is notified. Each notification is an operation of this
+    /// queue; while the process has no other presenter, it runs on the thread that watches files.
+    /// Called once, when the presenter is added, on the adding thread.
     [[nodiscard]] virtual std::shared_ptr<NSOperationQueue> presentedItemOperationQueue() const = 0;
     /// The notification: the file has changed. It may coordinate reading and writing, also of this
     /// file, and add and remove presenters. An exception from it ends the program.
