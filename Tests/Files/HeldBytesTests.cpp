@@ -7,10 +7,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "Files/SystemCallFilter.h"
 #include "Files/TestFiles.h"
 #include "Platform/Files/HeldBytes.h"
 #include "Support/ChildProcess.h"
@@ -126,6 +128,16 @@ TEST(HeldBytes, AreNotThoseOfAMissingFileAFolderOrAPipe) {
     EXPECT_FALSE(HeldBytes::at("folder", HeldBytes::markOf("")));
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     EXPECT_FALSE(HeldBytes::at("pipe", HeldBytes::markOf("")));
+}
+
+// There the replacement of a file that is open is refused, or leaves no file for a moment.
+TEST(HeldBytes, AreNotHeldWhereOpenFilesCannotBeReplaced) {
+    writePlainly("file", someBytes());
+    ChildProcess child([] {
+        failCall(SystemCall::FileSystem, EIO);  // So it might be such a file system.
+        return !HeldBytes::at("file", HeldBytes::markOf(someBytes()));
+    });
+    EXPECT_TRUE(child.succeeded());
 }
 
 TEST(HeldBytes, AreNotPassedToAProgramThatIsStarted) {

@@ -52,7 +52,7 @@ inline std::vector<long> numbersOf(SystemCall call) {
         case SystemCall::EventDescriptor:
             return {SYS_eventfd2};
         case SystemCall::FileSystem:
-            return {SYS_statfs};
+            return {SYS_statfs, SYS_fstatfs};
         case SystemCall::Flock:
             return {SYS_flock};
         case SystemCall::InotifyAdd:

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -8,12 +7,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <thread>
 
 #include "Platform/Coordination/FileLock.h"
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/FilePaths.h"
+#include "Platform/Files/FileStatus.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/FolderOwner.h"
 #include "Platform/Files/NSFileCoordinator.h"
@@ -96,28 +95,12 @@ std::error_code waitForLock(const FileDescriptor& file, LockWait& wait) {
     return wait.deadline ? pollForLock(file, LOCK_EX, *wait.deadline) : waitForLock(file);
 }
 
-/// To replace a file that somebody has open, these file systems rename the old one away before:
-/// for a moment there would be no file. Or they refuse.
-bool movesOpenFilesAway(const std::string& folder) {
-    struct statfs system {};
-    if (statfs(folder.c_str(), &system) != 0) return errno != ENOENT && errno != ENOTDIR;
-    switch (static_cast<std::uint32_t>(system.f_type)) {
-        case AFS_FS_MAGIC:
-        case AFS_SUPER_MAGIC:
-        case CIFS_SUPER_MAGIC:
-        case FUSE_SUPER_MAGIC:
-        case NFS_SUPER_MAGIC:
-        case SMB2_SUPER_MAGIC:
-        case SMB_SUPER_MAGIC:
-            return true;
-        default:
-            return false;
-    }
-}
-
 /// Readers and writers lock the file at `path` itself.
 bool locksFileItself(const std::string& path) {
-    return !movesOpenFilesAway(FilePaths::folderOf(path));
+    struct statfs system {};
+    if (statfs(FilePaths::folderOf(path).c_str(), &system) != 0)
+        return errno == ENOENT || errno == ENOTDIR;
+    return !FileStatus::movesOpenFilesAway(system);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <cerrno>
 #include <chrono>
@@ -61,6 +63,21 @@ std::error_code FileStatus::errorUnlessRegular(const struct stat& status) {
     if (S_ISREG(status.st_mode)) return {};
     return make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
                                                    : std::errc::invalid_argument);
+}
+
+bool FileStatus::movesOpenFilesAway(const struct statfs& system) {
+    switch (static_cast<std::uint32_t>(system.f_type)) {
+        case AFS_FS_MAGIC:
+        case AFS_SUPER_MAGIC:
+        case CIFS_SUPER_MAGIC:
+        case FUSE_SUPER_MAGIC:
+        case NFS_SUPER_MAGIC:
+        case SMB2_SUPER_MAGIC:
+        case SMB_SUPER_MAGIC:
+            return true;
+        default:
+            return false;
+    }
 }
 
 bool fileExistsAtPath(const std::string& path) {

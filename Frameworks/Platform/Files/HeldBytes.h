@@ -45,7 +45,7 @@ class HeldBytes {
     static Mark markOf(std::string_view bytes);
 
     /// Of the file at `path`, which should hold the bytes of the mark. Empty when it cannot be
-    /// opened.
+    /// opened, and on a file system that may not replace a file in one step while it is open.
     static std::optional<HeldBytes> at(const std::string& path, const Mark& mark);
 
     /// The bytes, with room for `growth` more; empty when the file does not hold them, or cannot be

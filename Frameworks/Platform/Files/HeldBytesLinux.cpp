@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -55,6 +56,9 @@ std::optional<HeldBytes> HeldBytes::at(const std::string& path, const Mark& mark
     if (!file.isOpen() || fstat(file.number(), &status) != 0) return std::nullopt;
     if (FileStatus::errorUnlessRegular(status)) return std::nullopt;
     if (static_cast<std::size_t>(status.st_size) != mark.size) return std::nullopt;
+    struct statfs system {};
+    if (fstatfs(file.number(), &system) != 0 || FileStatus::movesOpenFilesAway(system))
+        return std::nullopt;
     return HeldBytes(std::move(file), mark);
 }
 
