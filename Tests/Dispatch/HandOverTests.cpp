@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <ctime>
+#include <functional>
 #include <future>
 #include <memory>
 #include <stdexcept>
@@ -121,6 +123,57 @@ TEST(RunHere, TheEndOfTheQueueWaitsForIt) {
     thread.join();
 }
 
+// Who waits for an item elsewhere takes no processor time, however short the idle time is.
+TEST(RunHere, AThreadThatMustWaitForItDoesNotSpin) {
+    const auto queue = WorkQueue::make(
+        "test.serial",
+        {.threads = 1, .idleTime = std::chrono::milliseconds(10), .holdsUpForks = false});
+    std::promise<void> hasRun;
+    EXPECT_TRUE(queue->runHere([&] {
+        queue->async([&] { hasRun.set_value(); });
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(400);
+        const std::clock_t start = std::clock();
+        while (std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10);
+    }));
+    EXPECT_EQ(hasRun.get_future().wait_for(testDeadline), std::future_status::ready);
+    queue->finish();
+}
+
+TEST(RunHere, AllThreadsEndThatWaitedForItems) {
+    constexpr std::size_t most = 2;
+    const auto queue = WorkQueue::make("test.operations",
+                                       {.threads = most, .idleTime = {}, .holdsUpForks = false});
+    std::promise<void> firstMayEnd;
+    std::promise<void> secondMayEnd;
+    std::promise<void> firstIsUnderWay;
+    std::promise<void> secondIsUnderWay;
+    const auto runHere = [&queue](std::promise<void>& isUnderWay, std::promise<void>& mayEnd) {
+        return std::thread([&] {
+            queue->runHere([&] {
+                isUnderWay.set_value();
+                mayEnd.get_future().wait();
+            });
+        });
+    };
+    std::thread first = runHere(firstIsUnderWay, firstMayEnd);
+    firstIsUnderWay.get_future().wait();
+    std::thread second = runHere(secondIsUnderWay, secondMayEnd);
+    secondIsUnderWay.get_future().wait();
+    std::promise<void> haveRun;
+    queue->async([] {});
+    queue->async([&] { haveRun.set_value(); });
+    auto hasEnded = std::async(std::launch::async, [&] { queue->finish(); });
+    EXPECT_EQ(hasEnded.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    firstMayEnd.set_value();
+    haveRun.get_future().wait();
+    secondMayEnd.set_value();
+    EXPECT_EQ(hasEnded.wait_for(testDeadline), std::future_status::ready);
+    first.join();
+    second.join();
+}
+
 TEST(HandOver, RunsOnTheThreadOfTheItemWhenThatHasEnded) {
     const Queues queues;
     std::thread::id first;
@@ -188,6 +241,31 @@ TEST(HandOver, ASlowItemHoldsUpNobodyInTheQueueItCameFrom) {
     isUnderWay.get_future().wait();
     queues.operations->async([&] { othersTurn.set_value(); });
     EXPECT_TRUE(hasSeenIt.get_future().get());
+}
+
+TEST(HandOver, WhatWasQueuedMeanwhileNeedNotWaitForASlowItem) {
+    const auto operations =
+        WorkQueue::make("test.operations",
+                        {.threads = 2, .idleTime = std::chrono::seconds(1), .holdsUpForks = false});
+    const auto serial = serialQueue();
+    std::promise<void> isAllQueued;
+    std::promise<void> othersTurn;
+    std::promise<bool> hasSeenIt;
+    std::promise<void> isOver;
+    operations->async([&] {
+        isAllQueued.get_future().wait();
+        serial->handOver([&] {
+            hasSeenIt.set_value(othersTurn.get_future().wait_for(testDeadline) ==
+                                std::future_status::ready);
+        });
+    });
+    operations->async([&] { isOver.get_future().wait(); });
+    operations->async([&] { othersTurn.set_value(); });
+    isAllQueued.set_value();
+    EXPECT_TRUE(hasSeenIt.get_future().get());
+    isOver.set_value();
+    operations->finish();
+    serial->finish();
 }
 
 TEST(HandOver, AnItemMayEndTheQueueThatHandedItOver) {

@@ -117,8 +117,13 @@ void WorkQueue::runThread(Shift& shift) {
         if (next.queue) {
             // Not one of this queue's threads meanwhile, whose end does not wait for other queues.
             --shift.threads;
+            // What was queued meanwhile counts on this thread. Without another one it waits until
+            // this one comes back.
+            const bool isMoreQueued = !shift.items.empty();
+            startThread(shift);
             lock.unlock();
             shift.itemFinished.notify_all();
+            if (isMoreQueued) shift.itemsChanged.notify_one();
             if (!runReserved(std::move(next))) return;
             lock.lock();
             if (shift.threads >= limits_.threads) return;
@@ -130,16 +135,22 @@ void WorkQueue::runThread(Shift& shift) {
     --shift.threads;
     lock.unlock();
     shift.itemFinished.notify_all();
+    // Another one may have waited because too many items were running, not because of the end.
+    shift.itemsChanged.notify_all();
 }
 
 /// False when the thread is to end.
 bool WorkQueue::waitForItem(Shift& shift, MutexLock& lock) const {
-    const auto deadline =
-        limits_.idleTime ? Clock::now() + *limits_.idleTime : Clock::time_point::max();
+    const auto endOfIdleTime = [this] {
+        return limits_.idleTime ? Clock::now() + *limits_.idleTime : Clock::time_point::max();
+    };
+    auto deadline = endOfIdleTime();
     for (;;) {
         const bool mayRun = shift.running < limits_.threads;
         if (mayRun && !shift.items.empty()) break;
         if (shift.items.empty() && (shift.isEnding || Clock::now() >= deadline)) break;
+        // An item waits for those that run on other threads.
+        if (!shift.items.empty()) deadline = endOfIdleTime();
         if (limits_.idleTime)
             lock.waitFor(shift.itemsChanged, deadline);
         else
