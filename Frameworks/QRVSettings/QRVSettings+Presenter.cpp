@@ -39,6 +39,7 @@
 #include "Platform/Files/FileFailures.h"
 #include "Platform/Files/Files.h"
 #include "Platform/Files/NSFileCoordinator.h"
+#include "Platform/Presenters/PresenterNotifications.h"
 #include "Platform/System/System.h"
 #include "Platform/Threads/Threads.h"
 #include "QRVSettings/NSDictionary+QRV.h"
@@ -157,8 +158,14 @@ void runReload(Reload::Kind kind) {
     DispatchMainQueue::shared().async([reload] { publish(reload); });
 }
 
+// A host that calls `presentedItemDidChange` itself may wait for the reload in the same item.
 void queueReload(Reload::Kind kind) {
-    QRVPlatform::WorkQueue::of(store().readQueue()).handOver([kind] { runReload(kind); });
+    QRVPlatform::WorkQueue& queue = QRVPlatform::WorkQueue::of(store().readQueue());
+    const auto reload = [kind] { runReload(kind); };
+    if (QRVPlatform::PresenterNotifications::isNotifyingHere(store()))
+        queue.handOver(reload);
+    else
+        queue.async(reload);
 }
 
 /// To be called on the store's queue.

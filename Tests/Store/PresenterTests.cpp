@@ -99,6 +99,26 @@ NSDictionary localRecord(const PropertyListValue& key) {
 
 }  // namespace
 
+// The operation goes on after the notification, and even waits for what follows from it.
+TEST(Reload, OfANotificationByTheHostItselfWithinAnOperationBeginsAtOnce) {
+    const Monitoring monitoring;
+    rewriteSettings({{"A", 1}});
+    QRVSettingsStoredValues();
+    rewriteSettings({{"A", 2}});
+    std::promise<void> isRead;
+    std::promise<void> mayEnd;
+    const auto operations = std::make_shared<NSOperationQueue>();
+    operations->addOperation([&] {
+        Monitoring::notifyAndRead();
+        isRead.set_value();
+        mayEnd.get_future().wait();
+    });
+    isRead.get_future().wait();
+    DispatchMainQueue::shared().drain();
+    EXPECT_EQ(monitoring.calls(), 1);
+    mayEnd.set_value();
+}
+
 TEST(FileContentsDidChange, WhenTheDateIsAnother) {
     QRVSettings& store = QRVSettings::sharedSettings();
     rewriteSettings({{"A", 1}});

@@ -7,6 +7,10 @@
 
 namespace QRVPlatform {
 
+namespace {
+thread_local const NSFilePresenter* notifiedHere = nullptr;
+}  // namespace
+
 PresenterNotifications::PresenterNotifications(NSFilePresenter& presenter,
                                                std::shared_ptr<NSOperationQueue> queue)
     : presenter_(presenter), queue_(std::move(queue)) {}
@@ -36,13 +40,19 @@ void PresenterNotifications::run() {
     stage_ = Stage::UnderWay;
     thread_ = std::this_thread::get_id();
     lock.unlock();
+    const NSFilePresenter* const outer = std::exchange(notifiedHere, &presenter_);
     presenter_.presentedItemDidChange();
+    notifiedHere = outer;
     lock.lock();
     thread_ = {};
     const bool isOutdated = std::exchange(stage_, Stage::Idle) == Stage::UnderWayAndOutdated;
     if (isEnded_) finished_.notify_all();
     lock.unlock();
     if (isOutdated) notify();
+}
+
+bool PresenterNotifications::isNotifyingHere(const NSFilePresenter& presenter) {
+    return notifiedHere == &presenter;
 }
 
 void PresenterNotifications::end() {

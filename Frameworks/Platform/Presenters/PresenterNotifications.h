@@ -30,6 +30,9 @@ class PresenterNotifications : public std::enable_shared_from_this<PresenterNoti
     [[nodiscard]] std::shared_ptr<PresenterNotifications> copyForChild() const QRV_NOT_CHECKED;
 
     [[nodiscard]] const NSFilePresenter* presenter() const { return &presenter_; }
+    /// Whether this thread notifies the presenter, and does nothing else afterwards. False when
+    /// others call the same function of the presenter.
+    static bool isNotifyingHere(const NSFilePresenter& presenter);
 
   private:
     enum class Stage { Idle, Queued, UnderWay, UnderWayAndOutdated };
