@@ -114,21 +114,7 @@ void WorkQueue::runThread(Shift& shift) {
         // The only thread of a queue goes on with nothing else, because the queue needs it.
         Reserved next;
         if (!runItem(shift, lock, limits_.threads > 1 ? &next : nullptr)) return;
-        if (next.queue) {
-            // Not one of this queue's threads meanwhile, whose end does not wait for other queues.
-            --shift.threads;
-            // What was queued meanwhile counts on this thread. Without another one it waits until
-            // this one comes back.
-            const bool isMoreQueued = !shift.items.empty();
-            startThread(shift);
-            lock.unlock();
-            shift.itemFinished.notify_all();
-            if (isMoreQueued) shift.itemsChanged.notify_one();
-            if (!runReserved(std::move(next))) return;
-            lock.lock();
-            if (shift.threads >= limits_.threads) return;
-            ++shift.threads;
-        }
+        if (next.queue && !goOnWith(shift, lock, std::move(next))) return;
         ++shift.idleThreads;
         notifyAwaited(shift, lock);
     }
@@ -137,6 +123,25 @@ void WorkQueue::runThread(Shift& shift) {
     shift.itemFinished.notify_all();
     // Another one may have waited because too many items were running, not because of the end.
     shift.itemsChanged.notify_all();
+}
+
+// Not checked, like `runItem`.
+/// Runs what an item has handed over. The thread is not one of this queue's meanwhile, whose end
+/// does not wait for other queues. False when the thread is to end.
+bool WorkQueue::goOnWith(Shift& shift, MutexLock& lock, Reserved next) {
+    --shift.threads;
+    // What was queued meanwhile counts on this thread. Without another one it waits until this one
+    // comes back.
+    const bool isMoreQueued = !shift.items.empty();
+    startThread(shift);
+    lock.unlock();
+    shift.itemFinished.notify_all();
+    if (isMoreQueued) shift.itemsChanged.notify_one();
+    if (!runReserved(std::move(next))) return false;
+    lock.lock();
+    if (shift.threads >= limits_.threads) return false;
+    ++shift.threads;
+    return true;
 }
 
 /// False when the thread is to end.

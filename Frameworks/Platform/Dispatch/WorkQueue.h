@@ -113,6 +113,8 @@ class WorkQueue : public std::enable_shared_from_this<WorkQueue> {
     std::error_code startThread(Shift& shift) QRV_REQUIRES(shift.mutex);
     bool noteShortage(Shift& shift, std::error_code error) QRV_REQUIRES(shift.mutex);
     void runThread(Shift& shift);
+    bool goOnWith(Shift& shift, MutexLock& lock, Reserved next)
+        QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
     bool waitForItem(Shift& shift, MutexLock& lock) const QRV_REQUIRES(shift.mutex);
     bool runItem(Shift& shift, MutexLock& lock, Reserved* next)
         QRV_REQUIRES(shift.mutex) QRV_NOT_CHECKED;
