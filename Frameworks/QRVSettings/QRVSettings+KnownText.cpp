@@ -74,8 +74,10 @@ class TreeOfText {
         const PropertyListValue after = now;
         Differences found = differences(before, after, levels);
         if (hasBase && found.fromBase.empty()) return base;
-        if (found.fromTree.empty()) return now;
-        return hasBase ? with(found.fromBase, base.dictionary()) : with(found.fromTree, now);
+        // To keep `now` would make the next write to a mutable dictionary copy all of its entries.
+        if (hasBase && (dictionary.isMutable() || !found.fromTree.empty()))
+            return with(found.fromBase, base.dictionary());
+        return found.fromTree.empty() ? now : with(found.fromTree, now);
     }
 
     struct Differences {

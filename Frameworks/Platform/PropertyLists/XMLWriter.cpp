@@ -54,7 +54,7 @@ class XMLWriter {
     }
     void characters(std::string_view characters, std::string_view what);
 
-    void line(TreeWalk::Step step);
+    [[gnu::always_inline]] inline void line(TreeWalk::Step step);
     void key(std::string_view key);
     void value(const PropertyListValue& value);
     void container(Kind kind);
