@@ -54,7 +54,7 @@ class XMLWriter {
     }
     void characters(std::string_view characters, std::string_view what);
 
-    [[gnu::always_inline]] inline void line(TreeWalk::Step step);
+    void lines(bool areEntries);
     void key(std::string_view key);
     void value(const PropertyListValue& value);
     void container(Kind kind);
@@ -70,28 +70,31 @@ class XMLWriter {
 
 std::string XMLWriter::write() {
     text_.append(header);
-    for (auto step = walk_.next(); step != TreeWalk::Step::EndOfTree; step = walk_.next())
-        line(step);
+    lines(false);
     text_.append(footer);
     return text_.take();
 }
 
 std::string XMLWriter::writeEntries() {
     walk_.next();
-    if (!walk_.enter()) return {};
-    for (auto step = walk_.next(); walk_.level() != 0; step = walk_.next()) line(step);
+    if (walk_.enter()) lines(true);
     return text_.take();
 }
 
-void XMLWriter::line(TreeWalk::Step step) {
-    if (step == TreeWalk::Step::Value && walk_.hasKey()) key(walk_.key());
-    indent();
-    if (step == TreeWalk::Step::Value)
-        value(walk_.value());
-    else if (step == TreeWalk::Step::EndOfDictionary)
-        text_.append("</dict>\n");
-    else
-        text_.append("</array>\n");
+/// Up to the end of the tree, or to that of the entries of the root.
+void XMLWriter::lines(bool areEntries) {
+    for (;;) {
+        const TreeWalk::Step step = walk_.next();
+        if (step == TreeWalk::Step::EndOfTree || (areEntries && walk_.level() == 0)) return;
+        if (step == TreeWalk::Step::Value && walk_.hasKey()) key(walk_.key());
+        indent();
+        if (step == TreeWalk::Step::Value)
+            value(walk_.value());
+        else if (step == TreeWalk::Step::EndOfDictionary)
+            text_.append("</dict>\n");
+        else
+            text_.append("</array>\n");
+    }
 }
 
 void XMLWriter::characters(std::string_view characters, std::string_view what) {
