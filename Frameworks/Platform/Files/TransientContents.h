@@ -18,10 +18,13 @@ class SeparateMemory {
     /// There is none when the system has none.
     explicit SeparateMemory(std::size_t size) noexcept;
     SeparateMemory(SeparateMemory&& other) noexcept
-        : start_(std::exchange(other.start_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+        : start_(std::exchange(other.start_, nullptr)),
+          size_(std::exchange(other.size_, 0)),
+          givenBack_(std::exchange(other.givenBack_, 0)) {}
     SeparateMemory& operator=(SeparateMemory&& other) noexcept {
         std::swap(start_, other.start_);
         std::swap(size_, other.size_);
+        std::swap(givenBack_, other.givenBack_);
         return *this;
     }
     ~SeparateMemory();

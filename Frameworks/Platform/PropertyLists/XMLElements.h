@@ -134,14 +134,16 @@ class PlainStartTags {
 inline constexpr PlainStartTags plainStartTags;
 static_assert(!plainStartTags.hasCollision());
 
-/// By element; a default tag for one that is rare.
-inline constexpr auto plainEndTags = [] {
+constexpr auto makePlainEndTags() {
     std::array<PlainTag, xmlElements.size()> tags{};
     for (std::size_t index = 0; index < tags.size(); ++index) {
         if (xmlElements[index].isFrequent)
             tags[index] = PlainTag("</", xmlElements[index].name, ">");
     }
     return tags;
-}();
+}
+
+/// By element; a default tag for one that is rare.
+inline constexpr auto plainEndTags = makePlainEndTags();
 
 }  // namespace QRVPlatform::PropertyLists
