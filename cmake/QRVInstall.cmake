@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # Install rules, in components: Library (to run hosts), History (to run hosts that remember changes),
-# Development (to build hosts), Tool, and Documentation. No installed file contains the install prefix, so
+# Development (to build hosts), Tool, Window, and Documentation. No installed file contains the install prefix, so
 # that the installation can be moved.
 include(GNUInstallDirs)
 include(QRVCompressed)
@@ -49,19 +49,33 @@ endif()
 install(FILES "${PROJECT_BINARY_DIR}/qrvsettings.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
 
-if(TARGET qrvsettings)
-  file(RELATIVE_PATH libraries_from_tool "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  # Built like that at once: otherwise CMake leaves room in the run path for the installed one, as an empty
-  # entry, and the dynamic linker looks for every library in the working folder. So the tool in the build finds
-  # its libraries where the installed one does.
-  set_target_properties(qrvsettings PROPERTIES
-    INSTALL_RPATH "$ORIGIN/${libraries_from_tool}" BUILD_WITH_INSTALL_RPATH ON)
-  get_target_property(folder_of_tool qrvsettings BINARY_DIR)
-  get_filename_component(libraries "${folder_of_tool}/${libraries_from_tool}" ABSOLUTE)
+# qrv_install_program(target component)
+# Built at once as it is installed: otherwise CMake leaves room in the run path for the installed one, as an
+# empty entry, and the dynamic linker looks for every library in the working folder. So the program in the
+# build finds its libraries where the installed one does.
+function(qrv_install_program target component)
+  file(RELATIVE_PATH libraries_from_program "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(${target} PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${libraries_from_program}" BUILD_WITH_INSTALL_RPATH ON)
+  get_target_property(folder_of_program ${target} BINARY_DIR)
+  get_filename_component(libraries "${folder_of_program}/${libraries_from_program}" ABSOLUTE)
   get_filename_component(folder_above "${libraries}" DIRECTORY)
   file(MAKE_DIRECTORY "${folder_above}")
   file(CREATE_LINK "${PROJECT_BINARY_DIR}/Frameworks" "${libraries}" SYMBOLIC)
-  install(TARGETS qrvsettings RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tool)
+  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${component})
+endfunction()
+
+if(TARGET qrvsettings-window)
+  qrv_install_program(qrvsettings-window Window)
+  set(desktop "${PROJECT_SOURCE_DIR}/Tools/qrvsettings-window/Desktop")
+  install(FILES "${desktop}/qrvsettings-window.desktop"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/applications" COMPONENT Window)
+  install(FILES "${desktop}/qrvsettings-window.svg"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" COMPONENT Window)
+endif()
+
+if(TARGET qrvsettings)
+  qrv_install_program(qrvsettings Tool)
 
   # Each shell looks for completions in its own folder.
   set(QRV_COMPLETIONS "${PROJECT_BINARY_DIR}/completions")
@@ -80,7 +94,8 @@ if(TARGET qrvsettings)
     DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT Tool)
 endif()
 
-# Functions are for those who build hosts, all other pages for those who use the tool.
+# Functions are for those who build hosts, that of the window for those who use it, and all other pages for
+# those who use the tool.
 file(GLOB pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Documentation/man/*.[1-9]")
 set(compressed_pages "")
 foreach(page ${pages})
@@ -90,10 +105,15 @@ foreach(page ${pages})
   list(APPEND compressed_pages "${compressed}")
   if(section EQUAL 3)
     set(component Development)
+    set(program QRVSettings)
+  elseif(name MATCHES "^qrvsettings-window")
+    set(component Window)
+    set(program qrvsettings-window)
   else()
     set(component Tool)
+    set(program qrvsettings)
   endif()
-  if(component STREQUAL "Development" OR TARGET qrvsettings)
+  if(TARGET ${program})
     install(FILES "${compressed}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT "${component}")
   endif()
 endforeach()

@@ -107,6 +107,16 @@ if(TARGET qrvsettings)
 comes from.")
 endif()
 
+if(TARGET qrvsettings-window)
+  qrv_debian_package(Window NAME qrvsettings-window SECTION utils
+    DEPENDS ${depends_of_tool}
+    RECOMMENDS qrvsettings qt6-wayland
+    SUMMARY "window"
+    TEXT "Shows every setting with the layer that its value comes from, marks what
+other processes change, and edits settings in batches that can be reviewed
+and undone.")
+endif()
+
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/Python/qrvsettings" DESTINATION lib/python3/dist-packages COMPONENT Python
   FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
 qrv_debian_package(Python NAME python3-qrvsettings SECTION python ALL_ARCHITECTURES

@@ -2,7 +2,7 @@
 """What is shipped is built with the protections of its compiler and linker, and the library shows no
 variable that a host or another library could change.
 
-    python3 hardened.py LIBRARY PROGRAM
+    python3 hardened.py LIBRARY PROGRAM...
 """
 
 import re
@@ -44,9 +44,9 @@ def shown_variables(library):
 
 
 def main():
-    library, program = sys.argv[1:]
-    problems = [f"{path}: {problem}" for path, is_program in ((library, False), (program, True))
-                for problem in problems_of(path, is_program)]
+    library, *programs = sys.argv[1:]
+    problems = [f"{path}: {problem}" for path in (library, *programs)
+                for problem in problems_of(path, is_program=path != library)]
     problems += shown_variables(library)
     print("\n".join(problems) or "hardened")
     return 1 if problems else 0

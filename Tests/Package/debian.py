@@ -21,6 +21,7 @@ PACKAGES = {
     "libqrvhistory7": ("libqrvsettings7 (= 7", "libsqlite3-0"),  # left out where SQLite is not installed
     "libqrvsettings-dev": ("libqrvsettings7 (= 7",),
     "qrvsettings": ("libqrvsettings7 (= 7", "libqrvhistory7 (= 7"),
+    "qrvsettings-window": ("libqrvsettings7 (= 7", "libqt6widgets6"),  # left out where there is no Qt 6
     "qrvsettings-doc": (),
     "python3-qrvsettings": ("python3", "libqrvsettings7 (>= 7"),
 }
@@ -49,6 +50,8 @@ class Steps:
         if not (build / "qrvhistory.pc").exists():
             PACKAGES.pop("libqrvhistory7")
             PACKAGES["qrvsettings"] = PACKAGES["libqrvsettings-dev"]
+        if not (build / "Tools/qrvsettings-window").is_dir():
+            PACKAGES.pop("qrvsettings-window")
 
     def make(self):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -88,6 +91,10 @@ class Steps:
                               libraries / "cmake/QRVSettings/QRVHistoryTargets.cmake",
                               "/usr/include/qrvsettings/QRVHistory/QRVHistory.h")
         self.expect_files("qrvsettings", "/usr/bin/qrvsettings", *(f"/usr/share/{path}" for path in COMPLETIONS))
+        if "qrvsettings-window" in PACKAGES:
+            self.expect_files("qrvsettings-window", "/usr/bin/qrvsettings-window",
+                              "/usr/share/applications/qrvsettings-window.desktop",
+                              "/usr/share/icons/hicolor/scalable/apps/qrvsettings-window.svg")
         self.expect_files("qrvsettings-doc", "/usr/share/doc/qrvsettings-doc/Documentation/Tour.md",
                           "/usr/share/doc/qrvsettings-doc/examples/first-setting/main.cpp")
         self.expect_files("python3-qrvsettings", "/usr/lib/python3/dist-packages/qrvsettings/__init__.py",
@@ -98,11 +105,19 @@ class Steps:
     def expect_pages(self):
         pages = {page.name for page in (self.source / "Documentation/man").glob("*.[1-9]")}
         for page in pages:
-            package = "libqrvsettings-dev" if page.endswith(".3") else "qrvsettings"
+            package = self.package_of_page(page)
+            if package not in PACKAGES:
+                continue
             self.expect_files(package, f"/usr/share/man/man{page[-1]}/{page}.gz")
         if not pages:
             raise Failure("there are no manual pages")
         self.expect_files("libqrvsettings-dev", "/usr/share/man/man3/qrv_settings_object.3.gz")
+
+    @staticmethod
+    def package_of_page(page):
+        if page.startswith("qrvsettings-window"):
+            return "qrvsettings-window"
+        return "libqrvsettings-dev" if page.endswith(".3") else "qrvsettings"
 
     def expect_library(self):
         """What makes the linker of programs, and packages that use the library, know it."""
