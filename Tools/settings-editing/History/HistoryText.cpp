@@ -19,13 +19,13 @@ std::string changeText(const QRVHistoryChange& change) {
     return valueText(change.before) + " -> " + valueText(change.after);
 }
 
+}  // namespace
+
 std::string programText(const QRVHistorySave& save) {
     if (save.program.empty()) return "another program";
     return save.process == 0 ? save.program
                              : save.program + "[" + std::to_string(save.process) + "]";
 }
-
-}  // namespace
 
 std::string timeAndProgramText(const QRVHistorySave& save) {
     return localTimeText(save.time) + " by " + programText(save);

@@ -6,9 +6,10 @@
 namespace Tool {
 
 /// The functions of the history. The first call loads its library, which stays. Throws Failure
-/// (NotWritten) when that fails. For the main thread.
+/// (NotWritten) when that fails. Any thread.
 const QRVHistoryTable& history();
 
+/// Any thread.
 bool isHistoryLoaded();
 
 }  // namespace Tool

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
 
+#include <atomic>
+
 #include "History/HistoryLibrary.h"
 #include "Reporting/Failure.h"
 
 namespace Tool {
 namespace {
 
-const QRVHistoryTable* loaded = nullptr;
+std::atomic<bool> isLoaded = false;
 
 const QRVHistoryTable* load() {
     void* const library = dlopen(QRV_HISTORY_LIBRARY, RTLD_NOW | RTLD_LOCAL);
@@ -15,18 +17,19 @@ const QRVHistoryTable* load() {
     if (functions == nullptr)
         throw Failure(Fault::NotWritten,
                       std::string("the library of the history cannot be loaded: ") + dlerror());
+    isLoaded = true;
     return reinterpret_cast<decltype(&QRVHistoryFunctions)>(functions)();
 }
 
 }  // namespace
 
 const QRVHistoryTable& history() {
-    if (loaded == nullptr) loaded = load();
-    return *loaded;
+    static const QRVHistoryTable* const table = load();
+    return *table;
 }
 
 bool isHistoryLoaded() {
-    return loaded != nullptr;
+    return isLoaded;
 }
 
 }  // namespace Tool

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "History/ToolHistory.h"
 
+#include <atomic>
 #include <chrono>
 
 #include "History/HistoryLibrary.h"
-#include "Process/Waiting.h"
 #include "Reporting/Failure.h"
+#include "Reporting/Notices.h"
 
 namespace Tool {
 namespace {
@@ -40,8 +41,8 @@ void takePartInHistory() {
 void waitForHistory() {
     static bool isWritable = true;
     if (!isWritable || !isHistoryLoaded()) return;
-    const Waiting waiting([] { return "the history of the settings"; });
-    isWritable = history().wait(longestWait);
+    waitFor([] { return "the history of the settings"; },
+            [] { isWritable = history().wait(longestWait); });
 }
 
 std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
@@ -51,7 +52,7 @@ std::vector<QRVHistorySave> savesInHistory(const QRVHistoryQuery& query) {
 
 std::optional<QRVHistorySave> lastChangeInHistory(const std::string& keyPath) {
     // To wait for a locked one once is enough.
-    static bool isReadable = whyNoHistory().empty();
+    static std::atomic<bool> isReadable = whyNoHistory().empty();
     if (!isReadable) return std::nullopt;
     const QRVHistoryAnswer answer = history().lastChange(keyPath);
     isReadable = answer.failure.empty();

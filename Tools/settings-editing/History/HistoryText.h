@@ -10,6 +10,9 @@
 
 namespace Tool {
 
+/// `monitor[4711]`, or `another program`.
+std::string programText(const QRVHistorySave& save);
+
 /// `2026-11-22 09:30:05 by monitor[4711]`, or `by another program`.
 std::string timeAndProgramText(const QRVHistorySave& save);
 
