@@ -199,14 +199,23 @@ PropertyListValue Interpreter::dictionaryOf(const JSONNode& node, std::size_t le
 }
 
 /// A path in a message may hold other bytes than UTF-8; what a property list holds does not.
+std::string textOf(const json& value, int indentation) {
+    return withControlsEscaped(value.dump(indentation, ' ', false, json::error_handler_t::replace));
+}
+
 std::string textOf(const json& value) {
-    return withControlsEscaped(value.dump(-1, ' ', false, json::error_handler_t::replace));
+    constexpr int onOneLine = -1;
+    return textOf(value, onOneLine);
 }
 
 }  // namespace
 
 std::string jsonText(const PropertyListValue& value) {
     return textOf(jsonOf(value));
+}
+
+std::string indentedJSON(const PropertyListValue& value) {
+    return textOf(jsonOf(value), 2);
 }
 
 std::string markedDictionary(const NSDictionary& dictionary) {

@@ -20,7 +20,11 @@ namespace Tool {
 /// in other strings, U+FFFD stands for what is not UTF-8.
 std::string jsonText(const PropertyListValue& value);
 
-/// The same in `{"$dictionary":{...}}`, also where the dictionary looks like nothing else.
+/// The same on several lines, for people who edit it.
+std::string indentedJSON(const PropertyListValue& value);
+
+/// The same as one line in `{"$dictionary":{...}}`, also where the dictionary looks like nothing
+/// else.
 std::string markedDictionary(const NSDictionary& dictionary);
 
 /// The value, of immutable containers. Throws JSONFault, which names the place, for text that is

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Key paths and values as widgets show them.
+
+#include <QString>
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/PropertyListValue.h"
+
+namespace QRVWindow {
+
+QString fromText(std::string_view text);
+std::string toText(const QString& text);
+
+/// The text within marks that keep it from left to right in a sentence of any direction.
+QString leftToRight(const QString& text);
+/// A key path on one line, from left to right.
+QString keyPathInSentence(std::string_view keyPath);
+
+/// A value as JSON, shortened to so many characters where that is not 0; empty for null.
+QString valueAsText(const PropertyListValue& value, qsizetype maximum = 0);
+
+}  // namespace QRVWindow

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// The bar below the table: how many edits are pending, which conflicts they have, and what became
+/// of the last apply. Hidden while there is nothing to say.
+
+#include <QWidget>
+#include <set>
+
+#include "Session/Session.h"
+
+class QAction;
+class QLabel;
+class QToolButton;
+
+namespace QRVWindow {
+
+class PendingBar : public QWidget {
+    Q_OBJECT
+
+  public:
+    /// `session` must outlive the bar.
+    explicit PendingBar(Session& session, QWidget* parent = nullptr);
+
+    /// @name What the buttons do, for menus too
+    /// Enabled only while they can do something.
+    /// @{
+    [[nodiscard]] QAction* applyAction() const { return apply_; }
+    [[nodiscard]] QAction* reviewAction() const { return review_; }
+    [[nodiscard]] QAction* discardAction() const { return discard_; }
+    [[nodiscard]] QAction* stopAction() const { return stop_; }
+    /// @}
+
+    /// All that the bar says now, a line each; empty while it is hidden.
+    [[nodiscard]] QString text() const;
+
+  Q_SIGNALS:
+    /// Somebody wants to see the edits, or tries to apply them while there are conflicts.
+    void reviewWanted();
+
+  private:
+    void makeActions();
+    void arrange();
+    void addButton(QLayout* layout, QAction* action);
+    void followEdits();
+    void followApplying();
+    void showOutcome(const Tool::ApplyOutcome& outcome);
+    void apply();
+    void dismiss();
+    void showState();
+    void updateActions();
+    void updateTexts();
+    [[nodiscard]] QString pendingText() const;
+    [[nodiscard]] QString conflictText() const;
+    [[nodiscard]] QString obstacleText() const;
+
+    Session& session_;
+    QAction* apply_ = nullptr;
+    QAction* review_ = nullptr;
+    QAction* discard_ = nullptr;
+    QAction* stop_ = nullptr;
+    QAction* dismiss_ = nullptr;
+    QLabel* line_ = nullptr;
+    QLabel* details_ = nullptr;
+
+    std::set<Tool::SettingPlace> placesApplied_;  ///< whose edits the running apply may have
+    QString waitsFor_;
+    QString outcome_;         ///< one line about the last apply; empty when there is none to show
+    QString outcomeDetails_;  ///< a line for each setting or notice of it
+    bool hasFailed_ = false;
+};
+
+}  // namespace QRVWindow
