@@ -7,6 +7,8 @@ from pathlib import Path
 
 PLATFORM = ("Threads", "Descriptors", "Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
             "Presenters", "Coordination")
+BELOW_THE_WINDOW = ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch", "Presenters", "Coordination",
+                    "QRVSettings", "QRVHistory", "Reporting", "Text", "Settings", "Doctor", "History", "Rows", "Edits")
 # Every room with the rooms that it may include besides itself. A room comes after those that it
 # includes, so that there is no circle. Tools and examples see public headers only, because no other
 # header lies on their include path.
@@ -32,13 +34,26 @@ ROOMS = {
     "Tools/settings-editing/Rows": ("Values", "QRVSettings", "Reporting", "Text", "Settings"),
     "Tools/settings-editing/Doctor": ("Values", "PropertyLists", "Files", "Presenters", "QRVSettings", "Reporting",
                                       "Text", "Settings"),
+    "Tools/settings-editing/Rows": ("Values", "QRVSettings", "Reporting", "Text", "Settings"),
+    "Tools/settings-editing/Edits": ("Values", "PropertyLists", "Files", "QRVSettings", "QRVHistory", "Reporting", "Text",
+                                     "History", "Settings", "Rows"),
     "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
     "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process", "History"),
     "Tools/qrvsettings/Commands": ("Values", "PropertyLists", "Log", "Files", "Machine", "Dispatch",
                                    "QRVSettings", "Reporting", "Text", "Settings", "Rows", "Doctor",
+                                   "QRVSettings", "Reporting", "Text", "Settings", "Doctor", "Rows", "Edits",
                                    "Process", "History", "Options"),
     "Tools/qrvsettings/Parser": ("Reporting", "Text", "Process", "Options", "Commands"),
     "Tools/qrvsettings": ("Log", "Reporting", "Process", "History", "Parser"),
+    "Tools/qrvsettings-window/Translations": (),
+    "Tools/qrvsettings-window/Look": ("Values", "Machine", "QRVSettings", "Reporting", "Text"),
+    "Tools/qrvsettings-window/Session": (*BELOW_THE_WINDOW, "Look"),
+    "Tools/qrvsettings-window/Editors": (*BELOW_THE_WINDOW, "Look", "Session"),
+    "Tools/qrvsettings-window/Table": (*BELOW_THE_WINDOW, "Look", "Session", "Editors"),
+    "Tools/qrvsettings-window/Panes": (*BELOW_THE_WINDOW, "Look", "Session", "Editors"),
+    "Tools/qrvsettings-window/Dialogs": (*BELOW_THE_WINDOW, "Look", "Session", "Editors"),
+    "Tools/qrvsettings-window/Main": (*BELOW_THE_WINDOW, "Look", "Session", "Editors", "Table", "Panes", "Dialogs"),
+    "Tools/qrvsettings-window": (*BELOW_THE_WINDOW, "Translations", "Look", "Session", "Panes", "Main"),
     "Examples": (*PLATFORM, "QRVLogger", "QRVSettings", "QRVHistory"),
 }
 # Public headers keep the include lines of hosts: these do not lie in a folder named after their room.

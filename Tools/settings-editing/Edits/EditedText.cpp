@@ -85,7 +85,7 @@ std::string placeOfFault(const std::string& text, Kind kind) {
 
 PropertyListValue scalarFromText(const std::string& text, Kind kind) {
     const std::string rest = trimmed(text);
-    if (rest.empty()) throw Failure(Fault::WrongValue, "a value is missing");
+    if (rest.empty() && kind != Kind::Data) throw Failure(Fault::WrongValue, "a value is missing");
     try {
         return valueFromText(rest, typeOf(kind));
     } catch (const Failure& failure) {
