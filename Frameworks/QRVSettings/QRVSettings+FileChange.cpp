@@ -70,3 +70,8 @@ void QRVSettings::setFileChangeHandler(QRVFileChangeHandler handler) {
     state_->isFileChangeObserved = shared != nullptr;
     state_->fileChangeHandler.store(std::move(shared));
 }
+
+QRVFileChangeHandler QRVSettings::fileChangeHandler() const {
+    const auto handler = state_->fileChangeHandler.load();
+    return handler ? *handler : nullptr;
+}

@@ -335,9 +335,10 @@ Actions ofAnyThreadForThePlatform() {
              replaceFile("kept", "bytes");
              fs::remove(backUpFile("kept").path);
          }},
-        {{"QRVSettings::setFileChangeHandler"},
+        {{"QRVSettings::fileChangeHandler", "QRVSettings::setFileChangeHandler"},
          [] {
              store().setFileChangeHandler([](const QRVFileChange& change) { use(change.after); });
+             use(store().fileChangeHandler());
          }},
         {{"QRVPlatform::setFileFailureHandler", "QRVPlatform::reportFileFailure"},
          [] {

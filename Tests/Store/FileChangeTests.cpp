@@ -67,6 +67,20 @@ TEST_P(FileChange, OfASaveTellsWhatTheFileHeldAndHolds) {
     EXPECT_EQ(saves()[1].after, fileTree());
 }
 
+TEST_P(FileChange, IsPassedOnByAHandlerThatTookThePlaceOfAnother) {
+    int count = 0;
+    store().setFileChangeHandler(
+        [&count, next = store().fileChangeHandler()](const QRVFileChange& change) {
+            ++count;
+            next(change);
+        });
+    QRVSettingsSetObjectForKeyPath(1, "A");
+    EXPECT_EQ(saves().size(), 1U);
+    EXPECT_EQ(count, 1);
+    store().setFileChangeHandler(nullptr);
+    EXPECT_FALSE(store().fileChangeHandler());
+}
+
 TEST_P(FileChange, OfASaveTellsWhatAnotherProcessHadStored) {
     QRVSettingsSetObjectForKeyPath(1, "A");
     finishSaves();

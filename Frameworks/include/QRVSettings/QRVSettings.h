@@ -234,6 +234,8 @@ class QRV_EXPORT QRVSettings : public NSFilePresenter {
     /// at the start, for none: then saves do nothing more than without it. To be set before
     /// `loadDefaults`. Any thread.
     void setFileChangeHandler(QRVFileChangeHandler handler);
+    /// The handler, for another one that passes on to it what it receives. Any thread.
+    [[nodiscard]] QRVFileChangeHandler fileChangeHandler() const;
     /// @}
 
     /// @name State of the store, for hosts to read

@@ -5,6 +5,7 @@
 /// own, which may wait for a lock, fail or be killed while the window stays as it is; both sides
 /// speak in lines of JSON.
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -23,13 +24,15 @@ struct ApplyRequest {
 
 struct ApplyOutcome {
     enum class State {
-        Applied,     ///< the file was read again, and holds the edits
+        Applied,     ///< the file was read again, and holds the edits but those of `conflicts`
         Conflict,    ///< another process has changed some of the settings: nothing is written
         NotApplied,  ///< nothing is written, see `reason`
     };
     State state = State::NotApplied;
-    std::string reason;                   ///< one line for people; empty when applied
-    std::vector<EditConflict> conflicts;  ///< of `Conflict`
+    std::string reason;  ///< one line for people; empty when applied
+    /// Of `Conflict`, all of them. Of `Applied`, edits that were saved, and that another process
+    /// has changed before the file was read again.
+    std::vector<EditConflict> conflicts;
     /// Of `Applied`: settings that another process changed between the comparison and the save,
     /// whose value this save has replaced; `theirs` is that value.
     std::vector<EditConflict> overwritten;
@@ -49,9 +52,16 @@ std::string lineOfWaiting(const std::string& description);
 std::string waitingFromLine(std::string_view line);
 /// @}
 
-/// Does it in this process, which has not used the store before and ends afterwards. Reports what
-/// it waits for; never throws.
+/// Does it in this process, which has not used the store before and ends afterwards
+/// (`waitForHistory`). `isWaiting` is called on another thread, once it has waited for
+/// `timeUntilWaiting` and whenever it waits for something else. Never throws.
 ApplyOutcome applyEdits(const ApplyRequest& request,
                         const std::function<void(const std::string& description)>& isWaiting);
+inline constexpr std::chrono::milliseconds timeUntilWaiting{300};
+
+/// The whole process: reads the line of a request from standard input, and writes those of what it
+/// waits for and of the outcome to standard output. Returns the exit code: 0 also where nothing is
+/// applied, 2 for what is no request.
+int runApplyProcess();
 
 }  // namespace Tool

@@ -48,12 +48,13 @@ class Comparison {
   private:
     void compareValues(const PropertyListValue& before, const PropertyListValue& after,
                        const std::string& keyPath, bool isReached) {
+        if (before.isIdenticalTo(after)) return;
         if (hasEntries(before) && isEmptyDictionary(after)) {
             found_.push_back({keyPath, before, after, isReached});
             return;
         }
         const bool gainsEntries = isEmptyDictionary(before) && hasEntries(after);
-        if (!gainsEntries && jsonText(leafOf(before)) != jsonText(leafOf(after)))
+        if (!gainsEntries && !areSameInKind(leafOf(before), leafOf(after)))
             found_.push_back({keyPath, leafOf(before), leafOf(after), isReached});
         if (hasEntries(before) || hasEntries(after))
             compare(entriesOf(before), entriesOf(after), keyPath + ".", isReached);
@@ -63,6 +64,19 @@ class Comparison {
 };
 
 }  // namespace
+
+bool areSameInKind(const PropertyListValue& value, const PropertyListValue& other) {
+    using Kind = PropertyListValue::Kind;
+    if (value.kind() != other.kind()) return false;
+    switch (value.kind()) {
+        case Kind::Real:  // 0 and -0 are two values
+        case Kind::Array:
+        case Kind::Dictionary:
+            return value.isIdenticalTo(other) || jsonText(value) == jsonText(other);
+        default:
+            return value == other;
+    }
+}
 
 std::vector<Difference> differencesBetween(const NSDictionary& oldTree,
                                            const NSDictionary& newTree) {

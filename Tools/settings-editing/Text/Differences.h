@@ -10,6 +10,10 @@
 
 namespace Tool {
 
+/// Whether two values are equal, in kind too: the integer 1 and the real 1 are not. Null equals
+/// null alone.
+bool areSameInKind(const PropertyListValue& value, const PropertyListValue& other);
+
 struct Difference {
     std::string keyPath;
     PropertyListValue oldValue;  ///< null where there was none
