@@ -64,6 +64,8 @@ class ValueEditor : public QWidget {
     /// same value again stores it anyway. Returns whether it was committed.
     bool commit();
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   Q_SIGNALS:
     void committed();
     void cancelled();

@@ -8,34 +8,10 @@
 #include <QToolButton>
 
 #include "Look/Text.h"
+#include "Session/ApplyProgress.h"
 
 namespace QRVWindow {
 namespace {
-
-constexpr qsizetype shownOfValue = 60;
-
-QString replacedText(const Tool::EditConflict& conflict) {
-    const QString keyPath = keyPathInSentence(conflict.edit.place.keyPath);
-    if (conflict.theirs.isNull())
-        return PendingBar::tr(
-                   "%1: another process had just reset it, and this save has stored it "
-                   "again.")
-            .arg(keyPath);
-    return PendingBar::tr("%1: another process had just saved %2, which this save has replaced.")
-        .arg(keyPath, leftToRight(valueAsText(conflict.theirs, shownOfValue)));
-}
-
-QString stillPendingText(qsizetype count) {
-    return count == 1 ? PendingBar::tr("Nothing is lost: 1 setting is still pending.")
-                      : PendingBar::tr("Nothing is lost: %n settings are still pending.", "",
-                                       static_cast<int>(count));
-}
-
-QString appliedText(qsizetype count) {
-    if (count == 0) return PendingBar::tr("Applied.");
-    return count == 1 ? PendingBar::tr("Applied 1 setting.")
-                      : PendingBar::tr("Applied %n settings.", "", static_cast<int>(count));
-}
 
 QLabel* makeLabel(QWidget* parent, const QString& name) {
     auto* const label = new QLabel(parent);
@@ -48,20 +24,21 @@ QLabel* makeLabel(QWidget* parent, const QString& name) {
 
 }  // namespace
 
-PendingBar::PendingBar(Session& session, QWidget* parent) : QWidget(parent), session_(session) {
+PendingBar::PendingBar(Session& session, QWidget* parent)
+    : QWidget(parent), session_(session), progress_(new ApplyProgress(session, this)) {
     setAccessibleName(tr("Pending edits"));
     makeActions();
     arrange();
-    connect(&session_, &Session::pendingChanged, this, [this] { followEdits(); });
+    connect(&session_, &Session::pendingChanged, this, [this] { showState(); });
     connect(&session_, &Session::tableChanged, this, [this] { showState(); });
+    connect(&session_, &Session::changesChanged, this, [this] { showState(); });
     connect(&session_, &Session::fileStateChanged, this, [this] { showState(); });
-    connect(&session_, &Session::applyingChanged, this, [this] { followApplying(); });
-    connect(&session_, &Session::applyWaits, this, [this](const QString& description) {
-        waitsFor_ = description;
-        showState();
+    connect(&session_, &Session::applyingChanged, this, [this] { showState(); });
+    connect(progress_, &ApplyProgress::changed, this, [this] { showState(); });
+    connect(progress_, &ApplyProgress::ended, line_, [this] {
+        QAccessibleEvent event(line_, QAccessible::Alert);
+        QAccessible::updateAccessibility(&event);
     });
-    connect(&session_, &Session::applied, this,
-            [this](const Tool::ApplyOutcome& outcome) { showOutcome(outcome); });
     showState();
 }
 
@@ -78,7 +55,7 @@ void PendingBar::makeActions() {
     stop_ = new QAction(tr("&Stop"), this);
     connect(stop_, &QAction::triggered, this, [this] { session_.stopApplying(); });
     dismiss_ = new QAction(tr("&Close"), this);
-    connect(dismiss_, &QAction::triggered, this, [this] { dismiss(); });
+    connect(dismiss_, &QAction::triggered, this, [this] { progress_->clear(); });
 }
 
 void PendingBar::addButton(QLayout* layout, QAction* action) {
@@ -117,57 +94,6 @@ void PendingBar::apply() {
     session_.apply({});
 }
 
-void PendingBar::dismiss() {
-    outcome_.clear();
-    outcomeDetails_.clear();
-    hasFailed_ = false;
-    showState();
-}
-
-void PendingBar::followEdits() {
-    // A new edit is a new matter; that edits go away because they were applied is not.
-    if (!session_.isApplying() && !outcome_.isEmpty() && !session_.pending().edits().empty())
-        dismiss();
-    else
-        showState();
-}
-
-void PendingBar::followApplying() {
-    waitsFor_.clear();
-    if (session_.isApplying()) {
-        outcome_.clear();
-        outcomeDetails_.clear();
-        hasFailed_ = false;
-        placesApplied_.clear();
-        for (const auto& [place, edit] : session_.pending().edits()) placesApplied_.insert(place);
-    }
-    showState();
-}
-
-void PendingBar::showOutcome(const Tool::ApplyOutcome& outcome) {
-    const auto& edits = session_.pending().edits();
-    hasFailed_ = outcome.state != Tool::ApplyOutcome::State::Applied;
-    QStringList details;
-    if (hasFailed_) {
-        outcome_ = outcome.state == Tool::ApplyOutcome::State::Conflict
-                       ? tr("Not applied: another process has changed what is edited here.")
-                       : tr("Not applied: %1").arg(fromText(outcome.reason));
-        details.append(stillPendingText(static_cast<qsizetype>(edits.size())));
-    } else {
-        const auto gone =
-            std::count_if(placesApplied_.begin(), placesApplied_.end(),
-                          [&edits](const auto& place) { return !edits.count(place); });
-        outcome_ = appliedText(gone);
-    }
-    for (const Tool::EditConflict& conflict : outcome.overwritten)
-        details.append(replacedText(conflict));
-    for (const std::string& notice : outcome.notices) details.append(fromText(notice));
-    outcomeDetails_ = details.join(QLatin1Char('\n'));
-    showState();
-    QAccessibleEvent event(line_, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
-}
-
 QString PendingBar::pendingText() const {
     const auto count = static_cast<int>(session_.pending().edits().size());
     if (count == 0) return {};
@@ -193,41 +119,39 @@ QString PendingBar::obstacleText() const {
     return reason.isEmpty() ? QString() : tr("Cannot be applied: %1").arg(reason);
 }
 
-void PendingBar::updateTexts() {
-    QStringList lines;
-    if (session_.isApplying()) {
-        lines.append(tr("Applying\u2026"));
-        if (!waitsFor_.isEmpty()) lines.append(tr("It waits for %1.").arg(waitsFor_));
-    } else {
-        lines = {outcome_, outcomeDetails_};
-        if (!hasFailed_) lines.append(pendingText());
+QStringList PendingBar::lines() const {
+    QStringList lines = {progress_->line(), progress_->details()};
+    // How an apply has failed says how many are still pending.
+    if (!session_.isApplying()) {
+        if (!progress_->hasFailed()) lines.append(pendingText());
         lines.append({conflictText(), obstacleText()});
-        lines.removeAll(QString());
     }
-    line_->setText(lines.value(0));
-    details_->setText(lines.mid(1).join(QLatin1Char('\n')));
-    details_->setVisible(lines.size() > 1);
-    setVisible(!lines.isEmpty());
+    lines.removeAll(QString());
+    return lines;
 }
 
-void PendingBar::updateActions() {
+void PendingBar::showActions() {
     const bool isApplying = session_.isApplying();
     const bool hasEdits = !session_.pending().edits().empty();
-    const bool canEdit = hasEdits && !isApplying;
-    apply_->setText(hasFailed_ ? tr("&Try again") : tr("&Apply"));
-    apply_->setEnabled(canEdit && session_.fileState().isWritable());
-    discard_->setEnabled(canEdit);
+    apply_->setText(progress_->hasFailed() ? tr("&Try again") : tr("&Apply"));
+    apply_->setEnabled(hasEdits && !isApplying && session_.fileState().isWritable());
+    discard_->setEnabled(hasEdits && !isApplying);
     review_->setEnabled(hasEdits);
     stop_->setEnabled(isApplying);
-    stop_->setVisible(isApplying);
-    for (QAction* const action : {apply_, discard_}) action->setVisible(hasEdits && !isApplying);
+    apply_->setVisible(hasEdits && !isApplying);
+    discard_->setVisible(hasEdits && !isApplying);
     review_->setVisible(hasEdits);
-    dismiss_->setVisible(!isApplying && !outcome_.isEmpty() && !hasEdits);
+    stop_->setVisible(isApplying);
+    dismiss_->setVisible(!isApplying && !hasEdits && !progress_->line().isEmpty());
 }
 
 void PendingBar::showState() {
-    updateActions();
-    updateTexts();
+    showActions();
+    const QStringList texts = lines();
+    line_->setText(texts.value(0));
+    details_->setText(texts.mid(1).join(QLatin1Char('\n')));
+    details_->setVisible(texts.size() > 1);
+    setVisible(!texts.isEmpty());
 }
 
 QString PendingBar::text() const {

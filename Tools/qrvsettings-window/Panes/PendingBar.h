@@ -5,15 +5,16 @@
 /// of the last apply. Hidden while there is nothing to say.
 
 #include <QWidget>
-#include <set>
 
 #include "Session/Session.h"
 
 class QAction;
 class QLabel;
-class QToolButton;
+class QLayout;
 
 namespace QRVWindow {
+
+class ApplyProgress;
 
 class PendingBar : public QWidget {
     Q_OBJECT
@@ -42,19 +43,16 @@ class PendingBar : public QWidget {
     void makeActions();
     void arrange();
     void addButton(QLayout* layout, QAction* action);
-    void followEdits();
-    void followApplying();
-    void showOutcome(const Tool::ApplyOutcome& outcome);
     void apply();
-    void dismiss();
     void showState();
-    void updateActions();
-    void updateTexts();
+    void showActions();
+    [[nodiscard]] QStringList lines() const;
     [[nodiscard]] QString pendingText() const;
     [[nodiscard]] QString conflictText() const;
     [[nodiscard]] QString obstacleText() const;
 
     Session& session_;
+    ApplyProgress* progress_ = nullptr;
     QAction* apply_ = nullptr;
     QAction* review_ = nullptr;
     QAction* discard_ = nullptr;
@@ -62,12 +60,6 @@ class PendingBar : public QWidget {
     QAction* dismiss_ = nullptr;
     QLabel* line_ = nullptr;
     QLabel* details_ = nullptr;
-
-    std::set<Tool::SettingPlace> placesApplied_;  ///< whose edits the running apply may have
-    QString waitsFor_;
-    QString outcome_;         ///< one line about the last apply; empty when there is none to show
-    QString outcomeDetails_;  ///< a line for each setting or notice of it
-    bool hasFailed_ = false;
 };
 
 }  // namespace QRVWindow

@@ -47,6 +47,8 @@ class QtDesktopAppearance : public QObject {
   private:
     using Answers = DesktopAppearanceAnswers;
 
+    /// Hosts may have forbidden to make a QString of characters in passing.
+    static QString latin(const char* text) { return QString::fromLatin1(text); }
     static QString connectionName() { return QStringLiteral("QtDesktopAppearance"); }
     void follow() {
         connection_ = QDBusConnection(connectionName());
@@ -54,12 +56,12 @@ class QtDesktopAppearance : public QObject {
         askAgain_.setSingleShot(true);
         connect(&askAgain_, &QTimer::timeout, this, [this] { ask(); });
         askWhen(Answers::object, Answers::interface, Answers::changeSignal,
-                {Answers::settingNamespace, Answers::settingKey});
+                {latin(Answers::settingNamespace), latin(Answers::settingKey)});
         askWhen("/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", {});
 
         owners_.setConnection(connection_);
         owners_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-        owners_.addWatchedService(Answers::service);
+        owners_.addWatchedService(latin(Answers::service));
         connect(&owners_, &QDBusServiceWatcher::serviceOwnerChanged, this,
                 [this](const QString&, const QString&, const QString& owner) {
                     if (owner.isEmpty())
@@ -73,8 +75,8 @@ class QtDesktopAppearance : public QObject {
     /// come from anyone, because it only makes us ask the portal.
     void askWhen(const char* path, const char* ofInterface, const char* signal,
                  const QStringList& arguments) {
-        connection_.connect(QString(), path, ofInterface, signal, arguments, QString(), &askAgain_,
-                            SLOT(start()));
+        connection_.connect(QString(), latin(path), latin(ofInterface), latin(signal), arguments,
+                            QString(), &askAgain_, SLOT(start()));
     }
     void lose() {
         ++question_;
@@ -92,10 +94,10 @@ class QtDesktopAppearance : public QObject {
     }
     template <typename Answered>
     void call(const char* method, Answered answered) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            Answers::service, Answers::object, Answers::interface, QString::fromLatin1(method));
-        message << QString::fromLatin1(Answers::settingNamespace)
-                << QString::fromLatin1(Answers::settingKey);
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(latin(Answers::service), latin(Answers::object),
+                                           latin(Answers::interface), latin(method));
+        message << latin(Answers::settingNamespace) << latin(Answers::settingKey);
         auto* const waiting = new QDBusPendingCallWatcher(connection_.asyncCall(message), this);
         connect(waiting, &QDBusPendingCallWatcher::finished, this,
                 [this, answered, question = ++question_](auto* finished) noexcept {

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "Dialogs/ChangeView.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <algorithm>
+
+namespace QRVWindow {
+
+ChangeView::ChangeView(ChangeModel& model, QWidget* parent) : QTreeView(parent), model_(model) {
+    setRootIsDecorated(false);
+    setItemsExpandable(false);
+    setUniformRowHeights(true);
+    setAllColumnsShowFocus(true);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setTabKeyNavigation(false);
+    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked |
+                    QAbstractItemView::SelectedClicked);
+    setModel(&model);
+    header()->setStretchLastSection(true);
+    header()->setSectionsMovable(false);
+    connect(&model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
+    connect(&model, &QAbstractItemModel::modelReset, this, [this] { restore(); });
+}
+
+std::vector<Tool::SettingPlace> ChangeView::selectedPlaces() const {
+    std::vector<Tool::SettingPlace> places;
+    for (const QModelIndex& index : selectionModel()->selectedRows())
+        places.push_back(model_.lineAt(index.row()).place);
+    return places;
+}
+
+void ChangeView::fitColumns() {
+    const int widest = std::max(fontMetrics().averageCharWidth() * 48, 1);
+    for (int column = 0; column < model_.columnCount(); ++column) {
+        resizeColumnToContents(column);
+        setColumnWidth(column, std::min(columnWidth(column), widest));
+    }
+}
+
+QSize ChangeView::sizeHint() const {
+    int width = 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
+    for (int column = 0; column < model_.columnCount(); ++column)
+        if (!isColumnHidden(column)) width += columnWidth(column);
+    return {width, fontMetrics().height() * 16};
+}
+
+void ChangeView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Space || event->modifiers() != Qt::NoModifier) {
+        QTreeView::keyPressEvent(event);
+        return;
+    }
+    const auto places = selectedPlaces();
+    const bool areChecked = std::all_of(places.begin(), places.end(), [this](const auto& place) {
+        return model_.isChecked(place);
+    });
+    model_.setChecked(places, !areChecked);
+}
+
+void ChangeView::selectionChanged(const QItemSelection& selected,
+                                  const QItemSelection& deselected) {
+    QTreeView::selectionChanged(selected, deselected);
+    Q_EMIT selectionChangedByAnyone();
+}
+
+void ChangeView::remember() {
+    current_.reset();
+    if (currentIndex().isValid()) current_ = model_.lineAt(currentIndex().row()).place;
+    selected_ = selectedPlaces();
+    scrolled_ = verticalScrollBar()->value();
+}
+
+void ChangeView::restore() {
+    QItemSelection selection;
+    for (const Tool::SettingPlace& place : selected_)
+        if (const int row = model_.rowOf(place); row >= 0)
+            selection.select(model_.index(row, 0), model_.index(row, model_.columnCount() - 1));
+    const int row = current_ ? model_.rowOf(*current_) : -1;
+    if (model_.rowCount() > 0)
+        selectionModel()->setCurrentIndex(model_.index(std::max(row, 0), 0),
+                                          QItemSelectionModel::NoUpdate);
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (!isFitted_ && model_.rowCount() > 0) {
+        isFitted_ = true;
+        fitColumns();
+    }
+    verticalScrollBar()->setValue(scrolled_);
+}
+
+QCheckBox* makeCheckBoxForAll(ChangeModel& model, QWidget* parent) {
+    auto* const box =
+        new QCheckBox(QCoreApplication::translate("QRVWindow::ChangeView", "All &lines"), parent);
+    box->setTristate(true);
+    const auto follow = [box, &model] {
+        const std::size_t checked = model.checkedPlaces().size();
+        const bool areAll = checked == model.lines().size();
+        box->setEnabled(!model.lines().empty());
+        box->setCheckState(checked == 0 ? Qt::Unchecked
+                                        : (areAll ? Qt::Checked : Qt::PartiallyChecked));
+    };
+    QObject::connect(&model, &ChangeModel::checkedChanged, box, follow);
+    QObject::connect(box, &QCheckBox::clicked, &model, [&model] {
+        const bool areAll = model.checkedPlaces().size() == model.lines().size();
+        std::vector<Tool::SettingPlace> places;
+        for (const ChangeLine& line : model.lines()) places.push_back(line.place);
+        model.setChecked(places, !areAll);
+    });
+    follow();
+    return box;
+}
+
+}  // namespace QRVWindow
