@@ -77,6 +77,8 @@ QString LineField::remark() const {
         const auto bytes = Tool::dataFromText(text().toStdString());
         return bytes ? tr("%1 B").arg(bytes->size()) : QString();
     }
+    if (subject().kind == Kind::Date && text().contains(QLatin1Char('.')))
+        return tr("the file keeps whole seconds");
     if (subject().known == nullptr) return {};
     const QString unit = QString::fromStdString(subject().known->unit);
     if (subject().place == Place::Cell) return unit;

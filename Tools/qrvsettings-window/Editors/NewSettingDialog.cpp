@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "Editors/EditorMessage.h"
+#include "Editors/WrappedLabel.h"
 #include "Look/Text.h"
 #include "Session/Session.h"
 #include "Settings/SettingObjections.h"
@@ -35,7 +36,7 @@ class NewSettingDialog::Inside {
     [[nodiscard]] QString objection() const;
     const Tool::SettingObjections objections_;
     QVBoxLayout* column_;
-    QLabel* sentence_;
+    WrappedLabel* sentence_;
     QLabel* valueLabel_;
     EditedSetting setting_;
     QString acceptedObjection_;
@@ -47,7 +48,7 @@ NewSettingDialog::Inside::Inside(NewSettingDialog& theOwner, Surroundings theSur
       keyPath(new QLineEdit(&owner)),
       message(new EditorMessage(&owner)),
       column_(new QVBoxLayout(&owner)),
-      sentence_(new QLabel(&owner)),
+      sentence_(new WrappedLabel({}, &owner)),
       valueLabel_(new QLabel(NewSettingDialog::tr("&Value"), &owner)) {
     auto* const label = new QLabel(NewSettingDialog::tr("&Key path"), &owner);
     label->setBuddy(keyPath);
@@ -57,8 +58,6 @@ NewSettingDialog::Inside::Inside(NewSettingDialog& theOwner, Surroundings theSur
     completer->setFilterMode(Qt::MatchContains);
     completer->setCaseSensitivity(Qt::CaseInsensitive);
     keyPath->setCompleter(completer);
-    sentence_->setWordWrap(true);
-    sentence_->setTextFormat(Qt::PlainText);
     sentence_->hide();
     for (QWidget* const widget :
          std::initializer_list<QWidget*>{label, keyPath, message, sentence_, valueLabel_})
@@ -108,7 +107,7 @@ void NewSettingDialog::Inside::takeKeyPath() {
         makeEditor(setting);
     const QString sentence =
         setting.known == nullptr ? QString() : fromText(setting.known->sentence);
-    sentence_->setText(sentence);
+    sentence_->setWrappedText(sentence);
     sentence_->setHidden(sentence.isEmpty());
     judgeKeyPath(false);
 }
@@ -144,7 +143,8 @@ NewSettingDialog::NewSettingDialog(Surroundings surroundings, QWidget* parent) :
     inside_ = std::make_unique<Inside>(*this, std::move(surroundings));
     setWindowTitle(tr("New setting"));
     constexpr int charactersOfLine = 70;
-    resize(fontMetrics().averageCharWidth() * charactersOfLine, sizeHint().height());
+    const int width = fontMetrics().averageCharWidth() * charactersOfLine;
+    resize(width, layout()->totalHeightForWidth(width));
     inside_->keyPath->setFocus();
 }
 
