@@ -3,8 +3,12 @@
 
 #include <QApplication>
 #include <QMainWindow>
+#include <string_view>
+
+#include "Panes/Findings.h"
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string_view(argv[1]) == "--examine") return QRVWindow::examineProcess();
     const QApplication application(argc, argv);
     QMainWindow window;
     window.show();
