@@ -10,11 +10,11 @@
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
 #include "Process/StandardOutput.h"
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
+#include "Rows/SettingAnswer.h"
+#include "Rows/SettingsSnapshot.h"
 #include "Settings/KnownKeyPaths.h"
-#include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingDescription.h"
 #include "Settings/SettingsFileCondition.h"
@@ -34,68 +34,42 @@ struct Options {
 
 struct Explanation {
     std::string keyPath;
-    PropertyListValue effective;
-    std::string layer;
-    PropertyListValue stored;
-    PropertyListValue site;
-    std::string siteFile;
-    std::string lockFile;
-    PropertyListValue byDefault;
+    SettingAnswer answer;
     std::string profile;
     bool isProfileNamed;
-    PropertyListValue inProfile;
     QRVSettingScope scope;
     std::optional<QRVHistorySave> lastChange;
     std::optional<QRVHistorySave> lastChangeInProfile;
 };
 
-/// The layer that answers, when the stored value is of the layer that has this name; it is empty
-/// when nothing is stored.
-std::string answeringLayer(const Explanation& explanation, const std::string& stored) {
-    if (!stored.empty() && explanation.lockFile.empty()) return stored;
-    if (!explanation.site.isNull()) return "site";
-    return explanation.byDefault.isNull() ? "none" : "default";
+SettingsSnapshot snapshotOfFile() {
+    openToRead();
+    SettingsSnapshot snapshot = snapshotOfSettings(QRVSettingsStoredValues());
+    if (!snapshot.obstacle.empty()) throw Failure(Fault::WrongValue, snapshot.obstacle);
+    return snapshot;
 }
 
-/// Reads the stored value before the preparation, which may reset it in memory.
 Explanation explanationOf(const Options& options) {
-    const ProfileScope scope(options.profile);
     const ProfileScope profile(options.profile.empty() ? "default" : options.profile);
-    openToRead();
-    const PropertyListValue stored = QRVSettingsStoredObjectForKeyPath(options.keyPath);
-    prepareToRead();
-    const QRVSiteDefaults site = QRVSettingsSiteDefaults();
-    Explanation explanation{
-        .keyPath = options.keyPath,
-        .effective = scope.effective(options.keyPath),
-        .layer = "",
-        .stored = stored,
-        .site = NSDictionaryQRV::objectAtKeyPath(site.values, options.keyPath),
-        .siteFile = QRVSettingsSiteFileForKeyPath(options.keyPath),
-        .lockFile = QRVSettingsLockFileForKeyPath(scope.storedKeyPath(options.keyPath)),
-        .byDefault = NSDictionaryQRV::objectAtKeyPath(site.builtIn, options.keyPath),
-        .profile = options.profile.empty() ? "default" : options.profile,
-        .isProfileNamed = scope.isProfile(),
-        .inProfile = profile.stored(options.keyPath),
-        .scope = scopeOf(options.keyPath),
-        .lastChange = lastChangeInHistory(options.keyPath),
-        .lastChangeInProfile = lastChangeInHistory(profile.storedKeyPath(options.keyPath))};
-    const bool isStored = !scope.stored(options.keyPath).isNull();
-    const std::string layerOfStored = scope.isProfile() ? "profile" : "stored";
-    explanation.layer = answeringLayer(explanation, isStored ? layerOfStored : "");
-    return explanation;
+    return {.keyPath = options.keyPath,
+            .answer = answerAt(snapshotOfFile(), options.keyPath, options.profile),
+            .profile = options.profile.empty() ? "default" : options.profile,
+            .isProfileNamed = !options.profile.empty(),
+            .scope = scopeOf(options.keyPath),
+            .lastChange = lastChangeInHistory(options.keyPath),
+            .lastChangeInProfile = lastChangeInHistory(profile.storedKeyPath(options.keyPath))};
 }
 
 PropertyListValue kindOrNullMarker(const PropertyListValue& value) {
     return value.isNull() ? PropertyListValue(NSNull()) : kindWord(value);
 }
 
-bool canCompareKinds(const Explanation& explanation) {
-    return !explanation.stored.isNull() && !explanation.byDefault.isNull();
+bool canCompareKinds(const SettingAnswer& answer) {
+    return !answer.stored.isNull() && !answer.builtIn.isNull();
 }
 
-bool kindsDiffer(const Explanation& explanation) {
-    return !explanation.stored.isSameKindAs(explanation.byDefault);
+bool kindsDiffer(const SettingAnswer& answer) {
+    return !answer.stored.isSameKindAs(answer.builtIn);
 }
 
 PropertyListValue objectOf(const std::optional<QRVHistorySave>& change) {
@@ -103,29 +77,29 @@ PropertyListValue objectOf(const std::optional<QRVHistorySave>& change) {
 }
 
 std::string jsonOf(const Explanation& explanation) {
+    const SettingAnswer& answer = explanation.answer;
     NSMutableArray profiles;
     for (const std::string& name : profileNames()) profiles.addObject(name);
     return jsonText(NSDictionary{
                {"keyPath", explanation.keyPath},
-               {"effective", orNullMarker(explanation.effective)},
-               {"effectiveKind", kindOrNullMarker(explanation.effective)},
-               {"layer", explanation.layer},
-               {"stored", orNullMarker(explanation.stored)},
-               {"storedKind", kindOrNullMarker(explanation.stored)},
-               {"site", orNullMarker(explanation.site)},
-               {"siteKind", kindOrNullMarker(explanation.site)},
-               {"siteFile", orNullMarker(explanation.siteFile)},
-               {"lockFile", orNullMarker(explanation.lockFile)},
-               {"default", orNullMarker(explanation.byDefault)},
-               {"defaultKind", kindOrNullMarker(explanation.byDefault)},
-               {"kindDiffers", canCompareKinds(explanation)
-                                   ? PropertyListValue(kindsDiffer(explanation))
-                                   : PropertyListValue(NSNull())},
+               {"effective", orNullMarker(answer.effective)},
+               {"effectiveKind", kindOrNullMarker(answer.effective)},
+               {"layer", layerWord(answer.layer)},
+               {"stored", orNullMarker(answer.stored)},
+               {"storedKind", kindOrNullMarker(answer.stored)},
+               {"site", orNullMarker(answer.site)},
+               {"siteKind", kindOrNullMarker(answer.site)},
+               {"siteFile", orNullMarker(answer.siteFile)},
+               {"lockFile", orNullMarker(answer.lockFile)},
+               {"default", orNullMarker(answer.builtIn)},
+               {"defaultKind", kindOrNullMarker(answer.builtIn)},
+               {"kindDiffers", canCompareKinds(answer) ? PropertyListValue(kindsDiffer(answer))
+                                                       : PropertyListValue(NSNull())},
                {"scope", scopeWord(explanation.scope)},
                {"profiles", profiles},
                {"profile", explanation.profile},
-               {"profileValue", orNullMarker(explanation.inProfile)},
-               {"profileKind", kindOrNullMarker(explanation.inProfile)},
+               {"profileValue", orNullMarker(answer.inProfile)},
+               {"profileKind", kindOrNullMarker(answer.inProfile)},
                {"lastChange", objectOf(explanation.lastChange)},
                {"profileLastChange", objectOf(explanation.lastChangeInProfile)},
            }) +
@@ -145,27 +119,26 @@ void add(std::vector<Fact>& facts, const std::string& name,
 /// A setting of the application has no value in a profile, but for one that somebody has put there.
 bool concernsProfiles(const Explanation& explanation) {
     return explanation.isProfileNamed || explanation.scope == QRVSettingScope::Profile ||
-           !explanation.inProfile.isNull();
+           !explanation.answer.inProfile.isNull();
 }
 
 std::string linesOf(const Explanation& explanation) {
+    const SettingAnswer& answer = explanation.answer;
     std::vector<Fact> facts = {{"key path", keyPathText(explanation.keyPath)}};
-    add(facts, "effective", explanation.effective);
-    facts.push_back({"layer", explanation.layer});
-    if (!explanation.lockFile.empty())
-        facts.push_back({"locked by", keyPathText(explanation.lockFile)});
-    add(facts, "stored", explanation.stored);
-    if (!explanation.site.isNull()) add(facts, "site", explanation.site);
-    if (!explanation.siteFile.empty())
-        facts.push_back({"site file", keyPathText(explanation.siteFile)});
-    add(facts, "default", explanation.byDefault);
-    if (canCompareKinds(explanation))
-        facts.push_back({"kinds differ", kindsDiffer(explanation) ? "yes" : "no"});
+    add(facts, "effective", answer.effective);
+    facts.push_back({"layer", layerWord(answer.layer)});
+    if (!answer.lockFile.empty()) facts.push_back({"locked by", keyPathText(answer.lockFile)});
+    add(facts, "stored", answer.stored);
+    if (!answer.site.isNull()) add(facts, "site", answer.site);
+    if (!answer.siteFile.empty()) facts.push_back({"site file", keyPathText(answer.siteFile)});
+    add(facts, "default", answer.builtIn);
+    if (canCompareKinds(answer))
+        facts.push_back({"kinds differ", kindsDiffer(answer) ? "yes" : "no"});
     if (explanation.scope == QRVSettingScope::Profile)
         facts.push_back({"scope", scopeInWords(explanation.scope)});
     if (concernsProfiles(explanation)) {
         facts.push_back({"profile", keyPathText(explanation.profile)});
-        add(facts, "in profile", explanation.inProfile);
+        add(facts, "in profile", answer.inProfile);
     }
     add(facts, "last change", explanation.lastChange);
     add(facts, "profile change", explanation.lastChangeInProfile);
@@ -176,7 +149,8 @@ ExitCode explain(const Options& options) {
     requireUTF8(options.keyPath);
     const Explanation explanation = explanationOf(options);
     print(options.json ? jsonOf(explanation) : linesOf(explanation));
-    if (explanation.effective.isNull()) throw Failure(Fault::NotSet, notSet(options.keyPath));
+    if (explanation.answer.effective.isNull())
+        throw Failure(Fault::NotSet, notSet(options.keyPath));
     return ExitCode::Done;
 }
 

@@ -2,14 +2,17 @@
 #pragma once
 
 /// What a filter field holds: words, all of which a row must match. A word is found anywhere in the
-/// key path, the sentence, or the text of the value or default, in any letter case; between
-/// quotation marks it may hold blanks. `-` before a word leaves out what matches it. Some words
+/// key path, the sentence, or the text of the value or default. A to Z match a to z, and À to Þ
+/// match à to þ; the case of other letters counts. `-` before a word leaves out what matches it.
+/// Between quotation marks a word may hold blanks, and means nothing but its text. Other words may
 /// have a meaning:
 ///
 ///     is:modified is:pending is:live is:record is:locked is:known
 ///     kind:color (also boolean, integer, real, string, date, data, array, dictionary)
 ///     layer:stored (also default, site, profile, none)
 ///     scope:profile (also application, record)
+///
+/// The kind is that of the effective value; a colour is of the kind "color" alone.
 
 #include <string>
 #include <string_view>
@@ -27,8 +30,8 @@ struct RowMarks {
 
 class RowFilter {
   public:
-    /// Everything matches an empty text. Never throws: a word that is wrong, such as "is:modifed",
-    /// is among `faults`, and matches nothing.
+    /// Everything matches an empty text. A word that is wrong, such as "is:modifed", is among
+    /// `faults`, and nothing matches then.
     explicit RowFilter(std::string_view text = "");
 
     [[nodiscard]] const std::string& text() const { return text_; }
@@ -37,6 +40,11 @@ class RowFilter {
     [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
     /// Whether the text asks for records, which are hidden otherwise.
     [[nodiscard]] bool asksForRecords() const;
+    /// Whether it asks for what differs from the defaults.
+    [[nodiscard]] bool asksForModified() const;
+    /// Whether `matches` looks at its second and third argument.
+    [[nodiscard]] bool looksAtText() const;
+    [[nodiscard]] bool looksAtMarks() const;
 
     /// `searchable` is `searchableText` of the row.
     [[nodiscard]] bool matches(const SettingRow& row, std::string_view searchable,
@@ -49,15 +57,21 @@ class RowFilter {
     struct Term {
         enum class Field { Text, Is, Kind, Layer, Scope, Wrong };
         Field field;
-        std::string word;  ///< in small letters
+        std::string word;  ///< in small letters; of a field, what follows the ":"
         bool isLeftOut;
     };
+    static Term termOf(std::string word, bool isLeftOut);
+    static bool holds(const Term& term, const SettingRow& row, std::string_view searchable,
+                      RowMarks marks);
+    [[nodiscard]] bool asksFor(Term::Field field, std::string_view word) const;
+
     std::string text_;
     std::vector<Term> terms_;
     std::vector<std::string> faults_;
 };
 
 /// What words are looked for in: key path, sentence, value and default, in small letters.
+/// `SettingsTable::searchableTextOf` makes it once for each row.
 std::string searchableText(const SettingRow& row);
 
 }  // namespace Tool

@@ -16,6 +16,16 @@ enum class AnsweringLayer { None, Default, Site, Stored, Profile };
 /// "none", "default", "site", "stored" or "profile".
 std::string layerWord(AnsweringLayer layer);
 
+/// Which layers have something at the key path of a setting.
+struct LayersOfSetting {
+    bool isOfProfile = false;  ///< the scope is a profile
+    bool isStored = false;     ///< in the scope, after the preparation
+    bool isLocked = false;
+    bool hasSite = false;
+    bool hasBuiltIn = false;
+};
+AnsweringLayer answeringLayer(const LayersOfSetting& layers);
+
 /// Values are null where a layer has none.
 struct SettingAnswer {
     PropertyListValue effective;  ///< what the application reads

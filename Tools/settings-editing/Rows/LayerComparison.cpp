@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+#include "Rows/LayerComparison.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace Tool {
+namespace {
+
+bool areSame(const NSArray& one, const NSArray& other) {
+    return std::ranges::equal(one, other, isSameValue);
+}
+
+bool areSame(const NSDictionary& one, const NSDictionary& other) {
+    if (one.count() != other.count()) return false;
+    for (const auto& [key, value] : one)
+        if (!isSameValue(value, other.objectForKey(key))) return false;
+    return true;
+}
+
+std::ptrdiff_t leavesOf(const PropertyListValue& value) {
+    if (value.isNull()) return 0;
+    if (!isLevel(value)) return 1;
+    std::ptrdiff_t leaves = 0;
+    for (const auto& [key, below] : value.dictionary()) leaves += leavesOf(below);
+    return leaves;
+}
+
+}  // namespace
+
+bool isLevel(const PropertyListValue& value) {
+    return value.isDictionary() && value.dictionary().count() != 0;
+}
+
+bool isSameValue(const PropertyListValue& one, const PropertyListValue& other) {
+    if (one.isIdenticalTo(other)) return true;
+    if (one.kind() != other.kind()) return false;
+    switch (one.kind()) {
+        case PropertyListValue::Kind::Array:
+            return areSame(one.array(), other.array());
+        case PropertyListValue::Kind::Dictionary:
+            return areSame(one.dictionary(), other.dictionary());
+        case PropertyListValue::Kind::String:
+        case PropertyListValue::Kind::Data:
+        case PropertyListValue::Kind::Color:
+            return one == other;
+        default:
+            return false;
+    }
+}
+
+PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    while (value.isDictionary()) {
+        const std::size_t end = keyPath.find('.');
+        value = value.dictionary().objectForKey(keyPath.substr(0, end));
+        if (end == keyPath.npos) return value;
+        keyPath.remove_prefix(end + 1);
+    }
+    return nullptr;
+}
+
+LayerValues LayerValues::at(std::string_view keyPath) const {
+    LayerValues below;
+    std::ranges::transform(values, below.values.begin(),
+                           [&](const auto& value) { return valueAt(value, keyPath); });
+    return below;
+}
+
+/// One level of all layers before and now. Several layers are often one dictionary, which is walked
+/// over once.
+class LayerComparison::Level {
+  public:
+    Level(const LayerValues& before, const LayerValues& now) {
+        dictionaryOf_.fill(noDictionary);
+        for (std::size_t layer = 0; layer < LayerValues::count; ++layer) {
+            add(before.values[layer], layer);
+            add(now.values[layer], layer + LayerValues::count);
+        }
+    }
+
+    [[nodiscard]] const std::vector<NSDictionary>& dictionaries() const { return dictionaries_; }
+
+    /// Looks up a key of the dictionary at `index`. False when one before that has the key, too.
+    bool take(std::string_view key, std::size_t index) {
+        for (std::size_t other = 0; other < dictionaries_.size(); ++other) {
+            found_[other] = dictionaries_[other].objectForKey(key);
+            if (other < index && !found_[other].isNull()) return false;
+        }
+        return true;
+    }
+
+    /// @name What is at the key
+    /// @{
+    [[nodiscard]] const PropertyListValue& before(std::size_t layer) const {
+        return foundIn(dictionaryOf_[layer]);
+    }
+    [[nodiscard]] const PropertyListValue& now(std::size_t layer) const {
+        return foundIn(dictionaryOf_[layer + LayerValues::count]);
+    }
+    [[nodiscard]] LayerValues allBefore() const { return allFrom(0); }
+    [[nodiscard]] LayerValues allNow() const { return allFrom(LayerValues::count); }
+    /// @}
+
+  private:
+    static constexpr std::size_t ofBoth = 2 * LayerValues::count;
+    static constexpr std::size_t noDictionary = ofBoth;
+
+    void add(const PropertyListValue& value, std::size_t place) {
+        if (!value.isDictionary()) return;
+        const NSDictionary dictionary = value.dictionary();
+        std::size_t index = 0;
+        while (index < dictionaries_.size() && !dictionaries_[index].isIdenticalTo(dictionary))
+            ++index;
+        if (index == dictionaries_.size()) dictionaries_.push_back(dictionary);
+        dictionaryOf_[place] = index;
+    }
+    [[nodiscard]] const PropertyListValue& foundIn(std::size_t index) const {
+        static constexpr PropertyListValue null;
+        return index == noDictionary ? null : found_[index];
+    }
+    [[nodiscard]] LayerValues allFrom(std::size_t first) const {
+        LayerValues all;
+        for (std::size_t layer = 0; layer < LayerValues::count; ++layer)
+            all.values[layer] = foundIn(dictionaryOf_[first + layer]);
+        return all;
+    }
+
+    std::vector<NSDictionary> dictionaries_;  // each once
+    std::array<std::size_t, ofBoth> dictionaryOf_{};
+    std::array<PropertyListValue, ofBoth> found_;
+};
+
+void LayerComparison::compare(const LayerValues& before, const LayerValues& now) {
+    std::string start;
+    compareBelow(before, now, start);
+}
+
+void LayerComparison::compareBelow(const LayerValues& before, const LayerValues& now,
+                                   std::string& start) {
+    const auto areIdentical = [](const auto& one, const auto& other) {
+        return one.isIdenticalTo(other);
+    };
+    if (std::ranges::equal(before.values, now.values, areIdentical)) return;
+    Level level(before, now);
+    for (std::size_t index = 0; index < level.dictionaries().size(); ++index)
+        for (const auto& [key, value] : level.dictionaries()[index])
+            if (level.take(key, index)) compareKey(level, key, start);
+}
+
+void LayerComparison::compareKey(const Level& level, std::string_view key, std::string& start) {
+    bool isPlaceDifferent = false;
+    bool isAnyLevel = false;
+    for (std::size_t layer = 0; layer < LayerValues::count; ++layer) {
+        const PropertyListValue& before = level.before(layer);
+        const PropertyListValue& now = level.now(layer);
+        if (before.isIdenticalTo(now)) continue;
+        const bool areLevels = isLevel(before) && isLevel(now);
+        isAnyLevel = isAnyLevel || isLevel(before) || isLevel(now);
+        isPlaceDifferent = isPlaceDifferent || !(areLevels || isSameValue(before, now));
+    }
+    if (!isPlaceDifferent && !isAnyLevel) return;
+    if (key.find('.') != key.npos) {
+        constexpr auto stored = static_cast<std::size_t>(Layer::Stored);
+        unreached_ += leavesOf(level.now(stored)) - leavesOf(level.before(stored));
+        return;
+    }
+    const std::size_t end = start.size();
+    start += key;
+    if (isPlaceDifferent) visitor_(start, level.allNow());
+    if (isAnyLevel) {
+        start += '.';
+        compareBelow(level.allBefore(), level.allNow(), start);
+    }
+    start.resize(end);
+}
+
+}  // namespace Tool
