@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The program qrvsettings-window: a window, or with `--apply-edits` the process that applies the
-// edits of one.
+// The program qrvsettings-window: a window, or the process that does something for one. With
+// `--apply-edits` that applies its edits, with `--examine` it examines the settings file.
 
 #include <QApplication>
 #include <QMainWindow>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Edits/ApplyEdits.h"
+#include "Panes/Findings.h"
 #include "Platform/System/System.h"
 #include "Reporting/Failure.h"
 #include "Session/Session.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
     setNSLogSink([](const std::string&) {});
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (arguments == std::vector<std::string>{"--apply-edits"}) return Tool::runApplyProcess();
+    if (arguments == std::vector<std::string>{"--examine"}) return QRVWindow::examineProcess();
     const QRVWindow::Start start = QRVWindow::startOf(arguments);
     if (start.answer) return answer(*start.answer);
     try {
