@@ -186,8 +186,7 @@ QString judgeSmall(const PropertyListValue& value) {
 }
 
 void chooseKind(const Desk& desk, const char* name) {
-    auto* const button = desk.part<QToolButton>();
-    QMenu* const menu = button->menu();
+    auto* const menu = desk.part<QMenu>();
     Q_EMIT menu->aboutToShow();
     for (QAction* const action : menu->actions())
         if (action->text() == QLatin1String(name)) return action->trigger();
