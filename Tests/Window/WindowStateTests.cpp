@@ -24,7 +24,6 @@ std::filesystem::path file() {
 WindowState someState() {
     WindowState state;
     state.geometry = QByteArray("\0\1\xff geometry", 12);
-    state.panes = "panes";
     state.split = "split";
     state.columns = "columns";
     state.isFlat = true;

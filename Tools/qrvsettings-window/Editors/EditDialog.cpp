@@ -14,9 +14,9 @@
 #include <algorithm>
 
 #include "Editors/Kinds.h"
+#include "Editors/WrappedLabel.h"
 #include "Edits/EditCommands.h"
 #include "Look/Text.h"
-#include "Settings/SettingDescription.h"
 #include "Settings/SettingObjections.h"
 
 namespace QRVWindow {
@@ -38,15 +38,6 @@ bool hasSameRules(const Tool::KnownSetting& one, const Tool::KnownSetting& other
                       other.choices.end(), isSame);
 }
 
-/// Shown from left to right, whatever the language of the window.
-QLabel* makeLabel(const QString& text, QWidget* parent) {
-    auto* const label = new QLabel(text, parent);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    return label;
-}
-
 QPlainTextEdit* makeReadOnlyLines(const QString& name, int lineCount, QWidget* parent) {
     auto* const lines = new QPlainTextEdit(parent);
     lines->setReadOnly(true);
@@ -54,8 +45,9 @@ QPlainTextEdit* makeReadOnlyLines(const QString& name, int lineCount, QWidget* p
     lines->setLayoutDirection(Qt::LeftToRight);
     lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     lines->setAccessibleName(name);
+    const int line = lines->fontMetrics().lineSpacing();
     const int margins = 2 * (lines->frameWidth() + qRound(lines->document()->documentMargin()));
-    lines->setFixedHeight(lines->fontMetrics().lineSpacing() * lineCount + margins);
+    lines->setFixedHeight(line * lineCount + margins + line / 3);
     return lines;
 }
 
@@ -82,7 +74,7 @@ class EditDialog::Inside {
     Inside(EditDialog& owner, const Subject& subject);
 
     ValueEditor* editor;
-    QLabel* news;
+    WrappedLabel* news;
 
   private:
     void addHead(QBoxLayout& column);
@@ -104,7 +96,7 @@ class EditDialog::Inside {
 };
 
 EditDialog::Inside::Inside(EditDialog& owner, const Subject& subject)
-    : news(new QLabel(&owner)),
+    : news(new WrappedLabel({}, &owner)),
       owner_(owner),
       subject_(subject),
       setting_(common(subject_.settings, rules_)) {
@@ -116,7 +108,6 @@ EditDialog::Inside::Inside(EditDialog& owner, const Subject& subject)
     editor = new ValueEditor(setting_, ValueEditor::Place::Form, &owner_);
     editor->setJudge([this](const PropertyListValue& value) { return objectionTo(value); });
     addDefault(*form);
-    news->setWordWrap(true);
     news->hide();
     column->addWidget(news);
     auto* const label = new QLabel(EditDialog::tr("&Value"), &owner_);
@@ -136,17 +127,18 @@ void EditDialog::Inside::addHead(QBoxLayout& column) {
     if (isOne()) {
         const QString keyPath = keyPathInSentence(setting_.keyPath);
         owner_.setWindowTitle(EditDialog::tr("Edit %1").arg(keyPath));
-        auto* const head = makeLabel(keyPath, &owner_);
+        auto* const head = new WrappedLabel(keyPath, &owner_);
         QFont font = head->font();
         font.setBold(true);
         head->setFont(font);
         column.addWidget(head);
         if (setting_.known != nullptr && !setting_.known->sentence.empty())
-            column.addWidget(makeLabel(fromText(setting_.known->sentence), &owner_));
+            column.addWidget(new WrappedLabel(fromText(setting_.known->sentence), &owner_));
         return;
     }
     owner_.setWindowTitle(EditDialog::tr("Set %n settings to one value", "", count));
-    column.addWidget(makeLabel(EditDialog::tr("%n settings get this value:", "", count), &owner_));
+    column.addWidget(
+        new WrappedLabel(EditDialog::tr("%n settings get this value:", "", count), &owner_));
     constexpr int mostLines = 6;
     auto* const names =
         makeReadOnlyLines(EditDialog::tr("Settings"), std::min(count, mostLines), &owner_);
@@ -160,21 +152,21 @@ void EditDialog::Inside::addHead(QBoxLayout& column) {
 void EditDialog::Inside::addFacts(QFormLayout& form) {
     const Kind kind = setting_.known != nullptr ? setting_.known->kind : Kind::Null;
     if (kind != Kind::Null)
-        form.addRow(EditDialog::tr("Kind:"), makeLabel(kindText(kind), &owner_));
-    const QString range =
-        setting_.known == nullptr ? QString() : fromText(Tool::rangeInWords(*setting_.known));
-    if (!range.isEmpty()) form.addRow(EditDialog::tr("Range:"), makeLabel(range, &owner_));
+        form.addRow(EditDialog::tr("Kind:"), new WrappedLabel(kindText(kind), &owner_));
     if (!subject_.profile.isEmpty())
-        form.addRow(EditDialog::tr("Profile:"), makeLabel(leftToRight(subject_.profile), &owner_));
+        form.addRow(EditDialog::tr("Profile:"),
+                    new WrappedLabel(leftToRight(subject_.profile), &owner_));
     if (!isOne() && setting_.value.isNull())
-        form.addRow(EditDialog::tr("Now:"), makeLabel(EditDialog::tr("different values"), &owner_));
+        form.addRow(EditDialog::tr("Now:"),
+                    new WrappedLabel(EditDialog::tr("different values"), &owner_));
 }
 
 void EditDialog::Inside::addDefault(QFormLayout& form) {
     if (setting_.byDefault.isNull()) return;
     constexpr qsizetype longest = 200;
     auto* const row = new QHBoxLayout;
-    row->addWidget(makeLabel(leftToRight(valueAsText(setting_.byDefault, longest)), &owner_), 1);
+    row->addWidget(new WrappedLabel(leftToRight(valueAsText(setting_.byDefault, longest)), &owner_),
+                   1);
     auto* const button = new QPushButton(EditDialog::tr("Use the &default"), &owner_);
     button->setAutoDefault(false);
     row->addWidget(button, 0, Qt::AlignTop);
@@ -241,7 +233,8 @@ QString EditDialog::Inside::objectionTo(const PropertyListValue& value) const {
 EditDialog::EditDialog(const Subject& subject, QWidget* parent)
     : QDialog(parent), inside_(std::make_unique<Inside>(*this, subject)) {
     constexpr int charactersOfLine = 70;
-    resize(fontMetrics().averageCharWidth() * charactersOfLine, sizeHint().height());
+    const int width = fontMetrics().averageCharWidth() * charactersOfLine;
+    resize(width, layout()->totalHeightForWidth(width));
 }
 
 EditDialog::~EditDialog() = default;
@@ -266,7 +259,7 @@ std::optional<PropertyListValue> EditDialog::value() const {
 }
 
 void EditDialog::setNews(const QString& news) {
-    inside_->news->setText(news);
+    inside_->news->setWrappedText(news);
     inside_->news->setHidden(news.isEmpty());
 }
 

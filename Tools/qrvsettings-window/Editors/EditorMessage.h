@@ -4,9 +4,10 @@
 // What an editor says about the value that is typed.
 
 #include <QFrame>
-#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+
+#include "Editors/WrappedLabel.h"
 
 namespace QRVWindow {
 
@@ -32,7 +33,7 @@ class EditorMessage : public QFrame {
   private:
     void place();
     QPointer<QWidget> beside_;
-    QLabel* text_;
+    WrappedLabel* text_;
     QPushButton* storeAnyway_;
 };
 

@@ -107,11 +107,16 @@ FieldSubject ValueEditor::Inside::subjectOf(const PropertyListValue& value) cons
 }
 
 void ValueEditor::Inside::makeKindButton() {
-    kinds_->setPopupMode(QToolButton::InstantPopup);
-    kinds_->setAutoRaise(true);
     kinds_->setMenu(new QMenu(kinds_));
     kinds_->setFocusPolicy(Qt::TabFocus);
-    kinds_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    if (place == Place::Form) {
+        kinds_->setPopupMode(QToolButton::InstantPopup);
+        kinds_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    } else {
+        kinds_->setAutoRaise(true);
+        kinds_->setArrowType(Qt::DownArrow);
+        QObject::connect(kinds_, &QToolButton::clicked, kinds_, &QToolButton::showMenu);
+    }
     QObject::connect(kinds_->menu(), &QMenu::aboutToShow, &owner, [this] { fillMenu(); });
 }
 

@@ -15,7 +15,6 @@ namespace {
 
 /// As they are named in the file.
 constexpr QLatin1String geometryKey("geometry");
-constexpr QLatin1String panesKey("panes");
 constexpr QLatin1String splitKey("split");
 constexpr QLatin1String columnsKey("columns");
 constexpr QLatin1String flatKey("flat");
@@ -28,7 +27,6 @@ void say(const QString& sentence) {
 WindowState stateIn(const QSettings& file) {
     WindowState state;
     state.geometry = file.value(geometryKey).toByteArray();
-    state.panes = file.value(panesKey).toByteArray();
     state.split = file.value(splitKey).toByteArray();
     state.columns = file.value(columnsKey).toByteArray();
     state.isFlat = file.value(flatKey).toBool();
@@ -38,7 +36,6 @@ WindowState stateIn(const QSettings& file) {
 
 void put(const WindowState& state, QSettings& file) {
     file.setValue(geometryKey, state.geometry);
-    file.setValue(panesKey, state.panes);
     file.setValue(splitKey, state.split);
     file.setValue(columnsKey, state.columns);
     file.setValue(flatKey, state.isFlat);

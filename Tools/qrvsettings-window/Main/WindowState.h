@@ -11,7 +11,6 @@ namespace QRVWindow {
 
 struct WindowState {
     QByteArray geometry;  ///< as `QWidget::saveGeometry` gives it; empty when nothing is kept
-    QByteArray panes;     ///< as `QMainWindow::saveState`
     QByteArray split;     ///< as `QSplitter::saveState`
     QByteArray columns;   ///< as `QHeaderView::saveState`
     bool isFlat = false;

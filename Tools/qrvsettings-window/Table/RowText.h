@@ -3,6 +3,7 @@
 
 // What the cells of a setting's row say.
 
+#include <QCoreApplication>
 #include <QString>
 #include <map>
 #include <set>

@@ -198,16 +198,29 @@ bool RowView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
     return isEditing;
 }
 
-/// A value that is whole is taken when somebody goes elsewhere; one that is not stays open.
+/// What can be taken as it is when somebody goes elsewhere. Anything else waits for its person.
+bool RowView::isWhole(const ValueEditor& editor) {
+    return editor.value().has_value() && editor.objection().isEmpty();
+}
+
 void RowView::leaveEditor(const QWidget* from, const QWidget* to) {
     auto* editor = qobject_cast<ValueEditor*>(editor_.data());
     if (editor == nullptr || from == nullptr || to == nullptr || to->window() != window()) return;
     const auto isInside = [&](const QWidget* widget) {
         return widget == editor || editor->isAncestorOf(widget);
     };
-    if (!isInside(from) || isInside(to) || !editor->value()) return;
+    if (!isInside(from) || isInside(to) || !isWhole(*editor)) return;
     commitData(editor);
     closeEditor(editor, QAbstractItemDelegate::NoHint);
+}
+
+/// Another row would close an editor whose value is not whole, and lose it.
+bool RowView::isHeldByEditor() {
+    auto* editor = qobject_cast<ValueEditor*>(editor_.data());
+    if (editor == nullptr || isWhole(*editor)) return false;
+    editor->setFocus();
+    editor->commit();
+    return true;
 }
 
 // --------------------------------------------------------------------------- keys and the mouse
@@ -219,6 +232,7 @@ void RowView::keyPressEvent(QKeyEvent* event) {
         event->ignore();
         return;
     }
+    if (isHeldByEditor()) return;
     if (isPlain && currentIndex().isValid()) {
         const int line = currentIndex().row();
         const bool isLevel = rows_.lineAt(line).isLevel();
@@ -291,6 +305,7 @@ int RowView::levelWithArrowAt(const QPoint& position) const {
 }
 
 void RowView::mousePressEvent(QMouseEvent* event) {
+    if (isHeldByEditor()) return;
     const int level = event->button() == Qt::LeftButton ? levelWithArrowAt(event->pos()) : -1;
     if (level < 0) {
         QTreeView::mousePressEvent(event);

@@ -11,12 +11,17 @@
 
 namespace QRVWindow {
 
+class ValueEditor;
+
 /// The list of settings. What a person is at stays where it is while lines change, come and go: the
 /// line at the top, the current one, the selected ones, and an editor with what is typed in it.
 ///
 /// Enter and F2 edit the value of the current row, and open or close a level. Left and Right close
 /// and open levels, and go to the level above or the line below; + and - open and close; * opens
 /// all below. Escape, and every other key that means nothing here, is passed on.
+///
+/// A value is taken when somebody goes elsewhere, unless it is wrong or unusual: then the editor
+/// keeps the current row until Enter or Escape.
 class RowView : public QTreeView {
     Q_OBJECT
 
@@ -70,7 +75,9 @@ class RowView : public QTreeView {
     bool handleLevelKey(int key);
     void goOut(int line);
     void goIn(int line);
+    [[nodiscard]] static bool isWhole(const ValueEditor& editor);
     void leaveEditor(const QWidget* from, const QWidget* to);
+    [[nodiscard]] bool isHeldByEditor();
     [[nodiscard]] int levelWithArrowAt(const QPoint& position) const;
     [[nodiscard]] QModelIndex valueOf(const QModelIndex& index) const;
 
