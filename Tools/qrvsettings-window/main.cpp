@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The program qrvsettings-window: a window, or with `--apply-edits` the process that applies the
-// edits of one, or with `--examine` the one that examines the settings for one.
+// The program qrvsettings-window: a window, or the process that does something for one. With
+// `--apply-edits` that applies its edits, with `--examine` it examines the settings file.
 
 #include <QApplication>
 #include <QMainWindow>

@@ -63,14 +63,35 @@ SavesModel::SavesModel(QObject* parent) : QAbstractTableModel(parent) {}
 void SavesModel::setSaves(std::vector<QRVHistorySave> saves) {
     beginResetModel();
     saves_ = std::move(saves);
+    choose();
+    endResetModel();
+}
+
+void SavesModel::setFilter(const QString& text) {
+    beginResetModel();
+    filter_ = text;
+    choose();
+    endResetModel();
+}
+
+bool SavesModel::isLetThrough(const QRVHistorySave& save) const {
+    const auto holdsIt = [this](const std::string& text) {
+        return fromText(text).contains(filter_, Qt::CaseInsensitive);
+    };
+    return filter_.isEmpty() || holdsIt(save.program) ||
+           std::any_of(save.changes.begin(), save.changes.end(),
+                       [&holdsIt](const auto& change) { return holdsIt(change.keyPath); });
+}
+
+void SavesModel::choose() {
     shown_.clear();
     settings_.clear();
-    for (std::size_t index = 0; index < saves_.size(); ++index)
-        if (const std::size_t count = settingsChangedBy(saves_[index]); count > 0) {
-            shown_.push_back(index);
-            settings_.push_back(count);
-        }
-    endResetModel();
+    for (std::size_t index = 0; index < saves_.size(); ++index) {
+        const std::size_t count = settingsChangedBy(saves_[index]);
+        if (count == 0 || !isLetThrough(saves_[index])) continue;
+        shown_.push_back(index);
+        settings_.push_back(count);
+    }
 }
 
 std::vector<QRVHistorySave> SavesModel::savesFrom(int row) const {

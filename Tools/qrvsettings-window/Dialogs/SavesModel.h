@@ -46,6 +46,8 @@ class SavesModel : public QAbstractTableModel {
 
     /// The latest first. Saves that changed nothing but the store's records have no line.
     void setSaves(std::vector<QRVHistorySave> saves);
+    /// Only saves of a program, or of settings, that are called so have a line.
+    void setFilter(const QString& text);
     /// All of them.
     [[nodiscard]] const std::vector<QRVHistorySave>& saves() const { return saves_; }
     [[nodiscard]] const QRVHistorySave& saveAt(int row) const {
@@ -63,6 +65,10 @@ class SavesModel : public QAbstractTableModel {
                                       int role) const override;
 
   private:
+    void choose();
+    [[nodiscard]] bool isLetThrough(const QRVHistorySave& save) const;
+
+    QString filter_;
     std::vector<QRVHistorySave> saves_;
     std::vector<std::size_t> shown_;     ///< those with a line
     std::vector<std::size_t> settings_;  ///< how many settings each of these has changed
