@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Edits/EditTable.h"
 
+#include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
 
 namespace Tool {
@@ -8,6 +9,15 @@ namespace Tool {
 std::string SettingPlace::storedKeyPath() const {
     if (profile.empty()) return keyPath;
     return std::string(QRVStoreKeyPaths::profiles) + "." + profile + "." + keyPath;
+}
+
+SettingPlace placeOfStored(std::string_view storedKeyPath) {
+    const std::string_view plain = QRVPlainKeyPath(storedKeyPath);
+    if (plain.size() == storedKeyPath.size()) return {std::string(plain), ""};
+    // "Profiles.Settings.NAME." stands before it.
+    std::string_view profile = storedKeyPath.substr(QRVStoreKeyPaths::profiles.size() + 1);
+    profile.remove_suffix(plain.size() + 1);
+    return {std::string(plain), std::string(profile)};
 }
 
 const PendingEdit* EditTable::at(const std::string& storedKeyPath) const {

@@ -22,6 +22,9 @@ struct SettingPlace {
     auto operator<=>(const SettingPlace&) const = default;
 };
 
+/// The place whose `storedKeyPath` this is.
+SettingPlace placeOfStored(std::string_view storedKeyPath);
+
 struct PendingEdit {
     SettingPlace place;
     /// What the file held when the setting was first edited; null when nothing.
