@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Text/KeyPaths.h"
+
 namespace Tool {
 namespace {
 
@@ -48,17 +50,6 @@ bool isSameValue(const PropertyListValue& one, const PropertyListValue& other) {
         default:
             return false;
     }
-}
-
-PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath) {
-    PropertyListValue value = tree;
-    while (value.isDictionary()) {
-        const std::size_t end = keyPath.find('.');
-        value = value.dictionary().objectForKey(keyPath.substr(0, end));
-        if (end == keyPath.npos) return value;
-        keyPath.remove_prefix(end + 1);
-    }
-    return nullptr;
 }
 
 LayerValues LayerValues::at(std::string_view keyPath) const {

@@ -10,6 +10,7 @@
 #include "Rows/RowFilter.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
+#include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
