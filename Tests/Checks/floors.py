@@ -35,7 +35,7 @@ ROOMS = {
     "Tools/settings-editing/Doctor": ("Values", "PropertyLists", "Files", "Presenters", "QRVSettings", "Reporting",
                                       "Text", "Settings"),
     "Tools/settings-editing/Rows": ("Values", "QRVSettings", "Reporting", "Text", "Settings"),
-    "Tools/settings-editing/Edits": ("Values", "PropertyLists", "Files", "QRVSettings", "QRVHistory", "Reporting", "Text",
+    "Tools/settings-editing/Edits": ("Values", "PropertyLists", "Log", "Files", "QRVSettings", "QRVHistory", "Reporting", "Text",
                                      "History", "Settings", "Rows"),
     "Tools/qrvsettings/Process": ("PropertyLists", "Files", "Reporting"),
     "Tools/qrvsettings/Options": ("QRVSettings", "Reporting", "Text", "Settings", "Process", "History"),

@@ -28,8 +28,8 @@ QPixmap swatchOf(const NSColor& color) {
 
 }  // namespace
 
-ChangeModel::ChangeModel(QStringList headers, QObject* parent)
-    : QAbstractTableModel(parent), headers_(std::move(headers)) {}
+ChangeModel::ChangeModel(QStringList headers, QObject* parent, AtFirst atFirst)
+    : QAbstractTableModel(parent), headers_(std::move(headers)), atFirst_(atFirst) {}
 
 bool ChangeModel::hasSamePlaces(const std::vector<ChangeLine>& lines) const {
     return std::equal(lines.begin(), lines.end(), lines_.begin(), lines_.end(),
@@ -45,15 +45,14 @@ void ChangeModel::setLines(std::vector<ChangeLine> lines) {
     }
     beginResetModel();
     lines_ = std::move(lines);
-    std::set<Tool::SettingPlace> unchecked;
     rows_.clear();
-    for (const ChangeLine& line : lines_) {
-        rows_.emplace(line.place, static_cast<int>(rows_.size()));
-        if (unchecked_.contains(line.place)) unchecked.insert(line.place);
-    }
-    unchecked_ = std::move(unchecked);
+    for (const ChangeLine& line : lines_) rows_.emplace(line.place, static_cast<int>(rows_.size()));
     endResetModel();
     Q_EMIT checkedChanged();
+}
+
+void ChangeModel::forgetMarksOfOthers() {
+    std::erase_if(toggled_, [this](const auto& place) { return !rows_.contains(place); });
 }
 
 int ChangeModel::rowOf(const Tool::SettingPlace& place) const {
@@ -62,15 +61,15 @@ int ChangeModel::rowOf(const Tool::SettingPlace& place) const {
 }
 
 bool ChangeModel::isChecked(const Tool::SettingPlace& place) const {
-    return !unchecked_.contains(place);
+    return toggled_.contains(place) == (atFirst_ == AtFirst::Unchecked);
 }
 
 void ChangeModel::setChecked(const std::vector<Tool::SettingPlace>& places, bool isChecked) {
     for (const Tool::SettingPlace& place : places) {
-        if (isChecked)
-            unchecked_.erase(place);
+        if (isChecked == (atFirst_ == AtFirst::Checked))
+            toggled_.erase(place);
         else
-            unchecked_.insert(place);
+            toggled_.insert(place);
     }
     if (!lines_.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::CheckStateRole});

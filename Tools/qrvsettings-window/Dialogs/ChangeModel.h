@@ -36,9 +36,11 @@ class ChangeModel : public QAbstractTableModel {
     /// Its data is the text of a cell without marks for the direction.
     static constexpr int PlainTextRole = Qt::UserRole + 1;
 
-    explicit ChangeModel(QStringList headers, QObject* parent = nullptr);
+    enum class AtFirst { Checked, Unchecked };
+    explicit ChangeModel(QStringList headers, QObject* parent = nullptr,
+                         AtFirst atFirst = AtFirst::Checked);
 
-    /// Lines of places that were shown before keep their check mark; new ones have one.
+    /// Check marks belong to places, whether they have a line or not.
     void setLines(std::vector<ChangeLine> lines);
     [[nodiscard]] const std::vector<ChangeLine>& lines() const { return lines_; }
     [[nodiscard]] const ChangeLine& lineAt(int row) const {
@@ -48,7 +50,9 @@ class ChangeModel : public QAbstractTableModel {
 
     [[nodiscard]] bool isChecked(const Tool::SettingPlace& place) const;
     void setChecked(const std::vector<Tool::SettingPlace>& places, bool isChecked);
-    /// In the order of the lines.
+    /// Places without a line are as at first.
+    void forgetMarksOfOthers();
+    /// Those that have a line, in the order of the lines.
     [[nodiscard]] std::vector<Tool::SettingPlace> checkedPlaces() const;
     /// Gives a column an editor, which the view's delegate makes, on lines that are marked.
     void setEditableColumn(int column) { editableColumn_ = column; }
@@ -71,7 +75,8 @@ class ChangeModel : public QAbstractTableModel {
     QStringList headers_;
     std::vector<ChangeLine> lines_;
     std::map<Tool::SettingPlace, int> rows_;  ///< where the lines stand
-    std::set<Tool::SettingPlace> unchecked_;
+    std::set<Tool::SettingPlace> toggled_;    ///< whose check mark is another one than at first
+    AtFirst atFirst_;
     int editableColumn_ = -1;
 };
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Dialogs/ReviewDialog.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -20,7 +19,7 @@
 #include "Edits/EditCommands.h"
 #include "Look/Signs.h"
 #include "Look/Text.h"
-#include "Panes/ApplyProgress.h"
+#include "Session/ApplyProgress.h"
 
 namespace QRVWindow {
 namespace {
@@ -57,15 +56,6 @@ class ChoiceDelegate : public QStyledItemDelegate {
     Settle settle_;
 };
 
-QLabel* makeLabel(QWidget* parent, const QString& name) {
-    auto* const label = new QLabel(parent);
-    label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setObjectName(name);
-    return label;
-}
-
 QString applyText(std::size_t count) {
     return count == 0 ? ReviewDialog::tr("&Apply")
                       : ReviewDialog::tr("&Apply %1").arg(QLocale().toString(qulonglong{count}));
@@ -80,32 +70,23 @@ QStringList headers() {
 
 }  // namespace
 
-ReviewDialog::ReviewDialog(Session& session, QWidget* parent)
-    : QDialog(parent), session_(session), model_(headers(), this) {
+ReviewDialog::ReviewDialog(Session& theSession, QWidget* parent)
+    : LiveDialog(theSession, parent), model_(headers(), this) {
     setWindowTitle(tr("Review pending edits"));
     setObjectName(QStringLiteral("reviewDialog"));
     model_.setEditableColumn(Choice);
-    progress_ = new ApplyProgress(session_, this);
+    progress_ = new ApplyProgress(session(), this);
     arrange();
-    connect(&session_, &Session::pendingChanged, this, [this] { follow(); });
-    connect(&session_, &Session::tableChanged, this, [this] { follow(); });
-    connect(&session_, &Session::changesChanged, this, [this] { follow(); });
-    connect(&session_, &Session::fileStateChanged, this, [this] { follow(); });
-    connect(&session_, &Session::applyingChanged, this, [this] { follow(); });
     connect(progress_, &ApplyProgress::changed, this, [this] { showState(); });
-    connect(progress_, &ApplyProgress::ended, state_, [this] {
-        QAccessibleEvent event(state_, QAccessible::Alert);
-        QAccessible::updateAccessibility(&event);
-    });
+    connect(progress_, &ApplyProgress::ended, this, [this] { announce(state_); });
     connect(&model_, &ChangeModel::checkedChanged, this, [this] { showState(); });
     connect(view_, &ChangeView::selectionChangedByAnyone, this, [this] { showState(); });
-    showLines();
     view_->setFocus();
 }
 
 void ReviewDialog::arrange() {
     auto* const layout = new QVBoxLayout(this);
-    summary_ = makeLabel(this, QStringLiteral("reviewSummary"));
+    summary_ = makeLabel(QStringLiteral("reviewSummary"));
     layout->addWidget(summary_);
     view_ = new ChangeView(model_, this);
     view_->setAccessibleName(tr("Pending edits"));
@@ -114,9 +95,9 @@ void ReviewDialog::arrange() {
                                         model_,
                                         [this](const Tool::SettingPlace& place, bool isMine) {
                                             if (isMine)
-                                                session_.keepMine(place);
+                                                session().keepMine(place);
                                             else
-                                                session_.takeTheirs(place);
+                                                session().takeTheirs(place);
                                         },
                                         this));
     layout->addWidget(view_, 1);
@@ -130,7 +111,7 @@ void ReviewDialog::arrange() {
     row->addWidget(mine_);
     row->addWidget(theirs_);
     layout->addLayout(row);
-    state_ = makeLabel(this, QStringLiteral("reviewState"));
+    state_ = makeLabel(QStringLiteral("reviewState"));
     layout->addWidget(state_);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     makeButtons(*buttons);
@@ -147,8 +128,8 @@ void ReviewDialog::makeButtons(QDialogButtonBox& buttons) {
         button->setAutoDefault(false);
     connect(copy_, &QPushButton::clicked, this, [this] { copyCommands(); });
     connect(discard_, &QPushButton::clicked, this,
-            [this] { session_.discard(model_.checkedPlaces()); });
-    connect(stop_, &QPushButton::clicked, this, [this] { session_.stopApplying(); });
+            [this] { session().discard(model_.checkedPlaces()); });
+    connect(stop_, &QPushButton::clicked, this, [this] { session().stopApplying(); });
     connect(apply_, &QPushButton::clicked, this, [this] { apply(); });
     connect(&buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     auto* const shortcut = new QAction(this);
@@ -156,18 +137,6 @@ void ReviewDialog::makeButtons(QDialogButtonBox& buttons) {
         {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)});
     connect(shortcut, &QAction::triggered, this, [this] { apply_->click(); });
     addAction(shortcut);
-}
-
-void ReviewDialog::follow() {
-    if (isFollowing_) return;
-    isFollowing_ = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            isFollowing_ = false;
-            showLines();
-        },
-        Qt::QueuedConnection);
 }
 
 QString ReviewDialog::noteOn(const Tool::PendingEdit& edit, const PropertyListValue& inFile) const {
@@ -178,7 +147,7 @@ QString ReviewDialog::noteOn(const Tool::PendingEdit& edit, const PropertyListVa
 
 ChangeLine ReviewDialog::lineOf(const Tool::PendingEdit& edit,
                                 const Tool::EditConflict* conflict) const {
-    const PropertyListValue inFile = storedAt(session_, edit.place);
+    const PropertyListValue inFile = storedAt(session(), edit.place);
     const KindShown kinds = kindShownFor({inFile, edit.base, edit.value});
     const std::string& keyPath = edit.place.keyPath;
     const QString note = conflict == nullptr
@@ -187,16 +156,16 @@ ChangeLine ReviewDialog::lineOf(const Tool::PendingEdit& edit,
                                    .arg(signOf(RowState::Conflict));
     return {.place = edit.place,
             .cells = {keyPathCell(keyPath), profileCell(edit.place.profile),
-                      valueCell(session_, keyPath, inFile, kinds),
-                      valueCell(session_, keyPath, edit.base, kinds),
-                      resultCell(session_, edit.place, edit.value, kinds), wordsCell(note),
+                      valueCell(session(), keyPath, inFile, kinds),
+                      valueCell(session(), keyPath, edit.base, kinds),
+                      resultCell(session(), edit.place, edit.value, kinds), wordsCell(note),
                       wordsCell(conflict == nullptr ? QString() : tr("not settled"))},
             .isMarked = conflict != nullptr};
 }
 
-void ReviewDialog::showLines() {
+void ReviewDialog::showSession() {
     if (!objections_) objections_.emplace();
-    const std::vector<Tool::EditConflict> conflicts = session_.conflicts();
+    const std::vector<Tool::EditConflict> conflicts = session().conflicts();
     std::map<Tool::SettingPlace, const Tool::EditConflict*> byPlace;
     conflicts_.clear();
     for (const Tool::EditConflict& conflict : conflicts) {
@@ -205,7 +174,7 @@ void ReviewDialog::showLines() {
     }
     std::vector<ChangeLine> lines;
     bool haveProfiles = false;
-    for (const auto& [place, edit] : session_.pending().edits()) {
+    for (const auto& [place, edit] : session().pending().edits()) {
         const auto found = byPlace.find(place);
         lines.push_back(lineOf(edit, found == byPlace.end() ? nullptr : found->second));
         haveProfiles = haveProfiles || !place.profile.empty();
@@ -213,6 +182,7 @@ void ReviewDialog::showLines() {
     view_->setColumnHidden(Profile, !haveProfiles);
     view_->setColumnHidden(Choice, conflicts.empty());
     model_.setLines(std::move(lines));
+    model_.forgetMarksOfOthers();
     showState();
 }
 
@@ -230,7 +200,7 @@ std::vector<Tool::SettingPlace> ReviewDialog::selectedConflicts() const {
 
 QString ReviewDialog::stateText(std::size_t unsettled) const {
     QStringList lines = {progress_->line(), progress_->details()};
-    const FileState& file = session_.fileState();
+    const FileState& file = session().fileState();
     if (!file.isWritable() && !model_.lines().empty())
         lines.append(
             tr("Cannot be applied: %1").arg(file.readOnly.isEmpty() ? file.fault : file.readOnly));
@@ -256,11 +226,11 @@ void ReviewDialog::showState() {
                                         "", static_cast<int>(count)));
     state_->setText(stateText(conflicts_.size()));
     state_->setVisible(!state_->text().isEmpty());
-    const bool isApplying = session_.isApplying();
+    const bool isApplying = session().isApplying();
     const std::size_t applicable = applicablePlaces().size();
     const bool isAnyChecked = !model_.checkedPlaces().empty();
     apply_->setText(applyText(applicable));
-    apply_->setEnabled(applicable > 0 && !isApplying && session_.fileState().isWritable());
+    apply_->setEnabled(applicable > 0 && !isApplying && session().fileState().isWritable());
     copy_->setEnabled(isAnyChecked);
     discard_->setEnabled(isAnyChecked && !isApplying);
     stop_->setVisible(isApplying);
@@ -274,26 +244,26 @@ void ReviewDialog::showState() {
 void ReviewDialog::settle(bool isMine) {
     for (const Tool::SettingPlace& place : selectedConflicts()) {
         if (isMine)
-            session_.keepMine(place);
+            session().keepMine(place);
         else
-            session_.takeTheirs(place);
+            session().takeTheirs(place);
     }
 }
 
 void ReviewDialog::apply() {
-    session_.apply({.places = applicablePlaces()});
+    session().apply({.places = applicablePlaces()});
 }
 
 void ReviewDialog::copyCommands() {
     std::vector<Tool::PendingEdit> edits;
     for (const Tool::SettingPlace& place : model_.checkedPlaces())
-        if (const Tool::PendingEdit* const edit = session_.pending().at(place))
+        if (const Tool::PendingEdit* const edit = session().pending().at(place))
             edits.push_back(*edit);
     QApplication::clipboard()->setText(fromText(Tool::commandsOfEdits(edits)));
 }
 
 void ReviewDialog::reveal(const Tool::SettingPlace& place) {
-    showLines();
+    showSession();
     const int row = model_.rowOf(place);
     if (row < 0) return;
     view_->setCurrentIndex(model_.index(row, 0));

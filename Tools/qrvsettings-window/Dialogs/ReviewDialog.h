@@ -3,17 +3,15 @@
 
 /// The pending edits line by line: what the file holds now, what it held when the setting was first
 /// edited, and what it will hold. Here conflicts are settled, and chosen edits applied, copied as
-/// commands or discarded. The dialog does not block the window, and follows the file and the edits.
+/// commands or discarded.
 
-#include <QDialog>
 #include <optional>
 
 #include "Dialogs/ChangeModel.h"
-#include "Session/Session.h"
+#include "Dialogs/LiveDialog.h"
 #include "Settings/SettingObjections.h"
 
 class QDialogButtonBox;
-class QLabel;
 class QPushButton;
 
 namespace QRVWindow {
@@ -21,7 +19,7 @@ namespace QRVWindow {
 class ApplyProgress;
 class ChangeView;
 
-class ReviewDialog : public QDialog {
+class ReviewDialog : public LiveDialog {
     Q_OBJECT
 
   public:
@@ -33,11 +31,12 @@ class ReviewDialog : public QDialog {
     /// Makes this edit the current one.
     void reveal(const Tool::SettingPlace& place);
 
+  protected:
+    void showSession() override;
+
   private:
     void arrange();
     void makeButtons(QDialogButtonBox& buttons);
-    void follow();
-    void showLines();
     void showState();
     [[nodiscard]] ChangeLine lineOf(const Tool::PendingEdit& edit,
                                     const Tool::EditConflict* conflict) const;
@@ -51,7 +50,6 @@ class ReviewDialog : public QDialog {
     void apply();
     void copyCommands();
 
-    Session& session_;
     std::optional<Tool::SettingObjections> objections_;
     std::set<Tool::SettingPlace> conflicts_;
     ChangeModel model_;
@@ -65,7 +63,6 @@ class ReviewDialog : public QDialog {
     QPushButton* discard_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* apply_ = nullptr;
-    bool isFollowing_ = false;  ///< the lines are to be made when the event loop runs
 };
 
 }  // namespace QRVWindow

@@ -64,7 +64,7 @@ void ChoiceField::addChoices() {
         for (const bool value : {true, false}) addChoice(value, {});
     const PropertyListValue& given = subject().given;
     if (given.isNull()) {
-        if (!subject().startText.isEmpty()) setText(subject().startText);
+        setText(subject().startText);
         indexAtFirst_ = box_->currentIndex();
     } else {
         const auto found = std::find_if(values_.begin(), values_.end(), [&](const auto& value) {

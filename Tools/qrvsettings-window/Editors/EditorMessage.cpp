@@ -5,19 +5,18 @@
 #include <QEvent>
 #include <algorithm>
 
+#include "Editors/FormDialog.h"
+
 namespace QRVWindow {
 
 EditorMessage::EditorMessage(QWidget* parent)
     : QFrame(parent),
-      text_(new QLabel(this)),
+      text_(makeWrappedLabel({}, this)),
       storeAnyway_(new QPushButton(tr("Store it anyway"), this)) {
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(text_, 1);
     row->addWidget(storeAnyway_, 0, Qt::AlignTop);
-    text_->setTextFormat(Qt::PlainText);
-    text_->setWordWrap(true);
-    text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     storeAnyway_->setAutoDefault(false);
     connect(storeAnyway_, &QPushButton::clicked, this, &EditorMessage::storeAnyway);
     hide();

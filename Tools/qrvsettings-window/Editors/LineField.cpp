@@ -75,8 +75,10 @@ QString LineField::remark() const {
     if (isTypedAsJSON_) return tr("as JSON");
     if (subject().kind == Kind::Data) {
         const auto bytes = Tool::dataFromText(text().toStdString());
-        return bytes ? tr("%n byte(s)", "", static_cast<int>(bytes->size())) : QString();
+        return bytes ? tr("%1 B").arg(bytes->size()) : QString();
     }
+    if (subject().kind == Kind::Date && text().contains(QLatin1Char('.')))
+        return tr("the file keeps whole seconds");
     if (subject().known == nullptr) return {};
     const QString unit = QString::fromStdString(subject().known->unit);
     if (subject().place == Place::Cell) return unit;

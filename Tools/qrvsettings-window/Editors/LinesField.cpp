@@ -155,7 +155,7 @@ void DataField::showIn(Form form) {
 
 void DataField::showSize() {
     try {
-        size_->setText(tr("%n byte(s)", "", static_cast<int>(bytesOf(typedValue()).size())));
+        size_->setText(tr("%1 B").arg(bytesOf(typedValue()).size()));
     } catch (const Tool::Failure&) {
         size_->clear();
     }

@@ -8,7 +8,7 @@
 #include <QToolButton>
 
 #include "Look/Text.h"
-#include "Panes/ApplyProgress.h"
+#include "Session/ApplyProgress.h"
 
 namespace QRVWindow {
 namespace {

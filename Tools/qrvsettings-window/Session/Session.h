@@ -33,7 +33,11 @@ class Session : public QObject {
     explicit Session(QObject* parent = nullptr);
     ~Session() override;
 
+    /// What messages call the file, where that is not its location. To be called before `start`.
+    void setFileName(const QString& name);
+
     /// Reads the file and begins to watch it. Nothing is written, created or kept locked.
+    /// `fileStateChanged` follows: until then there are no rows.
     void start();
     /// Reads the file again, as after a notification.
     void reload();
@@ -100,7 +104,7 @@ class Session : public QObject {
     void apply(const ApplyOptions& options);
     [[nodiscard]] bool isApplying() const;
     /// Ends an apply that waits for a lock. Nothing of it is written, unless that has just
-    /// happened.
+    /// happened: what the file then holds is pending no more.
     void stopApplying();
     /// @}
 

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "Commands/CommandTable.h"
-#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -13,6 +12,7 @@
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
+#include "Settings/SettingObjections.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"

@@ -16,18 +16,6 @@
 namespace Tool {
 namespace {
 
-std::string levelText(Finding::Level level) {
-    switch (level) {
-        case Finding::Level::Note:
-            return "note";
-        case Finding::Level::Warning:
-            return "warning";
-        case Finding::Level::Error:
-            break;
-    }
-    return "error";
-}
-
 bool needsAPerson(const Finding& finding) {
     return finding.level != Finding::Level::Note;
 }
@@ -39,13 +27,13 @@ std::string linesOf(const Diagnosis& diagnosis) {
         facts.push_back({fact.name, printable(fact.text)});
     std::string text = factLines(facts);
     for (const Finding& finding : diagnosis.findings)
-        text += "\n" + levelText(finding.level) + ": " + printable(finding.message) +
+        text += "\n" + levelWord(finding.level) + ": " + printable(finding.message) +
                 "\n  to do: " + printable(finding.advice) + "\n";
     return text;
 }
 
 NSDictionary objectOf(const Finding& finding) {
-    return {{"level", levelText(finding.level)},
+    return {{"level", levelWord(finding.level)},
             {"message", finding.message},
             {"advice", finding.advice},
             {"keyPath", orNullMarker(finding.keyPath)}};
@@ -64,11 +52,7 @@ struct Options {
 };
 
 ExitCode doctor(const Options& options) {
-    Diagnosis diagnosis;
-    const NSDictionary settings = examineFile(diagnosis);
-    examineMachine(diagnosis, settings);
-    examineSettings(diagnosis, settings);
-    examineLists(diagnosis);
+    const Diagnosis diagnosis = diagnosisOfSettings();
     print(options.json ? jsonOf(diagnosis) : linesOf(diagnosis));
     return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(), needsAPerson)
                ? ExitCode::NotSet

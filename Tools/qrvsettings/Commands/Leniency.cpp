@@ -56,12 +56,4 @@ void remarkObjections(const NSDictionary& settings) {
                " more settings");
 }
 
-OptionsToSet optionsThatTakeIt() {
-    return [objections = SettingObjections()](const std::string& keyPath,
-                                              const PropertyListValue& value) {
-        return std::string(objections.toKeyPath(keyPath, value).empty() ? "" : "--new ") +
-               (objections.toValue(keyPath, value).empty() ? "" : "--any-kind ");
-    };
-}
-
 }  // namespace Tool

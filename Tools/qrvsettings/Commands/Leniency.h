@@ -10,7 +10,6 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingObjections.h"
-#include "Text/ShellCommands.h"
 
 namespace Tool {
 
@@ -33,8 +32,5 @@ void requireUsualColor(const std::string& keyPath, const ProfileScope& scope,
 
 /// Says what would be refused of these settings, were they set one by one.
 void remarkObjections(const NSDictionary& settings);
-
-/// The options without which another machine would refuse a setting.
-OptionsToSet optionsThatTakeIt();
 
 }  // namespace Tool

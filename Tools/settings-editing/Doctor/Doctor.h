@@ -4,6 +4,7 @@
 // The examination of a settings file: facts, and findings with advice.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Values/PropertyListValue.h"
@@ -16,11 +17,27 @@ struct Finding {
         Warning,  ///< a person should look at it
         Error     ///< the settings cannot be read, or not be saved
     };
+    /// What a program that watches the file sees without an examination.
+    enum class About { Other, Missing, Unreadable, Damaged, NotSavable, Preparation };
     Level level;
     std::string message;
     std::string advice;     ///< what to do, with the command for it if there is one
-    std::string keyPath{};  ///< of the setting concerned, if one is
+    std::string keyPath{};  ///< as it is stored, of the setting concerned, if one is
+    About about = About::Other;
 };
+
+/// "note", "warning" or "error".
+std::string levelWord(Finding::Level level);
+/// The command for a shell that an advice ends with or names first; empty when there is none that
+/// can be run as it stands.
+std::string commandOfAdvice(const std::string& advice);
+
+/// @name Findings from one process to another, on one line without its end
+/// @{
+std::string lineOf(const std::vector<Finding>& findings);
+/// Throws Failure (WrongValue).
+std::vector<Finding> findingsFromLine(std::string_view line);
+/// @}
 
 /// `value` is for programs, `text` for people.
 struct ExaminedFact {
@@ -33,6 +50,10 @@ struct Diagnosis {
     std::vector<ExaminedFact> facts;
     std::vector<Finding> findings;
 };
+
+/// Examines everything below. For a process that has not used the store before, and ends
+/// afterwards.
+Diagnosis diagnosisOfSettings();
 
 /// Examines the settings file and its surroundings. What the file holds becomes the stored tree.
 /// Returns that tree; null when it cannot be read.

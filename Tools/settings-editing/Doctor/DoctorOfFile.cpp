@@ -23,6 +23,7 @@ namespace Tool {
 namespace {
 
 using Kind = PathFacts::Kind;
+using About = Finding::About;
 using Level = Finding::Level;
 
 constexpr unsigned othersMayRead = 044;
@@ -108,8 +109,9 @@ class FileExamination {
     NSDictionary run();
 
   private:
-    void report(Level level, const std::string& message, const std::string& advice) {
-        diagnosis_.findings.push_back({level, message, advice});
+    void report(Level level, const std::string& message, const std::string& advice,
+                About about = About::Other) {
+        diagnosis_.findings.push_back({level, message, advice, "", about});
     }
     void examineKind(const PathFacts& facts);
     void examinePlace(const PathFacts& facts);
@@ -173,7 +175,7 @@ void FileExamination::examineLink(const PathFacts& facts) {
 void FileExamination::examinePlace(const PathFacts& facts) {
     if (facts.kind == Kind::Missing && !facts.error && target_ == location_)
         report(Level::Note, "there is no settings file: everything has its default",
-               "nothing; the first change creates it");
+               "nothing; the first change creates it", About::Missing);
     if (facts.kind == Kind::Folder)
         report(Level::Error, "a folder lies in the place of the settings file: " + target_,
                moveAway(target_, ".folder"));
@@ -192,11 +194,13 @@ void FileExamination::examineContents(const PathFacts& facts,
     if (condition.error)
         report(Level::Error, condition.fault(),
                facts.isOwnedByUser ? "make it readable: chmod u+r " + shellWord(target_)
-                                   : adviceForOwner(target_, false));
+                                   : adviceForOwner(target_, false),
+               About::Unreadable);
     if (!condition.damage.empty())
         report(Level::Error, condition.fault(),
                "repair it by hand, or replace it, which leaves a backup beside the new file: "
-               "qrvsettings import --replace-damaged FILE");
+               "qrvsettings import --replace-damaged FILE",
+               About::Damaged);
 }
 
 void FileExamination::examineRights(const PathFacts& facts) {
@@ -213,7 +217,8 @@ void FileExamination::examineRights(const PathFacts& facts) {
                "the file is read-only, and commands that write refuse it: mode " +
                    modeText(facts.mode),
                "make it writable: chmod u+w " + shellWord(target_) +
-                   "; or overwrite it once with --force");
+                   "; or overwrite it once with --force",
+               About::NotSavable);
     if (const auto fault = faultOfOwner(target_))
         report(Level::Warning, "the file " + *fault, adviceForOwner(target_, false));
     else if (!facts.isOwnedByUser)
@@ -227,7 +232,7 @@ void FileExamination::examineFolder() {
     std::error_code ignored;
     if (!std::filesystem::is_directory(folder, ignored))
         report(Level::Error, "no save can succeed, this is no folder: " + folder,
-               moveAway(folder, ".other"));
+               moveAway(folder, ".other"), About::NotSavable);
     else
         examineRightsOfFolder(folder);
 }
@@ -238,7 +243,7 @@ void FileExamination::examineRightsOfFolder(const std::string& folder) {
         report(Level::Error,
                "no save can succeed, this user may not write into the folder " + folder +
                    (facts.isOwnedByUser ? "" : ", which belongs to another user: " + facts.owner),
-               adviceToWriteInto(folder));
+               adviceToWriteInto(folder), About::NotSavable);
     if (const auto another = folderOfAnother(folder); another && isRoot())
         report(Level::Warning,
                "the folder " + another->path + " belongs to " + factsOfPath(another->path).owner +
@@ -270,7 +275,7 @@ void FileExamination::examineLock() {
             report(Level::Error,
                    "no save can succeed, what lies in the place of the lock file is no file, but " +
                        kindName(factsOfPath(path).kind) + ": " + path,
-                   moveAway(path, ".other"));
+                   moveAway(path, ".other"), About::NotSavable);
             break;
         case LockFacts::State::Unusable:
             add(diagnosis_, "lock", "unusable");
@@ -279,7 +284,8 @@ void FileExamination::examineLock() {
                        ", " + path + unusableOwner(path),
                    factsOfPath(path).isOwnedByUser
                        ? "make it usable for this user: chmod 600 " + shellWord(path)
-                       : adviceForOwner(path, true));
+                       : adviceForOwner(path, true),
+                   About::NotSavable);
             break;
     }
     const bool isNamed =
@@ -312,7 +318,7 @@ void FileExamination::examineLeftOver() {
             break;
         case Kind::Folder:
             report(Level::Error, "no save can succeed, a folder lies where saves begin: " + path,
-                   moveAway(path, ".other"));
+                   moveAway(path, ".other"), About::NotSavable);
             break;
         case Kind::Link:
         case Kind::Other:

@@ -32,11 +32,13 @@ void examinePreparation(Diagnosis& diagnosis) {
     try {
         const PendingChanges neverSaved;
         for (const std::string& note : neverSaved.notes())
-            diagnosis.findings.push_back(
-                {Level::Note, note, "nothing; the next change saves it too"});
+            diagnosis.findings.push_back({Level::Note, note,
+                                          "nothing; the next change saves it too", "",
+                                          Finding::About::Preparation});
     } catch (const Failure& failure) {
-        diagnosis.findings.push_back(
-            {Level::Error, failure.what(), "remove it: qrvsettings unset KEYPATH"});
+        diagnosis.findings.push_back({Level::Error, failure.what(),
+                                      "remove it: qrvsettings unset KEYPATH", "",
+                                      Finding::About::Preparation});
         prepareWithoutStoredSettings();
     }
 }

@@ -14,7 +14,6 @@
 
 #include "History/ToolHistory.h"
 #include "Platform/Files/Files.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "Platform/System/System.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
@@ -88,17 +87,10 @@ std::vector<EditConflict> conflictsWith(const NSDictionary& tree,
     return conflicts;
 }
 
-/// The value as a settings file keeps it.
-PropertyListValue keptValue(const PropertyListValue& value) {
-    if (!hasFractionsOfSeconds(value)) return value;
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
-    return NSPropertyListSerialization::propertyListWithData(written.bytes).value;
-}
-
 /// What equals the default is not stored.
 bool isHeldBy(const NSDictionary& tree, const PendingEdit& edit) {
     const PropertyListValue found = valueIn(tree, edit);
-    return areSameInKind(found, keptValue(edit.value)) ||
+    return areSameInKind(found, asInFile(edit.value)) ||
            (found.isNull() && edit.value == QRVSettingsDefaultForKeyPath(edit.place.keyPath));
 }
 

@@ -10,27 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "Edits/EditTable.h"
 #include "Platform/Values/PropertyListValue.h"
-#include "Text/Differences.h"
 
 namespace Tool {
-
-/// Where the file keeps a setting, and how people name it.
-struct SettingPlace {
-    std::string keyPath;  ///< plain
-    std::string profile;  ///< empty for the application's
-
-    [[nodiscard]] std::string storedKeyPath() const;
-    auto operator<=>(const SettingPlace&) const = default;
-};
-
-struct PendingEdit {
-    SettingPlace place;
-    /// What the file held when the setting was first edited; null when nothing.
-    PropertyListValue base;
-    /// What the file is to hold; null for nothing, so that the default answers.
-    PropertyListValue value;
-};
 
 /// A setting that another process has changed since it was edited.
 struct EditConflict {
@@ -38,8 +21,21 @@ struct EditConflict {
     PropertyListValue theirs;  ///< what the file holds now; null when nothing
 };
 
+/// Edits are those of leaves and of whole dictionaries. No two lead through each other: a later
+/// edit above others replaces them, and a later edit below another one becomes a part of that one's
+/// value. Two ways to name one stored key path are one setting.
+///
+/// Undo follows the values of settings and not the file. When edits have reached the file, undo
+/// makes edits that lead back, and redo makes the edits again; both are conflicts where another
+/// process has changed the setting since. All values are kept as a file keeps them, without
+/// fractions of seconds, and must not change later. Not for several threads at once.
 class PendingEdits {
   public:
+    /// The oldest steps are forgotten so that all steps together change at most so many settings;
+    /// the last step always stays. That is about 50 MB besides the values, which the steps share
+    /// with the trees that they come from.
+    static constexpr std::size_t maximumUndoneSettings = 200'000;
+
     /// One edit that is to be made.
     struct Request {
         SettingPlace place;
@@ -49,21 +45,26 @@ class PendingEdits {
 
     /// Edits settings as one step of undo; `stored` is what the file holds now. A request for what
     /// the file holds anyway takes back the edit of that setting. What changes nothing is no step.
-    /// `isContinued` makes it one step with the last one, as the moves of a drag are, when both
-    /// edit the same settings. Returns whether anything changed.
+    /// Of requests for one setting the last one counts, and removals are made before values.
+    /// `isContinued` makes it one step with the last edit, as the moves of a drag are, when both
+    /// edit the same settings; a drag that ends where it began leaves no step. Returns whether
+    /// anything changed.
     bool edit(const std::vector<Request>& requests, const NSDictionary& stored,
               const std::string& name, bool isContinued = false);
     /// Takes back the edits of these settings; of all without any. One step.
     bool discard(const std::vector<SettingPlace>& places, const std::string& name);
 
-    /// After edits have reached the file: they are pending no more. One step; to undo it makes the
-    /// edits that lead back to what the file held before, against what it held after.
+    /// After edits have reached the file: they are pending no more, and what was edited again
+    /// meanwhile stands on what the file holds now. The steps that made them become one, which
+    /// leads back to what the file held before. Edits that undo or redo has made are such steps
+    /// already: applying them adds none.
     void applied(const std::vector<PendingEdit>& edits, const std::string& name);
 
-    /// Settles a conflict: the edit stands on what the file holds now.
-    void keepMine(const SettingPlace& place, const NSDictionary& stored);
+    /// Settles a conflict: the edit stands on what the file holds now. One step: to undo it brings
+    /// the conflict back, so that no earlier step overwrites the other process's value unasked.
+    void keepMine(const SettingPlace& place, const NSDictionary& stored, const std::string& name);
     /// Settles it the other way: the edit is discarded. One step.
-    void takeTheirs(const SettingPlace& place);
+    void takeTheirs(const SettingPlace& place, const std::string& name);
 
     [[nodiscard]] bool canUndo() const { return position_ > 0; }
     [[nodiscard]] bool canRedo() const { return position_ < steps_.size(); }
@@ -75,29 +76,47 @@ class PendingEdits {
     std::vector<SettingPlace> undo();
     std::vector<SettingPlace> redo();
 
-    [[nodiscard]] const std::map<SettingPlace, PendingEdit>& edits() const { return edits_; }
+    [[nodiscard]] const std::map<SettingPlace, PendingEdit>& edits() const {
+        return table_.edits();
+    }
     [[nodiscard]] const PendingEdit* at(const SettingPlace& place) const;
+    /// What another process has changed to something else than the edit wants.
     [[nodiscard]] std::vector<EditConflict> conflicts(const NSDictionary& stored) const;
-    /// `stored` with the edits made. What cannot be written, because a value is in its way, is left
+    /// `stored` with the edits made, an immutable tree. As in the store, empty levels above a
+    /// removed value go. What another process has put a value in the way of is left
     /// out.
     [[nodiscard]] NSDictionary appliedTo(const NSDictionary& stored) const;
 
   private:
-    /// What a step does to one setting's edit; empty for no edit.
+    /// How a step changes what one setting is to be. A rebase changes what its edit stands on.
+    struct Rebase {
+        PropertyListValue before;
+        PropertyListValue after;
+    };
     struct Move {
         SettingPlace place;
-        std::optional<PendingEdit> before;
-        std::optional<PendingEdit> after;
+        PropertyListValue from;
+        PropertyListValue to;
+        std::optional<Rebase> rebase;
     };
     struct Step {
         std::string name;
         std::vector<Move> moves;
+        bool isApplied = false;
     };
-    void take(Step step, bool isContinued);
+    class Recorder;
+    class Collapse;
 
-    std::map<SettingPlace, PendingEdit> edits_;
+    void request(const Request& request, const NSDictionary& stored, Recorder& recorder) const;
+    bool take(Step step);
+    bool continueLast(Step step);
+    void forgetOldest();
+
+    EditTable table_;
     std::vector<Step> steps_;
     std::size_t position_ = 0;
+    std::vector<std::string> continuable_;  // stored key paths of the last edit
+    bool isLastContinuable_ = false;        // the last step is of that edit
 };
 
 }  // namespace Tool

@@ -5,7 +5,6 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Text/FileForm.h"
 
@@ -13,13 +12,6 @@ namespace Tool {
 namespace {
 
 using KeyPaths = std::set<std::string, std::less<>>;
-
-/// The tree as a file gives it back.
-NSDictionary asInFile(const NSDictionary& tree) {
-    if (!hasFractionsOfSeconds(tree)) return tree;
-    const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
-    return NSPropertyListSerialization::propertyListWithData(written.bytes).value.dictionary();
-}
 
 /// Calls `visit` with the key path and with each key path above it.
 template <typename Visit>
@@ -63,7 +55,7 @@ bool isLevelOfThePreparation(const Difference& difference, const NSDictionary& i
 
 Changes changesOfWrites(const WrittenTrees& trees, const std::set<std::string>& keyPaths) {
     const KeyPaths written(keyPaths.begin(), keyPaths.end());
-    const NSDictionary after = asInFile(trees.written);
+    const NSDictionary after = asInFile(trees.written).dictionary();
     Changes changes{differencesBetween(trees.prepared, after), 0};
     std::erase_if(changes.changed, [&trees](const Difference& one) {
         return isLevelOfThePreparation(one, trees.inFile);
@@ -87,7 +79,7 @@ Changes changesOfWrites(const WrittenTrees& trees, const std::set<std::string>& 
 }
 
 Changes changesOfReplacement(const NSDictionary& before, const NSDictionary& after) {
-    const NSDictionary inFile = asInFile(after);
+    const NSDictionary inFile = asInFile(after).dictionary();
     Changes changes{differencesBetween(before, inFile), differencesBetween(nullptr, inFile).size()};
     for (const Difference& one : changes.changed)
         if (!one.newValue.isNull()) --changes.unchanged;

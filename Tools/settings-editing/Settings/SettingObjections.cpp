@@ -175,4 +175,12 @@ std::vector<std::string> SettingObjections::toTree(const NSDictionary& tree) con
     return objections;
 }
 
+OptionsToSet optionsThatTakeIt() {
+    return [objections = SettingObjections()](const std::string& keyPath,
+                                              const PropertyListValue& value) {
+        return std::string(objections.toKeyPath(keyPath, value).empty() ? "" : "--new ") +
+               (objections.toValue(keyPath, value).empty() ? "" : "--any-kind ");
+    };
+}
+
 }  // namespace Tool

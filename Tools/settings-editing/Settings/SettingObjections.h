@@ -11,6 +11,7 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/KnownLists.h"
+#include "Text/ShellCommands.h"
 
 namespace Tool {
 
@@ -47,5 +48,8 @@ class SettingObjections {
     KnownLists lists_;
     KnownKeyPaths keyPaths_;
 };
+
+/// The options without which another machine would refuse a setting.
+OptionsToSet optionsThatTakeIt();
 
 }  // namespace Tool

@@ -46,4 +46,11 @@ bool hasFractionsOfSeconds(const PropertyListValue& value) {
     return false;
 }
 
+PropertyListValue asInFile(const PropertyListValue& value) {
+    if (!hasFractionsOfSeconds(value)) return value;
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(value);
+    if (written.error) return value;
+    return NSPropertyListSerialization::propertyListWithData(written.bytes).value;
+}
+
 }  // namespace Tool

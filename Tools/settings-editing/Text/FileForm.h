@@ -21,4 +21,7 @@ void requireStorable(const PropertyListValue& value, const std::string& keyPath)
 /// Whether the value is or holds a date with a fraction of a second.
 bool hasFractionsOfSeconds(const PropertyListValue& value);
 
+/// The value as a file gives it back; itself when no file can hold it.
+PropertyListValue asInFile(const PropertyListValue& value);
+
 }  // namespace Tool

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Panes/ApplyProgress.h"
+#include "Session/ApplyProgress.h"
 
 #include <QStringList>
 #include <algorithm>
