@@ -99,7 +99,11 @@ class RowList {
     void makeLines();
 
     const SettingsTable& table_;
-    std::string profile_;  ///< of the table when the lines were made
+    /// @name Of the table when the lines were made
+    /// @{
+    std::string profile_;
+    std::size_t generation_ = 0;
+    /// @}
     Marks marks_;
     Form form_ = Form::Tree;
     bool showsRecords_ = false;
@@ -108,7 +112,6 @@ class RowList {
     Expansion filtered_{.isUsual = true};
     std::set<std::string, std::less<>> stayingRows_;
     std::set<std::string, std::less<>> stayingLevels_;
-    std::size_t rowCount_ = 0;  ///< of the table when the lines were made
     std::vector<std::size_t> listed_;
     std::vector<std::string> listedKeyPaths_;  ///< which the table may have lost by now
     std::size_t matchCount_ = 0;
