@@ -74,10 +74,20 @@ void RowList::forgetWhatStays() {
     stayingLevels_.clear();
 }
 
+bool RowList::mayBeListed(const SettingRow& row) const {
+    return !row.isRecord || showsRecords_ || filter_.asksForRecords() || isSettingOfPerson(row);
+}
+
+std::size_t RowList::countOfAll() const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        table_.rows(), [this](const SettingRow& row) { return mayBeListed(row); }));
+}
+
 bool RowList::letsThrough(std::size_t row) const {
     const SettingRow& setting = table_.rows()[row];
-    const bool isHidden = setting.isRecord && !showsRecords_ && !filter_.asksForRecords() &&
-                          (filter_.asksForModified() || !isSettingOfPerson(setting));
+    const bool isHidden =
+        !mayBeListed(setting) || (setting.isRecord && !showsRecords_ && !filter_.asksForRecords() &&
+                                  filter_.asksForModified());
     if (isHidden) return false;
     const bool needsMarks = marks_ && filter_.looksAtMarks();
     return filter_.matches(setting, filter_.looksAtText() ? table_.searchableTextOf(row) : "",

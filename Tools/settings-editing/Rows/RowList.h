@@ -75,6 +75,8 @@ class RowList {
     /// How many rows the filter lets through, also in closed levels. Rows that only stay do not
     /// count.
     [[nodiscard]] std::size_t matchCount() const { return matchCount_; }
+    /// How many rows there would be without the words that rows must match.
+    [[nodiscard]] std::size_t countOfAll() const;
     /// The key paths of the listed rows at and below a line.
     [[nodiscard]] std::vector<std::string> keyPathsBelow(std::size_t line) const;
 
@@ -91,6 +93,7 @@ class RowList {
     };
 
     [[nodiscard]] Expansion& expansion() { return filter_.isEmpty() ? unfiltered_ : filtered_; }
+    [[nodiscard]] bool mayBeListed(const SettingRow& row) const;
     [[nodiscard]] bool letsThrough(std::size_t row) const;
     void forgetWhatStays();
     void letLinesStay();
