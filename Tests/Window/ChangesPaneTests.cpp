@@ -159,8 +159,10 @@ TEST_F(ChangesPaneTests, TenThousandChangesAreOneInsertionAndNotSlow) {
     WindowSupport::grab(*pane_);
     const qint64 emptyPaint = timer.nsecsElapsed();
 
+    // With what it removes this is a little more, of which the earliest are forgotten.
     ToolSupport::writeSettings(manySettings(many, 1));
-    ASSERT_TRUE(waitUntil([&] { return model().rowCount() >= many; }));
+    ASSERT_TRUE(
+        waitUntil([&] { return session_->changes().size() == Session::maximumChanges; }));
     child<QPushButton>(QStringLiteral("Clear"))->click();
 
     // The first to hear of a delivery is the pane; its model is asked right after.
@@ -184,5 +186,4 @@ TEST_F(ChangesPaneTests, TenThousandChangesAreOneInsertionAndNotSlow) {
     RecordProperty("paintMicroseconds", static_cast<int>(paint / 1000));
     EXPECT_LT(handling + paint, 20 * emptyPaint)
         << handling / 1000 << " and " << paint / 1000 << " us, empty " << emptyPaint / 1000;
-    EXPECT_EQ(session_->changes().size(), Session::maximumChanges);
 }
