@@ -45,7 +45,7 @@ std::span<const Kind> editedKinds() {
     return kinds;
 }
 
-QString kindText(Kind kind) {
+QString nameOfKind(Kind kind) {
     const auto text = [](const char* source) {
         return QCoreApplication::translate("QRVWindow::Kinds", source);
     };
@@ -57,7 +57,7 @@ QString kindText(Kind kind) {
         case Kind::Real:
             return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "real"));
         case Kind::String:
-            return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "text"));
+            return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "string"));
         case Kind::Color:
             return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "colour"));
         case Kind::Date:

@@ -13,8 +13,8 @@ namespace QRVWindow {
 
 /// In the order of a menu.
 std::span<const PropertyListValue::Kind> editedKinds();
-/// "integer", "text", "colour"; "by what is typed" for `Null`.
-QString kindText(PropertyListValue::Kind kind);
+/// "integer", "string", "colour"; "by what is typed" for `Null`.
+QString nameOfKind(PropertyListValue::Kind kind);
 
 /// The kind in which an editor begins.
 PropertyListValue::Kind kindOfEditor(const EditedSetting& setting);
