@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
@@ -296,6 +297,7 @@ TEST_F(DetailsPaneTests, CanBeReadInLargeFontsInTheDarkAndFromRightToLeft) {
                                .arg(points));
                 EXPECT_EQ(WindowSupport::clippedTexts(pane_).join(QLatin1Char('\n')).toStdString(),
                           "");
+                EXPECT_EQ(pane_.horizontalScrollBar()->maximum(), 0) << points;
                 for (auto* const text : pane_.findChildren<QTextEdit*>()) {
                     if (!text->isVisible()) continue;
                     EXPECT_GE(text->height(), text->document()->size().height());
