@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "Editors/Kinds.h"
 #include "Look/Signs.h"
 #include "Look/Text.h"
 #include "QRVSettings/QRVSettings.h"
@@ -99,7 +100,8 @@ void addKnown(Gatherer& facts, const Session& session, const Tool::SettingRow* r
         return;
     }
     facts.add(About::Sentence, Details::tr("Meaning"), fromText(known->sentence));
-    facts.add(About::Kind, Details::tr("Kind"), kindText(known->kind));
+    facts.add(About::Kind, Details::tr("Kind"),
+              known->kind == Kind::Null ? Details::tr("any") : kindText(known->kind));
     facts.add(About::Range, Details::tr("Range"), rangeText(*known));
     facts.add(About::Unit, Details::tr("Unit"), fromText(known->unit));
     facts.add(About::Choices, Details::tr("Choices"), choicesText(*known));
@@ -174,31 +176,6 @@ QString commonValueText(const Session& session, const std::vector<std::string>& 
 }
 
 }  // namespace
-
-QString kindText(Kind kind) {
-    switch (kind) {
-        case Kind::Boolean:
-            return Details::tr("boolean");
-        case Kind::Integer:
-            return Details::tr("integer");
-        case Kind::Real:
-            return Details::tr("real");
-        case Kind::String:
-            return Details::tr("string");
-        case Kind::Date:
-            return Details::tr("date");
-        case Kind::Data:
-            return Details::tr("data");
-        case Kind::Color:
-            return Details::tr("colour");
-        case Kind::Array:
-            return Details::tr("array");
-        case Kind::Dictionary:
-            return Details::tr("dictionary");
-        default:
-            return Details::tr("any");
-    }
-}
 
 QString layerText(const Tool::SettingAnswer& answer, const std::string& profile) {
     switch (answer.layer) {

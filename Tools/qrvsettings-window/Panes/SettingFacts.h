@@ -54,8 +54,6 @@ SettingFacts factsOfRows(const Session& session, const std::vector<std::string>&
 /// The key paths of the rows below a level, not shown ones too; empty for a row.
 std::vector<std::string> keyPathsBelow(const Session& session, const std::string& level);
 
-/// "integer", "colour"; "any" for `Null`.
-QString kindText(PropertyListValue::Kind kind);
 /// "built-in default", "profile travel".
 QString layerText(const Tool::SettingAnswer& answer, const std::string& profile);
 
