@@ -422,7 +422,8 @@ void RowModel::followFileState() {
 }
 
 void RowModel::noteLive(const std::string& keyPath) {
-    if (session_.liveChangeOf(keyPath) != nullptr)
+    const LiveChange* change = session_.liveChangeOf(keyPath);
+    if (change != nullptr && !change->isRecord)
         live_.insert(keyPath);
     else
         live_.erase(keyPath);
@@ -434,8 +435,7 @@ void RowModel::updateCounts() {
         if (row.isRecord) ++counts.records;
         if (row.isModified && !row.isRecord) ++counts.modified;
     }
-    const int rows = asInt(session_.table().rows().size());
-    counts.all = showsRecords_ || list_.filter().asksForRecords() ? rows : rows - counts.records;
+    counts.all = asInt(list_.countOfAll());
     counts.matches = asInt(list_.matchCount());
     counts.live = asInt(live_.size());
     if (counts == counts_) return;
