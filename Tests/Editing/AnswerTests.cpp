@@ -110,7 +110,10 @@ TEST(Answer, IsWhatExplainSaysOfAnyKeyPath) {
 
 TEST(Answer, IsWhatExplainSaysOfSettingsThatASiteHasGivenAndLocked) {
     writeSite();
-    const NSDictionary tree = Random(3).tree();
+    const NSMutableDictionary tree = Random(3).tree();
+    for (const char* const start : {"", "Profiles.Settings.default.", "Profiles.Settings.a.b."})
+        for (const char* const locked : {"CPU.Menubar.Enabled", "Menu.Theme.Dark"})
+            NSDictionaryQRV::setObjectAtKeyPath(tree, "mine", std::string(start) + locked);
     for (const std::string profile : {"", "default", "a.b"}) expectAsExplained(tree, profile, 3);
 }
 

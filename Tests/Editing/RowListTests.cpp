@@ -241,6 +241,15 @@ TEST_F(RowListTests, ALineOfSeveralLevelsStaysInSightWhenOneOfThemGetsMore) {
     EXPECT_THAT(lines(), ElementsAre("- Own", "  - A", "    + B", "    X", "  + D"));
 }
 
+TEST_F(RowListTests, AClosedLineOfSeveralLevelsStaysInSightToo) {
+    setStored({{"Own.A.B.C", 1}});
+    list.arrange();
+    EXPECT_THAT(lines(), ElementsAre("+ Own.A.B"));
+    setStored({{"Own.A.B.C", 1}, {"Own.D.E", 1}, {"Own.A.X", 1}});
+    EXPECT_TRUE(follow());
+    EXPECT_THAT(lines(), ElementsAre("- Own", "  - A", "    + B", "    X", "  + D"));
+}
+
 TEST_F(RowListTests, RowsInClosedLevelsStayToo) {
     setStored({{"Own.A.B", "old"}, {"Own.C", "old"}});
     filter("own. old");
@@ -259,6 +268,35 @@ TEST_F(RowListTests, WithoutAFilterAChangedValueChangesNoLine) {
     EXPECT_THAT(change.changed, ElementsAre("Own.A"));
     EXPECT_FALSE(follow());
     EXPECT_THAT(lines(), ElementsAre("- Own", "  A", "  + B"));
+}
+
+TEST_F(RowListTests, KnowsWhichChangesKeepItsLines) {
+    const char* const items = "Profiles.Settings.default.Combined.Menubar.Items";
+    setStored({{"Own.A", 1}, {items, NSArray{}}});
+    list.setForm(RowList::Form::Flat);
+    list.arrange();
+    setStored({{"Own.A", 2}, {items, NSArray{}}});
+    EXPECT_TRUE(list.keepsLines(change));
+    setStored({{"Own.A", 2}, {items, NSArray{"cpu"}}});
+    EXPECT_THAT(change.changed, ElementsAre(items));
+    EXPECT_FALSE(list.keepsLines(change)) << "what was a record is a setting now";
+    EXPECT_TRUE(follow());
+    EXPECT_TRUE(list.lineOf(items));
+    setStored({{"Own.A", 2}, {"Own.B", 2}});
+    EXPECT_FALSE(list.keepsLines(change));
+}
+
+TEST_F(RowListTests, FollowsSeveralChangesOneAfterTheOther) {
+    setStored({{"Own.B", 1}});
+    list.setExpanded("Own", true);
+    list.arrange();
+    setStored({{"Own.A", 1}, {"Own.B", 1}});
+    const SettingsTable::Change added = change;
+    setStored({{"Own.A", 1}, {"Own.B", 2}});
+    EXPECT_TRUE(follow()) << "the table has the row of the first change by now";
+    EXPECT_FALSE(list.follow(added));
+    EXPECT_THAT(lines(), ElementsAre("- Own", "  A", "  B"));
+    EXPECT_EQ(settings.table.rows()[list.lines()[*list.lineOf("Own.B")].row].keyPath, "Own.B");
 }
 
 TEST_F(RowListTests, FollowsMarks) {

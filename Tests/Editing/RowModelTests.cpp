@@ -175,24 +175,33 @@ void expectRowsOfLines(const RowList& list, const SettingsTable& table) {
     }
 }
 
-/// What must still be a line after a change: all but rows that are gone, and levels above nothing
-/// else.
-std::vector<std::pair<std::string, bool>> linesToStay(const RowList& list,
-                                                      const SettingsTable& table,
-                                                      const std::vector<RowLine>& before) {
-    std::vector<std::pair<std::string, bool>> lines;
-    for (const RowLine& line : before) {
-        const bool stays =
-            line.isLevel()
-                ? std::ranges::any_of(table.rows(),
-                                      [&](const SettingRow& row) {
-                                          return row.keyPath.starts_with(line.keyPath + ".") &&
-                                                 list.lineOf(line.keyPath).has_value();
-                                      })
-                : table.at(line.keyPath) != nullptr;
-        if (stays) lines.emplace_back(line.keyPath, line.isLevel());
-    }
+/// A line, and the rows at and below it.
+struct SeenLine {
+    RowLine line;
+    std::vector<std::string> keyPaths;
+};
+
+std::vector<SeenLine> seenLines(const RowList& list) {
+    std::vector<SeenLine> seen;
+    for (std::size_t line = 0; line < list.lines().size(); ++line)
+        seen.push_back({list.lines()[line], list.keyPathsBelow(line)});
+    return seen;
+}
+
+std::set<std::pair<std::string, bool>> linesAndWhetherLevels(const RowList& list) {
+    std::set<std::pair<std::string, bool>> lines;
+    for (const RowLine& line : list.lines()) lines.emplace(line.keyPath, line.isLevel());
     return lines;
+}
+
+void expectStillThere(const std::vector<SeenLine>& seen, const RowList& list,
+                      const SettingsTable& table) {
+    const auto after = linesAndWhetherLevels(list);
+    for (const auto& [line, keyPaths] : seen) {
+        const bool hasRows = std::ranges::any_of(
+            keyPaths, [&table](const std::string& row) { return table.at(row) != nullptr; });
+        EXPECT_TRUE(!hasRows || after.contains({line.keyPath, line.isLevel()})) << line.keyPath;
+    }
 }
 
 }  // namespace
@@ -289,17 +298,13 @@ TEST(RowModel, FollowingChangesRemovesNoLineThatIsStillThere) {
                 if (line.isLevel()) list.setExpanded(line.keyPath, !line.isExpanded);
                 list.arrange();
             }
-            const std::vector<RowLine> before = list.lines();
+            const std::vector<SeenLine> seen = seenLines(list);
+            const auto before = linesAndWhetherLevels(list);
             for (std::size_t changes = random.below(5); changes > 0; --changes) random.change(tree);
             const bool hasChanged =
                 list.follow(settings.table.update(snapshotOfSettings(readAgain(tree))));
-            std::set<std::pair<std::string, bool>> after;
-            for (const RowLine& line : list.lines()) after.emplace(line.keyPath, line.isLevel());
-            for (const auto& line : linesToStay(list, settings.table, before))
-                ASSERT_TRUE(after.contains(line)) << line.first;
-            std::set<std::pair<std::string, bool>> earlier;
-            for (const RowLine& line : before) earlier.emplace(line.keyPath, line.isLevel());
-            ASSERT_EQ(hasChanged, after != earlier);
+            expectStillThere(seen, list, settings.table);
+            ASSERT_EQ(hasChanged, linesAndWhetherLevels(list) != before);
             expectRowsOfLines(list, settings.table);
         }
     }

@@ -224,6 +224,26 @@ TEST(SettingsTable, TellsWhatTheSiteGivesAndLocks) {
     EXPECT_EQ(settings.row(enabled).effective, PropertyListValue(false));
 }
 
+TEST(SettingsTable, ShowsWhatIsLockedInADictionaryAboveIt) {
+    SiteSupport::writeList({{"Own", NSDictionary{{"Level", NSDictionary{{"A", 1}}}}}});
+    SiteSupport::writeLocks("Own.Level.A\n");
+    Settings settings(migrated({{"Own.Level", NSDictionary{}}}));
+    EXPECT_EQ(settings.row("Own.Level").effective, PropertyListValue(NSDictionary{{"A", 1}}));
+    SiteSupport::writeList({{"Own", NSDictionary{{"Level", NSDictionary{{"A", 2}}}}}});
+    settings.table.update(snapshotOfSettings(migrated({{"Own.Level", NSDictionary{}}})));
+    EXPECT_EQ(settings.row("Own.Level").effective, PropertyListValue(NSDictionary{{"A", 2}}));
+}
+
+TEST(SettingsTable, HasARowForWhatTheFileHoldsAlsoWhereTheStartRemovesIt) {
+    const char* const sensors = "Profiles.Settings.work.Sensors.Menubar.Sensors";
+    const NSDictionary tree = migrated({{"Device.Model", "another"}, {sensors, NSArray{"fan"}}});
+    const Settings settings(tree);
+    EXPECT_EQ(settings.row(sensors).stored, PropertyListValue(NSArray{"fan"}));
+    EXPECT_TRUE(settings.row(sensors).effective.isNull());
+    EXPECT_EQ(settings.row(sensors).layer, AnsweringLayer::None);
+    EXPECT_TRUE(settings.row(sensors).isModified);
+}
+
 TEST(SettingsTable, NoticesLocksThatComeAndGo) {
     const NSDictionary tree = migrated({{enabled, false}});
     Settings settings(tree);

@@ -175,7 +175,7 @@ TEST(EditDialog, SaysWhySettingsOfDifferentKindsHaveNoCommonForm) {
               QString());
     const std::string why =
         EditDialog::objectionToTogether({settingOf("A.B", 1), settingOf("A.C", "2")}).toStdString();
-    for (const char* const text : {"A.B", "integer", "A.C", "text"})
+    for (const char* const text : {"A.B", "integer", "A.C", "string"})
         EXPECT_THAT(why, HasSubstr(text));
 }
 

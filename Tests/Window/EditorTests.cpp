@@ -186,8 +186,7 @@ QString judgeSmall(const PropertyListValue& value) {
 }
 
 void chooseKind(const Desk& desk, const char* name) {
-    auto* const button = desk.part<QToolButton>();
-    QMenu* const menu = button->menu();
+    auto* const menu = desk.part<QMenu>();
     Q_EMIT menu->aboutToShow();
     for (QAction* const action : menu->actions())
         if (action->text() == QLatin1String(name)) return action->trigger();
@@ -332,7 +331,7 @@ TEST(ValueEditor, StoresAnUnusualValueByItsButton) {
 
 TEST(ValueEditor, SaysAsTheToolDoesWhatIsUnusual) {
     const Desk desk(settingOf(true, "CPU.Menubar.Enabled"));
-    chooseKind(desk, "text");
+    chooseKind(desk, "string");
     EXPECT_EQ(jsonOf(*desk.editor), "\"true\"");
     EXPECT_THAT(desk.message(), HasSubstr("CPU.Menubar.Enabled is a boolean, not a string"));
 }
@@ -434,7 +433,7 @@ TEST(ValueEditor, ChoosesBooleans) {
 
 TEST(ValueEditor, ChangesTheKindOnlyWhenAPersonChoosesIt) {
     const Desk desk(settingOf(7));
-    chooseKind(desk, "text");
+    chooseKind(desk, "string");
     EXPECT_EQ(jsonOf(*desk.editor), "\"7\"");
     EXPECT_TRUE(desk.editor->isChanged());
     chooseKind(desk, "real");
@@ -453,7 +452,7 @@ TEST(ValueEditor, ChangesTheKindOnlyWhenAPersonChoosesIt) {
 TEST(ValueEditor, GivesTheValueItselfAfterAKindThatWasOnlyTried) {
     const PropertyListValue value = std::int64_t{9007199254740993};
     const Desk desk(settingOf(value));
-    chooseKind(desk, "text");
+    chooseKind(desk, "string");
     chooseKind(desk, "integer");
     EXPECT_FALSE(desk.editor->isChanged());
     EXPECT_TRUE(isSame(*desk.editor->value(), value));

@@ -14,7 +14,6 @@
 #include <algorithm>
 
 #include "Editors/Kinds.h"
-#include "Editors/WrappedLabel.h"
 #include "Edits/EditCommands.h"
 #include "Look/Text.h"
 #include "Settings/SettingObjections.h"
@@ -74,7 +73,7 @@ class EditDialog::Inside {
     Inside(EditDialog& owner, const Subject& subject);
 
     ValueEditor* editor;
-    WrappedLabel* news;
+    QLabel* news;
 
   private:
     void addHead(QBoxLayout& column);
@@ -96,7 +95,7 @@ class EditDialog::Inside {
 };
 
 EditDialog::Inside::Inside(EditDialog& owner, const Subject& subject)
-    : news(new WrappedLabel({}, &owner)),
+    : news(makeWrappedLabel({}, &owner)),
       owner_(owner),
       subject_(subject),
       setting_(common(subject_.settings, rules_)) {
@@ -127,18 +126,18 @@ void EditDialog::Inside::addHead(QBoxLayout& column) {
     if (isOne()) {
         const QString keyPath = keyPathInSentence(setting_.keyPath);
         owner_.setWindowTitle(EditDialog::tr("Edit %1").arg(keyPath));
-        auto* const head = new WrappedLabel(keyPath, &owner_);
+        auto* const head = makeWrappedLabel(keyPath, &owner_);
         QFont font = head->font();
         font.setBold(true);
         head->setFont(font);
         column.addWidget(head);
         if (setting_.known != nullptr && !setting_.known->sentence.empty())
-            column.addWidget(new WrappedLabel(fromText(setting_.known->sentence), &owner_));
+            column.addWidget(makeWrappedLabel(fromText(setting_.known->sentence), &owner_));
         return;
     }
     owner_.setWindowTitle(EditDialog::tr("Set %n settings to one value", "", count));
     column.addWidget(
-        new WrappedLabel(EditDialog::tr("%n settings get this value:", "", count), &owner_));
+        makeWrappedLabel(EditDialog::tr("%n settings get this value:", "", count), &owner_));
     constexpr int mostLines = 6;
     auto* const names =
         makeReadOnlyLines(EditDialog::tr("Settings"), std::min(count, mostLines), &owner_);
@@ -152,20 +151,20 @@ void EditDialog::Inside::addHead(QBoxLayout& column) {
 void EditDialog::Inside::addFacts(QFormLayout& form) {
     const Kind kind = setting_.known != nullptr ? setting_.known->kind : Kind::Null;
     if (kind != Kind::Null)
-        form.addRow(EditDialog::tr("Kind:"), new WrappedLabel(kindText(kind), &owner_));
+        form.addRow(EditDialog::tr("Kind:"), makeWrappedLabel(kindText(kind), &owner_));
     if (!subject_.profile.isEmpty())
         form.addRow(EditDialog::tr("Profile:"),
-                    new WrappedLabel(leftToRight(subject_.profile), &owner_));
+                    makeWrappedLabel(leftToRight(subject_.profile), &owner_));
     if (!isOne() && setting_.value.isNull())
         form.addRow(EditDialog::tr("Now:"),
-                    new WrappedLabel(EditDialog::tr("different values"), &owner_));
+                    makeWrappedLabel(EditDialog::tr("different values"), &owner_));
 }
 
 void EditDialog::Inside::addDefault(QFormLayout& form) {
     if (setting_.byDefault.isNull()) return;
     constexpr qsizetype longest = 200;
     auto* const row = new QHBoxLayout;
-    row->addWidget(new WrappedLabel(leftToRight(valueAsText(setting_.byDefault, longest)), &owner_),
+    row->addWidget(makeWrappedLabel(leftToRight(valueAsText(setting_.byDefault, longest)), &owner_),
                    1);
     auto* const button = new QPushButton(EditDialog::tr("Use the &default"), &owner_);
     button->setAutoDefault(false);
@@ -231,10 +230,8 @@ QString EditDialog::Inside::objectionTo(const PropertyListValue& value) const {
 }
 
 EditDialog::EditDialog(const Subject& subject, QWidget* parent)
-    : QDialog(parent), inside_(std::make_unique<Inside>(*this, subject)) {
-    constexpr int charactersOfLine = 70;
-    const int width = fontMetrics().averageCharWidth() * charactersOfLine;
-    resize(width, layout()->totalHeightForWidth(width));
+    : FormDialog(parent), inside_(std::make_unique<Inside>(*this, subject)) {
+    takeStartSize();
 }
 
 EditDialog::~EditDialog() = default;
@@ -259,7 +256,7 @@ std::optional<PropertyListValue> EditDialog::value() const {
 }
 
 void EditDialog::setNews(const QString& news) {
-    inside_->news->setWrappedText(news);
+    inside_->news->setText(news);
     inside_->news->setHidden(news.isEmpty());
 }
 

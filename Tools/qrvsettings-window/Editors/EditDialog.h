@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QDialog>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -9,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Editors/FormDialog.h"
 #include "Editors/ValueEditor.h"
 
 namespace QRVWindow {
@@ -18,7 +18,7 @@ class Session;
 /// A form for one setting, or for several that are to have one value: what is known of them, the
 /// editor, and the command that would set the same. It changes nothing; `value` is for whoever
 /// opened it.
-class EditDialog : public QDialog {
+class EditDialog : public FormDialog {
     Q_OBJECT
 
   public:

@@ -5,11 +5,13 @@
 #include <QEvent>
 #include <algorithm>
 
+#include "Editors/FormDialog.h"
+
 namespace QRVWindow {
 
 EditorMessage::EditorMessage(QWidget* parent)
     : QFrame(parent),
-      text_(new WrappedLabel({}, this)),
+      text_(makeWrappedLabel({}, this)),
       storeAnyway_(new QPushButton(tr("Store it anyway"), this)) {
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
@@ -21,7 +23,7 @@ EditorMessage::EditorMessage(QWidget* parent)
 }
 
 void EditorMessage::show(const QString& text, bool canBeStoredAnyway) {
-    text_->setWrappedText(text);
+    text_->setText(text);
     storeAnyway_->setVisible(canBeStoredAnyway);
     if (beside_ != nullptr) place();
     setHidden(text.isEmpty());

@@ -4,10 +4,9 @@
 // What an editor says about the value that is typed.
 
 #include <QFrame>
+#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
-
-#include "Editors/WrappedLabel.h"
 
 namespace QRVWindow {
 
@@ -33,7 +32,7 @@ class EditorMessage : public QFrame {
   private:
     void place();
     QPointer<QWidget> beside_;
-    WrappedLabel* text_;
+    QLabel* text_;
     QPushButton* storeAnyway_;
 };
 

@@ -57,7 +57,7 @@ QString kindText(Kind kind) {
         case Kind::Real:
             return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "real"));
         case Kind::String:
-            return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "text"));
+            return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "string"));
         case Kind::Color:
             return text(QT_TRANSLATE_NOOP("QRVWindow::Kinds", "colour"));
         case Kind::Date:

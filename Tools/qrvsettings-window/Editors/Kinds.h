@@ -13,7 +13,7 @@ namespace QRVWindow {
 
 /// In the order of a menu.
 std::span<const PropertyListValue::Kind> editedKinds();
-/// "integer", "text", "colour"; "by what is typed" for `Null`.
+/// "integer", "string", "colour"; "by what is typed" for `Null`.
 QString kindText(PropertyListValue::Kind kind);
 
 /// The kind in which an editor begins.

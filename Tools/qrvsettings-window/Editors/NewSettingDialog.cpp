@@ -9,7 +9,6 @@
 #include <QVBoxLayout>
 
 #include "Editors/EditorMessage.h"
-#include "Editors/WrappedLabel.h"
 #include "Look/Text.h"
 #include "Session/Session.h"
 #include "Settings/SettingObjections.h"
@@ -36,7 +35,7 @@ class NewSettingDialog::Inside {
     [[nodiscard]] QString objection() const;
     const Tool::SettingObjections objections_;
     QVBoxLayout* column_;
-    WrappedLabel* sentence_;
+    QLabel* sentence_;
     QLabel* valueLabel_;
     EditedSetting setting_;
     QString acceptedObjection_;
@@ -48,7 +47,7 @@ NewSettingDialog::Inside::Inside(NewSettingDialog& theOwner, Surroundings theSur
       keyPath(new QLineEdit(&owner)),
       message(new EditorMessage(&owner)),
       column_(new QVBoxLayout(&owner)),
-      sentence_(new WrappedLabel({}, &owner)),
+      sentence_(makeWrappedLabel({}, &owner)),
       valueLabel_(new QLabel(NewSettingDialog::tr("&Value"), &owner)) {
     auto* const label = new QLabel(NewSettingDialog::tr("&Key path"), &owner);
     label->setBuddy(keyPath);
@@ -107,7 +106,7 @@ void NewSettingDialog::Inside::takeKeyPath() {
         makeEditor(setting);
     const QString sentence =
         setting.known == nullptr ? QString() : fromText(setting.known->sentence);
-    sentence_->setWrappedText(sentence);
+    sentence_->setText(sentence);
     sentence_->setHidden(sentence.isEmpty());
     judgeKeyPath(false);
 }
@@ -139,12 +138,11 @@ bool NewSettingDialog::Inside::judgeKeyPath(bool isAsked) {
     return text.isEmpty();
 }
 
-NewSettingDialog::NewSettingDialog(Surroundings surroundings, QWidget* parent) : QDialog(parent) {
+NewSettingDialog::NewSettingDialog(Surroundings surroundings, QWidget* parent)
+    : FormDialog(parent) {
     inside_ = std::make_unique<Inside>(*this, std::move(surroundings));
     setWindowTitle(tr("New setting"));
-    constexpr int charactersOfLine = 70;
-    const int width = fontMetrics().averageCharWidth() * charactersOfLine;
-    resize(width, layout()->totalHeightForWidth(width));
+    takeStartSize();
     inside_->keyPath->setFocus();
 }
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QDialog>
 #include <QString>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "Editors/FormDialog.h"
 #include "Editors/ValueEditor.h"
 
 namespace QRVWindow {
@@ -16,7 +16,7 @@ class Session;
 
 /// A form for the key path and value of a setting that has no row. It changes nothing; the results
 /// are for whoever opened it.
-class NewSettingDialog : public QDialog {
+class NewSettingDialog : public FormDialog {
     Q_OBJECT
 
   public:

@@ -56,6 +56,7 @@ class ValueEditor::Inside {
 
     QBoxLayout* row_;
     QToolButton* kinds_;
+    QMenu* menu_;
     QPointer<EditorMessage> message_;
     mutable std::unique_ptr<Tool::SettingObjections> objections_;
     bool isOfSetting_ = true;  // what the field is given is the setting's own value
@@ -67,7 +68,8 @@ ValueEditor::Inside::Inside(ValueEditor& theOwner, const EditedSetting& theSetti
       setting(theSetting),
       place(thePlace),
       row_(new QHBoxLayout),
-      kinds_(new QToolButton(&owner)) {
+      kinds_(new QToolButton(&owner)),
+      menu_(new QMenu(&owner)) {
     auto* const column = new QVBoxLayout(&owner);
     column->setContentsMargins(0, 0, 0, 0);
     column->addLayout(row_);
@@ -107,32 +109,34 @@ FieldSubject ValueEditor::Inside::subjectOf(const PropertyListValue& value) cons
 }
 
 void ValueEditor::Inside::makeKindButton() {
-    kinds_->setMenu(new QMenu(kinds_));
     kinds_->setFocusPolicy(Qt::TabFocus);
     if (place == Place::Form) {
         kinds_->setPopupMode(QToolButton::InstantPopup);
         kinds_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        kinds_->setMenu(menu_);
     } else {
+        // With a menu of its own the button would have a second arrow.
         kinds_->setAutoRaise(true);
         kinds_->setArrowType(Qt::DownArrow);
-        QObject::connect(kinds_, &QToolButton::clicked, kinds_, &QToolButton::showMenu);
+        QObject::connect(kinds_, &QToolButton::clicked, &owner, [this] {
+            menu_->popup(kinds_->mapToGlobal(QPoint(0, kinds_->height())));
+        });
     }
-    QObject::connect(kinds_->menu(), &QMenu::aboutToShow, &owner, [this] { fillMenu(); });
+    QObject::connect(menu_, &QMenu::aboutToShow, &owner, [this] { fillMenu(); });
 }
 
 void ValueEditor::Inside::fillMenu() {
-    QMenu& menu = *kinds_->menu();
-    menu.clear();
+    menu_->clear();
     if (kindOfEditor(setting) == Kind::Null) addKind(Kind::Null, false, kindText(Kind::Null));
     for (const Kind kind : editedKinds()) {
         addKind(kind, false, kindText(kind));
         if (kind == Kind::String && place == Place::Form)
-            addKind(kind, true, ValueEditor::tr("text of several lines"));
+            addKind(kind, true, ValueEditor::tr("string of several lines"));
     }
 }
 
 void ValueEditor::Inside::addKind(Kind kind, bool hasSeveralLines, const QString& text) {
-    QAction* const action = kinds_->menu()->addAction(text);
+    QAction* const action = menu_->addAction(text);
     const FieldSubject& now = field->subject();
     action->setCheckable(true);
     action->setChecked(kind == now.kind && hasSeveralLines == now.hasSeveralLines);

@@ -443,12 +443,13 @@ void Session::redo() {
 }
 
 void Session::keepMine(const SettingPlace& place) {
-    inside_->pending.keepMine(place, inside_->stored);
+    inside_->pending.keepMine(place, inside_->stored,
+                               tr("Keep this window's value").toStdString());
     inside_->sayPending({place});
 }
 
 void Session::takeTheirs(const SettingPlace& place) {
-    inside_->pending.takeTheirs(place);
+    inside_->pending.takeTheirs(place, tr("Take the other value").toStdString());
     inside_->sayPending({place});
 }
 

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "Commands/CommandTable.h"
-#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -13,6 +12,7 @@
 #include "Settings/PendingChanges.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
+#include "Settings/SettingObjections.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"
@@ -34,20 +34,10 @@ struct Comparison {
     NSDictionary newTree;
 };
 
-bool hasNoEntries(const PropertyListValue& value) {
-    return value.isDictionary() && value.dictionary().count() == 0;
-}
-
 Comparison comparisonWithDefaults(const std::string& profile) {
     const NSDictionary stored = ProfileScope(profile).storedTree().copy();
-    std::vector<Difference> differences = differencesBetween(nullptr, stored);
     prepareWithoutStoredSettings();
-    for (Difference& leaf : differences)
-        if (leaf.isReached) leaf.oldValue = QRVSettingsDefaultForKeyPath(leaf.keyPath);
-    std::erase_if(differences, [](const Difference& leaf) {
-        return hasNoEntries(leaf.newValue) || jsonText(leaf.oldValue) == jsonText(leaf.newValue);
-    });
-    return {differences, stored};
+    return {differencesFromDefaults(stored, QRVSettings::sharedSettings().defaults()), stored};
 }
 
 Comparison comparisonWithStored(const NSDictionary& settings) {

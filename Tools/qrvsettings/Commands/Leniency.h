@@ -10,7 +10,6 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/SettingObjections.h"
-#include "Text/ShellCommands.h"
 
 namespace Tool {
 
@@ -30,11 +29,5 @@ void requireUsual(const SettingObjections& objections, const std::string& keyPat
 /// The same for a colour.
 void requireUsualColor(const std::string& keyPath, const ProfileScope& scope,
                        const Leniency& leniency);
-
-/// Says what would be refused of these settings, were they set one by one.
-void remarkObjections(const NSDictionary& settings);
-
-/// The options without which another machine would refuse a setting.
-OptionsToSet optionsThatTakeIt();
 
 }  // namespace Tool

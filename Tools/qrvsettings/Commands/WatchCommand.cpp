@@ -5,7 +5,6 @@
 #include <set>
 
 #include "Commands/CommandTable.h"
-#include "Commands/Leniency.h"
 #include "Options/CommonOptions.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Process/ExitCode.h"
@@ -17,6 +16,7 @@
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
 #include "Settings/Records.h"
+#include "Settings/SettingObjections.h"
 #include "Settings/SettingsFileCondition.h"
 #include "Settings/StoredTree.h"
 #include "Text/FileForm.h"
@@ -142,7 +142,9 @@ std::string Watch::line(const std::string& keyPath) const {
     if (options_.form == Form::Commands) {
         // A value that replaces a dictionary removes what was in it.
         const auto leaf = leafAbove(file_, keyPath);
-        return leaf && isWanted(*leaf) ? "" : shellCommand(keyPath, file_, optionsToSet_);
+        return leaf && isWanted(*leaf)
+                   ? ""
+                   : shellCommand(keyPath, objectAtKeyPath(file_, keyPath), optionsToSet_);
     }
     const PropertyListValue stored = objectAtKeyPath(file_, keyPath);
     // A read of the store would read the file again where it was missing.

@@ -16,8 +16,8 @@
 namespace Tool {
 
 struct ApplyRequest {
-    std::vector<PendingEdit> edits;  ///< their `base` is compared with the file
-    std::string origin;              ///< what the history calls the save: "edit", "undo", "import"
+    std::vector<PendingEdit> edits{};  ///< their `base` is compared with the file
+    std::string origin{};  ///< what the history calls the save: "edit", "undo", "import"
     bool replacesDamagedFile = false;
     bool replacesReadOnlyFile = false;
 };
@@ -29,14 +29,14 @@ struct ApplyOutcome {
         NotApplied,  ///< nothing is written, see `reason`
     };
     State state = State::NotApplied;
-    std::string reason;  ///< one line for people; empty when applied
+    std::string reason{};  ///< one line for people; empty when applied
     /// Of `Conflict`, all of them. Of `Applied`, edits that were saved, and that another process
     /// has changed before the file was read again.
-    std::vector<EditConflict> conflicts;
+    std::vector<EditConflict> conflicts{};
     /// Of `Applied`: settings that another process changed between the comparison and the save,
     /// whose value this save has replaced; `theirs` is that value.
-    std::vector<EditConflict> overwritten;
-    std::vector<std::string> notices;  ///< a line each, such as what the save has migrated
+    std::vector<EditConflict> overwritten{};
+    std::vector<std::string> notices{};  ///< a line each, such as what the save has migrated
 };
 
 /// @name The lines, without their ends

@@ -1,13 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "Edits/EditTable.h"
 
+#include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
+#include "Text/KeyPaths.h"
 
 namespace Tool {
 
 std::string SettingPlace::storedKeyPath() const {
     if (profile.empty()) return keyPath;
     return std::string(QRVStoreKeyPaths::profiles) + "." + profile + "." + keyPath;
+}
+
+SettingPlace placeOfStored(std::string_view storedKeyPath) {
+    const std::string_view plain = QRVPlainKeyPath(storedKeyPath);
+    if (plain.size() == storedKeyPath.size()) return {std::string(plain), ""};
+    // "Profiles.Settings.NAME." stands before it.
+    std::string_view profile = storedKeyPath.substr(QRVStoreKeyPaths::profiles.size() + 1);
+    profile.remove_suffix(plain.size() + 1);
+    return {std::string(plain), std::string(profile)};
 }
 
 const PendingEdit* EditTable::at(const std::string& storedKeyPath) const {
@@ -77,16 +88,9 @@ PropertyListValue EditTable::levelWith(const PropertyListValue& level, Places::c
     return copy.copy();
 }
 
-PropertyListValue valueInTree(const PropertyListValue& tree, std::string_view keyPath) {
-    if (!tree.isDictionary()) return nullptr;
-    const std::size_t end = keyPath.find('.');
-    const PropertyListValue value = tree.dictionary().objectForKey(keyPath.substr(0, end));
-    return end == keyPath.npos ? value : valueInTree(value, keyPath.substr(end + 1));
-}
-
 PropertyListValue treeWithValue(const PropertyListValue& tree, std::string_view keyPath,
                                 const PropertyListValue& value) {
-    if (value.isNull() && valueInTree(tree, keyPath).isNull()) return tree;
+    if (value.isNull() && valueAt(tree, keyPath).isNull()) return tree;
     const std::size_t end = keyPath.find('.');
     const std::string_view key = keyPath.substr(0, end);
     const NSMutableDictionary level =

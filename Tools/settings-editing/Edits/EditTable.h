@@ -22,6 +22,9 @@ struct SettingPlace {
     auto operator<=>(const SettingPlace&) const = default;
 };
 
+/// The place whose `storedKeyPath` this is.
+SettingPlace placeOfStored(std::string_view storedKeyPath);
+
 struct PendingEdit {
     SettingPlace place;
     /// What the file held when the setting was first edited; null when nothing.
@@ -59,9 +62,6 @@ class EditTable {
     std::map<SettingPlace, PendingEdit> edits_;
     Places places_;  // by stored key path
 };
-
-/// The value at a key path; null also where a value is in the way.
-PropertyListValue valueInTree(const PropertyListValue& tree, std::string_view keyPath);
 
 /// A copy of a dictionary with another value at a key path; what is no dictionary counts as an
 /// empty one where a value is to be set. A null value removes, with the levels that are empty then:

@@ -11,6 +11,7 @@
 #include "Platform/Values/PropertyListValue.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Settings/KnownLists.h"
+#include "Text/ShellCommands.h"
 
 namespace Tool {
 
@@ -47,5 +48,12 @@ class SettingObjections {
     KnownLists lists_;
     KnownKeyPaths keyPaths_;
 };
+
+/// What would be refused of these settings, were they set one by one: a line each, the last of them
+/// for all that are too many.
+std::vector<std::string> remarksOnTree(const NSDictionary& tree);
+
+/// The options without which another machine would refuse a setting.
+OptionsToSet optionsThatTakeIt();
 
 }  // namespace Tool

@@ -65,13 +65,12 @@ std::string unsetCommand(const std::string& keyPath) {
 }
 
 // As JSON, so that the value needs no --type.
-std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
+std::string shellCommand(const std::string& keyPath, const PropertyListValue& value,
                          const OptionsToSet& optionsToSet, const std::string& profile) {
     if (keyPath.find('\0') != keyPath.npos) {
         notice("no argument of a command can hold this key path, " + keyPath);
         return {};
     }
-    const PropertyListValue value = objectAtKeyPath(tree, keyPath);
     if (value.isNull()) return start("unset", "", profile) + shellWord(keyPath) + "\n";
     return start("set", optionsToSet(keyPath, value), profile) + shellWord(keyPath) + " " +
            shellWord(jsonText(value)) + "\n";
@@ -86,7 +85,8 @@ std::string shellCommands(const std::vector<Difference>& differences, const NSDi
         if (!difference.isReached)
             notice("no key path reaches this key, " + difference.keyPath);
         else if (!isGone)
-            lines += shellCommand(difference.keyPath, newTree, optionsToSet, profile);
+            lines += shellCommand(difference.keyPath, objectAtKeyPath(newTree, difference.keyPath),
+                                  optionsToSet, profile);
     }
     return lines;
 }

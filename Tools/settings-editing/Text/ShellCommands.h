@@ -23,8 +23,9 @@ using OptionsToSet =
     std::function<std::string(const std::string& keyPath, const PropertyListValue& value)>;
 
 /// One line for a POSIX shell: the command that makes a settings file, or a profile where one is
-/// named, hold at the key path what this tree holds. Empty, with a notice, where none can.
-std::string shellCommand(const std::string& keyPath, const NSDictionary& tree,
+/// named, hold the value at the key path, or nothing where it is null. Empty, with a notice, where
+/// none can.
+std::string shellCommand(const std::string& keyPath, const PropertyListValue& value,
                          const OptionsToSet& optionsToSet, const std::string& profile = "");
 
 /// The commands that make the changes, which lead from another tree to this one.
