@@ -47,6 +47,7 @@ std::vector<PendingEdits::Request> requestsToTakeBack(const std::vector<QRVHisto
     const QRVHistoryInverse inverse =
         inverseOfSaves(undoableSaves(saves, snapshot.stored), snapshot.stored, conflicts);
     std::vector<PendingEdits::Request> requests;
+    requests.reserve(inverse.writes.size());
     for (const QRVHistoryWrite& write : inverse.writes) {
         const SettingPlace place = placeOfStored(write.keyPath);
         requests.push_back({place, write.value, valueAt(snapshot.defaults, place.keyPath)});
