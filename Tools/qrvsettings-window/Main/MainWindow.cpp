@@ -199,10 +199,10 @@ void MainWindow::showWanted() {
     if (view_->reveal(keyPath)) return view_->enter();
     const auto meant = Tool::KnownKeyPaths(session_.lists()).meantBy(keyPath);
     const QString name = keyPathInSentence(keyPath);
-    status_->say(meant.has_value()
-                     ? tr("There is no setting %1. Did you mean %2?")
-                           .arg(name, keyPathInSentence(*meant))
-                     : tr("There is no setting %1.").arg(name));
+    status_->say(
+        meant.has_value()
+            ? tr("There is no setting %1. Did you mean %2?").arg(name, keyPathInSentence(*meant))
+            : tr("There is no setting %1.").arg(name));
 }
 
 void MainWindow::showPlace(const Tool::SettingPlace& place) {

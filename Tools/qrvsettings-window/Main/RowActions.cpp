@@ -23,10 +23,9 @@ RowActions::RowActions(Session& session, RowModel& model, RowView& view)
     connect(&view_, &RowView::selectedKeyPathsChanged, this, &RowActions::update);
     connect(&view_, &RowView::currentKeyPathChanged, this, &RowActions::update);
     connect(&view_, &RowView::menuWanted, this, &RowActions::showMenu);
-    connect(&view_, &RowView::dialogWanted, this,
-            [this](const QString& keyPath) {
-                editInDialog(session_, {toText(keyPath)}, view_.window());
-            });
+    connect(&view_, &RowView::dialogWanted, this, [this](const QString& keyPath) {
+        editInDialog(session_, {toText(keyPath)}, view_.window());
+    });
     connect(&session_, &Session::fileStateChanged, this, &RowActions::update);
     connect(&session_, &Session::pendingChanged, this, &RowActions::update);
     update();
