@@ -17,6 +17,7 @@
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QToolButton>
+#include <QWheelEvent>
 #include <cstdint>
 #include <limits>
 
@@ -219,6 +220,15 @@ TEST(ValueEditor, LetsAnotherValueThanTheChoicesBeTyped) {
     EXPECT_EQ(jsonOf(*desk.editor), "7");
 }
 
+TEST(ValueEditor, IsNotChangedByTheWheelOfAMouse) {
+    const Desk desk(knownAs(knownChoices(), 1));
+    const QPointF middle(desk.input()->rect().center());
+    QWheelEvent event(middle, desk.input()->mapToGlobal(middle), {}, QPoint(0, -120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(desk.input(), &event);
+    EXPECT_FALSE(desk.editor->isChanged());
+}
+
 TEST(ValueEditor, ChoosesBooleans) {
     const Desk desk(settingOf(true));
     desk.press(Qt::Key_Down);
@@ -286,6 +296,30 @@ TEST(ValueEditor, ShowsTheColourThatIsTypedAndNoneForOther) {
     EXPECT_THAT(button->accessibleName().toStdString(), HasSubstr("#336699ff"));
     desk.type("blue");
     EXPECT_THAT(button->accessibleName().toStdString(), HasSubstr("no colour"));
+}
+
+TEST(ValueEditor, SaysThatAColourIsOutsideOfWhatAScreenShows) {
+    const Desk desk(settingOf("0.2 0.4 2 1", "A.Color"), Place::Form);
+    const auto isSaid = [&] {
+        for (const QLabel* const label : desk.editor->findChildren<QLabel*>())
+            if (label->isVisible() && label->text() == QLatin1String("outside of 0 to 1"))
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(isSaid());
+    desk.type("0.2 0.4 1 1");
+    EXPECT_FALSE(isSaid());
+}
+
+TEST(ValueEditor, GoesThroughItsControlsByTab) {
+    const Desk desk(settingOf("1 0 0 1", "A.Color"));
+    desk.press(Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), desk.part<QToolButton>());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(QApplication::focusWidget(), desk.part<SwatchButton>());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_NE(desk.part<QColorDialog>(), nullptr);
 }
 
 TEST(ValueEditor, KeepsTheDigitsOfAColourThatTheColourDialogDoesNotChange) {
