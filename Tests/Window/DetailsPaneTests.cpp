@@ -7,11 +7,13 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "Editors/Kinds.h"
+#include "Look/Theme.h"
 #include "Panes/PlaceOfStored.h"
 #include "Tool/ToolSupport.h"
 #include "Window/PictureRules.h"
@@ -249,8 +251,10 @@ TEST_F(DetailsPaneTests, SeveralSettingsHaveACommonValueOrVarious) {
 TEST_F(DetailsPaneTests, EachTextHasANameAndTakesTheFocusInTheOrderOfReading) {
     setByTool(color, "1 0.5 0 0.5");
     start();
+    bool isHistoryShown = false;
+    QObject::connect(&pane_, &DetailsPane::historyShown, &pane_, [&] { isHistoryShown = true; });
     pane_.setKeyPath(color);
-    ASSERT_TRUE(waitUntil([&] { return !pane_.historyLines().isEmpty(); }));
+    ASSERT_TRUE(waitUntil([&] { return isHistoryShown; }));
     QList<QTextEdit*> texts;
     for (auto* const one : pane_.findChildren<QTextEdit*>())
         if (one->isVisible()) texts.append(one);
@@ -270,8 +274,35 @@ TEST_F(DetailsPaneTests, EachTextHasANameAndTakesTheFocusInTheOrderOfReading) {
         lastTop = top;
     }
     EXPECT_GE(lastTop, 0);
-    WindowSupport::grab(pane_, QStringLiteral("details"));
-    EXPECT_EQ(WindowSupport::clippedTexts(pane_), QStringList());
+}
+
+TEST_F(DetailsPaneTests, CanBeReadInLargeFontsInTheDarkAndFromRightToLeft) {
+    runTool({"set", enabled, "yes", "--any-kind"});
+    setByTool(color, "1 0.5 0 0.5");
+    start();
+    for (const char* const keyPath : {enabled, color, "CPU.Menubar"})
+        for (const bool isDark : {false, true})
+            for (const int points : {10, 20}) {
+                QApplication::setPalette(isDark ? QRVWindow::Theme::darkPalette()
+                                                : QRVWindow::Theme::lightPalette());
+                QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), points));
+                pane_.setLayoutDirection(isDark ? Qt::RightToLeft : Qt::LeftToRight);
+                pane_.setKeyPath(keyPath);
+                session_.edit(keyPath, "no");
+                WindowSupport::spin(std::chrono::milliseconds(150));
+                const QImage image = WindowSupport::grab(
+                    pane_, QStringLiteral("details-%1-%2-%3")
+                               .arg(QString::fromUtf8(keyPath).section(QLatin1Char('.'), -1))
+                               .arg(isDark)
+                               .arg(points));
+                EXPECT_EQ(WindowSupport::clippedTexts(pane_).join(QLatin1Char('\n')).toStdString(),
+                          "");
+                EXPECT_EQ(pane_.horizontalScrollBar()->maximum(), 0) << points;
+                for (auto* const text : pane_.findChildren<QTextEdit*>()) {
+                    if (!text->isVisible()) continue;
+                    EXPECT_GE(text->height(), text->document()->size().height());
+                }
+            }
 }
 
 TEST(PlaceOfStored, IsTheOneThatHasThisStoredKeyPath) {

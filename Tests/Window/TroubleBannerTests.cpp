@@ -10,9 +10,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QPushButton>
+#include <QTextEdit>
 #include <cstdlib>
 #include <filesystem>
 
+#include "Look/Theme.h"
 #include "Tool/ToolSupport.h"
 #include "Window/PictureRules.h"
 #include "Window/WindowSupport.h"
@@ -27,6 +29,12 @@ using WindowSupport::setByTool;
 using WindowSupport::waitUntil;
 
 constexpr const char* enabled = "CPU.Menubar.Enabled";
+
+/// A file as private as the store makes it.
+void writeSettings(const std::string& bytes) {
+    ToolSupport::writeSettings(bytes);
+    ASSERT_EQ(chmod(ToolSupport::settingsFile().c_str(), 0600), 0);
+}
 
 class TroubleBannerTests : public testing::Test {
   protected:
@@ -89,7 +97,7 @@ TEST_F(TroubleBannerTests, AMissingFileIsANote) {
 }
 
 TEST_F(TroubleBannerTests, ADamagedFileIsNamedWithLineAndColumnAndWhatToDo) {
-    ToolSupport::writeSettings("<?xml version=\"1.0\"?>\n<plist><dict><key>A</key></plist>");
+    writeSettings("<?xml version=\"1.0\"?>\n<plist><dict><key>A</key></plist>");
     start();
     ASSERT_EQ(banner_->troubles().size(), 1U);
     EXPECT_EQ(banner_->troubles()[0].kind, Trouble::Kind::Damaged);
@@ -115,11 +123,35 @@ TEST_F(TroubleBannerTests, ADamagedFileIsNamedWithLineAndColumnAndWhatToDo) {
     EXPECT_TRUE(isAnewWanted);
     EXPECT_TRUE(isImportWanted);
     EXPECT_EQ(folder.toStdString(), ToolSupport::settingsFile().parent_path());
-    WindowSupport::grab(*banner_, QStringLiteral("banner-damaged"));
-    EXPECT_EQ(WindowSupport::clippedTexts(*banner_), QStringList());
 
-    ToolSupport::writeSettings(ToolSupport::propertyList("<key>A</key><true/>"));
+    writeSettings(ToolSupport::propertyList("<key>A</key><true/>"));
     EXPECT_TRUE(waitUntil([&] { return texts().find("damaged") == std::string::npos; })) << texts();
+}
+
+TEST_F(TroubleBannerTests, CanBeReadInLargeFontsInTheDarkAndFromRightToLeft) {
+    writeSettings("<plist><dict><key>A</key></plist>");
+    start();
+    ASSERT_TRUE(waitUntil([&] { return !banner_->troubles()[0].advice.isEmpty(); }));
+    button(QStringLiteral("How to\u2026"))->click();
+    for (const bool isDark : {false, true})
+        for (const int points : {10, 20}) {
+            QApplication::setPalette(isDark ? QRVWindow::Theme::darkPalette()
+                                            : QRVWindow::Theme::lightPalette());
+            QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), points));
+            window_.setLayoutDirection(isDark ? Qt::RightToLeft : Qt::LeftToRight);
+            WindowSupport::spin(std::chrono::milliseconds(50));
+            const QImage image = WindowSupport::grab(
+                window_, QStringLiteral("banner-%1-%2").arg(isDark).arg(points));
+            EXPECT_EQ(WindowSupport::clippedTexts(window_).join(QLatin1Char('\n')).toStdString(),
+                      "");
+            for (auto* const text : banner_->findChildren<QTextEdit*>()) {
+                const QRect part(text->mapTo(&window_, QPoint(0, 0)), text->size());
+                const QRect seen = part.intersected(image.rect());
+                if (!text->isVisible() || seen.height() < part.height()) continue;
+                EXPECT_GE(WindowSupport::contrastIn(image, seen), WindowSupport::readableContrast);
+                EXPECT_GE(text->height(), text->document()->size().height());
+            }
+        }
 }
 
 TEST_F(TroubleBannerTests, AReadOnlyFileIsNamedWithTheWayOut) {
@@ -185,12 +217,9 @@ TEST_F(TroubleBannerTests, AFindingOfAProfileNamesItsScope) {
 }
 
 TEST_F(TroubleBannerTests, ManyFindingsAreShownWhenTheyAreAskedFor) {
-    std::string entries;
-    for (int i = 0; i < 40; ++i)
-        entries += "<key>Text" + std::to_string(i) + "</key><string>a&#x7f;\xef\xbf\xbe</string>";
     std::string dotted;
     for (int i = 0; i < 40; ++i) dotted += "<key>a.b" + std::to_string(i) + "</key><true/>";
-    ToolSupport::writeSettings(ToolSupport::propertyList(dotted));
+    writeSettings(ToolSupport::propertyList(dotted));
     start();
     ASSERT_TRUE(waitUntil([&] { return banner_->troubles().size() >= 40; })) << texts();
     const auto shownLines = [&] {

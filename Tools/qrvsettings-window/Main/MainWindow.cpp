@@ -185,7 +185,7 @@ void MainWindow::followFindings() {
 void MainWindow::followChanges() {
     const auto count = static_cast<int>(session_.changes().size());
     tabs_->setTabText(tabs_->indexOf(changes_),
-                      count == 0 ? tr("Changes") : tr("Changes (%n)", "", count));
+                      count == 0 ? tr("Changes") : tr("Changes (%1)").arg(count));
 }
 
 void MainWindow::open(const std::string& keyPath) {
@@ -199,10 +199,10 @@ void MainWindow::showWanted() {
     if (view_->reveal(keyPath)) return view_->enter();
     const auto meant = Tool::KnownKeyPaths(session_.lists()).meantBy(keyPath);
     const QString name = keyPathInSentence(keyPath);
-    status_->say(meant.has_value()
-                     ? tr("There is no setting %1. Did you mean %2?")
-                           .arg(name, keyPathInSentence(*meant))
-                     : tr("There is no setting %1.").arg(name));
+    status_->say(
+        meant.has_value()
+            ? tr("There is no setting %1. Did you mean %2?").arg(name, keyPathInSentence(*meant))
+            : tr("There is no setting %1.").arg(name));
 }
 
 void MainWindow::showPlace(const Tool::SettingPlace& place) {

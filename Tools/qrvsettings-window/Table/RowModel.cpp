@@ -318,8 +318,7 @@ void RowModel::followMarks(const QStringList& keyPaths) {
 }
 
 void RowModel::follow(const Tool::SettingsTable::Change& change) {
-    const bool mayRearrange =
-        !change.added.empty() || !change.removed.empty() || !list_.filter().isEmpty();
+    const bool mayRearrange = !list_.keepsLines(change);
     if (!mayRearrange) {
         list_.follow(change);
     } else {

@@ -205,7 +205,7 @@ void RowList::letLinesStay() {
     }
 }
 
-bool RowList::changesNothing(const SettingsTable::Change& change) const {
+bool RowList::keepsLines(const SettingsTable::Change& change) const {
     if (!filter_.isEmpty() || generation_ != table_.generation()) return false;
     return std::ranges::all_of(change.changed, [this](const std::string& keyPath) {
         const auto row = table_.indexOf(keyPath);
@@ -214,7 +214,7 @@ bool RowList::changesNothing(const SettingsTable::Change& change) const {
 }
 
 bool RowList::follow(const SettingsTable::Change& change) {
-    if (changesNothing(change)) return false;
+    if (keepsLines(change)) return false;
     if (profile_ != table_.profile()) {
         arrange();
         return true;

@@ -68,6 +68,8 @@ class RowList {
     /// shown, or the profile changes. Only what the table has lost is removed. Returns whether
     /// lines were added or removed.
     bool follow(const SettingsTable::Change& change);
+    /// Whether `follow` will certainly neither add nor remove lines; it costs little to know.
+    [[nodiscard]] bool keepsLines(const SettingsTable::Change& change) const;
 
     [[nodiscard]] const std::vector<RowLine>& lines() const { return lines_; }
     /// Of a row or level that is shown; of the row where both are.
@@ -97,7 +99,6 @@ class RowList {
     [[nodiscard]] bool letsThrough(std::size_t row) const;
     void forgetWhatStays();
     void letLinesStay();
-    [[nodiscard]] bool changesNothing(const SettingsTable::Change& change) const;
     void listRows();
     void makeLines();
 

@@ -160,12 +160,12 @@ class SettingsTable::Merge {
             keepUntil(lowerBound(rows, next_ + 1, keyPath));
         const bool isOld = next_ < rows.size() && rows[next_].keyPath == keyPath;
         if (isOld && place.isRow && areSame(rows[next_], place.row)) return;
-        if (isOld || place.isRow)
-            (!isOld        ? change_.added
-             : place.isRow ? change_.changed
-                           : change_.removed)
-                .push_back(keyPath);
-        if (isOld) ++next_;
+        if (isOld) {
+            (place.isRow ? change_.changed : change_.removed).push_back(keyPath);
+            ++next_;
+        } else if (place.isRow) {
+            change_.added.push_back(keyPath);
+        }
         if (!place.isRow) return;
         rows_.push_back(std::move(place.row));
         texts_.emplace_back();
