@@ -68,7 +68,8 @@ std::string commandsOfTree(const NSDictionary& tree) {
     std::vector<Tool::PendingEdit> edits;
     for (const auto& [keyPath, value] : Tool::leavesByKeyPath(tree))
         if (!Tool::isRecord(keyPath))
-            edits.push_back({.place = placeOfStored(std::string(keyPath)), .base = nullptr, .value = value});
+            edits.push_back(
+                {.place = placeOfStored(std::string(keyPath)), .base = nullptr, .value = value});
     return Tool::commandsOfEdits(edits);
 }
 

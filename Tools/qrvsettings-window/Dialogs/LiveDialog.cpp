@@ -3,6 +3,7 @@
 
 #include <QAccessible>
 #include <QLabel>
+#include <QScreen>
 
 namespace QRVWindow {
 
@@ -18,7 +19,13 @@ LiveDialog::LiveDialog(Session& session, QWidget* parent) : QDialog(parent), ses
 }
 
 void LiveDialog::setVisible(bool isVisible) {
-    if (isVisible && !this->isVisible()) showSession();
+    if (isVisible && !this->isVisible()) {
+        showSession();
+        if (!testAttribute(Qt::WA_Resized)) {
+            constexpr double mostOfScreen = 0.9;
+            resize(sizeHint().boundedTo(screen()->availableSize() * mostOfScreen));
+        }
+    }
     QDialog::setVisible(isVisible);
 }
 
