@@ -104,7 +104,7 @@ TEST_F(ReviewDialogTest, KeepingMineSettlesAConflictAndTheApplyWritesIt) {
     pressApply(QStringLiteral("Apply 1"));
     EXPECT_EQ(storedByTool(width), "60");
     EXPECT_THAT(state(), HasSubstr("Applied 1 setting."));
-    EXPECT_THAT(linesOf(*dialog), SizeIs(0));
+    EXPECT_TRUE(WindowSupport::waitUntil([this] { return linesOf(*dialog).empty(); }));
 }
 
 TEST_F(ReviewDialogTest, TakingTheirsSettlesAConflictAndLeavesTheFile) {

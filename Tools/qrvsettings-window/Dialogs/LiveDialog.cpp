@@ -3,7 +3,9 @@
 
 #include <QAccessible>
 #include <QLabel>
+#include <QLayout>
 #include <QScreen>
+#include <algorithm>
 
 namespace QRVWindow {
 
@@ -23,7 +25,9 @@ void LiveDialog::setVisible(bool isVisible) {
         showSession();
         if (!testAttribute(Qt::WA_Resized)) {
             constexpr double mostOfScreen = 0.9;
-            resize(sizeHint().boundedTo(screen()->availableSize() * mostOfScreen));
+            const QSize room = screen()->availableSize() * mostOfScreen;
+            const int width = std::min(sizeHint().width(), room.width());
+            resize(width, std::min(layout()->totalHeightForWidth(width), room.height()));
         }
     }
     QDialog::setVisible(isVisible);
