@@ -17,6 +17,7 @@
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVHeldKeys.h"
+#include "RowCounts.h"
 #include "ThreadCost.h"
 #include "Workload/FileContents.h"
 
@@ -203,6 +204,7 @@ void run(const std::filesystem::path& folder) {
     countWrites(integers);
     countPropertyLists(xml, binary);
     countLoadDefaults();
+    countRows();
 }
 
 }  // namespace

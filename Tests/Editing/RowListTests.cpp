@@ -270,6 +270,22 @@ TEST_F(RowListTests, WithoutAFilterAChangedValueChangesNoLine) {
     EXPECT_THAT(lines(), ElementsAre("- Own", "  A", "  + B"));
 }
 
+TEST_F(RowListTests, KnowsWhichChangesKeepItsLines) {
+    const char* const items = "Profiles.Settings.default.Combined.Menubar.Items";
+    setStored({{"Own.A", 1}, {items, NSArray{}}});
+    list.setForm(RowList::Form::Flat);
+    list.arrange();
+    setStored({{"Own.A", 2}, {items, NSArray{}}});
+    EXPECT_TRUE(list.keepsLines(change));
+    setStored({{"Own.A", 2}, {items, NSArray{"cpu"}}});
+    EXPECT_THAT(change.changed, ElementsAre(items));
+    EXPECT_FALSE(list.keepsLines(change)) << "what was a record is a setting now";
+    EXPECT_TRUE(follow());
+    EXPECT_TRUE(list.lineOf(items));
+    setStored({{"Own.A", 2}, {"Own.B", 2}});
+    EXPECT_FALSE(list.keepsLines(change));
+}
+
 TEST_F(RowListTests, FollowsSeveralChangesOneAfterTheOther) {
     setStored({{"Own.B", 1}});
     list.setExpanded("Own", true);

@@ -106,10 +106,10 @@ TEST(FilterBar, CheckBoxesPutWordsIntoTheTextAndRemoveThem) {
 TEST(FilterBar, TheStoresRecordsComeInAddition) {
     WindowSupport::setByTool("CPU.Menubar.Mode.HistoryGraph.Width", "60");
     FilterWindow window;
-    const int before = window.model.counts().all;
     ASSERT_GT(window.model.counts().records, 0);
+    EXPECT_LT(window.model.counts().all, static_cast<int>(window.session.table().rows().size()));
     window.box("Store's records")->click();
-    EXPECT_EQ(window.model.counts().all, before + window.model.counts().records);
+    EXPECT_EQ(window.model.counts().all, static_cast<int>(window.session.table().rows().size()));
     EXPECT_TRUE(window.model.lineOf("CPU.Menubar.Mode.HistoryGraph.Width") ||
                 window.model.reveal("CPU.Menubar.Mode.HistoryGraph.Width"));
 }

@@ -43,6 +43,11 @@ inline std::string groupsOfIntegers(int groups, int value = 40) {
     return ToolSupport::propertyList(text);
 }
 
+/// As a failed test shows them.
+inline std::string lines(const QStringList& texts) {
+    return texts.join(QLatin1Char('\n')).toStdString();
+}
+
 /// A window with filter and list, as tests see it.
 struct TableWindow {
     StartedSession session;

@@ -12,7 +12,7 @@ namespace QRVWindow {
 
 /// The known choices, each with its sentence, or true and false. A value that is none of them is
 /// among them all the same, and "Other..." asks for a field to type one.
-class ChoiceField : public ValueField {
+class ChoiceField final : public ValueField {
     Q_OBJECT
 
   public:

@@ -151,7 +151,7 @@ void EditDialog::Inside::addHead(QBoxLayout& column) {
 void EditDialog::Inside::addFacts(QFormLayout& form) {
     const Kind kind = setting_.known != nullptr ? setting_.known->kind : Kind::Null;
     if (kind != Kind::Null)
-        form.addRow(EditDialog::tr("Kind:"), makeWrappedLabel(nameOfKind(kind), &owner_));
+        form.addRow(EditDialog::tr("Kind:"), makeWrappedLabel(kindText(kind), &owner_));
     if (!subject_.profile.isEmpty())
         form.addRow(EditDialog::tr("Profile:"),
                     makeWrappedLabel(leftToRight(subject_.profile), &owner_));
@@ -241,8 +241,8 @@ QString EditDialog::objectionToTogether(const std::vector<EditedSetting>& settin
         if (kindOfEditor(setting) != kindOfEditor(settings.front()))
             return tr("The settings are of different kinds: %1 is %2, %3 is %4.")
                 .arg(keyPathInSentence(settings.front().keyPath),
-                     nameOfKind(kindOfEditor(settings.front())), keyPathInSentence(setting.keyPath),
-                     nameOfKind(kindOfEditor(setting)));
+                     kindText(kindOfEditor(settings.front())), keyPathInSentence(setting.keyPath),
+                     kindText(kindOfEditor(setting)));
     return {};
 }
 

@@ -77,8 +77,7 @@ QString fieldText(const PropertyListValue& value, FieldLines lines) {
 
 PropertyListValue valueOfFieldText(const QString& text, Kind kind, bool isTypedAsJSON) {
     if (!isTypedAsJSON) return Tool::valueFromEditedText(text.toStdString(), kind, nullptr);
-    const PropertyListValue value =
-        Tool::valueFromEditedText(text.toStdString(), Kind::Null, nullptr);
+    PropertyListValue value = Tool::valueFromEditedText(text.toStdString(), Kind::Null, nullptr);
     if (!value.isString() || !text.trimmed().startsWith(QLatin1Char('"')))
         throw Tool::Failure(Tool::Fault::WrongValue,
                             "not a text between quotation marks, as JSON writes it");

@@ -45,7 +45,7 @@ std::span<const Kind> editedKinds() {
     return kinds;
 }
 
-QString nameOfKind(Kind kind) {
+QString kindText(Kind kind) {
     const auto text = [](const char* source) {
         return QCoreApplication::translate("QRVWindow::Kinds", source);
     };

@@ -14,7 +14,7 @@ namespace QRVWindow {
 /// In the order of a menu.
 std::span<const PropertyListValue::Kind> editedKinds();
 /// "integer", "string", "colour"; "by what is typed" for `Null`.
-QString nameOfKind(PropertyListValue::Kind kind);
+QString kindText(PropertyListValue::Kind kind);
 
 /// The kind in which an editor begins.
 PropertyListValue::Kind kindOfEditor(const EditedSetting& setting);

@@ -54,11 +54,10 @@ LineField::LineField(const FieldSubject& subject, QWidget* parent)
     line_->setCursorPosition(0);
     line_->setPlaceholderText(formOf(subject.kind));
     if (subject.place == Place::Cell) line_->setFrame(false);
-    remark_->setText(remark());
-    remark_->setHidden(remark_->text().isEmpty());
+    showRemark();
     setFocusProxy(line_);
     connect(line_, &QLineEdit::textChanged, this, [this] {
-        remark_->setText(remark());
+        showRemark();
         Q_EMIT edited();
     });
 }
@@ -71,16 +70,31 @@ void LineField::setText(const QString& text) {
     line_->setText(text);
 }
 
+void LineField::resizeEvent(QResizeEvent* event) {
+    ValueField::resizeEvent(event);
+    showRemark();
+}
+
+void LineField::showRemark() {
+    constexpr int shareOfCell = 3;
+    remark_->setText(remark());
+    const bool hasRoom =
+        subject().place == Place::Form || remark_->sizeHint().width() * shareOfCell <= width();
+    remark_->setVisible(!remark_->text().isEmpty() && hasRoom);
+    line_->setToolTip(hasRoom ? QString() : remark_->text());
+}
+
 QString LineField::remark() const {
     if (isTypedAsJSON_) return tr("as JSON");
     if (subject().kind == Kind::Data) {
         const auto bytes = Tool::dataFromText(text().toStdString());
         return bytes ? tr("%1 B").arg(bytes->size()) : QString();
     }
-    if (subject().kind == Kind::Date && text().contains(QLatin1Char('.')))
+    if (subject().place == Place::Form && subject().kind == Kind::Date &&
+        text().contains(QLatin1Char('.')))
         return tr("the file keeps whole seconds");
     if (subject().known == nullptr) return {};
-    const QString unit = QString::fromStdString(subject().known->unit);
+    QString unit = QString::fromStdString(subject().known->unit);
     if (subject().place == Place::Cell) return unit;
     const QString range = QString::fromStdString(Tool::rangeInWords(*subject().known));
     return range.isEmpty() ? unit : range;

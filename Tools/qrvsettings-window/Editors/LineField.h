@@ -22,8 +22,8 @@ class LineField : public ValueField {
 
     [[nodiscard]] bool isAsGiven() const override { return text() == textAtFirst_; }
     [[nodiscard]] PropertyListValue typedValue() const override;
-    [[nodiscard]] QString text() const override { return line_->text(); }
-    void setText(const QString& text) override;
+    [[nodiscard]] QString text() const final { return line_->text(); }
+    void setText(const QString& text) final;
     [[nodiscard]] QWidget* input() const override { return line_; }
     void selectAll() override { line_->selectAll(); }
 
@@ -31,9 +31,13 @@ class LineField : public ValueField {
     [[nodiscard]] QLineEdit* line() const { return line_; }
     [[nodiscard]] QBoxLayout* row() const { return row_; }
 
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     /// What stands behind the line: the range and unit, or the size of data.
     [[nodiscard]] QString remark() const;
+    /// Where it leaves room for the value.
+    void showRemark();
     QBoxLayout* row_;
     QLineEdit* line_;
     QLabel* remark_;

@@ -12,7 +12,7 @@
 namespace QRVWindow {
 
 /// Enter makes a line; Tab goes to the next control.
-class LinesField : public ValueField {
+class LinesField final : public ValueField {
     Q_OBJECT
 
   public:
@@ -33,7 +33,7 @@ class LinesField : public ValueField {
 };
 
 /// Bytes as base64 or in hexadecimal digits, with their number.
-class DataField : public ValueField {
+class DataField final : public ValueField {
     Q_OBJECT
 
   public:

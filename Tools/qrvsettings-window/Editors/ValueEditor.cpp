@@ -127,9 +127,9 @@ void ValueEditor::Inside::makeKindButton() {
 
 void ValueEditor::Inside::fillMenu() {
     menu_->clear();
-    if (kindOfEditor(setting) == Kind::Null) addKind(Kind::Null, false, nameOfKind(Kind::Null));
+    if (kindOfEditor(setting) == Kind::Null) addKind(Kind::Null, false, kindText(Kind::Null));
     for (const Kind kind : editedKinds()) {
-        addKind(kind, false, nameOfKind(kind));
+        addKind(kind, false, kindText(kind));
         if (kind == Kind::String && place == Place::Form)
             addKind(kind, true, ValueEditor::tr("string of several lines"));
     }
@@ -159,7 +159,7 @@ void ValueEditor::Inside::makeField(const FieldSubject& subject) {
     QObject::connect(field, &ValueField::edited, &owner, [this] { changed(); });
     QObject::connect(
         field, &ValueField::otherWanted, &owner, [this] { typeOther(); }, Qt::QueuedConnection);
-    const QString kind = nameOfKind(subject.kind);
+    const QString kind = kindText(subject.kind);
     kinds_->setText(place == Place::Form ? kind : QString());
     kinds_->setToolTip(ValueEditor::tr("Kind: %1").arg(kind));
     kinds_->setAccessibleName(ValueEditor::tr("Kind: %1").arg(kind));

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
@@ -24,7 +25,8 @@ using About = SettingFact::About;
 enum GridColumn { NameColumn, SwatchColumn, TextColumn, ButtonColumn };
 /// Facts lie between the head and what follows them.
 constexpr int firstFactRow = 1;
-constexpr int commandRow = firstFactRow + SettingFact::aboutCount;
+constexpr int commandNameRow = firstFactRow + SettingFact::aboutCount;
+constexpr int commandRow = commandNameRow + 1;
 constexpr int actionsRow = commandRow + 1;
 constexpr int historyNameRow = actionsRow + 1;
 constexpr int historyRow = historyNameRow + 1;
@@ -95,8 +97,8 @@ void DetailsPane::makeCommand(QGridLayout* grid) {
     command_->setAccessibleName(tr("Command that sets it"));
     command_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     copyCommand_ = makeCopyButton(tr("Copy the command"), command_, this);
-    grid->addWidget(commandName_, commandRow, NameColumn);
-    grid->addWidget(command_, commandRow, SwatchColumn, 1, 2);
+    grid->addWidget(commandName_, commandNameRow, 0, 1, ButtonColumn + 1);
+    grid->addWidget(command_, commandRow, 0, 1, ButtonColumn);
     grid->addWidget(copyCommand_, commandRow, ButtonColumn, Qt::AlignTop);
 }
 
@@ -204,6 +206,25 @@ void DetailsPane::showEvent(QShowEvent* event) {
     showHistory();
 }
 
+void DetailsPane::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    fitNames();
+}
+
+void DetailsPane::changeEvent(QEvent* event) {
+    QScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange) fitNames();
+}
+
+void DetailsPane::fitNames() {
+    int width = 0;
+    for (const Row& row : rows_)
+        if (row.name != nullptr && !row.name->isHidden())
+            width = std::max(width, row.name->fontMetrics().horizontalAdvance(row.name->text()));
+    // Long names wrap rather than push their values aside.
+    grid_->setColumnMinimumWidth(NameColumn, std::min(width + 1, viewport()->width() * 2 / 5));
+}
+
 void DetailsPane::showHead() {
     const bool hasHead = isSetting() || !level_.empty();
     if (hasHead)
@@ -231,6 +252,7 @@ void DetailsPane::showFacts(const SettingFacts& facts) {
         rows_[i].text->setVisible(isShown[i]);
         if (!isShown[i]) rows_[i].swatch->hide();
     }
+    fitNames();
 }
 
 DetailsPane::Row& DetailsPane::rowAbout(SettingFact::About about) {
@@ -239,6 +261,8 @@ DetailsPane::Row& DetailsPane::rowAbout(SettingFact::About about) {
     if (row.name != nullptr) return row;
     QWidget* const page = widget();
     row = {makeName(QString(), page), new SwatchLabel(page), new FactText(page)};
+    row.name->setWordWrap(true);
+    row.name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     const int line = firstFactRow + static_cast<int>(index);
     grid_->addWidget(row.name, line, NameColumn);
     grid_->addWidget(row.swatch, line, SwatchColumn, Qt::AlignTop);

@@ -51,6 +51,8 @@ class DetailsPane : public QScrollArea {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     struct Row {
@@ -67,6 +69,7 @@ class DetailsPane : public QScrollArea {
     void followMarks();
     void refresh();
     void showFacts(const SettingFacts& facts);
+    void fitNames();
     void showHead();
     void showCommand();
     void showHistory();

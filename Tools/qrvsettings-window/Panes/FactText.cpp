@@ -36,7 +36,8 @@ void FactText::follow(bool isCode) {
     isCode_ = isCode;
     QTextOption option = document()->defaultTextOption();
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTextDirection(isCode ? Qt::LeftToRight : layoutDirection());
+    // Texts that are not translated keep their own direction.
+    option.setTextDirection(isCode ? Qt::LeftToRight : Qt::LayoutDirectionAuto);
     option.setAlignment(Qt::AlignAbsolute | (isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft));
     document()->setDefaultTextOption(option);
 }

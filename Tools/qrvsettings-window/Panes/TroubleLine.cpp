@@ -11,6 +11,7 @@
 #include "Look/Signs.h"
 #include "Look/Text.h"
 #include "Panes/FactText.h"
+#include "Panes/WrappingRow.h"
 
 namespace QRVWindow {
 namespace {
@@ -29,7 +30,7 @@ QString headText(const Trouble& trouble) {
 }  // namespace
 
 TroubleLine::TroubleLine(const Trouble& trouble, QWidget* parent)
-    : QWidget(parent), trouble_(trouble) {
+    : QWidget(parent), trouble_(trouble), buttons_(new WrappingRow(this)) {
     auto* const column = new QVBoxLayout(this);
     auto* const row = new QHBoxLayout;
     column->addLayout(row);
@@ -40,37 +41,42 @@ TroubleLine::TroubleLine(const Trouble& trouble, QWidget* parent)
     message->setFact(trouble_.message, false);
     row->addWidget(head, 0, Qt::AlignVCenter);
     row->addWidget(message, 1, Qt::AlignVCenter);
-    addButtons(row);
-    if (!trouble_.advice.isEmpty()) addAdvice(row);
-    // Text, so that each line can be read as one thing.
+    addButtons();
+    if (!trouble_.advice.isEmpty()) addAdvice();
+    // Many leave no room for a message beside them.
+    if (trouble_.kind == Trouble::Kind::Damaged)
+        column->insertWidget(1, buttons_);
+    else
+        row->addWidget(buttons_, 0, Qt::AlignVCenter);
+    // So that each line can be read as one thing.
     setAccessibleName(QStringLiteral("%1 %2").arg(headText(trouble_), trouble_.message));
 }
 
-QPushButton* TroubleLine::addButton(QBoxLayout* row, const QString& text) {
-    auto* const button = new QPushButton(text, this);
-    row->addWidget(button, 0, Qt::AlignVCenter);
+QPushButton* TroubleLine::addButton(const QString& text) {
+    auto* const button = new QPushButton(text, buttons_);
+    buttons_->add(button);
     return button;
 }
 
-void TroubleLine::addButtons(QBoxLayout* row) {
+void TroubleLine::addButtons() {
     if (trouble_.kind == Trouble::Kind::Damaged) {
-        connect(addButton(row, tr("Keep its bytes beside, start anew\u2026")),
-                &QPushButton::clicked, this, &TroubleLine::startAnewWanted);
-        connect(addButton(row, tr("Import a copy\u2026")), &QPushButton::clicked, this,
+        connect(addButton(tr("Keep its bytes beside, start anew\u2026")), &QPushButton::clicked,
+                this, &TroubleLine::startAnewWanted);
+        connect(addButton(tr("Import a copy\u2026")), &QPushButton::clicked, this,
                 &TroubleLine::importWanted);
     }
     if (trouble_.kind != Trouble::Kind::Other)
-        connect(addButton(row, tr("Open folder")), &QPushButton::clicked, this,
+        connect(addButton(tr("Open folder")), &QPushButton::clicked, this,
                 &TroubleLine::folderWanted);
     if (trouble_.place) {
-        QPushButton* const show = addButton(row, tr("Show"));
+        QPushButton* const show = addButton(tr("Show"));
         show->setAccessibleDescription(fromText(trouble_.place->keyPath));
         connect(show, &QPushButton::clicked, this, [this] { Q_EMIT placeWanted(*trouble_.place); });
     }
 }
 
-void TroubleLine::addAdvice(QBoxLayout* row) {
-    QPushButton* const open = addButton(row, tr("How to\u2026"));
+void TroubleLine::addAdvice() {
+    QPushButton* const open = addButton(tr("How to\u2026"));
     open->setCheckable(true);
     auto* const box = new QWidget(this);
     auto* const boxRow = new QHBoxLayout(box);

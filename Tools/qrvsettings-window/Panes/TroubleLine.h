@@ -7,10 +7,11 @@
 
 #include "Panes/Troubles.h"
 
-class QBoxLayout;
 class QPushButton;
 
 namespace QRVWindow {
+
+class WrappingRow;
 
 class TroubleLine : public QWidget {
     Q_OBJECT
@@ -28,11 +29,12 @@ class TroubleLine : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    void addButtons(QBoxLayout* row);
-    void addAdvice(QBoxLayout* row);
-    QPushButton* addButton(QBoxLayout* row, const QString& text);
+    void addButtons();
+    void addAdvice();
+    QPushButton* addButton(const QString& text);
 
     Trouble trouble_;
+    WrappingRow* buttons_;
 };
 
 }  // namespace QRVWindow

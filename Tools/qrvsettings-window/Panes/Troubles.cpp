@@ -47,7 +47,7 @@ class Gatherer {
     void addFindings();
     /// With the advice of the findings that say the same.
     void add(Trouble trouble, About about);
-    /// Whether something that the window sees itself is shown instead.
+    /// Whether the window sees for itself whether it is so.
     [[nodiscard]] bool isSaid(const Tool::Finding& finding) const;
 
     const Session& session_;
@@ -123,21 +123,18 @@ void Gatherer::addPreparation() {
 }
 
 bool Gatherer::isSaid(const Tool::Finding& finding) const {
-    const FileState& state = session_.fileState();
     switch (finding.about) {
         case About::Other:
             return false;
-        case About::Missing:
-        case About::Preparation:
-            return true;
-        case About::Unreadable:
-            return state.kind == FileState::Kind::Unreadable;
-        case About::Damaged:
-            return state.kind == FileState::Kind::Damaged;
         case About::NotSavable:
+            return !session_.fileState().readOnly.isEmpty();
+        case About::Missing:
+        case About::Unreadable:
+        case About::Damaged:
+        case About::Preparation:
             break;
     }
-    return !state.readOnly.isEmpty();
+    return true;
 }
 
 void Gatherer::addFindings() {

@@ -16,18 +16,17 @@ QColor readableOn(const QColor& ground, const QColor& wanted) {
 void RowColors::take(const QPalette& palette) {
     const QColor base = palette.color(QPalette::Base);
     const QColor text = readableOn(base, palette.color(QPalette::Text));
-    plain_ = {QColor(), text, readableOn(base, quietText(palette)), text};
+    plain_ = {QColor(), text, readableOn(base, quietText(palette))};
     const QColor highlight = palette.color(QPalette::Highlight);
     const QColor onHighlight = readableOn(highlight, palette.color(QPalette::HighlightedText));
-    selected_ = {highlight, onHighlight, onHighlight, onHighlight};
+    selected_ = {highlight, onHighlight, onHighlight};
     for (const RowState state : rowStates) {
         const QColor band = bandOf(state, palette);
         RowPaint& paint = banded_[static_cast<std::size_t>(state)];
         paint = plain_;
         if (!band.isValid()) continue;
         const QColor onBand = readableOn(band, text);
-        paint = {band, onBand, readableOn(band, plain_.quiet),
-                 readableOn(band, markColor(state, palette))};
+        paint = {band, onBand, readableOn(band, plain_.quiet)};
         if (paint.quiet != plain_.quiet) paint.quiet = onBand;
     }
 }

@@ -17,7 +17,6 @@ struct RowPaint {
     QColor ground;  ///< invalid: the base of the palette, which is there already
     QColor text;
     QColor quiet;  ///< for what matters less
-    QColor sign;
 };
 
 class RowColors {

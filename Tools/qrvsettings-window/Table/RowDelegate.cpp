@@ -33,8 +33,8 @@ struct TextLine {
 
 void paintText(QPainter& painter, const TextLine& line) {
     const QFontMetrics metrics = painter.fontMetrics();
-    const int flags = static_cast<int>(line.alignment) | Qt::AlignVCenter | Qt::TextSingleLine |
-                      (line.isLeftToRight ? Qt::TextForceLeftToRight : 0);
+    const int flags = static_cast<int>(line.alignment) | Qt::AlignAbsolute | Qt::AlignVCenter |
+                      Qt::TextSingleLine | (line.isLeftToRight ? Qt::TextForceLeftToRight : 0);
     painter.drawText(line.rect, flags,
                      metrics.elidedText(line.text, line.elide, line.rect.width()));
 }
@@ -101,15 +101,15 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->setPen(cell.paint.text);
     QFont font = option.font;
     const int column = index.column();
-    font.setBold(row != nullptr && row->isModified &&
-                 (column == RowModel::Setting || column == RowModel::Value));
+    font.setBold(column == RowModel::Sign ||
+                 (row != nullptr && row->isModified &&
+                  (column == RowModel::Setting || column == RowModel::Value)));
     painter->setFont(font);
     if (column == RowModel::Setting) {
         paintSetting(*painter, cell);
     } else if (row != nullptr && (column == RowModel::Value || column == RowModel::Default)) {
         paintValue(*painter, cell, column == RowModel::Default);
     } else {
-        if (column == RowModel::Sign) painter->setPen(cell.paint.sign);
         const bool isValue = column == RowModel::Sign || column == RowModel::Other;
         paintText(*painter,
                   {index.data().toString(), cell.rectFrom(padding), Qt::ElideRight, isValue,

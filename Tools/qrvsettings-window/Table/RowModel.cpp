@@ -318,8 +318,7 @@ void RowModel::followMarks(const QStringList& keyPaths) {
 }
 
 void RowModel::follow(const Tool::SettingsTable::Change& change) {
-    const bool mayRearrange =
-        !change.added.empty() || !change.removed.empty() || !list_.filter().isEmpty();
+    const bool mayRearrange = !list_.keepsLines(change);
     if (!mayRearrange) {
         list_.follow(change);
     } else {
@@ -422,7 +421,8 @@ void RowModel::followFileState() {
 }
 
 void RowModel::noteLive(const std::string& keyPath) {
-    if (session_.liveChangeOf(keyPath) != nullptr)
+    const LiveChange* change = session_.liveChangeOf(keyPath);
+    if (change != nullptr && !change->isRecord)
         live_.insert(keyPath);
     else
         live_.erase(keyPath);
@@ -434,8 +434,7 @@ void RowModel::updateCounts() {
         if (row.isRecord) ++counts.records;
         if (row.isModified && !row.isRecord) ++counts.modified;
     }
-    const int rows = asInt(session_.table().rows().size());
-    counts.all = showsRecords_ || list_.filter().asksForRecords() ? rows : rows - counts.records;
+    counts.all = asInt(list_.countOfAll());
     counts.matches = asInt(list_.matchCount());
     counts.live = asInt(live_.size());
     if (counts == counts_) return;

@@ -33,8 +33,8 @@ class RowModel : public QAbstractTableModel {
     };
     struct Counts {
         int matches = 0;   ///< rows that the filter lets through
-        int all = 0;       ///< rows without a filter
-        int modified = 0;  ///< without the store's records
+        int all = 0;       ///< rows that there would be without one
+        int modified = 0;  ///< without the store's records, as `live`
         int records = 0;
         int live = 0;
         auto operator<=>(const Counts&) const = default;

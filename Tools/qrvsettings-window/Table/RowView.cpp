@@ -38,10 +38,15 @@ RowView::RowView(RowModel& model, QWidget* parent) : QTreeView(parent), rows_(mo
     connect(qApp, &QApplication::focusChanged, this, &RowView::leaveEditor);
 }
 
+/// The base class gives up the focus when this object is gone.
+RowView::~RowView() {
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 /// Sections have the width of a number of characters; their contents are never measured, which
 /// would take as long as there are rows.
 void RowView::setUpColumns() {
-    constexpr std::array<int, RowModel::Other + 1> characters{44, 5, 26, 12, 22, 26, 22};
+    constexpr std::array<int, RowModel::Other + 1> characters{44, 5, 34, 12, 24, 30, 24};
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(true);
     header()->setHighlightSections(false);
@@ -49,7 +54,9 @@ void RowView::setUpColumns() {
     header()->setFirstSectionMovable(false);
     const int width = fontMetrics().averageCharWidth();
     for (int column = 0; column < rows_.columnCount(); ++column)
-        header()->resizeSection(column, width * characters[static_cast<std::size_t>(column)]);
+        header()->resizeSection(column,
+                                std::max(width * characters[static_cast<std::size_t>(column)],
+                                         header()->sectionSizeHint(column)));
 }
 
 void RowView::changeEvent(QEvent* event) {

@@ -28,6 +28,7 @@ class RowView : public QTreeView {
   public:
     /// `model` must outlive the view.
     explicit RowView(RowModel& model, QWidget* parent = nullptr);
+    ~RowView() override;
 
     /// Of a row or level; empty when there is none.
     [[nodiscard]] std::string currentKeyPath() const;

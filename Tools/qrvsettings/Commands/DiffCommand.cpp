@@ -34,20 +34,10 @@ struct Comparison {
     NSDictionary newTree;
 };
 
-bool hasNoEntries(const PropertyListValue& value) {
-    return value.isDictionary() && value.dictionary().count() == 0;
-}
-
 Comparison comparisonWithDefaults(const std::string& profile) {
     const NSDictionary stored = ProfileScope(profile).storedTree().copy();
-    std::vector<Difference> differences = differencesBetween(nullptr, stored);
     prepareWithoutStoredSettings();
-    for (Difference& leaf : differences)
-        if (leaf.isReached) leaf.oldValue = QRVSettingsDefaultForKeyPath(leaf.keyPath);
-    std::erase_if(differences, [](const Difference& leaf) {
-        return hasNoEntries(leaf.newValue) || jsonText(leaf.oldValue) == jsonText(leaf.newValue);
-    });
-    return {differences, stored};
+    return {differencesFromDefaults(stored, QRVSettings::sharedSettings().defaults()), stored};
 }
 
 Comparison comparisonWithStored(const NSDictionary& settings) {

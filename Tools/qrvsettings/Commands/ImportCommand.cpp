@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "Commands/CommandTable.h"
-#include "Commands/Leniency.h"
 #include "Commands/WritingCommands.h"
 #include "Options/CommonOptions.h"
 #include "Process/ExitCode.h"
@@ -16,6 +15,7 @@
 #include "Settings/PendingChanges.h"
 #include "Settings/Preparation.h"
 #include "Settings/Records.h"
+#include "Settings/SettingObjections.h"
 #include "Text/Differences.h"
 #include "Text/FileForm.h"
 
@@ -63,7 +63,8 @@ ExitCode runImport(const Options& options) {
                       std::string("cannot be migrated: ") + exception.what() + ", " + name);
     }
     if (!changes.isEmpty() && needMigration(settings)) remark(migrationNote);
-    if (options.writing.dryRun) remarkObjections(settings);
+    if (options.writing.dryRun)
+        for (const std::string& text : remarksOnTree(settings)) remark(text);
     remarkWhatStrictXMLRefuses(settings);
     if (hasFractionsOfSeconds(settings)) remark("fractions of seconds are not kept, " + name);
     return report(changes, options, name);

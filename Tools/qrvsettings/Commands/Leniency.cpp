@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/Leniency.h"
 
-#include <algorithm>
-
-#include "Process/StandardError.h"
 #include "Reporting/Failure.h"
 
 namespace Tool {
@@ -44,16 +41,6 @@ void requireUsualColor(const std::string& keyPath, const ProfileScope& scope,
     const SettingObjections objections;
     if (!leniency.takesTypos) requireNoTypo(objections, keyPath, nullptr, scope);
     if (!leniency.takesAnyKind) refuse(objections.toColor(keyPath), "--any-kind");
-}
-
-void remarkObjections(const NSDictionary& settings) {
-    constexpr std::size_t mostNamed = 5;
-    const std::vector<std::string> objections = SettingObjections().toTree(settings);
-    for (std::size_t index = 0; index < std::min(objections.size(), mostNamed); ++index)
-        remark(objections[index]);
-    if (objections.size() > mostNamed)
-        remark("the same holds for " + std::to_string(objections.size() - mostNamed) +
-               " more settings");
 }
 
 }  // namespace Tool

@@ -30,7 +30,4 @@ void requireUsual(const SettingObjections& objections, const std::string& keyPat
 void requireUsualColor(const std::string& keyPath, const ProfileScope& scope,
                        const Leniency& leniency);
 
-/// Says what would be refused of these settings, were they set one by one.
-void remarkObjections(const NSDictionary& settings);
-
 }  // namespace Tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/WritingCommands.h"
 
-#include <algorithm>
 #include <cstdint>
 
 #include "Process/InputFile.h"
@@ -68,12 +67,7 @@ ExitCode previewOf(const Changes& changes, const ChangeReport& report) {
 }
 
 void remarkWhatStrictXMLRefuses(const NSDictionary& settings) {
-    constexpr std::size_t mostNamed = 5;
-    const std::vector<RefusedText> texts = textsRefusedByStrictXML(settings);
-    for (std::size_t index = 0; index < std::min(texts.size(), mostNamed); ++index)
-        remark(texts[index].refusal + ", " + texts[index].keyPath);
-    if (texts.size() > mostNamed)
-        remark("they refuse " + std::to_string(texts.size() - mostNamed) + " more settings");
+    for (const std::string& text : remarksOfStrictXML(settings)) remark(text);
 }
 
 Option keepDottedKeysFlag(DottedKeys& dottedKeys) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Settings/SettingObjections.h"
+#include "Text/KeyPaths.h"
 #include "Text/ShellCommands.h"
 
 namespace Tool {
@@ -25,7 +26,7 @@ std::string commandsOfEdits(const std::vector<PendingEdit>& edits) {
 
 std::string commandOfSetting(const SettingPlace& place, const NSDictionary& stored,
                              const PropertyListValue& effective) {
-    const PropertyListValue value = valueInTree(stored, place.storedKeyPath());
+    const PropertyListValue value = valueAt(stored, place.storedKeyPath());
     return commandsOfEdits({{place, nullptr, value.isNull() ? effective : value}});
 }
 

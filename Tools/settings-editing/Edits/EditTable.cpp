@@ -3,6 +3,7 @@
 
 #include "QRVSettings/QRVKnownSettings.h"
 #include "QRVSettings/StoreKeyPaths.h"
+#include "Text/KeyPaths.h"
 
 namespace Tool {
 
@@ -87,16 +88,9 @@ PropertyListValue EditTable::levelWith(const PropertyListValue& level, Places::c
     return copy.copy();
 }
 
-PropertyListValue valueInTree(const PropertyListValue& tree, std::string_view keyPath) {
-    if (!tree.isDictionary()) return nullptr;
-    const std::size_t end = keyPath.find('.');
-    const PropertyListValue value = tree.dictionary().objectForKey(keyPath.substr(0, end));
-    return end == keyPath.npos ? value : valueInTree(value, keyPath.substr(end + 1));
-}
-
 PropertyListValue treeWithValue(const PropertyListValue& tree, std::string_view keyPath,
                                 const PropertyListValue& value) {
-    if (value.isNull() && valueInTree(tree, keyPath).isNull()) return tree;
+    if (value.isNull() && valueAt(tree, keyPath).isNull()) return tree;
     const std::size_t end = keyPath.find('.');
     const std::string_view key = keyPath.substr(0, end);
     const NSMutableDictionary level =

@@ -63,9 +63,6 @@ class EditTable {
     Places places_;  // by stored key path
 };
 
-/// The value at a key path; null also where a value is in the way.
-PropertyListValue valueInTree(const PropertyListValue& tree, std::string_view keyPath);
-
 /// A copy of a dictionary with another value at a key path; what is no dictionary counts as an
 /// empty one where a value is to be set. A null value removes, with the levels that are empty then:
 /// null when nothing is left.

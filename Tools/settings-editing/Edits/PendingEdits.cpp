@@ -203,7 +203,7 @@ void PendingEdits::request(const Request& request, const NSDictionary& stored,
     } else if (leafAbove(stored, path)) {
         return;
     }
-    const PropertyListValue now = valueInTree(stored, path);
+    const PropertyListValue now = valueAt(stored, path);
     if (areSameInKind(edit.value, now)) return recorder.eraseWithBelow(path);
     const PendingEdit* const present = table_.at(path);
     // A wish for the value of before, which another process has replaced, stands on what is there.
@@ -275,7 +275,7 @@ void PendingEdits::keepMine(const SettingPlace& place, const NSDictionary& store
     const PendingEdit* const present = at(place);
     if (present == nullptr) return;
     Recorder recorder(table_);
-    recorder.put({present->place, valueInTree(stored, place.storedKeyPath()), present->value});
+    recorder.put({present->place, valueAt(stored, place.storedKeyPath()), present->value});
     take({name, recorder.moves()});
 }
 
@@ -389,7 +389,7 @@ const PendingEdit* PendingEdits::at(const SettingPlace& place) const {
 std::vector<EditConflict> PendingEdits::conflicts(const NSDictionary& stored) const {
     std::vector<EditConflict> found;
     for (const auto& [place, edit] : edits()) {
-        const PropertyListValue now = valueInTree(stored, place.storedKeyPath());
+        const PropertyListValue now = valueAt(stored, place.storedKeyPath());
         if (!areSameInKind(now, edit.base) && !areSameInKind(now, edit.value))
             found.push_back({edit, now});
     }

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Text/KeyPaths.h"
+
 namespace Tool {
 namespace {
 
@@ -50,17 +52,6 @@ bool isSameValue(const PropertyListValue& one, const PropertyListValue& other) {
     }
 }
 
-PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath) {
-    PropertyListValue value = tree;
-    while (value.isDictionary()) {
-        const std::size_t end = keyPath.find('.');
-        value = value.dictionary().objectForKey(keyPath.substr(0, end));
-        if (end == keyPath.npos) return value;
-        keyPath.remove_prefix(end + 1);
-    }
-    return nullptr;
-}
-
 LayerValues LayerValues::at(std::string_view keyPath) const {
     LayerValues below;
     std::ranges::transform(values, below.values.begin(),
@@ -82,10 +73,11 @@ class LayerComparison::Level {
 
     [[nodiscard]] const std::vector<NSDictionary>& dictionaries() const { return dictionaries_; }
 
-    /// Looks up a key of the dictionary at `index`. False when one before that has the key, too.
-    bool take(std::string_view key, std::size_t index) {
+    /// Looks up a key that the dictionary at `index` has. False when one before that has it, too.
+    bool take(const NSDictionary::Entry& entry, std::size_t index) {
         for (std::size_t other = 0; other < dictionaries_.size(); ++other) {
-            found_[other] = dictionaries_[other].objectForKey(key);
+            found_[other] =
+                other == index ? entry.value : dictionaries_[other].objectForKey(entry.key);
             if (other < index && !found_[other].isNull()) return false;
         }
         return true;
@@ -145,8 +137,8 @@ void LayerComparison::compareBelow(const LayerValues& before, const LayerValues&
     if (std::ranges::equal(before.values, now.values, areIdentical)) return;
     Level level(before, now);
     for (std::size_t index = 0; index < level.dictionaries().size(); ++index)
-        for (const auto& [key, value] : level.dictionaries()[index])
-            if (level.take(key, index)) compareKey(level, key, start);
+        for (const auto& entry : level.dictionaries()[index])
+            if (level.take(entry, index)) compareKey(level, entry.key, start);
 }
 
 void LayerComparison::compareKey(const Level& level, std::string_view key, std::string& start) {

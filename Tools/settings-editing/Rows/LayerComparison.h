@@ -38,9 +38,6 @@ bool isLevel(const PropertyListValue& value);
 /// Whether two values are equal and of one kind, in all that they hold: 1 is not 1.0.
 bool isSameValue(const PropertyListValue& one, const PropertyListValue& other);
 
-/// The value at a key path; null also where another value is in the way.
-PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath);
-
 /// Finds the places where a layer has another value than before. What both share is skipped.
 class LayerComparison {
   public:

@@ -74,10 +74,20 @@ void RowList::forgetWhatStays() {
     stayingLevels_.clear();
 }
 
+bool RowList::mayBeListed(const SettingRow& row) const {
+    return !row.isRecord || showsRecords_ || filter_.asksForRecords() || isSettingOfPerson(row);
+}
+
+std::size_t RowList::countOfAll() const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        table_.rows(), [this](const SettingRow& row) { return mayBeListed(row); }));
+}
+
 bool RowList::letsThrough(std::size_t row) const {
     const SettingRow& setting = table_.rows()[row];
-    const bool isHidden = setting.isRecord && !showsRecords_ && !filter_.asksForRecords() &&
-                          (filter_.asksForModified() || !isSettingOfPerson(setting));
+    const bool isHidden =
+        !mayBeListed(setting) || (setting.isRecord && !showsRecords_ && !filter_.asksForRecords() &&
+                                  filter_.asksForModified());
     if (isHidden) return false;
     const bool needsMarks = marks_ && filter_.looksAtMarks();
     return filter_.matches(setting, filter_.looksAtText() ? table_.searchableTextOf(row) : "",
@@ -127,7 +137,9 @@ class RowList::Arrangement {
         const std::string& last = rows_[listed.back()].keyPath;
         while (!stayingLevels_.contains(std::string_view(first).substr(0, end))) {
             const std::size_t next = first.find('.', end + 1);
-            if (next == first.npos || !last.starts_with(std::string_view(first).substr(0, next + 1))) break;
+            if (next == first.npos ||
+                !last.starts_with(std::string_view(first).substr(0, next + 1)))
+                break;
             end = next;
         }
         RowLine line{.keyPath = first.substr(0, end),
@@ -159,7 +171,7 @@ void RowList::makeLines() {
 
 void RowList::listRows() {
     const std::vector<SettingRow>& rows = table_.rows();
-    rowCount_ = rows.size();
+    generation_ = table_.generation();
     matchCount_ = 0;
     listed_.clear();
     for (std::size_t row = 0; row < rows.size(); ++row) {
@@ -193,10 +205,8 @@ void RowList::letLinesStay() {
     }
 }
 
-bool RowList::changesNothing(const SettingsTable::Change& change) const {
-    if (!filter_.isEmpty() || table_.rows().size() != rowCount_ || !change.added.empty() ||
-        !change.removed.empty())
-        return false;
+bool RowList::keepsLines(const SettingsTable::Change& change) const {
+    if (!filter_.isEmpty() || generation_ != table_.generation()) return false;
     return std::ranges::all_of(change.changed, [this](const std::string& keyPath) {
         const auto row = table_.indexOf(keyPath);
         return row && letsThrough(*row) && std::ranges::binary_search(listed_, *row);
@@ -204,7 +214,11 @@ bool RowList::changesNothing(const SettingsTable::Change& change) const {
 }
 
 bool RowList::follow(const SettingsTable::Change& change) {
-    if (changesNothing(change)) return false;
+    if (keepsLines(change)) return false;
+    if (profile_ != table_.profile()) {
+        arrange();
+        return true;
+    }
     letLinesStay();
     const std::vector<RowLine> before = std::move(lines_);
     listRows();

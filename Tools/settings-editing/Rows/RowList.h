@@ -68,6 +68,8 @@ class RowList {
     /// shown, or the profile changes. Only what the table has lost is removed. Returns whether
     /// lines were added or removed.
     bool follow(const SettingsTable::Change& change);
+    /// Whether `follow` will certainly neither add nor remove lines; it costs little to know.
+    [[nodiscard]] bool keepsLines(const SettingsTable::Change& change) const;
 
     [[nodiscard]] const std::vector<RowLine>& lines() const { return lines_; }
     /// Of a row or level that is shown; of the row where both are.
@@ -75,6 +77,8 @@ class RowList {
     /// How many rows the filter lets through, also in closed levels. Rows that only stay do not
     /// count.
     [[nodiscard]] std::size_t matchCount() const { return matchCount_; }
+    /// How many rows there would be without the words that rows must match.
+    [[nodiscard]] std::size_t countOfAll() const;
     /// The key paths of the listed rows at and below a line.
     [[nodiscard]] std::vector<std::string> keyPathsBelow(std::size_t line) const;
 
@@ -91,15 +95,19 @@ class RowList {
     };
 
     [[nodiscard]] Expansion& expansion() { return filter_.isEmpty() ? unfiltered_ : filtered_; }
+    [[nodiscard]] bool mayBeListed(const SettingRow& row) const;
     [[nodiscard]] bool letsThrough(std::size_t row) const;
     void forgetWhatStays();
     void letLinesStay();
-    [[nodiscard]] bool changesNothing(const SettingsTable::Change& change) const;
     void listRows();
     void makeLines();
 
     const SettingsTable& table_;
-    std::string profile_;  ///< of the table when the lines were made
+    /// @name Of the table when the lines were made
+    /// @{
+    std::string profile_;
+    std::size_t generation_ = 0;
+    /// @}
     Marks marks_;
     Form form_ = Form::Tree;
     bool showsRecords_ = false;
@@ -108,7 +116,6 @@ class RowList {
     Expansion filtered_{.isUsual = true};
     std::set<std::string, std::less<>> stayingRows_;
     std::set<std::string, std::less<>> stayingLevels_;
-    std::size_t rowCount_ = 0;  ///< of the table when the lines were made
     std::vector<std::size_t> listed_;
     std::vector<std::string> listedKeyPaths_;  ///< which the table may have lost by now
     std::size_t matchCount_ = 0;

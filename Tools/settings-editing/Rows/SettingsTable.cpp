@@ -10,6 +10,7 @@
 #include "Rows/RowFilter.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
+#include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
@@ -159,12 +160,12 @@ class SettingsTable::Merge {
             keepUntil(lowerBound(rows, next_ + 1, keyPath));
         const bool isOld = next_ < rows.size() && rows[next_].keyPath == keyPath;
         if (isOld && place.isRow && areSame(rows[next_], place.row)) return;
-        if (isOld || place.isRow)
-            (!isOld        ? change_.added
-             : place.isRow ? change_.changed
-                           : change_.removed)
-                .push_back(keyPath);
-        if (isOld) ++next_;
+        if (isOld) {
+            (place.isRow ? change_.changed : change_.removed).push_back(keyPath);
+            ++next_;
+        } else if (place.isRow) {
+            change_.added.push_back(keyPath);
+        }
         if (!place.isRow) return;
         rows_.push_back(std::move(place.row));
         texts_.emplace_back();
@@ -204,15 +205,18 @@ SettingsTable::Change SettingsTable::replaceRows(Places places) {
     std::vector<Place*> sorted;
     sorted.reserve(places.size());
     for (Place& place : places) sorted.push_back(&place);
-    const auto keyPathOf = [](const Place* place) -> const std::string& {
-        return place->row.keyPath;
+    std::ranges::sort(sorted, [](const Place* place, const Place* other) {
+        return standsBefore(place->row.keyPath, other->row.keyPath);
+    });
+    const auto isRepeated = [](const Place* place, const Place* other) {
+        return place->row.keyPath == other->row.keyPath;
     };
-    std::ranges::sort(sorted, standsBefore, keyPathOf);
-    const auto repeated = std::ranges::unique(sorted, {}, keyPathOf);
-    sorted.erase(repeated.begin(), repeated.end());
+    sorted.erase(std::unique(sorted.begin(), sorted.end(), isRepeated), sorted.end());
     Merge merge(*this);
     for (Place* const place : sorted) merge.take(*place);
-    return merge.finish();
+    Change change = merge.finish();
+    if (!change.added.empty() || !change.removed.empty()) ++generation_;
+    return change;
 }
 
 SettingsTable::Change SettingsTable::update(const SettingsSnapshot& snapshot) {
@@ -234,6 +238,7 @@ void SettingsTable::setProfile(const std::string& profile) {
     if (!isFilled_) return;
     isFilled_ = false;
     layers_ = {};
+    ++generation_;
     rows_.clear();
     searchableTexts_.clear();
     unreachedCount_ = 0;

@@ -76,6 +76,9 @@ class SettingsTable {
     [[nodiscard]] const SettingsSnapshot& snapshot() const { return snapshot_; }
     [[nodiscard]] const std::vector<SettingRow>& rows() const { return rows_; }
     [[nodiscard]] std::optional<std::size_t> indexOf(std::string_view keyPath) const;
+    /// Differs from an earlier one when rows were added or removed since: then indexes have another
+    /// meaning.
+    [[nodiscard]] std::size_t generation() const { return generation_; }
     /// Null when there is none. Valid until the rows change.
     [[nodiscard]] const SettingRow* at(std::string_view keyPath) const;
     /// The `searchableText` of a row, which is made once. Valid until the rows change.
@@ -111,6 +114,7 @@ class SettingsTable {
     bool isFilled_ = false;
     LayerValues layers_;  ///< the roots of the scope
     std::vector<SettingRow> rows_;
+    std::size_t generation_ = 0;
     mutable std::vector<std::string> searchableTexts_;  ///< of each row; empty until it is needed
     std::size_t unreachedCount_ = 0;
 };

@@ -12,12 +12,6 @@
 namespace Tool {
 namespace {
 
-using NSDictionaryQRV::objectAtKeyPath;
-
-PropertyListValue valueAt(const NSDictionary& tree, const std::string& keyPath) {
-    return leafAbove(tree, keyPath) ? nullptr : objectAtKeyPath(tree, keyPath);
-}
-
 std::vector<std::string> keyPathsOfMachine(const NSDictionary& tree) {
     std::vector<std::string> keyPaths;
     for (const std::string_view keyPath :

@@ -175,6 +175,16 @@ std::vector<std::string> SettingObjections::toTree(const NSDictionary& tree) con
     return objections;
 }
 
+std::vector<std::string> remarksOnTree(const NSDictionary& tree) {
+    constexpr std::size_t mostNamed = 5;
+    std::vector<std::string> remarks = SettingObjections().toTree(tree);
+    if (remarks.size() <= mostNamed) return remarks;
+    const std::size_t unnamed = remarks.size() - mostNamed;
+    remarks.resize(mostNamed);
+    remarks.push_back("the same holds for " + std::to_string(unnamed) + " more settings");
+    return remarks;
+}
+
 OptionsToSet optionsThatTakeIt() {
     return [objections = SettingObjections()](const std::string& keyPath,
                                               const PropertyListValue& value) {

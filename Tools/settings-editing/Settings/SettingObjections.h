@@ -49,6 +49,10 @@ class SettingObjections {
     KnownKeyPaths keyPaths_;
 };
 
+/// What would be refused of these settings, were they set one by one: a line each, the last of them
+/// for all that are too many.
+std::vector<std::string> remarksOnTree(const NSDictionary& tree);
+
 /// The options without which another machine would refuse a setting.
 OptionsToSet optionsThatTakeIt();
 

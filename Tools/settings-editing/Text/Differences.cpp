@@ -85,6 +85,17 @@ std::vector<Difference> differencesBetween(const NSDictionary& oldTree,
     return comparison.sorted();
 }
 
+std::vector<Difference> differencesFromDefaults(const NSDictionary& stored,
+                                                const NSDictionary& defaults) {
+    std::vector<Difference> differences = differencesBetween(nullptr, stored);
+    for (Difference& leaf : differences)
+        if (leaf.isReached) leaf.oldValue = valueAt(defaults, leaf.keyPath);
+    std::erase_if(differences, [](const Difference& leaf) {
+        return isEmptyDictionary(leaf.newValue) || areSameInKind(leaf.oldValue, leaf.newValue);
+    });
+    return differences;
+}
+
 std::string differenceLines(const std::vector<Difference>& differences) {
     std::string text;
     for (const Difference& difference : differences) {

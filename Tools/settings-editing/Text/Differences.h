@@ -26,6 +26,11 @@ struct Difference {
 std::vector<Difference> differencesBetween(const NSDictionary& oldTree,
                                            const NSDictionary& newTree);
 
+/// The leaves of a tree that differ from the defaults, which are the old values: neither those that
+/// are not set nor empty dictionaries.
+std::vector<Difference> differencesFromDefaults(const NSDictionary& stored,
+                                                const NSDictionary& defaults);
+
 /// A line for each: key path, tab, `old -> new`, as JSON.
 std::string differenceLines(const std::vector<Difference>& differences);
 /// An object for each on a line of its own: keyPath, before, after.

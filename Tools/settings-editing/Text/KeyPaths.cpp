@@ -11,6 +11,17 @@ bool isAtOrBelow(std::string_view keyPath, std::string_view prefix) {
            (keyPath.size() == prefix.size() || keyPath[prefix.size()] == '.');
 }
 
+PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath) {
+    PropertyListValue value = tree;
+    while (value.isDictionary()) {
+        const std::size_t end = keyPath.find('.');
+        value = value.dictionary().objectForKey(keyPath.substr(0, end));
+        if (end == keyPath.npos) return value;
+        keyPath.remove_prefix(end + 1);
+    }
+    return nullptr;
+}
+
 std::optional<std::string> leafAbove(const NSDictionary& tree, std::string_view keyPath) {
     for (std::size_t end = keyPath.find('.'); end != keyPath.npos;
          end = keyPath.find('.', end + 1)) {

@@ -12,6 +12,9 @@ namespace Tool {
 /// Whether the key path is `prefix` or leads through it.
 bool isAtOrBelow(std::string_view keyPath, std::string_view prefix);
 
+/// The value at a key path; null also where another value is in the way.
+PropertyListValue valueAt(const PropertyListValue& tree, std::string_view keyPath);
+
 /// The first key path on the way to this one where the tree holds a value that is no dictionary.
 std::optional<std::string> leafAbove(const NSDictionary& tree, std::string_view keyPath);
 

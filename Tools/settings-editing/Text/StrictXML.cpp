@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Text/StrictXML.h"
 
+#include <algorithm>
 #include <map>
 
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
@@ -39,6 +40,18 @@ std::vector<RefusedText> textsRefusedByStrictXML(const NSDictionary& tree) {
     std::vector<RefusedText> texts;
     for (const auto& [keyPath, refusal] : found) texts.push_back({keyPath, refusal});
     return texts;
+}
+
+std::vector<std::string> remarksOfStrictXML(const NSDictionary& tree) {
+    constexpr std::size_t mostNamed = 5;
+    const std::vector<RefusedText> texts = textsRefusedByStrictXML(tree);
+    std::vector<std::string> remarks;
+    for (std::size_t index = 0; index < std::min(texts.size(), mostNamed); ++index)
+        remarks.push_back(texts[index].refusal + ", " + texts[index].keyPath);
+    if (texts.size() > mostNamed)
+        remarks.push_back("they refuse " + std::to_string(texts.size() - mostNamed) +
+                          " more settings");
+    return remarks;
 }
 
 }  // namespace Tool

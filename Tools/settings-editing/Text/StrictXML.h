@@ -16,4 +16,7 @@ struct RefusedText {
 /// What `refusalsOfStrictReaders` finds, by the key paths that `unset` takes: at most one each.
 std::vector<RefusedText> textsRefusedByStrictXML(const NSDictionary& tree);
 
+/// The same as a line each, the last of them for all that are too many.
+std::vector<std::string> remarksOfStrictXML(const NSDictionary& tree);
+
 }  // namespace Tool
