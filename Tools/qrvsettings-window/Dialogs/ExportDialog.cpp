@@ -20,6 +20,7 @@
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Reporting/Failure.h"
+#include "Session/PlaceOfStored.h"
 #include "Settings/MachineSettings.h"
 #include "Settings/Records.h"
 #include "Text/KeyPaths.h"
@@ -54,14 +55,6 @@ NSDictionary exportedTree(const Session& session, const ExportOptions& options) 
         default:
             return stored;
     }
-}
-
-Tool::SettingPlace placeOfStored(const std::string& keyPath) {
-    if (!keyPath.starts_with(profilesPrefix)) return {keyPath, {}};
-    const std::size_t dot = keyPath.find('.', profilesPrefix.size());
-    if (dot == std::string::npos) return {keyPath, {}};
-    return {keyPath.substr(dot + 1),
-            keyPath.substr(profilesPrefix.size(), dot - profilesPrefix.size())};
 }
 
 std::string commandsOfTree(const NSDictionary& tree) {

@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "Look/Text.h"
-#include "Panes/PlaceOfStored.h"
 #include "Reporting/PrintableText.h"
+#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
