@@ -94,7 +94,7 @@ TEST(ImportPreview, ChangesWhatTheImportOfTheToolChanges) {
     // Of an earlier version: the import migrates.
     expectAsTheToolDoes(
         withRecords({{"A", 1}}),
-        R"({"CPU.Menubar.Mode.HistoryGraph.Width":60,"Network.Menubar.Enabled":false})");
+        R"({"CPU.Menubar.Mode.HistoryGraph.Width":61,"CPU.Menubar.Enabled":false})");
 }
 
 TEST(ImportPreview, OfWhatIsStoredAlreadyIsEmpty) {

@@ -226,7 +226,7 @@ TEST(MainWindow, EscapeGoesFromTheEditorToTheRowToTheFilter) {
 }
 
 TEST(MainWindow, TabReachesEveryControlAndLeavesIt) {
-    WindowSupport::setByTool("CPU.Menubar.Enabled", "yes");
+    WindowSupport::runTool({"set", "--any-kind", "CPU.Menubar.Enabled", "yes"});
     Opened opened("CPU.Menubar.Enabled");
     ASSERT_TRUE(waitUntil([&] { return opened.view().currentKeyPath() == "CPU.Menubar.Enabled"; }));
     opened.session.edit("CPU.Menubar.Mode.Percentage.Enabled", true);

@@ -15,7 +15,9 @@
 #include <memory>
 #include <optional>
 
+#include "Panes/Findings.h"
 #include "Platform/Dispatch/Adapters/Qt.h"
+#include "Session/Applier.h"
 #include "Tool/ToolSupport.h"
 
 namespace WindowSupport {
@@ -34,6 +36,8 @@ class ApplicationOfTest : public testing::Environment {
         constexpr int points = 10;
         QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), points));
         queue_.emplace();
+        QRVWindow::Applier::setProgram(QStringLiteral(QRV_WINDOW));
+        QRVWindow::Findings::setProgram(QStringLiteral(QRV_WINDOW));
     }
     void TearDown() override {
         queue_.reset();
@@ -78,6 +82,7 @@ void show(QWidget& widget) {
 }
 
 QImage grab(QWidget& widget, const QString& name) {
+    QCoreApplication::processEvents();  // which lays out what has changed
     QImage image = widget.grab().toImage();
     const QString folder = qEnvironmentVariable("QRV_PICTURES");
     if (!folder.isEmpty() && !name.isEmpty()) {

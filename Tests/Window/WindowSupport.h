@@ -3,8 +3,8 @@
 
 /// What tests of the window share. Each test runs in a process of its own that has a QApplication
 /// on the platform `offscreen` (style Fusion, DejaVu Sans 10), the main queue in its event loop, a
-/// home, configuration and state folder of its own, and no session bus. Files and the tool of the
-/// test: `Tool/ToolSupport.h`.
+/// home, configuration and state folder of its own, and no session bus. Edits are applied, and the
+/// file is examined, by the window's program. Files and the tool of the test: `Tool/ToolSupport.h`.
 
 #include <QImage>
 #include <QString>

@@ -3,7 +3,6 @@
 // `--apply-edits` that applies its edits, with `--examine` it examines the settings file.
 
 #include <QApplication>
-#include <QMainWindow>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -11,6 +10,8 @@
 #include <vector>
 
 #include "Edits/ApplyEdits.h"
+#include "Look/Theme.h"
+#include "Main/MainWindow.h"
 #include "Panes/Findings.h"
 #include "Platform/System/System.h"
 #include "Reporting/Failure.h"
@@ -36,9 +37,11 @@ int runWindow(const QRVWindow::StartOptions& options, int argc, char** argv) {
     QRVWindow::Session session;
     if (file) session.setFileName(file->path());
     session.setProfile(QString::fromStdString(options.profile));
-    session.start();
-    QMainWindow window;
+    const QRVWindow::Theme theme;
+    QRVWindow::MainWindow window(session);
+    window.open(options.keyPath);
     window.show();
+    session.start();
     return QApplication::exec();
 }
 

@@ -185,7 +185,7 @@ void MainWindow::followFindings() {
 void MainWindow::followChanges() {
     const auto count = static_cast<int>(session_.changes().size());
     tabs_->setTabText(tabs_->indexOf(changes_),
-                      count == 0 ? tr("Changes") : tr("Changes (%n)", "", count));
+                      count == 0 ? tr("Changes") : tr("Changes (%1)").arg(count));
 }
 
 void MainWindow::open(const std::string& keyPath) {

@@ -164,10 +164,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::askBeforeClosing() {
     const auto count = static_cast<int>(session_.pending().edits().size());
-    auto* const question =
-        new QMessageBox(QMessageBox::Question, tr("Close"),
-                        tr("%n edit(s) are pending and not in the settings file.", "", count),
-                        QMessageBox::Cancel, this);
+    auto* const question = new QMessageBox(
+        QMessageBox::Question, tr("Close"),
+        count == 1 ? tr("1 edit is pending and not in the settings file.")
+                   : tr("%n edits are pending and not in the settings file.", "", count),
+        QMessageBox::Cancel, this);
     question->setAttribute(Qt::WA_DeleteOnClose);
     const QPushButton* const discard =
         question->addButton(tr("&Discard"), QMessageBox::DestructiveRole);

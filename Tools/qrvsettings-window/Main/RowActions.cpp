@@ -142,15 +142,13 @@ void RowActions::copyValues() {
         const QString text = isText ? fromText(value.stringView()) : valueAsText(value);
         lines << (keyPaths.size() == 1 ? text : fromText(keyPath) + QLatin1Char('\t') + text);
     }
-    copy(lines.join(QLatin1Char('\n')),
-         tr("%n value(s) copied.", "", static_cast<int>(lines.size())));
+    copy(lines.join(QLatin1Char('\n')), tr("Copied values: %1").arg(lines.size()));
 }
 
 void RowActions::copyKeyPaths() {
     QStringList lines;
     for (const std::string& keyPath : view_.selectedKeyPaths()) lines << fromText(keyPath);
-    copy(lines.join(QLatin1Char('\n')),
-         tr("%n key path(s) copied.", "", static_cast<int>(lines.size())));
+    copy(lines.join(QLatin1Char('\n')), tr("Copied key paths: %1").arg(lines.size()));
 }
 
 void RowActions::copyCommands(const std::vector<std::string>& keyPaths) {
@@ -167,7 +165,7 @@ void RowActions::copyCommands(const std::vector<std::string>& keyPaths) {
         lines += line;
         ++count;
     }
-    copy(fromText(lines), tr("%n command(s) copied.", "", count));
+    copy(fromText(lines), tr("Copied commands: %1").arg(count));
 }
 
 void RowActions::copyCommandsOfRows() {
@@ -178,7 +176,7 @@ void RowActions::copyCommandsOfEdits() {
     std::vector<Tool::PendingEdit> edits;
     for (const auto& [place, edit] : session_.pending().edits()) edits.push_back(edit);
     copy(fromText(Tool::commandsOfEdits(edits)),
-         tr("%n edit(s) copied as commands.", "", static_cast<int>(edits.size())));
+         tr("Edits copied as commands: %1").arg(edits.size()));
 }
 
 void RowActions::expandAll() {

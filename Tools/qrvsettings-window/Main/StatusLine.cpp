@@ -69,8 +69,7 @@ void StatusLine::showFile() {
 }
 
 void StatusLine::showSteps() {
-    const auto count = static_cast<int>(session_.pending().undoCount());
-    steps_->setText(tr("Undo: %n step(s)", "", count));
+    steps_->setText(tr("Undo steps: %1").arg(session_.pending().undoCount()));
 }
 
 }  // namespace QRVWindow

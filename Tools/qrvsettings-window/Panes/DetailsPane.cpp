@@ -266,7 +266,7 @@ DetailsPane::Row& DetailsPane::rowAbout(SettingFact::About about) {
     const int line = firstFactRow + static_cast<int>(index);
     grid_->addWidget(row.name, line, NameColumn);
     grid_->addWidget(row.swatch, line, SwatchColumn, Qt::AlignTop);
-    grid_->addWidget(row.text, line, TextColumn, 1, 2);
+    grid_->addWidget(row.text, line, TextColumn, 1, 2, Qt::AlignTop);
     // Facts appear in any order, and are read in theirs.
     QWidget* before = copyHead_;
     for (const Row& one : rows_) {

@@ -6,10 +6,9 @@
 #include <string>
 
 #include "Platform/Values/PropertyListValue.h"
+#include "Text/SettingsText.h"
 
 namespace Tool {
-
-enum class SettingsForm { PropertyList, JSON };
 
 /// Replaces the file atomically, and keeps its mode; `-` prints to standard output. Throws Failure:
 /// WrongValue when no property list can hold the settings, and NotWritten.

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Commands/CommandTable.h"
+#include "Edits/HistoryEdits.h"
 #include "History/HistoryText.h"
 #include "History/ToolHistory.h"
 #include "Options/CommonOptions.h"
@@ -14,7 +15,6 @@
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/Failure.h"
 #include "Settings/PendingChanges.h"
-#include "Settings/Records.h"
 #include "Text/Differences.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
@@ -32,38 +32,12 @@ struct Options {
     WritingOptions writing;
 };
 
-/// In a save that migrated the settings, what that copied into the profile "default".
-bool isCopiedByMigration(const QRVHistoryChange& change) {
-    constexpr std::string_view profile = "Profiles.Settings.default.";
-    if (!change.before.isNull() || !change.keyPath.starts_with(profile)) return false;
-    const PropertyListValue plain =
-        QRVSettingsStoredObjectForKeyPath(change.keyPath.substr(profile.size()));
-    return !plain.isNull() && plain == change.after;
-}
-
-/// Leaves in what people have changed. Without the records of the migration, the next start would
-/// migrate again and overwrite what is in the profile "default" by then; and the record of the
-/// machine is that of this one.
-void keepUndoable(std::vector<QRVHistorySave>& saves) {
-    for (QRVHistorySave& save : saves) {
-        const bool isMigration = std::any_of(
-            save.changes.begin(), save.changes.end(), [](const QRVHistoryChange& change) {
-                return isAtOrBelow(change.keyPath, "Migration") && change.before.isNull();
-            });
-        std::erase_if(save.changes, [isMigration](const QRVHistoryChange& change) {
-            return isOfStoreAlone(change.keyPath, change.before, change.after) ||
-                   (isMigration && isCopiedByMigration(change));
-        });
-    }
-    std::erase_if(saves, [](const QRVHistorySave& save) { return save.changes.empty(); });
-}
-
 std::vector<QRVHistorySave> chosenSaves(const Options& options) {
     QRVHistoryQuery query;
     if (options.id) query.ids = {integerFromText(*options.id).integerValue()};
     if (options.since) query.since = pastTimeFromText(*options.since, NSDate::now());
-    std::vector<QRVHistorySave> saves = savesInHistory(query);
-    keepUndoable(saves);
+    std::vector<QRVHistorySave> saves =
+        undoableSaves(savesInHistory(query), QRVSettingsStoredValues());
     if (!options.id && !options.since && saves.size() > 1) saves.resize(1);
     if (saves.empty())
         throw Failure(Fault::NotSet, "nothing to undo is in the history" +

@@ -36,7 +36,7 @@ std::vector<ComparedSetting> comparedOf(const std::vector<Difference>& differenc
 }
 
 NSDictionary treeWithoutProfiles(const NSDictionary& stored, const std::string& profile) {
-    const NSDictionary tree = treeOfScope(stored, profile);
+    NSDictionary tree = treeOfScope(stored, profile);
     if (!profile.empty()) return tree;
     return treeWithValue(tree, QRVStoreKeyPaths::profiles, nullptr).dictionary();
 }
@@ -72,6 +72,7 @@ std::vector<ComparedSetting> comparedWithTree(const NSDictionary& stored,
 
 NSDictionary treeBefore(const std::vector<QRVHistorySave>& saves, const NSDictionary& stored) {
     std::vector<const QRVHistorySave*> newestFirst;
+    newestFirst.reserve(saves.size());
     for (const QRVHistorySave& save : saves) newestFirst.push_back(&save);
     std::stable_sort(newestFirst.begin(), newestFirst.end(),
                      [](const auto* one, const auto* other) { return one->order > other->order; });
@@ -93,6 +94,7 @@ std::vector<PendingEdits::Request> requestsToTake(const std::vector<ComparedSett
                                                   const std::string& profile,
                                                   const SettingsSnapshot& snapshot) {
     std::vector<PendingEdits::Request> requests;
+    requests.reserve(settings.size());
     for (const ComparedSetting& one : settings) {
         const SettingPlace place =
             profile.empty() ? placeOfStored(one.keyPath) : SettingPlace{one.keyPath, profile};

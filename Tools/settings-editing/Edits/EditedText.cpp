@@ -151,7 +151,7 @@ std::string editedText(const PropertyListValue& value) {
 PropertyListValue valueFromEditedText(const std::string& text, Kind kind,
                                       const PropertyListValue& original) {
     if (!original.isNull() && text == editedText(original)) return original;
-    const PropertyListValue value = valueOfKind(text, kind);
+    PropertyListValue value = valueOfKind(text, kind);
     requireStorable(value);
     return value;
 }

@@ -37,12 +37,14 @@ std::vector<PendingEdits::Request> lastOnes(const std::vector<PendingEdits::Requ
     for (std::size_t index = 0; index < requests.size(); ++index)
         last[pathOf(requests[index])] = index;
     std::vector<PendingEdits::Request> once;
+    once.reserve(last.size());
     for (const auto& [path, index] : last) once.push_back(requests[index]);
     return once;
 }
 
 std::vector<std::string> pathsOf(const std::vector<PendingEdits::Request>& requests) {
     std::vector<std::string> paths;
+    paths.reserve(requests.size());
     for (const PendingEdits::Request& request : requests) paths.push_back(pathOf(request));
     return paths;
 }
@@ -231,6 +233,7 @@ bool PendingEdits::edit(const std::vector<Request>& requests, const NSDictionary
 bool PendingEdits::discard(const std::vector<SettingPlace>& places, const std::string& name) {
     Recorder recorder(table_);
     std::vector<std::string> paths;
+    paths.reserve(places.empty() ? edits().size() : places.size());
     for (const SettingPlace& place : places) paths.push_back(place.storedKeyPath());
     if (places.empty())
         for (const auto& [place, edit] : edits()) paths.push_back(place.storedKeyPath());
@@ -344,6 +347,7 @@ namespace {
 template <typename Moves>
 std::vector<SettingPlace> placesOf(const Moves& moves) {
     std::vector<SettingPlace> places;
+    places.reserve(moves.size());
     for (const auto& move : moves) places.push_back(move.place);
     return places;
 }

@@ -32,7 +32,7 @@ struct EditConflict {
 class PendingEdits {
   public:
     /// The oldest steps are forgotten so that all steps together change at most so many settings;
-    /// the last step always stays. That is about 50 MB besides the values, which the steps share
+    /// the last step always stays. That is about 40 MB besides the values, which the steps share
     /// with the trees that they come from.
     static constexpr std::size_t maximumUndoneSettings = 200'000;
 
@@ -44,11 +44,11 @@ class PendingEdits {
     };
 
     /// Edits settings as one step of undo; `stored` is what the file holds now. A request for what
-    /// the file holds anyway takes back the edit of that setting. What changes nothing is no step.
-    /// Of requests for one setting the last one counts, and removals are made before values.
-    /// `isContinued` makes it one step with the last edit, as the moves of a drag are, when both
-    /// edit the same settings; a drag that ends where it began leaves no step. Returns whether
-    /// anything changed.
+    /// the file holds anyway takes back the edit of that setting. One that leads through a stored
+    /// value, which is no dictionary, is left out. What changes nothing is no step. Of requests for
+    /// one setting the last one counts, and removals are made before values. `isContinued` makes it
+    /// one step with the last edit, as the moves of a drag are, when both edit the same settings; a
+    /// drag that ends where it began leaves no step. Returns whether anything changed.
     bool edit(const std::vector<Request>& requests, const NSDictionary& stored,
               const std::string& name, bool isContinued = false);
     /// Takes back the edits of these settings; of all without any. One step.
@@ -83,8 +83,7 @@ class PendingEdits {
     /// What another process has changed to something else than the edit wants.
     [[nodiscard]] std::vector<EditConflict> conflicts(const NSDictionary& stored) const;
     /// `stored` with the edits made, an immutable tree. As in the store, empty levels above a
-    /// removed value go. What another process has put a value in the way of is left
-    /// out.
+    /// removed value go. An edit is left out where another process has put a value in its way.
     [[nodiscard]] NSDictionary appliedTo(const NSDictionary& stored) const;
 
   private:

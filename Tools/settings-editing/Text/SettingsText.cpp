@@ -68,4 +68,11 @@ std::string jsonOfSettings(const NSDictionary& tree) {
     return keyWithDot(tree) ? markedDictionary(tree) : jsonText(tree);
 }
 
+std::string fileOfSettings(const NSDictionary& tree, SettingsForm form) {
+    if (form == SettingsForm::JSON) return jsonOfSettings(tree) + "\n";
+    const auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
+    if (written.error) throw Failure(Fault::WrongValue, written.error->description());
+    return written.bytes;
+}
+
 }  // namespace Tool

@@ -26,4 +26,10 @@ NSDictionary settingsFromText(const std::string& bytes, DottedKeys dottedKeys = 
 /// JSON from which `settingsFromText` reads the same tree.
 std::string jsonOfSettings(const NSDictionary& tree);
 
+enum class SettingsForm { PropertyList, JSON };
+
+/// A file of these settings: an XML property list, or a line of JSON as above. Throws Failure
+/// (WrongValue) when no property list can hold them.
+std::string fileOfSettings(const NSDictionary& tree, SettingsForm form);
+
 }  // namespace Tool
