@@ -18,7 +18,7 @@
 #include "Panes/DetailsPane.h"
 #include "Panes/Findings.h"
 #include "Panes/PendingBar.h"
-#include "Panes/PlaceOfStored.h"
+#include "Session/PlaceOfStored.h"
 #include "Panes/TroubleBanner.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Table/FilterBar.h"
