@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "Editors/Kinds.h"
 #include "Look/Theme.h"
 #include "Panes/PlaceOfStored.h"
 #include "Tool/ToolSupport.h"
@@ -73,8 +72,10 @@ class DetailsPaneTests : public testing::Test {
         }
         EXPECT_EQ(json::parse(text(about).toStdString()), value) << keyPath << " " << name;
         std::string kind = explanation[kindName];
-        if (kind == "string")
-            kind = nameOf(keyPath, about).ends_with("(colour)") ? "colour" : "text";
+        if (nameOf(keyPath, about).ends_with("(colour)")) {
+            EXPECT_TRUE(keyPath.ends_with("Color"));
+            kind = "colour";
+        }
         EXPECT_TRUE(nameOf(keyPath, about).ends_with("(" + kind + ")"))
             << nameOf(keyPath, about) << ", " << kind;
     }
