@@ -6,9 +6,9 @@
 #include <algorithm>
 
 #include "Look/Text.h"
-#include "Panes/PlaceOfStored.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/PrintableText.h"
+#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
