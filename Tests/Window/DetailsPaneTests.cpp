@@ -14,7 +14,7 @@
 
 #include "Editors/Kinds.h"
 #include "Look/Theme.h"
-#include "Panes/PlaceOfStored.h"
+#include "Session/PlaceOfStored.h"
 #include "Tool/ToolSupport.h"
 #include "Window/PictureRules.h"
 #include "Window/WindowSupport.h"
