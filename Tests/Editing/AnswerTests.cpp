@@ -13,6 +13,7 @@
 #include "Tool/ToolSupport.h"
 
 using namespace Tool;
+using RowsSupport::putAt;
 using RowsSupport::Random;
 using RowsSupport::readAgain;
 using RowsSupport::Settings;
@@ -113,15 +114,15 @@ TEST(Answer, IsWhatExplainSaysOfSettingsThatASiteHasGivenAndLocked) {
     const NSMutableDictionary tree = Random(3).tree();
     for (const char* const start : {"", "Profiles.Settings.default.", "Profiles.Settings.a.b."})
         for (const char* const locked : {"CPU.Menubar.Enabled", "Menu.Theme.Dark"})
-            NSDictionaryQRV::setObjectAtKeyPath(tree, "mine", std::string(start) + locked);
+            putAt(tree, "mine", std::string(start) + locked);
     for (const std::string profile : {"", "default", "a.b"}) expectAsExplained(tree, profile, 3);
 }
 
 TEST(Answer, IsWhatExplainSaysOfAFileThatIsMigratedAndOfNone) {
     NSMutableDictionary tree = Random(4).tree();
     tree.removeObjectForKey("Migration");
-    NSDictionaryQRV::setObjectAtKeyPath(tree, "of another machine", "Device.Device");
-    NSDictionaryQRV::setObjectAtKeyPath(tree, "eth0", "Network.Menubar.Global.PrimaryInterface");
+    putAt(tree, "of another machine", "Device.Device");
+    putAt(tree, "eth0", "Network.Menubar.Global.PrimaryInterface");
     for (const std::string profile : {"", "default"}) expectAsExplained(tree, profile, 4);
 }
 

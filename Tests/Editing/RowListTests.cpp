@@ -277,6 +277,9 @@ TEST_F(RowListTests, KnowsWhichChangesKeepItsLines) {
     list.arrange();
     setStored({{"Own.A", 2}, {items, NSArray{}}});
     EXPECT_TRUE(list.keepsLines(change));
+    SettingsTable::Change ofOthers;
+    ofOthers.changed = {"Device.Device", "In.Another.Scope"};
+    EXPECT_TRUE(list.keepsLines(ofOthers));
     setStored({{"Own.A", 2}, {items, NSArray{"cpu"}}});
     EXPECT_THAT(change.changed, ElementsAre(items));
     EXPECT_FALSE(list.keepsLines(change)) << "what was a record is a setting now";

@@ -85,7 +85,8 @@ std::string anyFilter(Random& random) {
                                                    "is:record",
                                                    "is:pending",
                                                    "scope:profile"};
-    return random.of(words) + " " + random.of(words);
+    const std::string word = random.of(words);
+    return word + " " + random.of(words);
 }
 
 /// A tree as people would draw it: levels by name, each with its rows.

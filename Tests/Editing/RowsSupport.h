@@ -17,6 +17,7 @@
 #include "Rows/SettingsTable.h"
 #include "Settings/KnownLists.h"
 #include "Support/SiteSupport.h"
+#include "Text/KeyPaths.h"
 
 namespace RowsSupport {
 
@@ -34,6 +35,14 @@ inline NSDictionary readAgain(const NSDictionary& tree) {
     return NSPropertyListSerialization::propertyListWithData(
                NSPropertyListSerialization::dataWithPropertyList(tree).bytes)
         .value.dictionary();
+}
+
+/// Sets a value, or removes it where it is null. What is in its way is replaced.
+inline void putAt(const NSMutableDictionary& tree, const PropertyListValue& value,
+                  const std::string& keyPath) {
+    if (const auto obstacle = Tool::leafAbove(tree, keyPath))
+        NSDictionaryQRV::setObjectAtKeyPath(tree, nullptr, *obstacle);
+    NSDictionaryQRV::setObjectAtKeyPath(tree, value, keyPath);
 }
 
 inline std::vector<std::string> keyPathsOf(const Tool::SettingsTable& table) {
@@ -92,7 +101,8 @@ class Random {
         static const std::vector<std::string> starts = {"", "", "Profiles.Settings.default.",
                                                         "Profiles.Settings.work.",
                                                         "Profiles.Settings.a.b."};
-        return of(starts) + plainKeyPath();
+        const std::string start = of(starts);
+        return start + plainKeyPath();
     }
 
     PropertyListValue value() {
@@ -116,13 +126,10 @@ class Random {
         return of(values);
     }
 
-    /// Sets or removes one value. What is in the way is replaced.
+    /// Sets or removes one value.
     void change(const NSMutableDictionary& tree) {
         const std::string place = keyPath();
-        const PropertyListValue changed = oneIn(4) ? PropertyListValue() : value();
-        if (const auto obstacle = leafAbove(tree, place))
-            NSDictionaryQRV::setObjectAtKeyPath(tree, nullptr, *obstacle);
-        NSDictionaryQRV::setObjectAtKeyPath(tree, changed, place);
+        putAt(tree, oneIn(4) ? PropertyListValue() : value(), place);
     }
 
     NSMutableDictionary tree() {
@@ -132,17 +139,6 @@ class Random {
     }
 
   private:
-    static std::optional<std::string> leafAbove(const NSDictionary& tree,
-                                                const std::string& place) {
-        for (std::size_t end = place.find('.'); end != place.npos; end = place.find('.', end + 1)) {
-            const std::string above = place.substr(0, end);
-            const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(tree, above);
-            if (value.isNull()) return std::nullopt;
-            if (!value.isDictionary()) return above;
-        }
-        return std::nullopt;
-    }
-
     std::mt19937 engine_;
 };
 

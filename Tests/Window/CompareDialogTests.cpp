@@ -125,6 +125,7 @@ TEST_F(CompareDialogTest, ComparesWithFilesOfBothFormsAndNamesWhatIsWrongWithOth
     EXPECT_THAT(state(), HasSubstr("cannot be read"));
 }
 
+#if QRV_HAS_HISTORY
 TEST_F(CompareDialogTest, ComparesWithAMomentOfTheHistory) {
     WindowSupport::setByTool("Some.Value", "1");
     WindowSupport::setByTool("Some.Value", "2");
@@ -144,6 +145,7 @@ TEST_F(CompareDialogTest, ComparesWithAMomentOfTheHistory) {
     EXPECT_THAT(lines(), IsEmpty());
     EXPECT_THAT(state(), HasSubstr("some day"));
 }
+#endif
 
 TEST_F(CompareDialogTest, FiltersAndTakesOnlyWhatIsShown) {
     for (const char* name : {"Some.One", "Some.Two", "Other.One"})
@@ -170,7 +172,7 @@ TEST_F(CompareDialogTest, CopiedCommandsTakeTheirValues) {
     const std::string commands = QApplication::clipboard()->text().toStdString();
     const ToolSupport::Outcome ran = ToolSupport::runShell(commands);
     EXPECT_EQ(ran.exitCode, 0) << commands << ran.errors;
-    EXPECT_TRUE(waitForLines({})) << lines().front();
+    EXPECT_TRUE(waitForLines({}));
 }
 
 TEST_F(CompareDialogTest, LooksGood) {

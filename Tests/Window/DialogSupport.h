@@ -49,8 +49,8 @@ QString labelText(QWidget& widget, const QString& objectName);
 std::vector<QStringList> linesOf(QWidget& widget);
 QRVWindow::ChangeModel& modelOf(QWidget& widget);
 
-/// Nothing is clipped, all controls have a name, and the text of the palette can be read: in light
-/// and dark, and with a font of twice the size. Pictures are called `name`.
+/// Nothing is clipped, in light and dark and with a font of twice the size, and lists have a name
+/// for screen readers. Pictures are called `name`.
 void expectGoodLooks(QWidget& widget, const QString& name);
 /// Escape closes the dialog.
 void expectEscapeCloses(QWidget& dialog);

@@ -100,10 +100,11 @@ TEST_F(ReviewDialogTest, KeepingMineSettlesAConflictAndTheApplyWritesIt) {
     EXPECT_FALSE(DialogSupport::buttonOf(*dialog, QStringLiteral("Apply"))->isEnabled());
     dialog->findChild<ChangeView*>()->selectAll();
     press(*dialog, QStringLiteral("Keep mine"));
+    ASSERT_TRUE(WindowSupport::waitUntil([this] { return state().empty(); }));
     pressApply(QStringLiteral("Apply 1"));
     EXPECT_EQ(storedByTool(width), "60");
     EXPECT_THAT(state(), HasSubstr("Applied 1 setting."));
-    EXPECT_THAT(linesOf(*dialog), SizeIs(0));
+    EXPECT_TRUE(WindowSupport::waitUntil([this] { return linesOf(*dialog).empty(); }));
 }
 
 TEST_F(ReviewDialogTest, TakingTheirsSettlesAConflictAndLeavesTheFile) {
@@ -210,8 +211,6 @@ TEST_F(ReviewDialogTest, LooksGood) {
     makeConflict();
     session.edit(color, "1 0.2 0 0.5");
     session.edit("CPU.Menubar.Enabled", "yes");
-    session.reset({width});
-    session.edit(width, 61);
     ASSERT_TRUE(WindowSupport::waitUntil([this] { return linesOf(*dialog).size() == 3; }));
     DialogSupport::expectGoodLooks(*dialog, QStringLiteral("review"));
 }

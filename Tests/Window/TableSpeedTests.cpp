@@ -79,3 +79,29 @@ TEST(TableSpeed, EachLetterOfAFilterIsPaintedAtOnceWithTenThousandRows) {
     // A stock recursive filter proxy needs ten thousand times a paint here.
     EXPECT_LT(worst->time, largestRatio * paint) << worst->text.toStdString();
 }
+
+TEST(TableSpeed, OneAndAThousandChangedRowsArePaintedAtOnceWithTenThousandRows) {
+    ToolSupport::writeSettings(groupsOfIntegers(1000));
+    LargeWindow window;
+    const Milliseconds paint = window.timeOfPaint();
+    Milliseconds one = 1e9;
+    Milliseconds many = 1e9;
+    for (int round = 1; round <= 3; ++round) {
+        one = std::min(one, timeOf([&] {
+                           window.session.edit("Group500.Sub.network0", round);
+                           window.paint();
+                       }));
+        std::vector<Tool::PendingEdits::Request> requests;
+        for (int group = 0; group < 1000; ++group) {
+            const std::string keyPath = "Group" + std::to_string(group) + ".Sub.width1";
+            requests.push_back({window.session.placeOf(keyPath), round, nullptr});
+        }
+        many = std::min(many, timeOf([&] {
+                            window.session.edit(requests, QStringLiteral("all"));
+                            window.paint();
+                        }));
+    }
+    std::printf("paint %.1f ms, one edit %.1f ms, a thousand %.1f ms\n", paint, one, many);
+    EXPECT_LT(one, largestRatio * paint);
+    EXPECT_LT(many, largestRatio * paint);
+}

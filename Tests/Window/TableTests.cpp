@@ -229,7 +229,7 @@ TEST(Table, TheModifiedFilterShowsWhatAPersonHasChanged) {
     EXPECT_EQ(window.model.counts().matches, 2);
 
     window.model.setShowsRecords(true);
-    const QString diff = QString::fromStdString(ToolSupport::run({"diff"}).output);
+    const QString diff = QString::fromStdString(ToolSupport::run({"diff", "--records"}).output);
     QStringList keyPaths;
     for (const QString& line : diff.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
         keyPaths << line.section(QLatin1Char('\t'), 0, 0);

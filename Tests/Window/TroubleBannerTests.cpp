@@ -3,10 +3,13 @@
 // one.
 #include "Panes/TroubleBanner.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QPushButton>
@@ -34,6 +37,18 @@ constexpr const char* enabled = "CPU.Menubar.Enabled";
 void writeSettings(const std::string& bytes) {
     ToolSupport::writeSettings(bytes);
     ASSERT_EQ(chmod(ToolSupport::settingsFile().c_str(), 0600), 0);
+}
+
+/// From here on this process is nobody's, and the files of the test are nobody's too: root may do
+/// anything. False where this user is not root and need not change, or nobody cannot run anything.
+bool becomeNobody() {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() != 0) return true;
+    const std::filesystem::path folder = std::filesystem::current_path();
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        if (lchown(entry.path().c_str(), nobody, nobody) != 0) return false;
+    return lchown(folder.c_str(), nobody, nobody) == 0 && setresuid(nobody, nobody, nobody) == 0 &&
+           access(QRV_WINDOW, X_OK) == 0;
 }
 
 class TroubleBannerTests : public testing::Test {
@@ -170,6 +185,71 @@ TEST_F(TroubleBannerTests, AReadOnlyFileIsNamedWithTheWayOut) {
     session_->reload();
     EXPECT_TRUE(waitUntil([&] { return texts().empty(); })) << texts();
     EXPECT_FALSE(banner_->isVisible());
+}
+
+TEST_F(TroubleBannerTests, AFolderWithoutTheRightToWriteIsNamed) {
+    setByTool(enabled, "false");
+    if (!becomeNobody()) GTEST_SKIP() << "the window is in a folder that others may not search";
+    const std::filesystem::path folder = ToolSupport::settingsFile().parent_path();
+    ASSERT_EQ(chmod(folder.c_str(), 0500), 0);
+    start();
+    EXPECT_NE(texts().find("no right to write in its folder, " + folder.string()),
+              std::string::npos)
+        << texts();
+    ASSERT_TRUE(waitUntil([&] { return !banner_->troubles()[0].command.isEmpty(); })) << texts();
+    EXPECT_EQ(banner_->troubles().size(), 1U) << texts();
+    EXPECT_EQ(banner_->troubles()[0].command.toStdString(), "chmod u+wx " + folder.string());
+    chmod(folder.c_str(), 0700);
+}
+
+TEST_F(TroubleBannerTests, AFileThatCannotBeReadIsAnError) {
+    setByTool(enabled, "false");
+    if (!becomeNobody()) GTEST_SKIP() << "the window is in a folder that others may not search";
+    ASSERT_EQ(chmod(ToolSupport::settingsFile().c_str(), 0200), 0);
+    start();
+    ASSERT_FALSE(banner_->troubles().empty());
+    EXPECT_EQ(banner_->troubles()[0].kind, Trouble::Kind::Unreadable) << texts();
+    EXPECT_EQ(texts().rfind("Error: the settings file cannot be read: Permission denied", 0), 0U)
+        << texts();
+    ASSERT_TRUE(waitUntil([&] { return !banner_->troubles()[0].advice.isEmpty(); })) << texts();
+    EXPECT_EQ(banner_->troubles().size(), 1U) << texts();
+}
+
+TEST_F(TroubleBannerTests, WhoHoldsTheFileLockedIsNamed) {
+    setByTool(enabled, "false");
+    start();
+    const int file = open(ToolSupport::settingsFile().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(file, LOCK_EX), 0);
+    session_->reload();
+    EXPECT_TRUE(waitForText("Note: Reading the settings waits for the lock of "));
+    EXPECT_NE(texts().find("process " + std::to_string(getpid())), std::string::npos) << texts();
+    close(file);
+    EXPECT_TRUE(waitUntil([&] { return texts().empty(); })) << texts();
+}
+
+TEST_F(TroubleBannerTests, WhatTheStartOfTheApplicationChangesIsANote) {
+    writeSettings(ToolSupport::propertyList("<key>UpdateFrequency</key><integer>2</integer>"));
+    start();
+    EXPECT_EQ(texts(), "Note: the settings are of an earlier version, and are migrated");
+}
+
+TEST_F(TroubleBannerTests, ScreenReadersHearOfNewTroubles) {
+    static int alerts = 0;
+    static QString heard;
+    QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
+        if (event->type() != QAccessible::Alert) return;
+        ++alerts;
+        heard = event->accessibleInterface()->text(QAccessible::Name);
+    });
+    setByTool(enabled, "false");
+    start();
+    ASSERT_TRUE(waitForExamination());
+    EXPECT_EQ(alerts, 0);
+    writeSettings("damaged {");
+    ASSERT_TRUE(waitForText("damaged"));
+    EXPECT_EQ(alerts, 1);
+    EXPECT_TRUE(heard.startsWith(QStringLiteral("Error: "))) << heard.toStdString();
+    QAccessible::installUpdateHandler(nullptr);
 }
 
 TEST_F(TroubleBannerTests, WithoutAHomeThereIsNoFile) {

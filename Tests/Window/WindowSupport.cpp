@@ -82,7 +82,9 @@ void show(QWidget& widget) {
 }
 
 QImage grab(QWidget& widget, const QString& name) {
-    QCoreApplication::processEvents();  // which lays out what has changed
+    // What has changed is laid out from the inside to the outside.
+    constexpr int layers = 5;
+    for (int layer = 0; layer < layers; ++layer) QCoreApplication::processEvents();
     QImage image = widget.grab().toImage();
     const QString folder = qEnvironmentVariable("QRV_PICTURES");
     if (!folder.isEmpty() && !name.isEmpty()) {

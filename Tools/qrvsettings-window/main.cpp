@@ -37,11 +37,11 @@ int runWindow(const QRVWindow::StartOptions& options, int argc, char** argv) {
     QRVWindow::Session session;
     if (file) session.setFileName(file->path());
     session.setProfile(QString::fromStdString(options.profile));
+    session.start();  // the file is read while the widgets are made
     const QRVWindow::Theme theme;
     QRVWindow::MainWindow window(session);
     window.open(options.keyPath);
     window.show();
-    session.start();
     return QApplication::exec();
 }
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Dialogs/ChangeView.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <algorithm>
+#include <numeric>
 
 namespace QRVWindow {
 
@@ -20,8 +22,14 @@ ChangeView::ChangeView(ChangeModel& model, QWidget* parent) : QTreeView(parent),
     setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked |
                     QAbstractItemView::SelectedClicked);
     setModel(&model);
+    setTextElideMode(Qt::ElideMiddle);
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(false);
+    header()->setResizeContentsPrecision(0);
+    connect(header(), &QHeaderView::sectionResized, this, [this] {
+        if (QApplication::mouseButtons() != Qt::NoButton) isFittedByHand_ = true;
+    });
+    connect(&model, &QAbstractItemModel::dataChanged, this, [this] { fitColumns(); });
     connect(&model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { remember(); });
     connect(&model, &QAbstractItemModel::modelReset, this, [this] { restore(); });
 }
@@ -33,19 +41,53 @@ std::vector<Tool::SettingPlace> ChangeView::selectedPlaces() const {
     return places;
 }
 
-void ChangeView::fitColumns() {
-    const int widest = std::max(fontMetrics().averageCharWidth() * 48, 1);
+std::vector<int> ChangeView::wantedWidths() const {
+    constexpr int mostCharacters = 48;
+    const int widest = fontMetrics().averageCharWidth() * mostCharacters;
+    std::vector<int> widths;
     for (int column = 0; column < model_.columnCount(); ++column) {
-        resizeColumnToContents(column);
-        setColumnWidth(column, std::min(columnWidth(column), widest));
+        const int contents = std::min(sizeHintForColumn(column), widest);
+        widths.push_back(
+            isColumnHidden(column) ? 0 : std::max(contents, header()->sectionSizeHint(column)));
     }
+    return widths;
+}
+
+void ChangeView::fitColumns() {
+    if (isFittedByHand_) return;
+    std::vector<int> widths = wantedWidths();
+    int excess = std::accumulate(widths.begin(), widths.end(), 0) - viewport()->width();
+    // The widest columns give up what is missing, but none its heading.
+    for (int column = 0; column < model_.columnCount(); ++column) {
+        const auto widest = std::max_element(widths.begin(), widths.end());
+        const auto index = static_cast<int>(widest - widths.begin());
+        const int least = header()->sectionSizeHint(index);
+        const int others = excess > 0 ? *widest - std::max(*widest - excess, least) : 0;
+        if (others <= 0) break;
+        *widest -= others;
+        excess -= others;
+    }
+    for (int column = 0; column < model_.columnCount(); ++column)
+        if (!isColumnHidden(column))
+            setColumnWidth(column, widths[static_cast<std::size_t>(column)]);
+}
+
+void ChangeView::resizeEvent(QResizeEvent* event) {
+    QTreeView::resizeEvent(event);
+    fitColumns();
+}
+
+void ChangeView::changeEvent(QEvent* event) {
+    QTreeView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) fitColumns();
 }
 
 QSize ChangeView::sizeHint() const {
-    int width = 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
-    for (int column = 0; column < model_.columnCount(); ++column)
-        if (!isColumnHidden(column)) width += columnWidth(column);
-    return {width, fontMetrics().height() * 16};
+    constexpr int lineCount = 14;
+    const std::vector<int> widths = wantedWidths();
+    return {std::accumulate(widths.begin(), widths.end(), 2 * frameWidth()) +
+                verticalScrollBar()->sizeHint().width(),
+            fontMetrics().height() * lineCount};
 }
 
 void ChangeView::keyPressEvent(QKeyEvent* event) {
@@ -83,10 +125,7 @@ void ChangeView::restore() {
         selectionModel()->setCurrentIndex(model_.index(std::max(row, 0), 0),
                                           QItemSelectionModel::NoUpdate);
     selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-    if (!isFitted_ && model_.rowCount() > 0) {
-        isFitted_ = true;
-        fitColumns();
-    }
+    fitColumns();
     verticalScrollBar()->setValue(scrolled_);
 }
 

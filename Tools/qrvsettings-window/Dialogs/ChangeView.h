@@ -2,7 +2,8 @@
 #pragma once
 
 /// The list of a `ChangeModel`. Space checks the selected lines or takes their check marks away.
-/// What is current, selected and in sight stays so when the lines change.
+/// What is current, selected and in sight stays so when the lines change. Columns are as wide as
+/// their contents, within what the view has room for, until somebody drags one.
 
 #include <QTreeView>
 #include <optional>
@@ -22,8 +23,6 @@ class ChangeView : public QTreeView {
     explicit ChangeView(ChangeModel& model, QWidget* parent = nullptr);
 
     [[nodiscard]] std::vector<Tool::SettingPlace> selectedPlaces() const;
-    /// Columns as wide as their contents, within what the view has room for.
-    void fitColumns();
 
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -36,15 +35,20 @@ class ChangeView : public QTreeView {
     void selectionChanged(const QItemSelection& selected,
                           const QItemSelection& deselected) override;
 
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
   private:
     void remember();
     void restore();
+    [[nodiscard]] std::vector<int> wantedWidths() const;
+    void fitColumns();
 
     ChangeModel& model_;
     std::optional<Tool::SettingPlace> current_;
     std::vector<Tool::SettingPlace> selected_;
     int scrolled_ = 0;
-    bool isFitted_ = false;
+    bool isFittedByHand_ = false;
 };
 
 /// A check box for all lines of a model: half checked where some are.

@@ -21,7 +21,6 @@
 #include "Dialogs/ValueCells.h"
 #include "Edits/EditCommands.h"
 #include "Look/Text.h"
-#include "QRVSettings/NSDictionary+QRV.h"
 #include "Text/PastTime.h"
 
 namespace QRVWindow {
@@ -36,12 +35,6 @@ QString signText(Tool::ComparedSetting::Sign sign) {
         default:
             return CompareDialog::tr("differs");
     }
-}
-
-/// The settings of a scope, out of all that a file holds.
-NSDictionary scopeOfTree(const NSDictionary& tree, const std::string& profile) {
-    if (profile.empty()) return tree;
-    return NSDictionaryQRV::objectAtKeyPath(tree, "Profiles.Settings." + profile).dictionary();
 }
 
 bool isLetThrough(const ChangeLine& line, const QString& filter) {
@@ -204,8 +197,8 @@ void CompareDialog::showMoments(const std::vector<QRVHistorySave>& saves, const 
 
 CompareDialog::Comparison CompareDialog::comparisonWithTree(const NSDictionary& other) const {
     const std::string profile = toText(session().profile());
-    return {Tool::comparedWithTree(scopeOfTree(session().stored(), profile),
-                                   scopeOfTree(other, profile)),
+    return {Tool::comparedWithTree(Tool::treeOfScope(session().stored(), profile),
+                                   Tool::treeOfScope(other, profile)),
             {}};
 }
 

@@ -20,6 +20,7 @@
 #include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Reporting/Failure.h"
+#include "Session/PlaceOfStored.h"
 #include "Settings/MachineSettings.h"
 #include "Settings/Records.h"
 #include "Text/KeyPaths.h"
@@ -56,19 +57,12 @@ NSDictionary exportedTree(const Session& session, const ExportOptions& options) 
     }
 }
 
-Tool::SettingPlace placeOfStored(const std::string& keyPath) {
-    if (!keyPath.starts_with(profilesPrefix)) return {keyPath, {}};
-    const std::size_t dot = keyPath.find('.', profilesPrefix.size());
-    if (dot == std::string::npos) return {keyPath, {}};
-    return {keyPath.substr(dot + 1),
-            keyPath.substr(profilesPrefix.size(), dot - profilesPrefix.size())};
-}
-
 std::string commandsOfTree(const NSDictionary& tree) {
     std::vector<Tool::PendingEdit> edits;
     for (const auto& [keyPath, value] : Tool::leavesByKeyPath(tree))
         if (!Tool::isRecord(keyPath))
-            edits.push_back({.place = placeOfStored(std::string(keyPath)), .base = nullptr, .value = value});
+            edits.push_back(
+                {.place = placeOfStored(std::string(keyPath)), .base = nullptr, .value = value});
     return Tool::commandsOfEdits(edits);
 }
 

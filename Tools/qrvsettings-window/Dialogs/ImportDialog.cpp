@@ -27,15 +27,6 @@ QStringList headers() {
             ImportDialog::tr("In the file now"), ImportDialog::tr("Will be")};
 }
 
-QLabel* makeLabel(QWidget* parent, const QString& name) {
-    auto* const label = new QLabel(parent);
-    label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    label->setObjectName(name);
-    return label;
-}
-
 }  // namespace
 
 QString draggedFile(const QMimeData& data) {
@@ -43,15 +34,14 @@ QString draggedFile(const QMimeData& data) {
     return urls.size() == 1 && urls.front().isLocalFile() ? urls.front().toLocalFile() : QString();
 }
 
-ImportDialog::ImportDialog(Session& session, const QString& path, QWidget* parent)
-    : QDialog(parent), session_(session), model_(headers(), this) {
+ImportDialog::ImportDialog(Session& theSession, const QString& path, QWidget* parent)
+    : LiveDialog(theSession, parent), model_(headers(), this) {
     setWindowTitle(tr("Import settings"));
     setObjectName(QStringLiteral("importDialog"));
     read(path);
     arrange(path);
     connect(&model_, &ChangeModel::checkedChanged, this, [this] { showState(); });
-    connect(resets_, &QCheckBox::toggled, this, [this] { showLines(); });
-    showLines();
+    connect(resets_, &QCheckBox::toggled, this, [this] { showSession(); });
 }
 
 void ImportDialog::read(const QString& path) {
@@ -60,7 +50,7 @@ void ImportDialog::read(const QString& path) {
     if (!fault_.isEmpty()) return;
     settingCount_ = Tool::leavesByKeyPath(file.settings).count();
     try {
-        preview_ = Tool::previewOfImport(file.bytes, toText(path), session_.snapshot());
+        preview_ = Tool::previewOfImport(file.bytes, toText(path), session().snapshot());
     } catch (const Tool::Failure& failure) {
         fault_ = fromText(failure.what());
     }
@@ -68,7 +58,7 @@ void ImportDialog::read(const QString& path) {
 
 void ImportDialog::arrange(const QString& path) {
     auto* const layout = new QVBoxLayout(this);
-    QLabel* const title = makeLabel(this, QStringLiteral("importTitle"));
+    QLabel* const title = makeLabel(QStringLiteral("importTitle"));
     title->setText(tr("What an import of %1 changes:").arg(leftToRight(path)));
     title->setVisible(fault_.isEmpty());
     layout->addWidget(title);
@@ -84,36 +74,40 @@ void ImportDialog::arrange(const QString& path) {
     resets_->setVisible(std::any_of(preview_.requests.begin(), preview_.requests.end(),
                                     [](const auto& request) { return request.value.isNull(); }));
     layout->addWidget(resets_);
-    remarks_ = makeLabel(this, QStringLiteral("importRemarks"));
+    remarks_ = makeLabel(QStringLiteral("importRemarks"));
     QStringList remarks;
     for (const std::string& remark : preview_.remarks) remarks.append(fromText(remark));
     remarks_->setText(remarks.join(QLatin1Char('\n')));
     remarks_->setVisible(!remarks.isEmpty());
     layout->addWidget(remarks_);
-    state_ = makeLabel(this, QStringLiteral("importState"));
+    state_ = makeLabel(QStringLiteral("importState"));
     layout->addWidget(state_);
+    makeButtons(*layout);
+}
+
+void ImportDialog::makeButtons(QLayout& layout) {
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     take_ = buttons->addButton(tr("&Make pending edits"), QDialogButtonBox::AcceptRole);
     take_->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    layout->addWidget(buttons);
+    layout.addWidget(buttons);
 }
 
-void ImportDialog::showLines() {
+void ImportDialog::showSession() {
     std::vector<ChangeLine> lines;
     bool haveProfiles = false;
     for (const auto& [place, value, byDefault] : preview_.requests) {
         if (value.isNull() && !resets_->isChecked()) continue;
-        const PropertyListValue inFile = storedAt(session_, place);
+        const PropertyListValue inFile = storedAt(session(), place);
         const KindShown kinds = kindShownFor({inFile, value});
         lines.push_back({.place = place,
                          .cells = {keyPathCell(place.keyPath), profileCell(place.profile),
-                                   valueCell(session_, place.keyPath, inFile, kinds),
-                                   resultCell(session_, place, value, kinds)}});
+                                   valueCell(session(), place.keyPath, inFile, kinds),
+                                   resultCell(session(), place, value, kinds)}});
         haveProfiles = haveProfiles || !place.profile.empty();
     }
-    view_->setColumnHidden(1, !haveProfiles);
+    view_->setColumnHidden(Profile, !haveProfiles);
     model_.setLines(std::move(lines));
     showState();
 }
@@ -149,7 +143,7 @@ void ImportDialog::showState() {
 }
 
 void ImportDialog::accept() {
-    session_.edit(chosenRequests(), tr("Import"));
+    session().edit(chosenRequests(), tr("Import"));
     QDialog::accept();
 }
 

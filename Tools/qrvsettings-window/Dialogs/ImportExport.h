@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Dialogs/ChangeModel.h"
+#include "Dialogs/LiveDialog.h"
 #include "Edits/Comparison.h"
 #include "Session/Session.h"
 
@@ -23,27 +24,29 @@ namespace QRVWindow {
 
 class ChangeView;
 
-class ImportDialog : public QDialog {
+class ImportDialog : public LiveDialog {
     Q_OBJECT
 
   public:
-    enum Column { Setting, InFile, Result };
+    enum Column { Setting, Profile, InFile, Result };
 
-    /// `session` must outlive the dialog, which does not block the window. The preview is that of
-    /// the moment; a conflict with a later change is found when the edits are applied.
+    /// `session` must outlive the dialog. What would change is found out now, and no more when the
+    /// file or the settings change.
     ImportDialog(Session& session, const QString& path, QWidget* parent = nullptr);
 
     void accept() override;
 
+  protected:
+    void showSession() override;
+
   private:
     void read(const QString& path);
     void arrange(const QString& path);
-    void showLines();
+    void makeButtons(QLayout& layout);
     void showState();
     [[nodiscard]] std::vector<Tool::PendingEdits::Request> chosenRequests() const;
     [[nodiscard]] QString stateText() const;
 
-    Session& session_;
     Tool::ImportPreview preview_;
     QString fault_;
     std::size_t settingCount_ = 0;  ///< how many the file holds

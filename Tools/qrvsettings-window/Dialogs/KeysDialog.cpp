@@ -48,11 +48,8 @@ KeysDialog::KeysDialog(const QList<QAction*>& actions, const std::vector<Key>& o
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     layout->addWidget(buttons);
     list_->header()->setStretchLastSection(true);
-    list_->resizeColumnToContents(0);
-    list_->resizeColumnToContents(1);
-    const int width = list_->columnWidth(0) + list_->columnWidth(1) + 4 * fontMetrics().height();
-    list_->setMinimumSize(std::min(width, 60 * fontMetrics().averageCharWidth()),
-                          fontMetrics().height() * 12);
+    list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list_->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
     list_->setFocus();
 }
 

@@ -3,6 +3,9 @@
 
 #include <QAccessible>
 #include <QLabel>
+#include <QLayout>
+#include <QScreen>
+#include <algorithm>
 
 namespace QRVWindow {
 
@@ -18,7 +21,15 @@ LiveDialog::LiveDialog(Session& session, QWidget* parent) : QDialog(parent), ses
 }
 
 void LiveDialog::setVisible(bool isVisible) {
-    if (isVisible && !this->isVisible()) showSession();
+    if (isVisible && !this->isVisible()) {
+        showSession();
+        if (!testAttribute(Qt::WA_Resized)) {
+            constexpr double mostOfScreen = 0.9;
+            const QSize room = screen()->availableSize() * mostOfScreen;
+            const int width = std::min(sizeHint().width(), room.width());
+            resize(width, std::min(layout()->totalHeightForWidth(width), room.height()));
+        }
+    }
     QDialog::setVisible(isVisible);
 }
 

@@ -3,6 +3,7 @@
 
 #include <QAbstractItemView>
 #include <QBoxLayout>
+#include <QEvent>
 #include <algorithm>
 
 #include "Editors/FieldText.h"
@@ -37,6 +38,7 @@ ChoiceField::ChoiceField(const FieldSubject& subject, QWidget* parent)
     if (subject.place == ValueEditor::Place::Cell) box_->setFrame(false);
     addChoices();
     box_->setCurrentIndex(indexAtFirst_);
+    box_->installEventFilter(this);
     setFocusProxy(box_);
     connect(box_, &QComboBox::currentIndexChanged, this, [this](int index) {
         box_->setToolTip(box_->itemText(index));
@@ -76,6 +78,13 @@ void ChoiceField::addChoices() {
     if (hasKnown) box_->addItem(tr("Other…"));
     const int scrollBar = box_->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     box_->view()->setMinimumWidth(box_->view()->sizeHintForColumn(0) + scrollBar);
+}
+
+/// The wheel scrolls what is around the field, and changes no value on its way.
+bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Wheel) return ValueField::eventFilter(watched, event);
+    event->ignore();
+    return true;
 }
 
 PropertyListValue ChoiceField::typedValue() const {

@@ -27,6 +27,7 @@ class ChoiceField final : public ValueField {
     /// Chooses the value of that text; nothing where there is none.
     void setText(const QString& text) override;
     [[nodiscard]] QWidget* input() const override { return box_; }
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void addChoice(const PropertyListValue& value, const QString& sentence);

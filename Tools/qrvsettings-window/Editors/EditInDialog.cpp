@@ -71,6 +71,11 @@ EditDialog* editInDialog(Session& session, const std::vector<std::string>& keyPa
     }
     auto* const dialog = new EditDialog(subject, parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    const Tool::SettingRow* const row = session.table().at(keyPaths.front());
+    if (row != nullptr && row->isLocked)
+        dialog->setNews(
+            EditDialog::tr("The site has locked this setting: its value answers, "
+                           "whatever is stored."));
     if (subject.settings.size() == 1) followChanges(session, *dialog, subject);
     QObject::connect(dialog, &QDialog::accepted, &session, [&session, dialog, subject] {
         if (const auto value = dialog->value()) storeEdits(session, subject, *value);

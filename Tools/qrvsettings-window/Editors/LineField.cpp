@@ -4,6 +4,7 @@
 #include <QBoxLayout>
 #include <QColorDialog>
 #include <QKeyEvent>
+#include <algorithm>
 #include <limits>
 
 #include "Editors/FieldParts.h"
@@ -33,6 +34,15 @@ QString formOf(Kind kind) {
         default:
             return {};
     }
+}
+
+/// More than a screen can show.
+bool isOutside(const std::optional<NSColor>& color) {
+    if (!color) return false;
+    const auto parts = {color->redComponent, color->greenComponent, color->blueComponent,
+                        color->alphaComponent};
+    return std::any_of(parts.begin(), parts.end(),
+                       [](double part) { return part < 0 || part > 1; });
 }
 
 }  // namespace
@@ -93,6 +103,8 @@ QString LineField::remark() const {
     if (subject().place == Place::Form && subject().kind == Kind::Date &&
         text().contains(QLatin1Char('.')))
         return tr("the file keeps whole seconds");
+    if (subject().place == Place::Form && subject().kind == Kind::Color)
+        return isOutside(colorOfText(text())) ? tr("outside of 0 to 1") : QString();
     if (subject().known == nullptr) return {};
     QString unit = QString::fromStdString(subject().known->unit);
     if (subject().place == Place::Cell) return unit;
@@ -144,6 +156,7 @@ bool IntegerField::step(int steps) {
 ColorField::ColorField(const FieldSubject& subject, QWidget* parent)
     : LineField(subject, parent), swatch_(new SwatchButton(this)), hexadecimal_(new QLabel(this)) {
     row()->insertWidget(0, swatch_);
+    setTabOrder(swatch_, line());
     row()->addWidget(hexadecimal_);
     hexadecimal_->setLayoutDirection(Qt::LeftToRight);
     hexadecimal_->setHidden(subject.place == Place::Cell);

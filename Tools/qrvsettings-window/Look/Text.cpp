@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Look/Text.h"
 
+#include <QGuiApplication>
+
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
 
@@ -22,7 +24,7 @@ std::string toText(const QString& text) {
 }
 
 QString leftToRight(const QString& text) {
-    return leftToRightIsolate + text + endOfIsolate;
+    return QGuiApplication::isLeftToRight() ? text : leftToRightIsolate + text + endOfIsolate;
 }
 
 QString keyPathInSentence(std::string_view keyPath) {

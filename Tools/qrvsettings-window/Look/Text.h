@@ -14,7 +14,8 @@ namespace QRVWindow {
 QString fromText(std::string_view text);
 std::string toText(const QString& text);
 
-/// The text within marks that keep it from left to right in a sentence of any direction.
+/// The text for a sentence; where that runs from right to left, within marks that keep the text
+/// from left to right.
 QString leftToRight(const QString& text);
 /// A key path on one line, from left to right.
 QString keyPathInSentence(std::string_view keyPath);

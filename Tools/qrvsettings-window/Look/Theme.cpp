@@ -3,7 +3,11 @@
 
 #include <QApplication>
 #include <QEvent>
-#include <QStyle>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
+#include <algorithm>
 #include <array>
 
 #include "QRVSettings/Adapters/QtAppearance.h"
@@ -53,7 +57,7 @@ constexpr Shades darkShades{{
     {QPalette::BrightText, 0xffff9d94, 0xffff9d94},
     {QPalette::ToolTipBase, 0xff3d3a2b, 0xff3d3a2b},
     {QPalette::ToolTipText, 0xfff0f0f0, 0xfff0f0f0},
-    {QPalette::Highlight, 0xff2f6fc0, 0xff4a4a4a},
+    {QPalette::Highlight, 0xff275796, 0xff4a4a4a},
     {QPalette::HighlightedText, 0xffffffff, 0xffd0d0d0},
     {QPalette::Link, 0xff86b7f5, 0xffa8a8a8},
     {QPalette::LinkVisited, 0xffc9a6f0, 0xffa8a8a8},
@@ -74,11 +78,58 @@ QPalette paletteOf(const Shades& shades) {
     return palette;
 }
 
+/// The style whose every part takes its colours from the palette, but for what cannot be seen or
+/// read then: boxes without an edge on a dark ground, small boxes beside large text, and a focus
+/// that is painted over text and swatches.
+class ReadableStyle : public QProxyStyle {
+  public:
+    ReadableStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element == PE_FrameFocusRect) return drawFocus(*option, *painter);
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element != PE_IndicatorCheckBox && element != PE_IndicatorRadioButton) return;
+        painter->save();
+        painter->setPen(option->palette.color(QPalette::PlaceholderText));
+        painter->setBrush(Qt::NoBrush);
+        const QRect edge = option->rect.adjusted(0, 0, -1, -1);
+        painter->setRenderHint(QPainter::Antialiasing, element == PE_IndicatorRadioButton);
+        if (element == PE_IndicatorCheckBox)
+            painter->drawRect(edge);
+        else
+            painter->drawEllipse(edge);
+        painter->restore();
+    }
+
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        const int pixels = QProxyStyle::pixelMetric(metric, option, widget);
+        if (metric != PM_IndicatorWidth && metric != PM_IndicatorHeight &&
+            metric != PM_ExclusiveIndicatorWidth && metric != PM_ExclusiveIndicatorHeight)
+            return pixels;
+        return std::max(pixels, QFontMetrics(QApplication::font()).height() * 3 / 4);
+    }
+
+  private:
+    static void drawFocus(const QStyleOption& option, QPainter& painter) {
+        const auto* const focus = qstyleoption_cast<const QStyleOptionFocusRect*>(&option);
+        const QColor ground = focus != nullptr && focus->backgroundColor.isValid()
+                                  ? focus->backgroundColor
+                                  : option.palette.color(QPalette::Window);
+        constexpr int middle = 128;
+        painter.save();
+        painter.setPen(QPen(ground.lightness() < middle ? Qt::white : Qt::black, 1, Qt::DotLine));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
+        painter.restore();
+    }
+};
+
 }  // namespace
 
 Theme::Theme(QObject* parent) : QObject(parent) {
-    // The style whose every part takes its colours from the palette.
-    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setStyle(new ReadableStyle);
     qApp->installEventFilter(this);
     desktop_ = std::make_unique<QtDesktopAppearance>(show);
 }

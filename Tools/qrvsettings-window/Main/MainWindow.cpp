@@ -18,7 +18,7 @@
 #include "Panes/DetailsPane.h"
 #include "Panes/Findings.h"
 #include "Panes/PendingBar.h"
-#include "Panes/PlaceOfStored.h"
+#include "Session/PlaceOfStored.h"
 #include "Panes/TroubleBanner.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Table/FilterBar.h"
@@ -68,8 +68,9 @@ void MainWindow::makeWidgets() {
     split_->addWidget(tabs_);
     split_->setChildrenCollapsible(false);
     constexpr int partOfRows = 3;
+    constexpr int partOfDetails = 2;
     split_->setStretchFactor(0, partOfRows);
-    split_->setStretchFactor(1, 1);
+    split_->setStretchFactor(1, partOfDetails);
 }
 
 void MainWindow::arrange() {

@@ -39,7 +39,10 @@ void showOnce(QDialog& dialog) {
 // -------------------------------------------------------------------------------------- dialogs
 
 void MainWindow::review() {
-    if (review_ == nullptr) review_ = new ReviewDialog(session_, this);
+    if (review_ == nullptr) {
+        review_ = new ReviewDialog(session_, this);
+        review_->resize(size() * 9 / 10);
+    }
     review_->show();
     review_->raise();
     review_->activateWindow();

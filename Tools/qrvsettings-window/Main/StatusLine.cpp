@@ -21,6 +21,8 @@ StatusLine::StatusLine(Session& session, QAction* keys, QWidget* parent)
     button->setAccessibleName(tr("Keys"));
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
+    constexpr int indent = 6;
+    file_->setIndent(indent);
     addWidget(file_);
     for (QWidget* const part : std::initializer_list<QWidget*>{watching_, steps_, button})
         addPermanentWidget(part);

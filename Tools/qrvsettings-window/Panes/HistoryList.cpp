@@ -10,7 +10,7 @@
 #include "History/HistoryText.h"
 #include "Look/Text.h"
 #include "Panes/FactText.h"
-#include "Panes/PlaceOfStored.h"
+#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {

@@ -79,7 +79,7 @@ class Gatherer {
         }
         const PropertyListValue color = isColor ? QRVSettingsColorOfText(value) : nullptr;
         const Kind kind = color.isNull() ? value.kind() : Kind::Color;
-        facts_.push_back({about, Details::tr("%1 (%2)").arg(name, kindText(kind)),
+        facts_.push_back({about, Details::tr("%1 (%2)").arg(name, nameOfKind(kind)),
                           valueAsText(value, shownOfValue), true, color});
     }
     SettingFacts take() { return std::move(facts_); }
@@ -101,7 +101,7 @@ void addKnown(Gatherer& facts, const Session& session, const Tool::SettingRow* r
     }
     facts.add(About::Sentence, Details::tr("Meaning"), fromText(known->sentence));
     facts.add(About::Kind, Details::tr("Kind"),
-              known->kind == Kind::Null ? Details::tr("any") : kindText(known->kind));
+              known->kind == Kind::Null ? Details::tr("any") : nameOfKind(known->kind));
     facts.add(About::Range, Details::tr("Range"), rangeText(*known));
     facts.add(About::Unit, Details::tr("Unit"), fromText(known->unit));
     facts.add(About::Choices, Details::tr("Choices"), choicesText(*known));
@@ -161,7 +161,7 @@ void addLayers(Gatherer& facts, const Session& session, const std::string& keyPa
         !answer.stored.isSameKindAs(answer.builtIn))
         facts.add(About::KindsDiffer, Details::tr("Kinds differ"),
                   Details::tr("What is stored is of kind %1, and the default of kind %2.")
-                      .arg(kindText(answer.stored.kind()), kindText(answer.builtIn.kind())));
+                      .arg(nameOfKind(answer.stored.kind()), nameOfKind(answer.builtIn.kind())));
 }
 
 QString commonValueText(const Session& session, const std::vector<std::string>& keyPaths) {

@@ -6,8 +6,9 @@
 #include <algorithm>
 
 #include "Look/Text.h"
-#include "Panes/PlaceOfStored.h"
+#include "QRVSettings/QRVSettings.h"
 #include "Reporting/PrintableText.h"
+#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
@@ -18,10 +19,6 @@ using Level = Tool::Finding::Level;
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(Troubles)
 };
-
-QString printed(const std::string& text) {
-    return fromText(Tool::printable(text));
-}
 
 class Gatherer {
   public:
@@ -41,6 +38,13 @@ class Gatherer {
     }
 
   private:
+    /// With the name of the file that the user has given.
+    [[nodiscard]] QString printed(const std::string& text) const {
+        const std::string& location = QRVSettings::sharedSettings().location();
+        QString printed = fromText(Tool::printable(text));
+        return location.empty() ? printed
+                                : printed.replace(fromText(location), session_.fileState().path);
+    }
     void addState();
     void addReadOnly();
     void addPreparation();

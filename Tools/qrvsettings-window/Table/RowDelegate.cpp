@@ -152,7 +152,7 @@ void RowDelegate::paintSetting(QPainter& painter, const Cell& cell) const {
     const QFontMetrics metrics = painter.fontMetrics();
     if (quiet == 0 || metrics.horizontalAdvance(text) > rect.width()) {
         paintText(painter, {text, rect, isTree ? Qt::ElideRight : Qt::ElideMiddle,
-                            cell.row != nullptr, cell.alignment()});
+                            cell.row != nullptr || !text.isRightToLeft(), cell.alignment()});
         return;
     }
     const QString first = text.left(quiet);
@@ -178,7 +178,10 @@ void RowDelegate::paintValue(QPainter& painter, const Cell& cell, bool isDefault
                     variant.color, cell.option.palette);
         start += width + padding;
     }
-    paintText(painter, {shown, cell.rectFrom(start), Qt::ElideRight, true, cell.alignment()});
+    // Of what is and what will be, the end says more.
+    const bool isPending = !isDefault && model_.session().pendingAt(cell.row->keyPath) != nullptr;
+    paintText(painter, {shown, cell.rectFrom(start), isPending ? Qt::ElideLeft : Qt::ElideRight,
+                        true, cell.alignment()});
 }
 
 // --------------------------------------------------------------------------------- editing

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Table/RowView.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -46,7 +47,7 @@ RowView::~RowView() {
 /// Sections have the width of a number of characters; their contents are never measured, which
 /// would take as long as there are rows.
 void RowView::setUpColumns() {
-    constexpr std::array<int, RowModel::Other + 1> characters{44, 5, 34, 12, 24, 30, 24};
+    constexpr std::array<int, RowModel::Other + 1> characters{44, 7, 34, 15, 24, 30, 24};
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(true);
     header()->setHighlightSections(false);
@@ -120,11 +121,32 @@ void RowView::selectionChanged(const QItemSelection& selected, const QItemSelect
     if (!isRearranging_) Q_EMIT selectedKeyPathsChanged();
 }
 
+/// The first and the last line on show.
+std::pair<int, int> RowView::visibleLines() const {
+    const int first = verticalScrollBar()->value();
+    return {first, std::min(first + verticalScrollBar()->pageStep(), rows_.rowCount() - 1)};
+}
+
+void RowView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                          const QList<int>& roles) {
+    QTreeView::dataChanged(topLeft, bottomRight, roles);
+    if (!QAccessible::isActive() || topLeft.column() == bottomRight.column()) return;
+    const auto [first, last] = visibleLines();
+    for (int line = std::max(first, topLeft.row()); line <= std::min(last, bottomRight.row());
+         ++line) {
+        const bool isLive = rows_.session().liveChangeOf(rows_.lineAt(line).keyPath) != nullptr;
+        if (!isLive) continue;
+        QAccessibleEvent event(this, QAccessible::NameChanged);
+        // Children are the cells from the heading on, row by row.
+        event.setChild((line + 1) * rows_.columnCount() + RowModel::Setting);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
 void RowView::keepPlace() {
     isRearranging_ = true;
     place_ = {};
-    const int first = verticalScrollBar()->value();
-    const int last = std::min(first + verticalScrollBar()->pageStep(), rows_.rowCount() - 1);
+    const auto [first, last] = visibleLines();
     for (int line = first; line <= last; ++line)
         place_.visible.push_back(rows_.lineAt(line).keyPath);
     for (const QItemSelectionRange& range : selectionModel()->selection())

@@ -62,11 +62,15 @@ class RowView : public QTreeView {
                       const QModelIndex& index) const override;
 
   protected Q_SLOTS:
+    /// Screen readers hear the new name of a row that has changed before their user's eyes.
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void selectionChanged(const QItemSelection& selected,
                           const QItemSelection& deselected) override;
 
   private:
+    [[nodiscard]] std::pair<int, int> visibleLines() const;
     void keepPlace();
     void restorePlace();
     void restoreSelection();

@@ -180,9 +180,8 @@ void RowList::listRows() {
         if (isMatch || stayingRows_.contains(rows[row].keyPath)) listed_.push_back(row);
     }
     listedKeyPaths_.resize(listed_.size());
-    std::ranges::transform(
-        listed_,
-        listedKeyPaths_.begin(), [&rows](std::size_t row) -> auto& { return rows[row].keyPath; });
+    for (std::size_t index = 0; index < listed_.size(); ++index)
+        listedKeyPaths_[index] = rows[listed_[index]].keyPath;
 }
 
 void RowList::arrange() {
@@ -209,7 +208,7 @@ bool RowList::keepsLines(const SettingsTable::Change& change) const {
     if (!filter_.isEmpty() || generation_ != table_.generation()) return false;
     return std::ranges::all_of(change.changed, [this](const std::string& keyPath) {
         const auto row = table_.indexOf(keyPath);
-        return row && letsThrough(*row) && std::ranges::binary_search(listed_, *row);
+        return !row || letsThrough(*row) == std::ranges::binary_search(listed_, *row);
     });
 }
 

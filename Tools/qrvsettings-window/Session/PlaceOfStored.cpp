@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Panes/PlaceOfStored.h"
+#include "Session/PlaceOfStored.h"
 
 #include "QRVSettings/QRVKnownSettings.h"
 
