@@ -63,7 +63,7 @@ class WindowPicture : public testing::TestWithParam<Look> {
         session.emplace();
         window.emplace(*session);
         constexpr int smallFont = 10;
-        const QSize size(1120, 700);
+        const QSize size(1120, 820);
         window->resize(GetParam().points > smallFont ? size * 1.7 : size);
         WindowSupport::show(*window);
         session->start();

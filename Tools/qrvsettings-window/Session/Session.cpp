@@ -443,8 +443,7 @@ void Session::redo() {
 }
 
 void Session::keepMine(const SettingPlace& place) {
-    inside_->pending.keepMine(place, inside_->stored,
-                               tr("Keep this window's value").toStdString());
+    inside_->pending.keepMine(place, inside_->stored, tr("Keep this window's value").toStdString());
     inside_->sayPending({place});
 }
 

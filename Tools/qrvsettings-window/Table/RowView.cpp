@@ -47,7 +47,7 @@ RowView::~RowView() {
 /// Sections have the width of a number of characters; their contents are never measured, which
 /// would take as long as there are rows.
 void RowView::setUpColumns() {
-    constexpr std::array<int, RowModel::Other + 1> characters{44, 7, 34, 15, 24, 30, 24};
+    constexpr std::array<int, RowModel::Other + 1> characters{44, 7, 34, 15, 24, 24, 24};
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(true);
     header()->setHighlightSections(false);
