@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Editors/FormDialog.h"
 
+#include <QApplication>
 #include <QEvent>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLayout>
 
@@ -33,6 +36,12 @@ QLabel* makeWrappedLabel(const QString& text, QWidget* parent) {
     label->setAlignment((QGuiApplication::isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) |
                         Qt::AlignAbsolute | Qt::AlignVCenter);
     return label;
+}
+
+QFont fixedFont() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(QFontInfo(QApplication::font()).pixelSize());
+    return font;
 }
 
 }  // namespace QRVWindow

@@ -26,4 +26,7 @@ class FormDialog : public QDialog {
 /// Plain text of as many lines as it needs, which a person can select.
 QLabel* makeWrappedLabel(const QString& text, QWidget* parent);
 
+/// The font of JSON, data and commands, as large as other text.
+QFont fixedFont();
+
 }  // namespace QRVWindow
