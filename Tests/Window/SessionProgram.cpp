@@ -4,6 +4,8 @@
 //
 //     SessionProgram KEYPATH COUNT APPLIER
 
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <iostream>
 #include <string>
@@ -69,6 +71,8 @@ class Writer {
 }  // namespace
 
 int main(int argc, char** argv) {
+    constexpr unsigned mostSeconds = 300;  // where a thousand saves wait for a slow disk
+    alarm(mostSeconds);
     setNSLogSink([](const std::string&) {});
     const QCoreApplication application(argc, argv);
     if (argc != 4) return 2;

@@ -32,7 +32,7 @@ const std::string profilesPrefix = "Profiles.Settings.";
 
 /// What is stored at these key paths, each with all that is below it.
 NSDictionary partOfTree(const NSDictionary& tree, const std::vector<std::string>& storedKeyPaths) {
-    const NSMutableDictionary part;
+    NSMutableDictionary part;
     for (const std::string& keyPath : storedKeyPaths) {
         const PropertyListValue value = NSDictionaryQRV::objectAtKeyPath(tree, keyPath);
         if (!value.isNull()) NSDictionaryQRV::setObjectAtKeyPath(part, value, keyPath);

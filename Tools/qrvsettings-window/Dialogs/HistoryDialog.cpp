@@ -133,6 +133,7 @@ std::vector<QRVHistorySave> HistoryDialog::chosenSaves() const {
     for (const QModelIndex& index : savesView_->selectionModel()->selectedRows())
         rows.insert(index.row());
     std::vector<QRVHistorySave> saves;
+    saves.reserve(rows.size());
     for (const int row : rows) saves.push_back(saves_.saveAt(row));
     return Tool::undoableSaves(std::move(saves), session().stored());
 }
