@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Editors/FormDialog.h"
 
+#include <QApplication>
 #include <QEvent>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLayout>
 

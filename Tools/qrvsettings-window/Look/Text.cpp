@@ -19,7 +19,7 @@ constexpr QChar ellipsis(0x2026);
 
 QFont codeFont() {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(QApplication::font().pointSizeF());
+    font.setPixelSize(QFontInfo(QApplication::font()).pixelSize());
     return font;
 }
 
