@@ -90,6 +90,8 @@ TEST_F(ReviewDialogTest, SaysTheObjectionThatSetHasAndAnotherKind) {
     EXPECT_NE(refused.exitCode, 0);
     EXPECT_FALSE(cell(0, ReviewDialog::Note).empty());
     EXPECT_THAT(refused.errors, HasSubstr(cell(0, ReviewDialog::Note)));
+    dialog->findChild<ChangeView*>()->selectAll();
+    EXPECT_THAT(state(), HasSubstr(cell(0, ReviewDialog::Note)));
 }
 
 TEST_F(ReviewDialogTest, KeepingMineSettlesAConflictAndTheApplyWritesIt) {

@@ -7,10 +7,27 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QSignalBlocker>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <numeric>
 
 namespace QRVWindow {
+namespace {
+
+/// Takes pixels from the widest columns, and from none what it needs at least.
+void shrink(std::vector<int>& widths, const std::vector<int>& least, int excess) {
+    for (; excess > 0; --excess) {
+        int* widest = nullptr;
+        for (std::size_t column = 0; column < widths.size(); ++column)
+            if (widths[column] > least[column] && (widest == nullptr || widths[column] > *widest))
+                widest = &widths[column];
+        if (widest == nullptr) return;
+        --*widest;
+    }
+}
+
+}  // namespace
 
 ChangeView::ChangeView(ChangeModel& model, QWidget* parent) : QTreeView(parent), model_(model) {
     setRootIsDecorated(false);
@@ -55,18 +72,13 @@ std::vector<int> ChangeView::wantedWidths() const {
 
 void ChangeView::fitColumns() {
     if (isFittedByHand_) return;
+    constexpr int leastOfSetting = 24;  // characters
     std::vector<int> widths = wantedWidths();
-    int excess = std::accumulate(widths.begin(), widths.end(), 0) - viewport()->width();
-    // The widest columns give up what is missing, but none its heading.
-    for (int column = 0; column < model_.columnCount(); ++column) {
-        const auto widest = std::max_element(widths.begin(), widths.end());
-        const auto index = static_cast<int>(widest - widths.begin());
-        const int least = header()->sectionSizeHint(index);
-        const int others = excess > 0 ? *widest - std::max(*widest - excess, least) : 0;
-        if (others <= 0) break;
-        *widest -= others;
-        excess -= others;
-    }
+    std::vector<int> least;
+    for (int column = 0; column < model_.columnCount(); ++column)
+        least.push_back(header()->sectionSizeHint(column));
+    least.front() = std::max(least.front(), leastOfSetting * fontMetrics().averageCharWidth());
+    shrink(widths, least, std::accumulate(widths.begin(), widths.end(), 0) - viewport()->width());
     for (int column = 0; column < model_.columnCount(); ++column)
         if (!isColumnHidden(column))
             setColumnWidth(column, widths[static_cast<std::size_t>(column)]);
@@ -84,9 +96,11 @@ void ChangeView::changeEvent(QEvent* event) {
 
 QSize ChangeView::sizeHint() const {
     constexpr int lineCount = 14;
+    constexpr int characterCount = 110;  // lines may come later
     const std::vector<int> widths = wantedWidths();
-    return {std::accumulate(widths.begin(), widths.end(), 2 * frameWidth()) +
-                verticalScrollBar()->sizeHint().width(),
+    const int wanted = std::accumulate(widths.begin(), widths.end(), 2 * frameWidth()) +
+                       verticalScrollBar()->sizeHint().width();
+    return {std::max(wanted, fontMetrics().averageCharWidth() * characterCount),
             fontMetrics().height() * lineCount};
 }
 
@@ -137,11 +151,13 @@ QCheckBox* makeCheckBoxForAll(ChangeModel& model, QWidget* parent) {
         const std::size_t checked = model.checkedPlaces().size();
         const bool areAll = checked == model.lines().size();
         box->setEnabled(!model.lines().empty());
+        const QSignalBlocker blocker(box);
         box->setCheckState(checked == 0 ? Qt::Unchecked
                                         : (areAll ? Qt::Checked : Qt::PartiallyChecked));
     };
     QObject::connect(&model, &ChangeModel::checkedChanged, box, follow);
-    QObject::connect(box, &QCheckBox::clicked, &model, [&model] {
+    // A screen reader toggles a box without a click.
+    QObject::connect(box, &QCheckBox::stateChanged, &model, [&model] {
         const bool areAll = model.checkedPlaces().size() == model.lines().size();
         std::vector<Tool::SettingPlace> places;
         for (const ChangeLine& line : model.lines()) places.push_back(line.place);

@@ -17,6 +17,7 @@
 #include <algorithm>
 
 #include "Dialogs/ChangeView.h"
+#include "Dialogs/HistoryDialog.h"
 #include "Dialogs/SettingsFile.h"
 #include "Dialogs/ValueCells.h"
 #include "Edits/EditCommands.h"
@@ -113,6 +114,14 @@ QWidget* CompareDialog::makeMomentPart() {
     savesView_ = makeSavesView(saves_, part);
     savesView_->setObjectName(QStringLiteral("compareSaves"));
     layout->addRow(tr("Or before this &save:"), savesView_);
+    auto* const history = new QPushButton(tr("Take bac&k saves\u2026"), part);
+    history->setAutoDefault(false);
+    connect(history, &QPushButton::clicked, this, [this] {
+        auto* const dialog = new HistoryDialog(session(), parentWidget());
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->show();
+    });
+    layout->addRow(QString(), history);
     return part;
 }
 

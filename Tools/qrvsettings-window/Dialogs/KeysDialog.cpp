@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QKeySequence>
+#include <QScrollBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -47,9 +48,10 @@ KeysDialog::KeysDialog(const QList<QAction*>& actions, const std::vector<Key>& o
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     layout->addWidget(buttons);
-    list_->header()->setStretchLastSection(true);
+    list_->header()->setStretchLastSection(false);
     list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    list_->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    list_->setMinimumWidth(list_->header()->length() + 2 * list_->frameWidth() +
+                           list_->verticalScrollBar()->sizeHint().width());
     list_->setFocus();
 }
 

@@ -213,6 +213,10 @@ QString ReviewDialog::stateText(std::size_t unsettled) const {
             tr("%n conflicts are not settled: they stay pending. Keep your values or take "
                "theirs.",
                "", static_cast<int>(unsettled)));
+    // A list has little room for a sentence.
+    const auto selected = view_->selectedPlaces();
+    if (selected.size() == 1 && !conflicts_.contains(selected.front()))
+        lines.append(model_.lineAt(model_.rowOf(selected.front())).cells[Note].text);
     lines.removeAll(QString());
     return lines.join(QLatin1Char('\n'));
 }

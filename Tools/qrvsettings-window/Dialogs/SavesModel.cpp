@@ -149,10 +149,9 @@ QTreeView* makeSavesView(SavesModel& model, QWidget* parent) {
     view->setAllColumnsShowFocus(true);
     view->setModel(&model);
     view->setAccessibleName(SavesModel::tr("Saves"));
-    QObject::connect(&model, &QAbstractItemModel::modelReset, view, [view, &model] {
-        for (int column = 0; column < model.columnCount(); ++column)
-            view->resizeColumnToContents(column);
-    });
+    view->header()->setStretchLastSection(false);
+    view->header()->setResizeContentsPrecision(0);
+    view->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     return view;
 }
 
