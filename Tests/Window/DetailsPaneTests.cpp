@@ -6,13 +6,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextEdit>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "Editors/Kinds.h"
 #include "Look/Theme.h"
 #include "Session/PlaceOfStored.h"
 #include "Tool/ToolSupport.h"
@@ -73,8 +73,10 @@ class DetailsPaneTests : public testing::Test {
         }
         EXPECT_EQ(json::parse(text(about).toStdString()), value) << keyPath << " " << name;
         std::string kind = explanation[kindName];
-        if (kind == "string")
-            kind = nameOf(keyPath, about).ends_with("(colour)") ? "colour" : "text";
+        if (nameOf(keyPath, about).ends_with("(colour)")) {
+            EXPECT_TRUE(keyPath.ends_with("Color"));
+            kind = "colour";
+        }
         EXPECT_TRUE(nameOf(keyPath, about).ends_with("(" + kind + ")"))
             << nameOf(keyPath, about) << ", " << kind;
     }
@@ -303,6 +305,32 @@ TEST_F(DetailsPaneTests, CanBeReadInLargeFontsInTheDarkAndFromRightToLeft) {
                     EXPECT_GE(text->height(), text->document()->size().height());
                 }
             }
+}
+
+TEST_F(DetailsPaneTests, ChoosingAnotherSettingIsAsQuickAsPaintingIt) {
+    setByTool(enabled, "false");
+    start();
+    std::vector<std::string> keyPaths;
+    for (const Tool::SettingRow& row : session_.table().rows()) keyPaths.push_back(row.keyPath);
+    ASSERT_GT(keyPaths.size(), 20U);
+    pane_.setKeyPath(keyPaths.front());
+    QElapsedTimer timer;
+    qint64 choosing = 0;
+    qint64 painting = 0;
+    for (const std::string& keyPath : keyPaths) {
+        timer.start();
+        pane_.setKeyPath(keyPath);
+        choosing += timer.nsecsElapsed();
+        timer.start();
+        WindowSupport::grab(pane_);
+        painting += timer.nsecsElapsed();
+    }
+    const auto microseconds = [&](qint64 all) {
+        return static_cast<int>(all / 1000 / static_cast<qint64>(keyPaths.size()));
+    };
+    RecordProperty("choosingMicroseconds", microseconds(choosing));
+    RecordProperty("paintingMicroseconds", microseconds(painting));
+    EXPECT_LT(choosing, 5 * painting) << microseconds(choosing) << ", " << microseconds(painting);
 }
 
 TEST(PlaceOfStored, IsTheOneThatHasThisStoredKeyPath) {

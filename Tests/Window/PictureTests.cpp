@@ -39,6 +39,7 @@ namespace {
 
 constexpr const char* connected = "Network.Menubar.Mode.Status.Connected.Color";
 constexpr const char* noIP = "Network.Menubar.Mode.Status.NoIP.Color";
+constexpr const char* noInternet = "Network.Menubar.Mode.Status.NoInternet.Color";
 constexpr const char* width = "CPU.Menubar.Mode.HistoryGraph.Width";
 
 struct Look {
@@ -63,7 +64,7 @@ class WindowPicture : public testing::TestWithParam<Look> {
         session.emplace();
         window.emplace(*session);
         constexpr int smallFont = 10;
-        const QSize size(1120, 700);
+        const QSize size(1120, 820);
         window->resize(GetParam().points > smallFont ? size * 1.7 : size);
         WindowSupport::show(*window);
         session->start();
@@ -134,12 +135,12 @@ void makeSettings() {
 TEST_P(WindowPicture, Overview) {
     makeSettings();
     open();
-    filter("network.menubar");
-    session->edit("Network.Menubar.Mode.HistoryGraph.Width", 80);
+    filter("menubar.mode.status");
+    session->edit(noInternet, PropertyListValue("0.2 0.5 0.9 1"));
     session->reset({noIP});
     setByTool("Network.Menubar.Mode.Status.NotConnected.Color", "0.8 0.2 0.9 0.6");
     ASSERT_TRUE(waitUntil([&] { return !session->changes().empty(); }));
-    part<RowView>().reveal(connected);
+    part<RowView>().reveal(noInternet);
     part<RowView>().setFocus();
     take("overview");
 }

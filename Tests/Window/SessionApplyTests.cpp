@@ -329,3 +329,26 @@ TEST(SessionBesideAnotherProcess, NeverOverwritesSilentlyTheSettingThatBothChang
         session->discardAll();
     }
 }
+
+TEST(SessionBesideAnotherProcess, TwoAndTheToolShowWhatTheFileHoldsAfterManyWrites) {
+    const int each = isSanitized() ? 10 : 300;
+    const int byTool = isSanitized() ? 40 : 400;
+    setByTool("seed", "1");
+    const std::string count = std::to_string(each);
+    ToolSupport::RunningTool one(QRV_SESSION_PROGRAM, {"One", count, QRV_APPLY_PROGRAM}, {});
+    ToolSupport::RunningTool two(QRV_SESSION_PROGRAM, {"Two", count, QRV_APPLY_PROGRAM}, {});
+    for (int number = 1; number <= byTool; ++number)
+        ASSERT_EQ(
+            run({"set", "Tool.k" + std::to_string(number % 10), std::to_string(number)}).exitCode,
+            0);
+    ASSERT_TRUE(waitFor([&] { return inFile("One") == each && inFile("Two") == each; }))
+        << one.errors() << two.errors();
+    setByTool("Test.End", "1");
+    const ToolSupport::Outcome ofOne = one.finish();
+    const ToolSupport::Outcome ofTwo = two.finish();
+    EXPECT_EQ(ofOne.exitCode, 0) << ofOne.errors;
+    EXPECT_EQ(ofOne.output, ofTwo.output);
+    const std::string file = R"("One":)" + count + R"(,"Test.End":1,"Tool.k0":)" +
+                             std::to_string(byTool) + R"(,"Tool.k1":)" + std::to_string(byTool - 9);
+    EXPECT_THAT(ofOne.output, HasSubstr(file));
+}

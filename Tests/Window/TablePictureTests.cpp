@@ -94,6 +94,11 @@ TEST_P(TablePicture, CanBeReadInEveryState) {
     window.view.scrollTo(window.model.index(*line, RowModel::Value));
     const QImage colors = WindowSupport::grab(window.window, name + QStringLiteral("-colors"));
     EXPECT_EQ(lines(unreadableCells(window, colors)), "");
+
+    window.bar.setText({});
+    window.view.scrollToTop();
+    const QImage all = WindowSupport::grab(window.window, name + QStringLiteral("-all"));
+    EXPECT_EQ(lines(unreadableCells(window, all)), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -57,7 +57,7 @@ struct Letter {
 TEST(TableSpeed, EachLetterOfAFilterIsPaintedAtOnceWithTenThousandRows) {
     ToolSupport::writeSettings(groupsOfIntegers(1000));
     LargeWindow window;
-    ASSERT_GE(window.model.counts().all, 10'000);
+    ASSERT_GT(window.model.rowCount(), 10'000);
     auto* field = window.bar.findChild<QLineEdit*>();
     const Milliseconds paint = window.timeOfPaint();
 
@@ -84,24 +84,22 @@ TEST(TableSpeed, OneAndAThousandChangedRowsArePaintedAtOnceWithTenThousandRows) 
     ToolSupport::writeSettings(groupsOfIntegers(1000));
     LargeWindow window;
     const Milliseconds paint = window.timeOfPaint();
-    Milliseconds one = 1e9;
-    Milliseconds many = 1e9;
-    for (int round = 1; round <= 3; ++round) {
-        one = std::min(one, timeOf([&] {
-                           window.session.edit("Group500.Sub.network0", round);
-                           window.paint();
-                       }));
-        std::vector<Tool::PendingEdits::Request> requests;
-        for (int group = 0; group < 1000; ++group) {
-            const std::string keyPath = "Group" + std::to_string(group) + ".Sub.width1";
-            requests.push_back({window.session.placeOf(keyPath), round, nullptr});
-        }
-        many = std::min(many, timeOf([&] {
-                            window.session.edit(requests, QStringLiteral("all"));
-                            window.paint();
-                        }));
-    }
-    std::printf("paint %.1f ms, one edit %.1f ms, a thousand %.1f ms\n", paint, one, many);
+    QStringList thousand;
+    for (int group = 0; group < 1000; ++group)
+        thousand << QStringLiteral("Group%1.Sub.width1").arg(group);
+    // What follows a save of another process, too.
+    const auto timeToFollow = [&](const QStringList& keyPaths) {
+        Milliseconds best = 1e9;
+        for (int round = 0; round < 5; ++round)
+            best = std::min(best, timeOf([&] {
+                                Q_EMIT window.session.marksChanged(keyPaths);
+                                window.paint();
+                            }));
+        return best;
+    };
+    const Milliseconds one = timeToFollow(thousand.mid(500, 1));
+    const Milliseconds many = timeToFollow(thousand);
+    std::printf("paint %.1f ms, one row %.1f ms, a thousand %.1f ms\n", paint, one, many);
     EXPECT_LT(one, largestRatio * paint);
-    EXPECT_LT(many, largestRatio * paint);
+    EXPECT_LT(many, largestRatio / 4 * paint) << "what is not on show costs nothing";
 }

@@ -274,30 +274,6 @@ TEST(TableView, AnEditorThatIsOnlyOpenedChangesNothing) {
     EXPECT_FALSE(window.session.pending().canUndo());
 }
 
-namespace {
-QStringList namesHeard;
-void hear(QAccessibleEvent* event) {
-    if (event->type() == QAccessible::NameChanged && event->accessibleInterface() != nullptr)
-        namesHeard << event->accessibleInterface()->text(QAccessible::Name);
-}
-}  // namespace
-
-TEST(TableView, AScreenReaderHearsOfAChangeByAnotherProcess) {
-    TableWindow window;
-    ASSERT_TRUE(window.model.reveal(width));
-    window.show();
-    QAccessible::setActive(true);
-    QAccessible::installUpdateHandler(hear);
-    WindowSupport::setByTool(width, "60");
-    EXPECT_TRUE(WindowSupport::waitUntil([] {
-        return !namesHeard
-                    .filter(QStringLiteral("HistoryGraph.Width, 60, stored, modified, "
-                                           "changed a moment ago by"))
-                    .isEmpty();
-    })) << lines(namesHeard);
-    QAccessible::installUpdateHandler(nullptr);
-}
-
 TEST(TableView, AScreenReaderFindsATableOfAllRows) {
     ToolSupport::writeSettings(groupsOfIntegers(3));
     TableWindow window;

@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QPushButton>
@@ -39,10 +38,12 @@ void writeSettings(const std::string& bytes) {
     ASSERT_EQ(chmod(ToolSupport::settingsFile().c_str(), 0600), 0);
 }
 
-/// From here on this process is nobody's, and the files of the test are nobody's too: root may do
-/// anything. False where this user is not root and need not change, or nobody cannot run anything.
+constexpr uid_t nobody = 65534;
+constexpr uid_t nobodyKnown = 54321;
+
+/// From here on this process and the files of the test are nobody's: root may do anything. Another
+/// user stays who it is. False where nobody cannot run the window.
 bool becomeNobody() {
-    constexpr uid_t nobody = 65534;
     if (geteuid() != 0) return true;
     const std::filesystem::path folder = std::filesystem::current_path();
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
@@ -198,7 +199,7 @@ TEST_F(TroubleBannerTests, AFolderWithoutTheRightToWriteIsNamed) {
         << texts();
     ASSERT_TRUE(waitUntil([&] { return !banner_->troubles()[0].command.isEmpty(); })) << texts();
     EXPECT_EQ(banner_->troubles().size(), 1U) << texts();
-    EXPECT_EQ(banner_->troubles()[0].command.toStdString(), "chmod u+wx " + folder.string());
+    EXPECT_EQ(banner_->troubles()[0].command.toStdString(), "chmod u+wx '" + folder.string() + "'");
     chmod(folder.c_str(), 0700);
 }
 
@@ -233,31 +234,23 @@ TEST_F(TroubleBannerTests, WhatTheStartOfTheApplicationChangesIsANote) {
     EXPECT_EQ(texts(), "Note: the settings are of an earlier version, and are migrated");
 }
 
-TEST_F(TroubleBannerTests, ScreenReadersHearOfNewTroubles) {
-    static int alerts = 0;
-    static QString heard;
-    QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
-        if (event->type() != QAccessible::Alert) return;
-        ++alerts;
-        heard = event->accessibleInterface()->text(QAccessible::Name);
-    });
+TEST_F(TroubleBannerTests, ItsNameSaysAllForScreenReaders) {
     setByTool(enabled, "false");
     start();
     ASSERT_TRUE(waitForExamination());
-    EXPECT_EQ(alerts, 0);
+    EXPECT_EQ(banner_->accessibleName(), QString());
     writeSettings("damaged {");
     ASSERT_TRUE(waitForText("damaged"));
-    EXPECT_EQ(alerts, 1);
-    EXPECT_TRUE(heard.startsWith(QStringLiteral("Error: "))) << heard.toStdString();
-    QAccessible::installUpdateHandler(nullptr);
+    EXPECT_EQ(banner_->accessibleName().toStdString(), texts());
 }
 
 TEST_F(TroubleBannerTests, WithoutAHomeThereIsNoFile) {
     unsetenv("HOME");
     unsetenv("XDG_CONFIG_HOME");
+    // A user without an entry in the system's list of users.
+    if (setresuid(nobodyKnown, nobodyKnown, nobodyKnown) != 0) GTEST_SKIP() << "this needs root";
     start();
-    if (session_->fileState().kind != QRVWindow::FileState::Kind::NoPlace)
-        GTEST_SKIP() << "this system has a home for the user in its own list";
+    EXPECT_EQ(session_->fileState().kind, QRVWindow::FileState::Kind::NoPlace);
     EXPECT_EQ(texts().rfind("Error: There is no home folder", 0), 0U) << texts();
 }
 

@@ -3,8 +3,8 @@
 // `--apply-edits` that applies its edits, with `--examine` it examines the settings file.
 
 #include <QApplication>
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +25,7 @@ namespace {
 constexpr int wrongUsage = 2;
 
 int answer(const QRVWindow::StartAnswer& answer) {
-    std::fputs(answer.text.c_str(), answer.isFault ? stderr : stdout);
+    (answer.isFault ? std::cerr : std::cout) << answer.text << std::flush;
     return answer.isFault ? wrongUsage : EXIT_SUCCESS;
 }
 

@@ -7,6 +7,8 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QSignalBlocker>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <numeric>
 
@@ -149,11 +151,13 @@ QCheckBox* makeCheckBoxForAll(ChangeModel& model, QWidget* parent) {
         const std::size_t checked = model.checkedPlaces().size();
         const bool areAll = checked == model.lines().size();
         box->setEnabled(!model.lines().empty());
+        const QSignalBlocker blocker(box);
         box->setCheckState(checked == 0 ? Qt::Unchecked
                                         : (areAll ? Qt::Checked : Qt::PartiallyChecked));
     };
     QObject::connect(&model, &ChangeModel::checkedChanged, box, follow);
-    QObject::connect(box, &QCheckBox::clicked, &model, [&model] {
+    // A screen reader toggles a box without a click.
+    QObject::connect(box, &QCheckBox::stateChanged, &model, [&model] {
         const bool areAll = model.checkedPlaces().size() == model.lines().size();
         std::vector<Tool::SettingPlace> places;
         for (const ChangeLine& line : model.lines()) places.push_back(line.place);

@@ -17,7 +17,6 @@
 #include "Dialogs/SettingsFile.h"
 #include "Edits/EditCommands.h"
 #include "Look/Text.h"
-#include "Platform/PropertyLists/NSPropertyListSerialization.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Reporting/Failure.h"
 #include "Session/PlaceOfStored.h"
@@ -67,18 +66,10 @@ std::string commandsOfTree(const NSDictionary& tree) {
 }
 
 std::string bytesOfTree(const NSDictionary& tree, ExportOptions::Form form) {
-    switch (form) {
-        case ExportOptions::Form::JSON:
-            return Tool::jsonOfSettings(tree) + "\n";
-        case ExportOptions::Form::Commands:
-            return commandsOfTree(tree);
-        default: {
-            auto written = NSPropertyListSerialization::dataWithPropertyList(tree);
-            if (written.error)
-                throw Tool::Failure(Tool::Fault::WrongValue, written.error->description());
-            return std::move(written.bytes);
-        }
-    }
+    if (form == ExportOptions::Form::Commands) return commandsOfTree(tree);
+    return Tool::fileOfSettings(tree, form == ExportOptions::Form::JSON
+                                          ? Tool::SettingsForm::JSON
+                                          : Tool::SettingsForm::PropertyList);
 }
 
 }  // namespace

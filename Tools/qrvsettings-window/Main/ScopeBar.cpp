@@ -66,10 +66,10 @@ void ScopeBar::makeForm(QLayout& line) {
     tree_->setChecked(true);
     for (QWidget* const part : std::initializer_list<QWidget*>{text, tree_, flat_})
         line.addWidget(part);
-    connect(tree_, &QRadioButton::clicked, this,
-            [this] { Q_EMIT formChanged(Tool::RowList::Form::Tree); });
-    connect(flat_, &QRadioButton::clicked, this,
-            [this] { Q_EMIT formChanged(Tool::RowList::Form::Flat); });
+    // A screen reader toggles a button without a click.
+    connect(flat_, &QRadioButton::toggled, this, [this](bool isFlat) {
+        Q_EMIT formChanged(isFlat ? Tool::RowList::Form::Flat : Tool::RowList::Form::Tree);
+    });
 }
 
 void ScopeBar::setForm(Tool::RowList::Form form) {

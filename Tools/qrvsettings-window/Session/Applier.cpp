@@ -34,13 +34,18 @@ Applier::~Applier() {
 
 void Applier::start(const Tool::ApplyRequest& request) {
     isStopped_ = false;
-    process_ = new QProcess(this);
-    process_->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    connect(process_, &QProcess::readyReadStandardOutput, this, &Applier::readLines);
-    connect(process_, &QProcess::finished, this, &Applier::end);
-    connect(process_, &QProcess::finished, process_, &QObject::deleteLater);
-    connect(process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) end();
+    QProcess* const process = new QProcess(this);
+    process_ = process;
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(process, &QProcess::readyReadStandardOutput, this, &Applier::readLines);
+    // One whose outcome is known goes on for the history, while the next one may have begun.
+    const auto endOf = [this, process] {
+        if (process == process_) end();
+        process->deleteLater();
+    };
+    connect(process, &QProcess::finished, this, endOf);
+    connect(process, &QProcess::errorOccurred, this, [endOf](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) endOf();
     });
     process_->start(
         chosenProgram().isEmpty() ? QCoreApplication::applicationFilePath() : chosenProgram(),
@@ -87,7 +92,6 @@ void Applier::end() {
              : tr("the process that applies edits ended with exit code %1 and said nothing")
                    .arg(process_->exitCode()))
             .toStdString();
-    if (process_->error() == QProcess::FailedToStart) process_->deleteLater();
     finish(outcome, false);
 }
 

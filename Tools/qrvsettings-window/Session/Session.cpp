@@ -272,6 +272,7 @@ void Session::Inside::endApply() {
     request.reset();
     if (!done.empty()) {
         std::vector<SettingPlace> places;
+        places.reserve(done.size());
         for (const PendingEdit& edit : done) places.push_back(edit.place);
         pending.applied(done, name.toStdString());
         sayPending(places);
@@ -413,12 +414,14 @@ void Session::edit(const std::string& keyPath, const PropertyListValue& value, b
 void Session::edit(const std::vector<PendingEdits::Request>& requests, const QString& name) {
     if (!inside_->pending.edit(requests, inside_->stored, name.toStdString())) return;
     std::vector<SettingPlace> places;
+    places.reserve(requests.size());
     for (const PendingEdits::Request& request : requests) places.push_back(request.place);
     inside_->sayPending(places);
 }
 
 void Session::reset(const std::vector<std::string>& keyPaths) {
     std::vector<PendingEdits::Request> requests;
+    requests.reserve(keyPaths.size());
     for (const std::string& keyPath : keyPaths)
         requests.push_back({placeOf(keyPath), nullptr, inside_->defaultOf(keyPath)});
     edit(requests, tr("Reset %n setting(s)", "", static_cast<int>(keyPaths.size())));
@@ -443,8 +446,7 @@ void Session::redo() {
 }
 
 void Session::keepMine(const SettingPlace& place) {
-    inside_->pending.keepMine(place, inside_->stored,
-                               tr("Keep this window's value").toStdString());
+    inside_->pending.keepMine(place, inside_->stored, tr("Keep this window's value").toStdString());
     inside_->sayPending({place});
 }
 

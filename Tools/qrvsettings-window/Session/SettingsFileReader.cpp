@@ -94,16 +94,15 @@ class SettingsFileReader::Inside : public NSFilePresenter,
 
     quint64 request() {
         const std::lock_guard guard(mutex_);
-        if (isReading_) {
-            isAskedAgain_ = true;
-            return number_ + 2;
+        isAsked_ = true;
+        if (!isReading_) {
+            isReading_ = true;
+            if (reader_ != nullptr)
+                QMetaObject::invokeMethod(
+                    reader_, [reader = reader_] { reader->slow_.start(); }, Qt::QueuedConnection);
+            readingQueue().async([self = shared_from_this()] { self->readAll(); });
         }
-        isReading_ = true;
-        if (reader_ != nullptr)
-            QMetaObject::invokeMethod(
-                reader_, [reader = reader_] { reader->slow_.start(); }, Qt::QueuedConnection);
-        readingQueue().async([self = shared_from_this()] { self->readAll(); });
-        return number_ + 1;
+        return begun_ + 1;
     }
     [[nodiscard]] bool isReading() {
         const std::lock_guard guard(mutex_);
@@ -112,20 +111,18 @@ class SettingsFileReader::Inside : public NSFilePresenter,
 
   private:
     void readAll() {
-        do {
-            post(reading());
-        } while (isToGoOn());
+        while (const quint64 number = numberOfNext()) post(reading(), number);
     }
-    bool isToGoOn() {
+    /// 0 when nobody asks for another reading.
+    quint64 numberOfNext() {
         const std::lock_guard guard(mutex_);
-        isReading_ = isAskedAgain_ && reader_ != nullptr;
-        isAskedAgain_ = false;
-        return isReading_;
+        isReading_ = std::exchange(isAsked_, false) && reader_ != nullptr;
+        return isReading_ ? ++begun_ : 0;
     }
     Reading reading();
-    void post(Reading reading) {
+    void post(Reading reading, quint64 number) {
         const std::lock_guard guard(mutex_);
-        reading.number = ++number_;
+        reading.number = number;
         if (reader_ == nullptr) return;
         QMetaObject::invokeMethod(
             reader_, [reader = reader_, reading = std::move(reading)] { reader->take(reading); },
@@ -141,8 +138,8 @@ class SettingsFileReader::Inside : public NSFilePresenter,
     std::mutex mutex_;  // guards what follows
     SettingsFileReader* reader_;
     bool isReading_ = false;
-    bool isAskedAgain_ = false;
-    quint64 number_ = 0;  ///< of the last reading that has ended
+    bool isAsked_ = false;  ///< for a reading that has not begun
+    quint64 begun_ = 0;     ///< readings
 };
 
 SettingsFileReader::Reading SettingsFileReader::Inside::reading() {

@@ -39,7 +39,7 @@ class Reader {
     Start read() {
         while (next_ < arguments_.size()) {
             const std::string& word = arguments_[next_++];
-            if (const Start start = take(word); start.answer) return start;
+            if (Start start = take(word); start.answer) return start;
         }
         return {options_, {}};
     }

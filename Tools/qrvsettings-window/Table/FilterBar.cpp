@@ -116,7 +116,9 @@ void FilterBar::setUpLayout() {
 
 QCheckBox* FilterBar::makeBox(const QString& word) {
     auto* box = new QCheckBox(this);
-    connect(box, &QCheckBox::clicked, this, [this, word](bool isOn) {
+    // A screen reader toggles a box without a click.
+    connect(box, &QCheckBox::toggled, this, [this, word](bool isOn) {
+        if (holdsWord(text(), word) == isOn) return;
         const QString rest = withoutWord(text(), word);
         setText(isOn ? withWord(rest, word) : rest);
     });

@@ -175,6 +175,8 @@ QString RowModel::toolTip(const Tool::SettingRow& row, int column) const {
             return text_.valueInFull(row);
         case Default:
             return text_.defaultInFull(row);
+        case Seen:
+            return text_.seen(row);
         case Other:
             return text_.otherInFull(row);
         default:

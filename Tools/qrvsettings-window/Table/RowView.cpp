@@ -47,7 +47,7 @@ RowView::~RowView() {
 /// Sections have the width of a number of characters; their contents are never measured, which
 /// would take as long as there are rows.
 void RowView::setUpColumns() {
-    constexpr std::array<int, RowModel::Other + 1> characters{44, 7, 34, 15, 24, 30, 24};
+    constexpr std::array<int, RowModel::Other + 1> characters{44, 7, 34, 15, 24, 24, 24};
     header()->setSectionResizeMode(QHeaderView::Interactive);
     header()->setStretchLastSection(true);
     header()->setHighlightSections(false);
@@ -129,11 +129,14 @@ std::pair<int, int> RowView::visibleLines() const {
 
 void RowView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                           const QList<int>& roles) {
-    QTreeView::dataChanged(topLeft, bottomRight, roles);
-    if (!QAccessible::isActive() || topLeft.column() == bottomRight.column()) return;
     const auto [first, last] = visibleLines();
-    for (int line = std::max(first, topLeft.row()); line <= std::min(last, bottomRight.row());
-         ++line) {
+    const int from = std::max(first, topLeft.row());
+    const int to = std::min(last, bottomRight.row());
+    if (from > to) return;
+    // The base class asks for the place of each cell, on show or not.
+    QTreeView::dataChanged(topLeft.siblingAtRow(from), bottomRight.siblingAtRow(to), roles);
+    if (!QAccessible::isActive() || topLeft.column() == bottomRight.column()) return;
+    for (int line = from; line <= to; ++line) {
         const bool isLive = rows_.session().liveChangeOf(rows_.lineAt(line).keyPath) != nullptr;
         if (!isLive) continue;
         QAccessibleEvent event(this, QAccessible::NameChanged);

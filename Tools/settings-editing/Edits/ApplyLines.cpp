@@ -46,7 +46,7 @@ NSDictionary objectOf(std::string_view line) {
 }
 
 NSMutableDictionary objectOf(const PendingEdit& edit) {
-    const NSMutableDictionary object;
+    NSMutableDictionary object;
     object.setObjectForKey(edit.place.keyPath, "keyPath");
     object.setObjectForKey(edit.place.profile, "profile");
     if (!edit.base.isNull()) object.setObjectForKey(edit.base, "base");
@@ -64,7 +64,7 @@ PendingEdit editOf(const NSDictionary& object) {
 }
 
 NSArray arrayOf(const std::vector<EditConflict>& conflicts) {
-    const NSMutableArray array;
+    NSMutableArray array;
     for (const EditConflict& conflict : conflicts) {
         const NSMutableDictionary object = objectOf(conflict.edit);
         if (!conflict.theirs.isNull()) object.setObjectForKey(conflict.theirs, "theirs");

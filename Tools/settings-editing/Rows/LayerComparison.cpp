@@ -5,21 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "Text/Differences.h"
 #include "Text/KeyPaths.h"
 
 namespace Tool {
 namespace {
-
-bool areSame(const NSArray& one, const NSArray& other) {
-    return std::ranges::equal(one, other, isSameValue);
-}
-
-bool areSame(const NSDictionary& one, const NSDictionary& other) {
-    if (one.count() != other.count()) return false;
-    for (const auto& [key, value] : one)
-        if (!isSameValue(value, other.objectForKey(key))) return false;
-    return true;
-}
 
 std::ptrdiff_t leavesOf(const PropertyListValue& value) {
     if (value.isNull()) return 0;
@@ -33,23 +23,6 @@ std::ptrdiff_t leavesOf(const PropertyListValue& value) {
 
 bool isLevel(const PropertyListValue& value) {
     return value.isDictionary() && value.dictionary().count() != 0;
-}
-
-bool isSameValue(const PropertyListValue& one, const PropertyListValue& other) {
-    if (one.isIdenticalTo(other)) return true;
-    if (one.kind() != other.kind()) return false;
-    switch (one.kind()) {
-        case PropertyListValue::Kind::Array:
-            return areSame(one.array(), other.array());
-        case PropertyListValue::Kind::Dictionary:
-            return areSame(one.dictionary(), other.dictionary());
-        case PropertyListValue::Kind::String:
-        case PropertyListValue::Kind::Data:
-        case PropertyListValue::Kind::Color:
-            return one == other;
-        default:
-            return false;
-    }
 }
 
 LayerValues LayerValues::at(std::string_view keyPath) const {
@@ -150,7 +123,7 @@ void LayerComparison::compareKey(const Level& level, std::string_view key, std::
         if (before.isIdenticalTo(now)) continue;
         const bool areLevels = isLevel(before) && isLevel(now);
         isAnyLevel = isAnyLevel || isLevel(before) || isLevel(now);
-        isPlaceDifferent = isPlaceDifferent || !(areLevels || isSameValue(before, now));
+        isPlaceDifferent = isPlaceDifferent || !(areLevels || areSameInKind(before, now));
     }
     if (!isPlaceDifferent && !isAnyLevel) return;
     if (key.find('.') != key.npos) {

@@ -35,9 +35,6 @@ struct LayerValues {
 /// A dictionary with entries: what it holds are settings, and it is none itself.
 bool isLevel(const PropertyListValue& value);
 
-/// Whether two values are equal and of one kind, in all that they hold: 1 is not 1.0.
-bool isSameValue(const PropertyListValue& one, const PropertyListValue& other);
-
 /// Finds the places where a layer has another value than before. What both share is skipped.
 class LayerComparison {
   public:

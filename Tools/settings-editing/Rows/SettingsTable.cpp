@@ -10,6 +10,7 @@
 #include "Rows/RowFilter.h"
 #include "Settings/ProfileScope.h"
 #include "Settings/Records.h"
+#include "Text/Differences.h"
 #include "Text/KeyPaths.h"
 
 namespace Tool {
@@ -26,13 +27,14 @@ bool isNamedColor(std::string_view keyPath) {
 }
 
 bool isModified(const PropertyListValue& stored, const PropertyListValue& byDefault) {
-    if (stored.isNull() || isSameValue(stored, byDefault)) return false;
+    if (stored.isNull() || areSameInKind(stored, byDefault)) return false;
     return !stored.isDictionary() || !(byDefault.isNull() || byDefault.isDictionary());
 }
 
 bool areSame(const SettingRow& one, const SettingRow& other) {
-    return isSameValue(one.effective, other.effective) && isSameValue(one.stored, other.stored) &&
-           isSameValue(one.byDefault, other.byDefault) && one.layer == other.layer &&
+    return areSameInKind(one.effective, other.effective) &&
+           areSameInKind(one.stored, other.stored) &&
+           areSameInKind(one.byDefault, other.byDefault) && one.layer == other.layer &&
            one.isRecord == other.isRecord && one.isLocked == other.isLocked;
 }
 

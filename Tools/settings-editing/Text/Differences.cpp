@@ -2,6 +2,7 @@
 #include "Text/Differences.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <utility>
 
@@ -25,6 +26,17 @@ NSDictionary entriesOf(const PropertyListValue& value) {
 
 PropertyListValue leafOf(const PropertyListValue& value) {
     return hasEntries(value) ? PropertyListValue() : value;
+}
+
+bool haveSameElements(const NSArray& one, const NSArray& other) {
+    return std::ranges::equal(one, other, areSameInKind);
+}
+
+bool haveSameEntries(const NSDictionary& one, const NSDictionary& other) {
+    if (one.count() != other.count()) return false;
+    for (const auto& [key, value] : one)
+        if (!areSameInKind(value, other.objectForKey(key))) return false;
+    return true;
 }
 
 class Comparison {
@@ -67,12 +79,15 @@ class Comparison {
 
 bool areSameInKind(const PropertyListValue& value, const PropertyListValue& other) {
     using Kind = PropertyListValue::Kind;
+    if (value.isIdenticalTo(other)) return true;
     if (value.kind() != other.kind()) return false;
     switch (value.kind()) {
-        case Kind::Real:  // 0 and -0 are two values
+        case Kind::Real:  // 0 and -0 are two values, and there are several NaN
+            return std::isnan(value.doubleValue()) && std::isnan(other.doubleValue());
         case Kind::Array:
+            return haveSameElements(value.array(), other.array());
         case Kind::Dictionary:
-            return value.isIdenticalTo(other) || jsonText(value) == jsonText(other);
+            return haveSameEntries(value.dictionary(), other.dictionary());
         default:
             return value == other;
     }

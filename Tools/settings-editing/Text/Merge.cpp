@@ -5,6 +5,7 @@
 #include <set>
 
 #include "Reporting/Failure.h"
+#include "Text/Differences.h"
 #include "Text/JSON.h"
 #include "Text/KeyPaths.h"
 
@@ -19,10 +20,6 @@ struct Versions {
 
 bool isEmptyDictionary(const PropertyListValue& value) {
     return value.isDictionary() && value.dictionary().count() == 0;
-}
-
-bool isSame(const PropertyListValue& one, const PropertyListValue& other) {
-    return jsonText(one) == jsonText(other);
 }
 
 /// Whether the entries are merged one by one. Where one side has removed a dictionary, these are
@@ -75,9 +72,9 @@ class Merge {
     }
 
     PropertyListValue mergedValue(const Versions& values, const std::string& keyPath) {
-        if (isSame(values.ours, values.theirs) || isSame(values.base, values.theirs))
+        if (areSameInKind(values.ours, values.theirs) || areSameInKind(values.base, values.theirs))
             return values.ours;
-        if (isSame(values.base, values.ours)) return values.theirs;
+        if (areSameInKind(values.base, values.ours)) return values.theirs;
         conflicts_.push_back({keyPath, values.base, values.ours, values.theirs});
         return atConflicts_ == MergeSide::Ours ? values.ours : values.theirs;
     }
