@@ -3,8 +3,6 @@
 
 #include <QApplication>
 #include <QEvent>
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLayout>
 
