@@ -97,6 +97,8 @@ class WindowPicture : public testing::TestWithParam<Look> {
         const QRect cell = part<RowView>().visualRect(index);
         return {part<RowView>().viewport()->mapTo(&*window, cell.topLeft()), cell.size()};
     }
+
+  public:
     const Theme theme;
     std::optional<Session> session;
     std::optional<MainWindow> window;
@@ -245,7 +247,7 @@ TEST_P(WindowPicture, SwatchesHaveTheColourAndAnEdge) {
     view.reveal(noIP);
     view.setFocus();
     const QImage picture = take("swatches");
-    const NSColor color(1, 0.776, 0, 1);
+    const NSColor color{1, 0.776, 0, 1};
     const QColor wanted = QRVWindow::qColorOf(color);
     const auto* const model = view.model();
     int seen = 0;

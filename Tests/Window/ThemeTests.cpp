@@ -26,7 +26,7 @@ QColor groundOf(const QPalette& palette) {
 }
 
 class ThemeOnADesktop : public testing::Test {
-  protected:
+  public:
     Desktop desktop;
 };
 

@@ -3,7 +3,6 @@
 
 #include <QClipboard>
 #include <QDialogButtonBox>
-#include <QFontDatabase>
 #include <QFormLayout>
 #include <QGuiApplication>
 #include <QLabel>
@@ -42,7 +41,7 @@ QPlainTextEdit* makeReadOnlyLines(const QString& name, int lineCount, QWidget* p
     lines->setReadOnly(true);
     lines->setTabChangesFocus(true);
     lines->setLayoutDirection(Qt::LeftToRight);
-    lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    lines->setFont(codeFont());
     lines->setAccessibleName(name);
     const int line = lines->fontMetrics().lineSpacing();
     const int margins = 2 * (lines->frameWidth() + qRound(lines->document()->documentMargin()));

@@ -2,11 +2,11 @@
 #include "Editors/LinesField.h"
 
 #include <QBoxLayout>
-#include <QFontDatabase>
 #include <cstddef>
 #include <optional>
 
 #include "Editors/FieldText.h"
+#include "Look/Text.h"
 #include "Platform/Values/NSData.h"
 #include "Reporting/Failure.h"
 #include "Text/ScalarText.h"
@@ -21,7 +21,7 @@ QPlainTextEdit* makeLines(QWidget* parent, bool isForPeople) {
     auto* const lines = new QPlainTextEdit(parent);
     lines->setTabChangesFocus(true);
     if (!isForPeople) {
-        lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        lines->setFont(codeFont());
         lines->setLayoutDirection(Qt::LeftToRight);
     }
     lines->setMinimumHeight(lines->fontMetrics().lineSpacing() * leastLines);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Look/Text.h"
 
+#include <QApplication>
+#include <QFontDatabase>
 #include <QGuiApplication>
 
 #include "Text/JSON.h"
@@ -14,6 +16,12 @@ constexpr QChar endOfIsolate(0x2069);
 constexpr QChar ellipsis(0x2026);
 
 }  // namespace
+
+QFont codeFont() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(QApplication::font().pointSizeF());
+    return font;
+}
 
 QString fromText(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));

@@ -3,6 +3,7 @@
 
 // Key paths and values as widgets show them.
 
+#include <QFont>
 #include <QString>
 #include <string>
 #include <string_view>
@@ -10,6 +11,9 @@
 #include "Platform/Values/PropertyListValue.h"
 
 namespace QRVWindow {
+
+/// For commands and code: letters of one width, as large as other text.
+QFont codeFont();
 
 QString fromText(std::string_view text);
 std::string toText(const QString& text);

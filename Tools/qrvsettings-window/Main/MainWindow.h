@@ -78,6 +78,7 @@ class MainWindow : public QMainWindow {
     void review();
     void compare();
     void compareWithDefaults();
+    void showHistory();
     void importSettings();
     void importFile(const QString& path);
     void exportSettings();

@@ -13,6 +13,7 @@
 #include <QUrl>
 
 #include "Dialogs/CompareDialog.h"
+#include "Dialogs/HistoryDialog.h"
 #include "Dialogs/ImportExport.h"
 #include "Dialogs/KeysDialog.h"
 #include "Dialogs/ReviewDialog.h"
@@ -56,6 +57,10 @@ void MainWindow::compareWithDefaults() {
     auto* const dialog = new CompareDialog(session_, this);
     dialog->compareWith(CompareDialog::Side::Defaults);
     showOnce(*dialog);
+}
+
+void MainWindow::showHistory() {
+    showOnce(*new HistoryDialog(session_, this));
 }
 
 void MainWindow::importSettings() {

@@ -28,6 +28,7 @@ void MainWindow::makeFileMenu() {
     add(menu, tr("Compare with &defaults\u2026"), Qt::CTRL | Qt::Key_D,
         &MainWindow::compareWithDefaults);
     add(menu, tr("&Compare\u2026"), Qt::CTRL | Qt::SHIFT | Qt::Key_D, &MainWindow::compare);
+    add(menu, tr("&History\u2026"), Qt::CTRL | Qt::Key_H, &MainWindow::showHistory);
     menu.addSeparator();
     add(menu, tr("&Read again"), QKeySequence::Refresh, &MainWindow::reload);
     menu.addSeparator();

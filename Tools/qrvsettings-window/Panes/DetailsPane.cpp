@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QEvent>
-#include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -95,7 +94,7 @@ void DetailsPane::makeCommand(QGridLayout* grid) {
     commandName_ = makeName(tr("Command"), this);
     command_ = new FactText(this);
     command_->setAccessibleName(tr("Command that sets it"));
-    command_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    command_->setFont(codeFont());
     copyCommand_ = makeCopyButton(tr("Copy the command"), command_, this);
     grid->addWidget(commandName_, commandNameRow, 0, 1, ButtonColumn + 1);
     grid->addWidget(command_, commandRow, 0, 1, ButtonColumn);
