@@ -865,7 +865,7 @@
     </message>
     <message>
         <source>What the store itself keeps, such as the name of this machine</source>
-        <translation>Was der Speicher für sich selbst festhält, zum Beispiel den Namen dieses Rechners</translation>
+        <translation>Was die Einstellungsverwaltung selbst festhält, zum Beispiel den Namen dieses Rechners</translation>
     </message>
     <message>
         <source>Words of a name or value, or for example: %1</source>
@@ -1392,6 +1392,10 @@
     <message>
         <source>&amp;Keys</source>
         <translation>&amp;Tasten</translation>
+    </message>
+    <message>
+        <source>&amp;History…</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -2093,7 +2097,7 @@
     </message>
     <message>
         <source>site</source>
-        <translation>Systemverwaltung</translation>
+        <translation>System</translation>
     </message>
     <message>
         <source>stored</source>
