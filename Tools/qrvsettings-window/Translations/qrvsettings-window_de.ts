@@ -1395,7 +1395,7 @@
     </message>
     <message>
         <source>&amp;History…</source>
-        <translation type="unfinished"></translation>
+        <translation>Ver&amp;lauf…</translation>
     </message>
 </context>
 <context>
