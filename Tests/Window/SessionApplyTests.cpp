@@ -253,7 +253,8 @@ TEST(SessionApply, OfAProcessThatIsKilledAfterTheSaveIsSeenInTheFile) {
     session->edit("a", 2);
     applyBy(QRV_APPLY_PROGRAM " >/dev/null; kill -9 $$");
     const Tool::ApplyOutcome outcome = session.apply();
-    EXPECT_EQ(outcome.state, State::NotApplied);
+    EXPECT_EQ(outcome.state, State::Applied);
+    EXPECT_EQ(outcome.reason, "");
     EXPECT_EQ(inFile("a"), 2);
     EXPECT_TRUE(session->pending().edits().empty());
     EXPECT_TRUE(session->conflicts().empty());

@@ -267,7 +267,11 @@ void Session::Inside::endApply() {
                      });
     } else if (!request->isComplete && state.fault.isEmpty()) {
         done = editsInFile();
+        // The process was stopped or killed once it had saved.
+        if (!done.empty() && done.size() == request->edits.size())
+            outcome.state = Tool::ApplyOutcome::State::Applied;
     }
+    if (outcome.state == Tool::ApplyOutcome::State::Applied) outcome.reason.clear();
     const QString name = request->name;
     request.reset();
     if (!done.empty()) {
