@@ -155,6 +155,18 @@ TEST(SessionState, FollowsAFileThatIsDamagedAndRepaired) {
     EXPECT_TRUE(session->changes().empty());
 }
 
+TEST(SessionState, AtTheStartOfADamagedFileIsWhatItHoldsOnceItIsRepaired) {
+    writeSettings("no settings");
+    RunningSession session;
+    ASSERT_TRUE(session->fileState().isDamaged());
+    EXPECT_TRUE(session->storedAtStart().isNull());
+    writeSettings(propertyList("<key>a</key><integer>1</integer>"));
+    ASSERT_TRUE(waitUntil([&] { return session->fileState().kind == Kind::Present; }));
+    setByTool("a", "2");
+    ASSERT_TRUE(session.shows("a", 2));
+    EXPECT_EQ(session->storedAtStart().objectForKey("a"), 1);
+}
+
 TEST(SessionLive, ShowsWhatAnotherProcessSetsAndMarksItForAWhile) {
     setByTool("CPU.Menubar.Enabled", "false");
     RunningSession session;

@@ -130,7 +130,9 @@ void Session::Inside::take(const SettingsFileReader::Reading& reading) {
     const bool wasReadable =
         before.kind == FileState::Kind::Present || before.kind == FileState::Kind::Missing;
     stored = reading.stored;
-    if (!std::exchange(hasBeenRead, true)) storedAtStart = stored;
+    // What a damaged file held at the start, nobody knows: taken for nothing, it would look as if
+    // all settings had been added since.
+    if (isReadable && !std::exchange(hasBeenRead, true)) storedAtStart = stored;
     if (!isShown || isReadable != wasReadable || !reading.differences.empty()) showStored();
     if (isReadable) noteChanges(reading.differences);
     Q_EMIT session.fileStateChanged();

@@ -51,7 +51,8 @@ class Session : public QObject {
     [[nodiscard]] const Tool::SettingsSnapshot& snapshot() const;
     /// What the file holds; null when nothing.
     [[nodiscard]] const NSDictionary& stored() const;
-    /// What the file held when the session started.
+    /// What the file held when the session started; if it could not be read then, what it held when
+    /// it first could.
     [[nodiscard]] const NSDictionary& storedAtStart() const;
 
     /// The chosen scope: empty for the application's settings.
