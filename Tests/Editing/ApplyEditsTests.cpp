@@ -283,12 +283,29 @@ TEST(ApplyEdits, OfADamagedFileAreRefusedUntilItMayBeReplacedAndItsBytesStayBesi
     EXPECT_THAT(refused.reason, AllOf(HasSubstr("is damaged"), HasSubstr("line 1, column")));
     EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
 
-    ApplyRequest request = requestOf({edit("a", nullptr, 1)});
+    ApplyRequest request = requestOf({edit("a", 5, 1), edit("b", 6, nullptr)});
+    request.replacesDamagedFile = true;
+    const ApplyOutcome replaced = applied(request);
+    EXPECT_EQ(replaced.state, State::Applied) << replaced.reason;
+    EXPECT_TRUE(replaced.overwritten.empty());
+    EXPECT_EQ(inFile("a"), 1);
+    EXPECT_TRUE(inFile("b").isNull());
+    EXPECT_EQ(contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
+              "<plist><dict>");
+}
+
+TEST(ApplyEdits, ThatMayReplaceADamagedFileReplaceNoneThatIsRepaired) {
+    ASSERT_EQ(run({"set", "a", "7"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "kept", "1"}).exitCode, 0);
+    ApplyRequest request = requestOf({edit("a", 5, 1)});
+    request.replacesDamagedFile = true;
+    EXPECT_EQ(applied(request).state, State::Conflict);
+    EXPECT_EQ(inFile("a"), 7);
+    request = requestOf({edit("a", 7, 1)});
     request.replacesDamagedFile = true;
     EXPECT_EQ(applied(request).state, State::Applied);
     EXPECT_EQ(inFile("a"), 1);
-    EXPECT_EQ(contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
-              "<plist><dict>");
+    EXPECT_EQ(inFile("kept"), 1);
 }
 
 TEST(ApplyEdits, WithoutEditsADamagedFileIsBegunAnew) {

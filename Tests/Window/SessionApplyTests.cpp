@@ -181,9 +181,11 @@ TEST(SessionApply, InAProfileIsStoredThere) {
 TEST(SessionApply, OfADamagedFileIsRefusedUntilItMayBeReplaced) {
     setByTool("a", "1");
     RunningSession session;
+    session->edit("a", 3);
     session->edit("b", 2);
     writeSettings("damaged");
     ASSERT_TRUE(waitFor([&] { return session->fileState().isDamaged(); }));
+    EXPECT_TRUE(session->conflicts().empty()) << "nobody has changed a setting";
     const Tool::ApplyOutcome outcome = session.apply();
     EXPECT_EQ(outcome.state, State::NotApplied);
     EXPECT_THAT(outcome.reason, HasSubstr("is damaged"));
@@ -191,7 +193,9 @@ TEST(SessionApply, OfADamagedFileIsRefusedUntilItMayBeReplaced) {
     EXPECT_EQ(ToolSupport::contentsOf(settingsFile()), "damaged");
 
     ASSERT_EQ(session.apply({.replacesDamagedFile = true}).state, State::Applied);
+    EXPECT_EQ(inFile("a"), 3);
     EXPECT_EQ(inFile("b"), 2);
+    EXPECT_TRUE(session->pending().edits().empty());
     EXPECT_EQ(session->fileState().kind, FileState::Kind::Present);
     EXPECT_EQ(ToolSupport::contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
               "damaged");

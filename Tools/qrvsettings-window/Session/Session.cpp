@@ -406,6 +406,7 @@ PropertyListValue Session::valueWithEdits(const std::string& keyPath) const {
 }
 
 std::vector<Tool::EditConflict> Session::conflicts() const {
+    if (!inside_->state.fault.isEmpty()) return {};
     return inside_->pending.conflicts(inside_->stored);
 }
 

@@ -82,6 +82,7 @@ class Session : public QObject {
     [[nodiscard]] const Tool::PendingEdit* pendingAt(const std::string& keyPath) const;
     /// What a row will have once its edit is applied; the value it has when none is pending.
     [[nodiscard]] PropertyListValue valueWithEdits(const std::string& keyPath) const;
+    /// None while the file cannot be read: nobody knows what it holds.
     [[nodiscard]] std::vector<Tool::EditConflict> conflicts() const;
 
     /// One step of undo. Null stores nothing: the default answers.

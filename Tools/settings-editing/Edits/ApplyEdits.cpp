@@ -87,6 +87,13 @@ std::vector<EditConflict> conflictsWith(const NSDictionary& tree,
     return conflicts;
 }
 
+/// Whether a damaged file is to go: it holds nothing that an edit could be compared with. To be
+/// called once it was opened.
+bool replacesDamagedFile(const ApplyRequest& request) {
+    return request.replacesDamagedFile && QRVSettings::sharedSettings().storageCache().isNull() &&
+           !conditionOfSettingsFile().damage.empty();
+}
+
 /// What equals the default is not stored.
 bool isHeldBy(const NSDictionary& tree, const PendingEdit& edit) {
     const PropertyListValue found = valueIn(tree, edit);
@@ -167,7 +174,8 @@ void apply(const ApplyRequest& request, ApplyOutcome& outcome) {
         .readOnlyFile =
             request.replacesReadOnlyFile ? ReadOnlyFile::Replaced : ReadOnlyFile::Refused};
     openToWrite(options, {});
-    outcome.conflicts = conflictsWith(QRVSettingsStoredValues(), request.edits);
+    if (!replacesDamagedFile(request))
+        outcome.conflicts = conflictsWith(QRVSettingsStoredValues(), request.edits);
     if (!outcome.conflicts.empty()) {
         outcome.state = ApplyOutcome::State::Conflict;
         outcome.reason = "another process has changed some of the settings";
