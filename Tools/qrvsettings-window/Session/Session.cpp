@@ -418,6 +418,12 @@ void Session::edit(const std::string& keyPath, const PropertyListValue& value, b
         inside_->sayPending({place});
 }
 
+void Session::editSeen(const std::string& keyPath, const PropertyListValue& value,
+                       const std::optional<PropertyListValue>& seen) {
+    edit({{placeOf(keyPath), value, inside_->defaultOf(keyPath), seen}},
+         tr("Edit %1").arg(QString::fromStdString(keyPath)));
+}
+
 void Session::edit(const std::vector<PendingEdits::Request>& requests, const QString& name) {
     if (!inside_->pending.edit(requests, inside_->stored, name.toStdString())) return;
     std::vector<SettingPlace> places;

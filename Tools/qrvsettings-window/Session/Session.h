@@ -87,6 +87,10 @@ class Session : public QObject {
 
     /// One step of undo. Null stores nothing: the default answers.
     void edit(const std::string& keyPath, const PropertyListValue& value, bool isContinued = false);
+    /// The same of somebody who began when the file held `seen`: what another process has stored
+    /// since is a conflict.
+    void editSeen(const std::string& keyPath, const PropertyListValue& value,
+                  const std::optional<PropertyListValue>& seen);
     void edit(const std::vector<Tool::PendingEdits::Request>& requests, const QString& name);
     void reset(const std::vector<std::string>& keyPaths);
     void discard(const std::vector<Tool::SettingPlace>& places);
