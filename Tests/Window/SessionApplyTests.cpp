@@ -80,6 +80,20 @@ TEST(SessionApply, BringsEditsIntoTheFileAndTheyArePendingNoMore) {
     EXPECT_FALSE(session->marksOf("a").isLive);
 }
 
+TEST(SessionApply, OfADictionaryIsNotSeenAsSomebodyElsesChanges) {
+    setByTool("a", R"({"b":1,"c":1})");
+    RunningSession session;
+    session->edit("a", NSDictionary{{"b", 2}, {"d", NSDictionary{{"e", 3}}}});
+    ASSERT_EQ(session.apply().state, State::Applied);
+    std::size_t seen = 0;
+    for (const LiveChange& change : session->changes()) {
+        if (!change.place.keyPath.starts_with("a")) continue;
+        ++seen;
+        EXPECT_EQ(change.by, LiveChange::By::ThisWindow) << change.place.keyPath;
+    }
+    EXPECT_EQ(seen, 3U);
+}
+
 TEST(SessionApply, IsUndoneByAnotherApply) {
     setByTool("a", "1");
     RunningSession session;

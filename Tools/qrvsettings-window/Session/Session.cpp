@@ -14,6 +14,7 @@
 #include "Session/SettingsFileReader.h"
 #include "Settings/Records.h"
 #include "Text/Differences.h"
+#include "Text/KeyPaths.h"
 
 namespace QRVWindow {
 namespace {
@@ -34,6 +35,19 @@ std::vector<SettingPlace> placesOf(const PendingEdits& edits) {
 
 bool isPlaceOf(const std::vector<SettingPlace>& places, const SettingPlace& place) {
     return std::find(places.begin(), places.end(), place) != places.end();
+}
+
+/// Whether the edit brings the change; one of a dictionary brings those of all that it holds.
+bool brings(const PendingEdit& edit, const SettingPlace& place, const PropertyListValue& after) {
+    const std::string edited = edit.place.storedKeyPath();
+    const std::string changed = place.storedKeyPath();
+    if (changed != edited && !changed.starts_with(edited + ".")) return false;
+    const PropertyListValue value =
+        changed == edited ? edit.value
+                          : Tool::valueAt(edit.value, changed.substr(edited.size() + 1));
+    // What a dictionary with entries replaces is gone, and its entries are changes of their own.
+    const bool isLevel = value.isDictionary() && value.dictionary().count() != 0;
+    return isLevel ? after.isNull() : Tool::areSameInKind(value, after);
 }
 
 /// A request that is being applied, or was a moment ago.
@@ -173,9 +187,8 @@ SettingPlace Session::Inside::placeOfStored(const std::string& storedKeyPath) co
 bool Session::Inside::isOfThisWindow(const SettingPlace& place,
                                      const PropertyListValue& after) const {
     return request &&
-           std::any_of(request->edits.begin(), request->edits.end(), [&](const PendingEdit& edit) {
-               return edit.place == place && edit.value == after;
-           });
+           std::any_of(request->edits.begin(), request->edits.end(),
+                       [&](const PendingEdit& edit) { return brings(edit, place, after); });
 }
 
 void Session::Inside::noteChanges(const std::vector<Tool::Difference>& differences) {
