@@ -270,7 +270,7 @@ TEST_F(DetailsPaneTests, EachTextHasANameAndTakesTheFocusInTheOrderOfReading) {
     for (int steps = 0; steps < 200; ++steps) {
         at = at->nextInFocusChain();
         if (at == &pane_) break;
-        if (!texts.contains(static_cast<QTextEdit*>(at))) continue;
+        if (!texts.contains(qobject_cast<QTextEdit*>(at))) continue;
         const int top = at->mapTo(pane_.widget(), QPoint(0, 0)).y();
         EXPECT_GE(top, lastTop) << at->accessibleName().toStdString();
         lastTop = top;

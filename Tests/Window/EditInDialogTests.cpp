@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 
@@ -202,6 +203,8 @@ TEST_F(EditsInDialogs, AreNotCutOffAtTwiceTheFontSize) {
     QTest::qWait(0);
     WindowSupport::grab(dialog, QStringLiteral("edit-large"));
     EXPECT_EQ(WindowSupport::clippedTexts(dialog).join(QLatin1Char('\n')).toStdString(), "");
+    for (const QPlainTextEdit* const lines : dialog.findChildren<QPlainTextEdit*>())
+        EXPECT_EQ(QFontInfo(lines->font()).pixelSize(), QFontInfo(font).pixelSize());
     NewSettingDialog* const other = newSettingInDialog(session, &window);
     other->setKeyPath("CPU.Menubar.Enabld");
     QTest::qWait(0);

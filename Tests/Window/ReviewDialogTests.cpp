@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QTest>
 #include <filesystem>
+#include <sstream>
 
 #include "Dialogs/ChangeView.h"
 #include "Tool/ToolSupport.h"
@@ -163,6 +164,13 @@ TEST_F(ReviewDialogTest, FiftyEditsReachTheFileInOneSave) {
     pressApply(QStringLiteral("Apply 50"));
     EXPECT_THAT(state(), HasSubstr("Applied 50 settings."));
     EXPECT_EQ(storedByTool("Some.Level49"), "49");
+#if QRV_HAS_HISTORY
+    std::istringstream history(WindowSupport::runTool({"history"}));
+    int saves = 0;
+    for (std::string line; std::getline(history, line);)
+        if (!line.starts_with(' ')) ++saves;
+    EXPECT_EQ(saves, 1) << history.str();
+#endif
 }
 
 TEST_F(ReviewDialogTest, DiscardsCheckedEditsAndUndoBringsThemBack) {

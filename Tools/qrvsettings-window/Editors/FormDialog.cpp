@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Editors/FormDialog.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLayout>

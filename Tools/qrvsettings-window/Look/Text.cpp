@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QGuiApplication>
 
 #include "Text/JSON.h"
@@ -19,7 +20,7 @@ constexpr QChar ellipsis(0x2026);
 
 QFont codeFont() {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(QApplication::font().pointSizeF());
+    font.setPixelSize(QFontInfo(QApplication::font()).pixelSize());
     return font;
 }
 

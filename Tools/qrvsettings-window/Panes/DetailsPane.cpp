@@ -128,6 +128,7 @@ void DetailsPane::makeHistory(QGridLayout* grid) {
 void DetailsPane::followSession() {
     connect(&session_, &Session::tableChanged, this, &DetailsPane::followTable);
     connect(&session_, &Session::tableReset, this, [this] {
+        if (!level_.empty()) keyPaths_ = keyPathsBelow(session_, level_);
         refresh();
         showHistory();
     });
@@ -135,7 +136,7 @@ void DetailsPane::followSession() {
     connect(&session_, &Session::profilesChanged, this, [this] { refresh(); });
     connect(&session_, &Session::marksChanged, this, &DetailsPane::followMarks);
     connect(&session_, &Session::changesChanged, this, &DetailsPane::followMarks);
-    connect(&session_, &Session::applied, this, [this] { history_->lookAgain(); });
+    connect(&session_, &Session::applied, this, &DetailsPane::lookAgain);
 }
 
 void DetailsPane::setKeyPath(const std::string& keyPath) {
@@ -169,7 +170,7 @@ void DetailsPane::followTable(const Tool::SettingsTable::Change& change) {
         });
     if (!isConcerned) return;
     refresh();
-    if (isSetting()) history_->lookAgain();
+    lookAgain();
 }
 
 void DetailsPane::followMarks() {
@@ -179,7 +180,11 @@ void DetailsPane::followMarks() {
     if (live == nullptr || (live->number == lastLive_ && live->program == lastProgram_)) return;
     lastLive_ = live->number;
     lastProgram_ = live->program;
-    history_->lookAgain();
+    lookAgain();
+}
+
+void DetailsPane::lookAgain() {
+    if (isVisible() && isSetting()) history_->lookAgain();
 }
 
 void DetailsPane::refresh() {
@@ -203,6 +208,7 @@ void DetailsPane::showEvent(QShowEvent* event) {
     if (!isStale_) return;
     refresh();
     showHistory();
+    lookAgain();
 }
 
 void DetailsPane::resizeEvent(QResizeEvent* event) {

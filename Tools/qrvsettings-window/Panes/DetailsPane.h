@@ -68,6 +68,7 @@ class DetailsPane : public QScrollArea {
     void followTable(const Tool::SettingsTable::Change& change);
     void followMarks();
     void refresh();
+    void lookAgain();
     void showFacts(const SettingFacts& facts);
     void fitNames();
     void showHead();
