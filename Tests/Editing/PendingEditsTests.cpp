@@ -85,6 +85,20 @@ TEST(PendingEdits, AreBasedOnWhatThePersonSawWhoBeganToType) {
     EXPECT_TRUE(one.edits.edits().empty());
 }
 
+TEST(PendingEdits, ThatAreUndoneOnTheirWayToTheFileCanBeUndoneThere) {
+    Editing one = editingOf({{"A", 1}});
+    EXPECT_TRUE(one.edit("A", 2));
+    const std::vector<PendingEdit> underWay = one.all();
+    one.edits.undo();
+    EXPECT_TRUE(one.edits.edits().empty());
+    one.stored = {{"A", 2}};
+    one.edits.applied(underWay, "Apply");
+    EXPECT_TRUE(one.edits.edits().empty());
+    one.edits.undo();
+    EXPECT_EQ(one.tree(), R"({"A":1})");
+    EXPECT_THAT(one.conflicts(), IsEmpty());
+}
+
 TEST(PendingEdits, AreOneStepForEachActionAndNoneForNothing) {
     Editing one = editingOf({{"A", 1}, {"B", 2}});
     EXPECT_FALSE(one.edit("A", 1));

@@ -251,10 +251,12 @@ void PendingEdits::applied(const std::vector<PendingEdit>& edits, const std::str
     Step editedAgain{collapse.lastName(), {}};
     for (const PendingEdit& edit : edits) {
         const std::string path = edit.place.storedKeyPath();
-        const auto before = collapse.valueBefore(path);
+        const PendingEdit* const present = table_.at(path);
+        auto before = collapse.valueBefore(path);
+        // It was undone on its way to the file.
+        if (!before && present == nullptr) before = edit.base;
         if (before && !areSameInKind(*before, edit.value))
             step.moves.push_back({edit.place, *before, edit.value, std::nullopt});
-        const PendingEdit* const present = table_.at(path);
         if (present == nullptr || areSameInKind(present->value, edit.value)) {
             table_.erase(path);
             continue;
