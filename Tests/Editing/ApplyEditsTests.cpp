@@ -275,6 +275,20 @@ TEST(ApplyEdits, ThatAValueIsInTheWayOfAreNotApplied) {
     EXPECT_TRUE(inFile("b").isNull());
 }
 
+TEST(ApplyEdits, RemoveAValueThatKeepsTheApplicationFromStarting) {
+    writeSettings(ToolSupport::propertyList(
+        "<key>Device</key><string>flat</string><key>a</key><integer>1</integer>"));
+    const ApplyOutcome refused = applied(requestOf({edit("a", 1, 2)}));
+    EXPECT_EQ(refused.state, State::NotApplied);
+    EXPECT_THAT(refused.reason, HasSubstr("unset what is in its way"));
+    EXPECT_EQ(inFile("a"), 1);
+    const ApplyOutcome removed = applied(requestOf({edit("Device", "flat", nullptr)}));
+    EXPECT_EQ(removed.state, State::Applied) << removed.reason;
+    EXPECT_FALSE(inFile("Device").isString());
+    EXPECT_EQ(applied(requestOf({edit("a", 1, 2)})).state, State::Applied);
+    EXPECT_EQ(inFile("a"), 2);
+}
+
 TEST(ApplyEdits, OfADamagedFileAreRefusedUntilItMayBeReplacedAndItsBytesStayBeside) {
     writeSettings("<plist><dict>");
     const auto before = snapshot(ToolSupport::configurationFolder());

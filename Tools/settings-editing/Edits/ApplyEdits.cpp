@@ -130,6 +130,15 @@ class SaveOfThisProcess {
     std::shared_ptr<Save> save_ = std::make_shared<Save>();
 };
 
+/// A value that keeps the application from starting can be removed, as by `qrvsettings unset`.
+PendingChanges::Preparation preparationFor(const std::vector<PendingEdit>& edits) {
+    const bool isRemoval =
+        !edits.empty() && std::all_of(edits.begin(), edits.end(),
+                                      [](const PendingEdit& edit) { return edit.value.isNull(); });
+    return isRemoval ? PendingChanges::Preparation::MayFail
+                     : PendingChanges::Preparation::MustSucceed;
+}
+
 /// Removals first: a value may stand in the way of another one.
 void writeEdits(const std::vector<PendingEdit>& edits, PendingChanges& changes) {
     for (const bool removes : {true, false})
@@ -181,7 +190,7 @@ void apply(const ApplyRequest& request, ApplyOutcome& outcome) {
         outcome.reason = "another process has changed some of the settings";
         return;
     }
-    PendingChanges changes;
+    PendingChanges changes(preparationFor(request.edits));
     writeEdits(request.edits, changes);
     QRVSettings::sharedSettings().setChangeOrigin(request.origin.empty() ? "edit" : request.origin);
     static_cast<void>(changes.save());
