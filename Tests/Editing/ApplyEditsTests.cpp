@@ -275,6 +275,20 @@ TEST(ApplyEdits, ThatAValueIsInTheWayOfAreNotApplied) {
     EXPECT_TRUE(inFile("b").isNull());
 }
 
+TEST(ApplyEdits, RemoveAValueThatKeepsTheApplicationFromStarting) {
+    writeSettings(ToolSupport::propertyList(
+        "<key>Device</key><string>flat</string><key>a</key><integer>1</integer>"));
+    const ApplyOutcome refused = applied(requestOf({edit("a", 1, 2)}));
+    EXPECT_EQ(refused.state, State::NotApplied);
+    EXPECT_THAT(refused.reason, HasSubstr("unset what is in its way"));
+    EXPECT_EQ(inFile("a"), 1);
+    const ApplyOutcome removed = applied(requestOf({edit("Device", "flat", nullptr)}));
+    EXPECT_EQ(removed.state, State::Applied) << removed.reason;
+    EXPECT_FALSE(inFile("Device").isString());
+    EXPECT_EQ(applied(requestOf({edit("a", 1, 2)})).state, State::Applied);
+    EXPECT_EQ(inFile("a"), 2);
+}
+
 TEST(ApplyEdits, OfADamagedFileAreRefusedUntilItMayBeReplacedAndItsBytesStayBeside) {
     writeSettings("<plist><dict>");
     const auto before = snapshot(ToolSupport::configurationFolder());
@@ -283,12 +297,29 @@ TEST(ApplyEdits, OfADamagedFileAreRefusedUntilItMayBeReplacedAndItsBytesStayBesi
     EXPECT_THAT(refused.reason, AllOf(HasSubstr("is damaged"), HasSubstr("line 1, column")));
     EXPECT_EQ(snapshot(ToolSupport::configurationFolder()), before);
 
-    ApplyRequest request = requestOf({edit("a", nullptr, 1)});
+    ApplyRequest request = requestOf({edit("a", 5, 1), edit("b", 6, nullptr)});
+    request.replacesDamagedFile = true;
+    const ApplyOutcome replaced = applied(request);
+    EXPECT_EQ(replaced.state, State::Applied) << replaced.reason;
+    EXPECT_TRUE(replaced.overwritten.empty());
+    EXPECT_EQ(inFile("a"), 1);
+    EXPECT_TRUE(inFile("b").isNull());
+    EXPECT_EQ(contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
+              "<plist><dict>");
+}
+
+TEST(ApplyEdits, ThatMayReplaceADamagedFileReplaceNoneThatIsRepaired) {
+    ASSERT_EQ(run({"set", "a", "7"}).exitCode, 0);
+    ASSERT_EQ(run({"set", "kept", "1"}).exitCode, 0);
+    ApplyRequest request = requestOf({edit("a", 5, 1)});
+    request.replacesDamagedFile = true;
+    EXPECT_EQ(applied(request).state, State::Conflict);
+    EXPECT_EQ(inFile("a"), 7);
+    request = requestOf({edit("a", 7, 1)});
     request.replacesDamagedFile = true;
     EXPECT_EQ(applied(request).state, State::Applied);
     EXPECT_EQ(inFile("a"), 1);
-    EXPECT_EQ(contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
-              "<plist><dict>");
+    EXPECT_EQ(inFile("kept"), 1);
 }
 
 TEST(ApplyEdits, WithoutEditsADamagedFileIsBegunAnew) {

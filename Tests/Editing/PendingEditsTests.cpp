@@ -67,6 +67,38 @@ TEST(PendingEdits, OfAProfileLieInTheTreeOfTheProfile) {
     EXPECT_EQ(one.edits.at(placeOf("A", "travel"))->value, PropertyListValue(2));
 }
 
+TEST(PendingEdits, AreBasedOnWhatThePersonSawWhoBeganToType) {
+    Editing one = editingOf({{"A", 2}, {"B", 2}, {"C", 2}});
+    const auto typed = [&one](const std::string& keyPath, int value) {
+        return one.edits.edit({{placeOf(keyPath), value, nullptr, 1}}, one.stored, "Edit");
+    };
+    EXPECT_TRUE(typed("A", 3));
+    EXPECT_THAT(one.conflicts(), ElementsAre("A 1 3 2"));
+    EXPECT_FALSE(typed("B", 2)) << "the file holds it already";
+    EXPECT_TRUE(typed("C", 1)) << "what was seen is wanted again";
+    EXPECT_THAT(one.conflicts(), ElementsAre("A 1 3 2"));
+    EXPECT_TRUE(typed("A", 4)) << "the first edit has said what it is based on";
+    EXPECT_THAT(one.conflicts(), ElementsAre("A 1 4 2"));
+    one.edits.undo();
+    one.edits.undo();
+    one.edits.undo();
+    EXPECT_TRUE(one.edits.edits().empty());
+}
+
+TEST(PendingEdits, ThatAreUndoneOnTheirWayToTheFileCanBeUndoneThere) {
+    Editing one = editingOf({{"A", 1}});
+    EXPECT_TRUE(one.edit("A", 2));
+    const std::vector<PendingEdit> underWay = one.all();
+    one.edits.undo();
+    EXPECT_TRUE(one.edits.edits().empty());
+    one.stored = {{"A", 2}};
+    one.edits.applied(underWay, "Apply");
+    EXPECT_TRUE(one.edits.edits().empty());
+    one.edits.undo();
+    EXPECT_EQ(one.tree(), R"({"A":1})");
+    EXPECT_THAT(one.conflicts(), IsEmpty());
+}
+
 TEST(PendingEdits, AreOneStepForEachActionAndNoneForNothing) {
     Editing one = editingOf({{"A", 1}, {"B", 2}});
     EXPECT_FALSE(one.edit("A", 1));

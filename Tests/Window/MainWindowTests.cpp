@@ -129,6 +129,21 @@ TEST(MainWindow, ClosesWithoutAQuestionWhenNothingIsPending) {
     EXPECT_EQ(opened.question(), nullptr);
 }
 
+TEST(MainWindow, AValueThatIsBeingTypedIsNotLostWhenItCloses) {
+    Opened opened("CPU.Menubar.Mode.HistoryGraph.Width");
+    press(Qt::Key_Return);
+    press(Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("x"));
+    EXPECT_FALSE(opened.window->close());
+    EXPECT_EQ(opened.question(), nullptr) << "the editor says what is wrong";
+    press(Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("61"));
+    EXPECT_FALSE(opened.window->close());
+    EXPECT_NE(opened.question(), nullptr);
+    ASSERT_NE(opened.session.pendingAt("CPU.Menubar.Mode.HistoryGraph.Width"), nullptr);
+    EXPECT_EQ(opened.session.pendingAt("CPU.Menubar.Mode.HistoryGraph.Width")->value, 61);
+}
+
 TEST(MainWindow, AsksBeforeItClosesWithPendingEdits) {
     Opened opened;
     opened.session.edit("CPU.Menubar.Enabled", false);

@@ -80,6 +80,20 @@ TEST(SessionApply, BringsEditsIntoTheFileAndTheyArePendingNoMore) {
     EXPECT_FALSE(session->marksOf("a").isLive);
 }
 
+TEST(SessionApply, OfADictionaryIsNotSeenAsSomebodyElsesChanges) {
+    setByTool("a", R"({"b":1,"c":1})");
+    RunningSession session;
+    session->edit("a", NSDictionary{{"b", 2}, {"d", NSDictionary{{"e", 3}}}});
+    ASSERT_EQ(session.apply().state, State::Applied);
+    std::size_t seen = 0;
+    for (const LiveChange& change : session->changes()) {
+        if (!change.place.keyPath.starts_with("a")) continue;
+        ++seen;
+        EXPECT_EQ(change.by, LiveChange::By::ThisWindow) << change.place.keyPath;
+    }
+    EXPECT_EQ(seen, 3U);
+}
+
 TEST(SessionApply, IsUndoneByAnotherApply) {
     setByTool("a", "1");
     RunningSession session;
@@ -181,9 +195,11 @@ TEST(SessionApply, InAProfileIsStoredThere) {
 TEST(SessionApply, OfADamagedFileIsRefusedUntilItMayBeReplaced) {
     setByTool("a", "1");
     RunningSession session;
+    session->edit("a", 3);
     session->edit("b", 2);
     writeSettings("damaged");
     ASSERT_TRUE(waitFor([&] { return session->fileState().isDamaged(); }));
+    EXPECT_TRUE(session->conflicts().empty()) << "nobody has changed a setting";
     const Tool::ApplyOutcome outcome = session.apply();
     EXPECT_EQ(outcome.state, State::NotApplied);
     EXPECT_THAT(outcome.reason, HasSubstr("is damaged"));
@@ -191,7 +207,9 @@ TEST(SessionApply, OfADamagedFileIsRefusedUntilItMayBeReplaced) {
     EXPECT_EQ(ToolSupport::contentsOf(settingsFile()), "damaged");
 
     ASSERT_EQ(session.apply({.replacesDamagedFile = true}).state, State::Applied);
+    EXPECT_EQ(inFile("a"), 3);
     EXPECT_EQ(inFile("b"), 2);
+    EXPECT_TRUE(session->pending().edits().empty());
     EXPECT_EQ(session->fileState().kind, FileState::Kind::Present);
     EXPECT_EQ(ToolSupport::contentsOf(QRVPlatform::filesBeside(settingsFile()).backupStart + "1"),
               "damaged");
@@ -253,7 +271,8 @@ TEST(SessionApply, OfAProcessThatIsKilledAfterTheSaveIsSeenInTheFile) {
     session->edit("a", 2);
     applyBy(QRV_APPLY_PROGRAM " >/dev/null; kill -9 $$");
     const Tool::ApplyOutcome outcome = session.apply();
-    EXPECT_EQ(outcome.state, State::NotApplied);
+    EXPECT_EQ(outcome.state, State::Applied);
+    EXPECT_EQ(outcome.reason, "");
     EXPECT_EQ(inFile("a"), 2);
     EXPECT_TRUE(session->pending().edits().empty());
     EXPECT_TRUE(session->conflicts().empty());

@@ -155,6 +155,18 @@ TEST(SessionState, FollowsAFileThatIsDamagedAndRepaired) {
     EXPECT_TRUE(session->changes().empty());
 }
 
+TEST(SessionState, AtTheStartOfADamagedFileIsWhatItHoldsOnceItIsRepaired) {
+    writeSettings("no settings");
+    RunningSession session;
+    ASSERT_TRUE(session->fileState().isDamaged());
+    EXPECT_TRUE(session->storedAtStart().isNull());
+    writeSettings(propertyList("<key>a</key><integer>1</integer>"));
+    ASSERT_TRUE(waitUntil([&] { return session->fileState().kind == Kind::Present; }));
+    setByTool("a", "2");
+    ASSERT_TRUE(session.shows("a", 2));
+    EXPECT_EQ(session->storedAtStart().objectForKey("a"), 1);
+}
+
 TEST(SessionLive, ShowsWhatAnotherProcessSetsAndMarksItForAWhile) {
     setByTool("CPU.Menubar.Enabled", "false");
     RunningSession session;
@@ -306,6 +318,32 @@ TEST(SessionOfAnotherFile, ShowsAndNamesThatFileAndLeavesNothing) {
     std::filesystem::remove("tmp");
     writeFile("other.plist", propertyList("<key>theirs</key><integer>5</integer>"));
     EXPECT_EQ(snapshot(std::filesystem::current_path()).size(), before.size());
+}
+
+TEST(SessionOfAnotherFile, IsTheOneThatAPathThroughALinkLeadsTo) {
+    const std::string name = settingsFile().filename();
+    std::filesystem::create_directories("far/inner");
+    std::filesystem::create_directory("far/Preferences");
+    std::filesystem::create_directory("Preferences");
+    std::filesystem::create_directory_symlink(std::filesystem::absolute("far/inner"), "link");
+    writeFile("far/Preferences/" + name, propertyList("<key>far</key><true/>"));
+    writeFile("Preferences/" + name, propertyList("<key>near</key><true/>"));
+    const ShownFile file(QString::fromStdString("link/../Preferences/" + name));
+    RunningSession session;
+    EXPECT_EQ(session.stored("far"), true);
+    session->edit("far", false);
+    ASSERT_EQ(session.apply().state, SessionSupport::State::Applied);
+    EXPECT_THAT(ToolSupport::contentsOf("far/Preferences/" + name), HasSubstr("<false/>"));
+}
+
+TEST(StartOptions, ThatAreNotUTF8AreRefused) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"\xe4"}, {"--file", "\xe4.plist"}, {"--profile=\xe4"}}) {
+        const auto start = QRVWindow::startOf(words);
+        ASSERT_TRUE(start.answer.has_value());
+        EXPECT_TRUE(start.answer->isFault);
+        EXPECT_THAT(start.answer->text, HasSubstr("is not UTF-8"));
+    }
 }
 
 TEST(StartOptions, AreAKeyPathAProfileAndAFile) {

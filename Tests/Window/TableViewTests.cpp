@@ -69,6 +69,10 @@ TEST(TableView, KeepsPlaceFocusAndHalfTypedTextWhileOthersChangeTheFile) {
     EXPECT_EQ(
         window.view.visualRect(window.view.currentIndex().siblingAtColumn(RowModel::Value)).top(),
         editor->geometry().top());
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    ASSERT_EQ(window.session.conflicts().size(), 1U) << "nobody has typed this over 99";
+    EXPECT_EQ(window.session.conflicts().front().theirs, 99);
 }
 
 TEST(TableView, KeepsTheSelectionWhileLinesComeAndGo) {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QFileDialog>
 #include <QFileInfo>
 #include <filesystem>
 
@@ -100,4 +101,12 @@ TEST(WindowState, ADamagedFileIsReplaced) {
     testing::internal::GetCapturedStderr();
     writeWindowState(someState(), before);
     EXPECT_EQ(readWindowState(), someState());
+}
+
+TEST(WindowState, WhatDialogsKeepLiesBesideIt) {
+    QRVWindow::keepStateOfDialogsThere();
+    { const QFileDialog dialog; }
+    EXPECT_TRUE(std::filesystem::exists(file().parent_path() / "QtProject.conf"));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) /
+                                         "QtProject.conf"));
 }

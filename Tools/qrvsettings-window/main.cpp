@@ -12,6 +12,7 @@
 #include "Edits/ApplyEdits.h"
 #include "Look/Theme.h"
 #include "Main/MainWindow.h"
+#include "Main/WindowState.h"
 #include "Panes/Findings.h"
 #include "Platform/System/System.h"
 #include "Reporting/Failure.h"
@@ -32,6 +33,7 @@ int answer(const QRVWindow::StartAnswer& answer) {
 int runWindow(const QRVWindow::StartOptions& options, int argc, char** argv) {
     std::optional<QRVWindow::ShownFile> file;
     if (!options.file.empty()) file.emplace(QString::fromStdString(options.file));
+    QRVWindow::keepStateOfDialogsThere();
     QApplication application(argc, argv);
     QRVWindow::loadTranslations(application);
     QRVWindow::Session session;

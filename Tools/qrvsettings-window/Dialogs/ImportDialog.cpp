@@ -97,7 +97,7 @@ void ImportDialog::makeButtons(QLayout& layout) {
 void ImportDialog::showSession() {
     std::vector<ChangeLine> lines;
     bool haveProfiles = false;
-    for (const auto& [place, value, byDefault] : preview_.requests) {
+    for (const auto& [place, value, byDefault, seen] : preview_.requests) {
         if (value.isNull() && !resets_->isChecked()) continue;
         const PropertyListValue inFile = storedAt(session(), place);
         const KindShown kinds = kindShownFor({inFile, value});

@@ -255,7 +255,9 @@ void ReviewDialog::settle(bool isMine) {
 }
 
 void ReviewDialog::apply() {
-    session().apply({.places = applicablePlaces()});
+    const std::vector<Tool::SettingPlace> places = applicablePlaces();
+    // Without places it would be all edits, also those that are not checked.
+    if (!places.empty()) session().apply({.places = places});
 }
 
 void ReviewDialog::copyCommands() {

@@ -162,6 +162,10 @@ void MainWindow::showChanges() {
 // ---------------------------------------------------------------------------------------- close
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!mayClose_ && !view_->takeTyped()) {
+        event->ignore();
+        return;
+    }
     if (!mayClose_ && !session_.pending().edits().empty()) {
         event->ignore();
         return askBeforeClosing();

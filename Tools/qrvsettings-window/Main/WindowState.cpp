@@ -24,6 +24,12 @@ void say(const QString& sentence) {
     std::cerr << "qrvsettings-window: " << sentence.toStdString() << '\n';
 }
 
+/// Empty when the user has no home folder.
+QString stateFolder() {
+    const std::string folder = QRVPlatform::userStateFolder();
+    return folder.empty() ? QString() : fromText(folder + "/" QRV_APPLICATION_IDENTIFIER);
+}
+
 WindowState stateIn(const QSettings& file) {
     WindowState state;
     state.geometry = file.value(geometryKey).toByteArray();
@@ -57,9 +63,8 @@ QStringList merged(const QStringList& own, const QStringList& before, const QStr
 }  // namespace
 
 QString windowStateFile() {
-    const std::string folder = QRVPlatform::userStateFolder();
-    if (folder.empty()) return {};
-    return fromText(folder + "/" QRV_APPLICATION_IDENTIFIER "/window.ini");
+    const QString folder = stateFolder();
+    return folder.isEmpty() ? folder : folder + QStringLiteral("/window.ini");
 }
 
 WindowState readWindowState() {
@@ -83,6 +88,12 @@ void writeWindowState(const WindowState& state, const WindowState& before) {
     if (file.status() != QSettings::NoError)
         say(QCoreApplication::translate("WindowState", "The window's state cannot be kept: %1")
                 .arg(path));
+}
+
+void keepStateOfDialogsThere() {
+    const QString folder = stateFolder();
+    if (!folder.isEmpty())
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder);
 }
 
 }  // namespace QRVWindow

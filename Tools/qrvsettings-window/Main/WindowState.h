@@ -33,4 +33,8 @@ WindowState readWindowState();
 /// said on standard error.
 void writeWindowState(const WindowState& state, const WindowState& before);
 
+/// What the toolkit's dialogs keep, such as folders that were visited, goes to the same folder; it
+/// would go beside the settings. To be called before the first dialog.
+void keepStateOfDialogsThere();
+
 }  // namespace QRVWindow

@@ -14,6 +14,7 @@
 #include "Session/SettingsFileReader.h"
 #include "Settings/Records.h"
 #include "Text/Differences.h"
+#include "Text/KeyPaths.h"
 
 namespace QRVWindow {
 namespace {
@@ -34,6 +35,19 @@ std::vector<SettingPlace> placesOf(const PendingEdits& edits) {
 
 bool isPlaceOf(const std::vector<SettingPlace>& places, const SettingPlace& place) {
     return std::find(places.begin(), places.end(), place) != places.end();
+}
+
+/// Whether the edit brings the change; one of a dictionary brings those of all that it holds.
+bool brings(const PendingEdit& edit, const SettingPlace& place, const PropertyListValue& after) {
+    const std::string edited = edit.place.storedKeyPath();
+    const std::string changed = place.storedKeyPath();
+    if (changed != edited && !changed.starts_with(edited + ".")) return false;
+    const PropertyListValue value =
+        changed == edited ? edit.value
+                          : Tool::valueAt(edit.value, changed.substr(edited.size() + 1));
+    // What a dictionary with entries replaces is gone, and its entries are changes of their own.
+    const bool isLevel = value.isDictionary() && value.dictionary().count() != 0;
+    return isLevel ? after.isNull() : Tool::areSameInKind(value, after);
 }
 
 /// A request that is being applied, or was a moment ago.
@@ -130,7 +144,9 @@ void Session::Inside::take(const SettingsFileReader::Reading& reading) {
     const bool wasReadable =
         before.kind == FileState::Kind::Present || before.kind == FileState::Kind::Missing;
     stored = reading.stored;
-    if (!std::exchange(hasBeenRead, true)) storedAtStart = stored;
+    // What a damaged file held at the start, nobody knows: taken for nothing, it would look as if
+    // all settings had been added since.
+    if (isReadable && !std::exchange(hasBeenRead, true)) storedAtStart = stored;
     if (!isShown || isReadable != wasReadable || !reading.differences.empty()) showStored();
     if (isReadable) noteChanges(reading.differences);
     Q_EMIT session.fileStateChanged();
@@ -171,9 +187,8 @@ SettingPlace Session::Inside::placeOfStored(const std::string& storedKeyPath) co
 bool Session::Inside::isOfThisWindow(const SettingPlace& place,
                                      const PropertyListValue& after) const {
     return request &&
-           std::any_of(request->edits.begin(), request->edits.end(), [&](const PendingEdit& edit) {
-               return edit.place == place && edit.value == after;
-           });
+           std::any_of(request->edits.begin(), request->edits.end(),
+                       [&](const PendingEdit& edit) { return brings(edit, place, after); });
 }
 
 void Session::Inside::noteChanges(const std::vector<Tool::Difference>& differences) {
@@ -267,7 +282,11 @@ void Session::Inside::endApply() {
                      });
     } else if (!request->isComplete && state.fault.isEmpty()) {
         done = editsInFile();
+        // The process was stopped or killed once it had saved.
+        if (!done.empty() && done.size() == request->edits.size())
+            outcome.state = Tool::ApplyOutcome::State::Applied;
     }
+    if (outcome.state == Tool::ApplyOutcome::State::Applied) outcome.reason.clear();
     const QString name = request->name;
     request.reset();
     if (!done.empty()) {
@@ -400,6 +419,7 @@ PropertyListValue Session::valueWithEdits(const std::string& keyPath) const {
 }
 
 std::vector<Tool::EditConflict> Session::conflicts() const {
+    if (!inside_->state.fault.isEmpty()) return {};
     return inside_->pending.conflicts(inside_->stored);
 }
 
@@ -409,6 +429,12 @@ void Session::edit(const std::string& keyPath, const PropertyListValue& value, b
     if (inside_->pending.edit({{place, value, inside_->defaultOf(keyPath)}}, inside_->stored, name,
                               isContinued))
         inside_->sayPending({place});
+}
+
+void Session::editSeen(const std::string& keyPath, const PropertyListValue& value,
+                       const std::optional<PropertyListValue>& seen) {
+    edit({{placeOf(keyPath), value, inside_->defaultOf(keyPath), seen}},
+         tr("Edit %1").arg(QString::fromStdString(keyPath)));
 }
 
 void Session::edit(const std::vector<PendingEdits::Request>& requests, const QString& name) {

@@ -51,7 +51,8 @@ class Session : public QObject {
     [[nodiscard]] const Tool::SettingsSnapshot& snapshot() const;
     /// What the file holds; null when nothing.
     [[nodiscard]] const NSDictionary& stored() const;
-    /// What the file held when the session started.
+    /// What the file held when the session started; if it could not be read then, what it held when
+    /// it first could.
     [[nodiscard]] const NSDictionary& storedAtStart() const;
 
     /// The chosen scope: empty for the application's settings.
@@ -81,10 +82,15 @@ class Session : public QObject {
     [[nodiscard]] const Tool::PendingEdit* pendingAt(const std::string& keyPath) const;
     /// What a row will have once its edit is applied; the value it has when none is pending.
     [[nodiscard]] PropertyListValue valueWithEdits(const std::string& keyPath) const;
+    /// None while the file cannot be read: nobody knows what it holds.
     [[nodiscard]] std::vector<Tool::EditConflict> conflicts() const;
 
     /// One step of undo. Null stores nothing: the default answers.
     void edit(const std::string& keyPath, const PropertyListValue& value, bool isContinued = false);
+    /// The same of somebody who began when the file held `seen`: what another process has stored
+    /// since is a conflict.
+    void editSeen(const std::string& keyPath, const PropertyListValue& value,
+                  const std::optional<PropertyListValue>& seen);
     void edit(const std::vector<Tool::PendingEdits::Request>& requests, const QString& name);
     void reset(const std::vector<std::string>& keyPaths);
     void discard(const std::vector<Tool::SettingPlace>& places);

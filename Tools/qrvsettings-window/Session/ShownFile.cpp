@@ -25,7 +25,9 @@ ShownFile::ShownFile(const QString& file) : path_(QDir::current().absoluteFilePa
     const QString fileName = QStringLiteral(QRV_APPLICATION_IDENTIFIER ".menubar.7.plist");
     const QFileInfo info(path_);
     QString configurationFolder;
-    if (info.fileName() == fileName && info.dir().dirName() == folderName) {
+    // Behind a link, ".." is not the folder that stands before it.
+    const bool isClean = QDir::cleanPath(path_) == path_;
+    if (isClean && info.fileName() == fileName && info.dir().dirName() == folderName) {
         configurationFolder = QDir::cleanPath(info.path() + QStringLiteral("/.."));
     } else {
         privateFolder_ = std::make_unique<QTemporaryDir>(nameOfPrivateFolder());

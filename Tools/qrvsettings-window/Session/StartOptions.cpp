@@ -3,6 +3,7 @@
 
 #include <cstddef>
 
+#include "Look/Text.h"
 #include "Reporting/Failure.h"
 
 namespace QRVWindow {
@@ -37,6 +38,10 @@ class Reader {
     explicit Reader(const std::vector<std::string>& arguments) : arguments_(arguments) {}
 
     Start read() {
+        // Another text would name another file or profile.
+        for (const std::string& word : arguments_)
+            if (toText(fromText(word)) != word)
+                return refused("a word is not UTF-8, " + Tool::shortened(word));
         while (next_ < arguments_.size()) {
             const std::string& word = arguments_[next_++];
             if (Start start = take(word); start.answer) return start;

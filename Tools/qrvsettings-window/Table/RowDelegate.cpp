@@ -12,6 +12,7 @@
 #include "Look/Text.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Table/Variants.h"
+#include "Text/KeyPaths.h"
 
 namespace QRVWindow {
 namespace {
@@ -197,6 +198,11 @@ QWidget* RowDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& 
     setting.value = model_.session().valueWithEdits(row->keyPath);
     setting.byDefault = row->byDefault;
     ValueEditor* editor = makeValueEditor(setting, parent);
+    editor_ = editor;
+    seen_.reset();
+    if (model_.session().pendingAt(row->keyPath) == nullptr)
+        seen_ = Tool::valueAt(model_.session().stored(),
+                              model_.session().placeOf(row->keyPath).storedKeyPath());
     auto* self = const_cast<RowDelegate*>(this);
     connect(editor, &ValueEditor::committed, self, [self, editor] {
         Q_EMIT self->commitData(editor);
@@ -219,7 +225,8 @@ void RowDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     if (valueEditor == nullptr || !valueEditor->isChanged()) return;
     const std::optional<PropertyListValue> value = valueEditor->value();
     if (!value || value->isNull()) return;
-    model_.session().edit(toText(index.data(RowModel::KeyPathRole).toString()), *value);
+    model_.session().editSeen(toText(index.data(RowModel::KeyPathRole).toString()), *value,
+                              editor == editor_ ? seen_ : std::nullopt);
 }
 
 void RowDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,

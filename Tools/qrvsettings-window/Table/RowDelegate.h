@@ -3,7 +3,9 @@
 
 // Paints the cells of a list of settings, and makes the editors of values.
 
+#include <QPointer>
 #include <QStyledItemDelegate>
+#include <optional>
 
 #include "Table/RowColors.h"
 #include "Table/RowModel.h"
@@ -46,6 +48,9 @@ class RowDelegate : public QStyledItemDelegate {
 
     const RowModel& model_;
     mutable RowColors colors_;
+    // Of the editor that was opened last, where no edit was pending then.
+    mutable QPointer<QWidget> editor_;
+    mutable std::optional<PropertyListValue> seen_;
 };
 
 }  // namespace QRVWindow

@@ -255,6 +255,15 @@ bool RowView::isHeldByEditor() {
     return true;
 }
 
+bool RowView::takeTyped() {
+    if (isHeldByEditor()) return false;
+    if (auto* editor = qobject_cast<ValueEditor*>(editor_.data())) {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+    return true;
+}
+
 // --------------------------------------------------------------------------- keys and the mouse
 
 void RowView::keyPressEvent(QKeyEvent* event) {

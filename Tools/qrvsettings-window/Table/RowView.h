@@ -41,6 +41,9 @@ class RowView : public QTreeView {
     void enter();
     /// Whether somebody is editing a value here.
     [[nodiscard]] bool isEditing() const { return editor_ != nullptr; }
+    /// Makes an edit of what somebody types here, and closes the editor. Returns false when that is
+    /// no value that can be taken as it is: the editor stays and says why.
+    [[nodiscard]] bool takeTyped();
 
   Q_SIGNALS:
     /// Empty when there is no current line.

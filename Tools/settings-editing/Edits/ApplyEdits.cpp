@@ -87,6 +87,13 @@ std::vector<EditConflict> conflictsWith(const NSDictionary& tree,
     return conflicts;
 }
 
+/// Whether a damaged file is to go: it holds nothing that an edit could be compared with. To be
+/// called once it was opened.
+bool replacesDamagedFile(const ApplyRequest& request) {
+    return request.replacesDamagedFile && QRVSettings::sharedSettings().storageCache().isNull() &&
+           !conditionOfSettingsFile().damage.empty();
+}
+
 /// What equals the default is not stored.
 bool isHeldBy(const NSDictionary& tree, const PendingEdit& edit) {
     const PropertyListValue found = valueIn(tree, edit);
@@ -122,6 +129,15 @@ class SaveOfThisProcess {
     // The handler stays until the process ends.
     std::shared_ptr<Save> save_ = std::make_shared<Save>();
 };
+
+/// A value that keeps the application from starting can be removed, as by `qrvsettings unset`.
+PendingChanges::Preparation preparationFor(const std::vector<PendingEdit>& edits) {
+    const bool isRemoval =
+        !edits.empty() && std::all_of(edits.begin(), edits.end(),
+                                      [](const PendingEdit& edit) { return edit.value.isNull(); });
+    return isRemoval ? PendingChanges::Preparation::MayFail
+                     : PendingChanges::Preparation::MustSucceed;
+}
 
 /// Removals first: a value may stand in the way of another one.
 void writeEdits(const std::vector<PendingEdit>& edits, PendingChanges& changes) {
@@ -167,13 +183,14 @@ void apply(const ApplyRequest& request, ApplyOutcome& outcome) {
         .readOnlyFile =
             request.replacesReadOnlyFile ? ReadOnlyFile::Replaced : ReadOnlyFile::Refused};
     openToWrite(options, {});
-    outcome.conflicts = conflictsWith(QRVSettingsStoredValues(), request.edits);
+    if (!replacesDamagedFile(request))
+        outcome.conflicts = conflictsWith(QRVSettingsStoredValues(), request.edits);
     if (!outcome.conflicts.empty()) {
         outcome.state = ApplyOutcome::State::Conflict;
         outcome.reason = "another process has changed some of the settings";
         return;
     }
-    PendingChanges changes;
+    PendingChanges changes(preparationFor(request.edits));
     writeEdits(request.edits, changes);
     QRVSettings::sharedSettings().setChangeOrigin(request.origin.empty() ? "edit" : request.origin);
     static_cast<void>(changes.save());

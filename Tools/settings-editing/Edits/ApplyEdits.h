@@ -18,7 +18,7 @@ namespace Tool {
 struct ApplyRequest {
     std::vector<PendingEdit> edits{};  ///< their `base` is compared with the file
     std::string origin{};  ///< what the history calls the save: "edit", "undo", "import"
-    bool replacesDamagedFile = false;
+    bool replacesDamagedFile = false;  ///< by the edits alone, whatever their `base`
     bool replacesReadOnlyFile = false;
 };
 

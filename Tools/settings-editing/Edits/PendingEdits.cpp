@@ -196,12 +196,14 @@ void PendingEdits::request(const Request& request, const NSDictionary& stored,
     PendingEdit edit{request.place, nullptr, nullptr};
     if (!areSameInKind(request.value, request.byDefault)) edit.value = asInFile(request.value);
     std::string path = pathOf(request);
+    std::optional<PropertyListValue> seen = request.seen;
     if (const PendingEdit* const above = table_.above(path)) {
         if (edit.value.isNull() && !above->value.isDictionary()) return;
         const std::string pathAbove = above->place.storedKeyPath();
         edit.value = treeWithValue(above->value, restOf(path, pathAbove), edit.value);
         edit.place = above->place;
         path = pathAbove;
+        seen.reset();
     } else if (leafAbove(stored, path)) {
         return;
     }
@@ -211,6 +213,7 @@ void PendingEdits::request(const Request& request, const NSDictionary& stored,
     // A wish for the value of before, which another process has replaced, stands on what is there.
     const bool hasBase = present != nullptr && !areSameInKind(edit.value, present->base);
     edit.base = hasBase ? present->base : now;
+    if (present == nullptr && seen && !areSameInKind(edit.value, *seen)) edit.base = *seen;
     recorder.put(edit);
 }
 
@@ -248,10 +251,12 @@ void PendingEdits::applied(const std::vector<PendingEdit>& edits, const std::str
     Step editedAgain{collapse.lastName(), {}};
     for (const PendingEdit& edit : edits) {
         const std::string path = edit.place.storedKeyPath();
-        const auto before = collapse.valueBefore(path);
+        const PendingEdit* const present = table_.at(path);
+        auto before = collapse.valueBefore(path);
+        // It was undone on its way to the file.
+        if (!before && present == nullptr) before = edit.base;
         if (before && !areSameInKind(*before, edit.value))
             step.moves.push_back({edit.place, *before, edit.value, std::nullopt});
-        const PendingEdit* const present = table_.at(path);
         if (present == nullptr || areSameInKind(present->value, edit.value)) {
             table_.erase(path);
             continue;

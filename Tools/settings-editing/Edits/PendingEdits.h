@@ -41,6 +41,9 @@ class PendingEdits {
         SettingPlace place;
         PropertyListValue value;      ///< null to store nothing
         PropertyListValue byDefault;  ///< a value that equals it, kind and all, is not stored
+        /// What the file held when the person began to type, which the first edit of a setting is
+        /// based on; empty where that is what it holds now.
+        std::optional<PropertyListValue> seen{};
     };
 
     /// Edits settings as one step of undo; `stored` is what the file holds now. A request for what
