@@ -110,7 +110,7 @@ endif()
 if(TARGET qrvsettings-window)
   qrv_debian_package(Window NAME qrvsettings-window SECTION utils
     DEPENDS ${depends_of_tool}
-    RECOMMENDS qrvsettings qt6-wayland
+    RECOMMENDS qrvsettings qt6-wayland qt6-translations-l10n
     SUMMARY "window"
     TEXT "Shows every setting with the layer that its value comes from, marks what
 other processes change, and edits settings in batches that can be reviewed

@@ -95,7 +95,7 @@ QVariant ChangeModel::ofCell(const ChangeCell& cell, int role) const {
     switch (role) {
         case Qt::DisplayRole:
             return cell.isLeftToRight && !cell.text.isEmpty() ? leftToRight(cell.text) : cell.text;
-        case PlainTextRole:
+        case plainTextRole:
         case Qt::ToolTipRole:
         case Qt::AccessibleTextRole:
             return cell.text;

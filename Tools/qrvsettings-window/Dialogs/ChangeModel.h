@@ -34,7 +34,7 @@ class ChangeModel : public QAbstractTableModel {
 
   public:
     /// Its data is the text of a cell without marks for the direction.
-    static constexpr int PlainTextRole = Qt::UserRole + 1;
+    static constexpr int plainTextRole = Qt::UserRole + 1;
 
     enum class AtFirst { Checked, Unchecked };
     explicit ChangeModel(QStringList headers, QObject* parent = nullptr,

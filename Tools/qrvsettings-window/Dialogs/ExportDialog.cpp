@@ -81,7 +81,7 @@ std::string exportedBytes(const Session& session, const ExportOptions& options) 
         NSDictionaryQRV::hasValues(tree) ? bytesOfTree(tree, options.form) : std::string();
     if (bytes.empty())
         throw Tool::Failure(Tool::Fault::NotSet,
-                            toText(ExportDialog::tr("Nothing of this is stored.")));
+                            toText(QRVWindow::ExportDialog::tr("Nothing of this is stored.")));
     return bytes;
 }
 

@@ -33,7 +33,7 @@ void MainWindow::makeFileMenu() {
     add(menu, tr("&Read again"), QKeySequence::Refresh, &MainWindow::reload);
     menu.addSeparator();
     QAction* const close = menu.addAction(tr("C&lose"));
-    close->setShortcuts({QKeySequence::Close, QKeySequence::Quit});
+    close->setShortcuts({Qt::CTRL | Qt::Key_W, Qt::CTRL | Qt::Key_Q});
     connect(close, &QAction::triggered, this, &QWidget::close);
 }
 

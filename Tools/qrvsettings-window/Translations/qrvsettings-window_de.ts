@@ -169,13 +169,6 @@
     </message>
 </context>
 <context>
-    <name>ExportDialog</name>
-    <message>
-        <source>Nothing of this is stored.</source>
-        <translation>Davon ist nichts gespeichert.</translation>
-    </message>
-</context>
-<context>
     <name>QRVWindow::Applier</name>
     <message>
         <source>stopped</source>
@@ -855,6 +848,10 @@
     <message>
         <source>&amp;Replace</source>
         <translation>&amp;Ersetzen</translation>
+    </message>
+    <message>
+        <source>Nothing of this is stored.</source>
+        <translation>Davon ist nichts gespeichert.</translation>
     </message>
 </context>
 <context>
