@@ -108,6 +108,17 @@ QWidget* holderOf(QWidget* widget) {
 
 }  // namespace
 
+TEST(MainWindow, ItsTitleNamesTheApplicationOrTheFileThatItWasGiven) {
+    const Opened opened;
+    EXPECT_EQ(opened.window->windowTitle().toStdString(),
+              "Settings of " QRV_APPLICATION_IDENTIFIER "[*]");
+
+    Session session;
+    session.setFileName(QStringLiteral("/elsewhere/copy.plist"));
+    const MainWindow window(session);
+    EXPECT_EQ(window.windowTitle().toStdString(), "Settings of copy.plist[*]");
+}
+
 TEST(MainWindow, OpensAtAKeyPath) {
     WindowSupport::setByTool("CPU.Menubar.Enabled", "false");
     Opened opened("CPU.Menubar.Enabled");

@@ -32,6 +32,26 @@ bool hasFocusWithin(const QWidget& widget) {
     return focus != nullptr && (focus == &widget || widget.isAncestorOf(focus));
 }
 
+/// Collects what the toolkit complains of.
+class Warnings {
+  public:
+    Warnings() : before_(qInstallMessageHandler(collect)) { said().clear(); }
+    Warnings(const Warnings&) = delete;
+    Warnings& operator=(const Warnings&) = delete;
+    ~Warnings() { qInstallMessageHandler(before_); }
+    static QStringList& said() {
+        static QStringList sentences;
+        return sentences;
+    }
+
+  private:
+    static void collect(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        Q_UNUSED(context)
+        if (type != QtDebugMsg && type != QtInfoMsg) said().append(text);
+    }
+    QtMessageHandler before_;
+};
+
 }  // namespace
 
 TEST(TableView, KeepsPlaceFocusAndHalfTypedTextWhileOthersChangeTheFile) {
@@ -186,6 +206,7 @@ TEST(TableView, EnterEditsTheValueOnce) {
     ASSERT_TRUE(window.view.reveal(width));
     window.view.setFocus();
     const QSignalSpy edits(&window.session, &Session::pendingChanged);
+    const Warnings warnings;
     QTest::keyClick(&window.view, Qt::Key_F2);
     ASSERT_NE(editorIn(window.view), nullptr);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
@@ -196,6 +217,7 @@ TEST(TableView, EnterEditsTheValueOnce) {
     EXPECT_EQ(edits.count(), 1);
     EXPECT_EQ(window.session.pending().undoCount(), 1U);
     EXPECT_EQ(QApplication::focusWidget(), &window.view);
+    EXPECT_EQ(Warnings::said().join(QLatin1Char('\n')).toStdString(), "");
 }
 
 TEST(TableView, EscapeGoesFromTheEditorToTheRowAndIsThenPassedOn) {
@@ -203,6 +225,7 @@ TEST(TableView, EscapeGoesFromTheEditorToTheRowAndIsThenPassedOn) {
     window.show();
     ASSERT_TRUE(window.view.reveal(width));
     window.view.setFocus();
+    const Warnings warnings;
     QTest::keyClick(&window.view, Qt::Key_Return);
     ASSERT_TRUE(window.view.isEditing());
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("9"));
@@ -211,6 +234,7 @@ TEST(TableView, EscapeGoesFromTheEditorToTheRowAndIsThenPassedOn) {
     EXPECT_EQ(QApplication::focusWidget(), &window.view);
     EXPECT_TRUE(window.session.pending().edits().empty());
     EXPECT_EQ(window.view.currentKeyPath(), width);
+    EXPECT_EQ(Warnings::said().join(QLatin1Char('\n')).toStdString(), "");
 
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QApplication::sendEvent(&window.view, &escape);

@@ -8,7 +8,6 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QSignalBlocker>
-#include <QSignalBlocker>
 #include <algorithm>
 #include <numeric>
 

@@ -18,8 +18,8 @@
 #include "Panes/DetailsPane.h"
 #include "Panes/Findings.h"
 #include "Panes/PendingBar.h"
-#include "Session/PlaceOfStored.h"
 #include "Panes/TroubleBanner.h"
+#include "Session/PlaceOfStored.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Table/FilterBar.h"
 #include "Table/RowView.h"
@@ -156,7 +156,8 @@ void MainWindow::setForm(Tool::RowList::Form form) {
 }
 
 void MainWindow::followFile() {
-    const QString name = QFileInfo(session_.fileState().path).completeBaseName();
+    const QString name = session_.fileName().isEmpty() ? QStringLiteral(QRV_APPLICATION_IDENTIFIER)
+                                                       : QFileInfo(session_.fileName()).fileName();
     setWindowTitle(tr("Settings of %1[*]").arg(name));
     findings_->examineSoon();
     showWanted();

@@ -309,6 +309,10 @@ void Session::setFileName(const QString& name) {
     inside_->state.path = name;
 }
 
+const QString& Session::fileName() const {
+    return inside_->fileName;
+}
+
 void Session::start() {
     inside_->reader.start();
 }

@@ -35,6 +35,7 @@ class Session : public QObject {
 
     /// What messages call the file, where that is not its location. To be called before `start`.
     void setFileName(const QString& name);
+    [[nodiscard]] const QString& fileName() const;
 
     /// Reads the file and begins to watch it. Nothing is written, created or kept locked.
     /// `fileStateChanged` follows: until then there are no rows.

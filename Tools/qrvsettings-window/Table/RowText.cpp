@@ -143,8 +143,9 @@ bool RowText::differsInOther(const Tool::SettingRow& row) const {
 
 QString RowText::spoken(const Tool::SettingRow& row) const {
     const QString now = value(row);
-    QStringList parts{fromText(Tool::printable(row.keyPath)), now.isEmpty() ? tr("not set") : now,
-                      layer(row)};
+    QStringList parts{fromText(Tool::printable(row.keyPath)), now.isEmpty() ? tr("not set") : now};
+    // That an edit is pending is said by its state.
+    if (session_.pendingAt(row.keyPath) == nullptr) parts.append(layer(row));
     if (row.isModified) parts.append(tr("modified"));
     for (const RowState state : states(row))
         if (state != RowState::Differs && state != RowState::Live) parts.append(wordOf(state));

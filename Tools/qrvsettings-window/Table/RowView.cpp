@@ -246,6 +246,12 @@ void RowView::leaveEditor(const QWidget* from, const QWidget* to) {
     closeEditor(editor, QAbstractItemDelegate::NoHint);
 }
 
+void RowView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // The focus leaves it while the base class closes it: it must not be taken and closed twice.
+    if (editor == editor_) editor_ = nullptr;
+    QTreeView::closeEditor(editor, hint);
+}
+
 /// Another row would close an editor whose value is not whole, and lose it.
 bool RowView::isHeldByEditor() {
     auto* editor = qobject_cast<ValueEditor*>(editor_.data());

@@ -69,6 +69,7 @@ class RowView : public QTreeView {
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
     void selectionChanged(const QItemSelection& selected,
                           const QItemSelection& deselected) override;
 
