@@ -20,6 +20,7 @@
 
 #include "Dialogs/ReviewDialog.h"
 #include "Main/WindowState.h"
+#include "Panes/TroubleBanner.h"
 #include "Table/FilterBar.h"
 #include "Table/RowView.h"
 #include "Tool/ToolSupport.h"
@@ -138,6 +139,19 @@ TEST(MainWindow, ClosesWithoutAQuestionWhenNothingIsPending) {
     Opened opened;
     EXPECT_TRUE(opened.window->close());
     EXPECT_EQ(opened.question(), nullptr);
+}
+
+TEST(MainWindow, DoesNotAskToReplaceADamagedFileOnceItIsRepaired) {
+    ToolSupport::writeSettings("damaged");
+    Opened opened;
+    ASSERT_TRUE(opened.session.fileState().isDamaged());
+    Q_EMIT opened.window->findChild<QRVWindow::TroubleBanner*>()->startAnewWanted();
+    ASSERT_NE(opened.question(), nullptr);
+    const std::string repaired = ToolSupport::propertyList("<key>a</key><integer>1</integer>");
+    ToolSupport::writeSettings(repaired);
+    EXPECT_TRUE(waitUntil([&] { return opened.question() == nullptr; }));
+    EXPECT_FALSE(opened.session.isApplying());
+    EXPECT_EQ(ToolSupport::contentsOf(ToolSupport::settingsFile()), repaired);
 }
 
 TEST(MainWindow, AValueThatIsBeingTypedIsNotLostWhenItCloses) {

@@ -334,6 +334,7 @@ TEST(SessionOfAnotherFile, IsTheOneThatAPathThroughALinkLeadsTo) {
     session->edit("far", false);
     ASSERT_EQ(session.apply().state, SessionSupport::State::Applied);
     EXPECT_THAT(ToolSupport::contentsOf("far/Preferences/" + name), HasSubstr("<false/>"));
+    EXPECT_FALSE(std::filesystem::exists(std::getenv("XDG_STATE_HOME"))) << "no history of it";
 }
 
 TEST(StartOptions, ThatAreNotUTF8AreRefused) {

@@ -128,6 +128,10 @@ void MainWindow::startAnew() {
         options.replacesDamagedFile = true;
         session_.apply(options);
     });
+    // Somebody may have repaired the file meanwhile.
+    connect(&session_, &Session::fileStateChanged, question, [this, question] {
+        if (!session_.fileState().isDamaged()) question->reject();
+    });
     question->open();
 }
 

@@ -30,6 +30,9 @@ ShownFile::ShownFile(const QString& file) : path_(QDir::current().absoluteFilePa
     if (isClean && info.fileName() == fileName && info.dir().dirName() == folderName) {
         configurationFolder = QDir::cleanPath(info.path() + QStringLiteral("/.."));
     } else {
+        // The history knows a file by its path, and nobody looks for this one again: what it kept
+        // of the file could neither be found nor cleared.
+        qputenv("QRVSETTINGS_HISTORY", "0");
         privateFolder_ = std::make_unique<QTemporaryDir>(nameOfPrivateFolder());
         configurationFolder = privateFolder_->path();
         const QString preferences = configurationFolder + QLatin1Char('/') + folderName;

@@ -10,7 +10,8 @@ namespace QRVWindow {
 
 /// Another settings file in place of the user's, for this process and those that it starts: sets
 /// `XDG_CONFIG_HOME`. The store finds its file by its name in that folder: for a file of another
-/// name there is a private folder with a link to it, until this object is destroyed.
+/// name there is a private folder with a link to it, until this object is destroyed; and there is
+/// no history of it.
 class ShownFile {
   public:
     /// To be made before anything uses the store. The file need not exist. Throws Tool::Failure
