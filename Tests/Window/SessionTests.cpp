@@ -361,6 +361,7 @@ TEST(StartOptions, ThatAreWrongAreNamed) {
         {{"--wrong"}, "there is no such option, --wrong"},
         {{"--file"}, "--file needs a FILE behind it"},
         {{"--profile="}, "the value of --profile is empty"},
+        {{"--profile", "a.b"}, "the name of a profile holds no dots"},
         {{"--profile", "a", "--profile", "b"}, "--profile stands there twice"},
         {{"a", "b"}, "one word too many, b"},
         {{""}, "the key path is empty"}};

@@ -79,6 +79,8 @@ class Reader {
                            " behind it");
         *place = sign == std::string::npos ? arguments_[next_++] : word.substr(sign + 1);
         if (place->empty()) return refused("the value of " + name + " is empty");
+        if (options_.profile.find('.') != std::string::npos)
+            return refused("the name of a profile holds no dots");
         return {};
     }
 
