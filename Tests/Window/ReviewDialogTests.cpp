@@ -122,6 +122,12 @@ TEST_F(ReviewDialogTest, TakingTheirsSettlesAConflictAndLeavesTheFile) {
     EXPECT_EQ(storedByTool("CPU.Menubar.Enabled"), "false");
 }
 
+TEST_F(ReviewDialogTest, AConflictIsSelectedSoThatItCanBeSettledAtOnce) {
+    makeConflict();
+    press(*dialog, QStringLiteral("Take theirs"));
+    EXPECT_TRUE(WindowSupport::waitUntil([this] { return linesOf(*dialog).empty(); }));
+}
+
 TEST_F(ReviewDialogTest, AConflictIsSettledInItsLineByKeyboard) {
     makeConflict();
     auto* const view = dialog->findChild<ChangeView*>();

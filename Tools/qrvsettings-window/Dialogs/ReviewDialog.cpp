@@ -183,7 +183,15 @@ void ReviewDialog::showSession() {
     view_->setColumnHidden(Choice, conflicts.empty());
     model_.setLines(std::move(lines));
     model_.forgetMarksOfOthers();
+    selectConflict();
     showState();
+}
+
+/// So that it can be settled at once.
+void ReviewDialog::selectConflict() {
+    if (conflicts_.empty() || !view_->selectedPlaces().empty()) return;
+    const int row = model_.rowOf(*conflicts_.begin());
+    if (row >= 0) view_->setCurrentIndex(model_.index(row, 0));
 }
 
 std::vector<Tool::SettingPlace> ReviewDialog::applicablePlaces() const {

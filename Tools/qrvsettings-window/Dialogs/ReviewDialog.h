@@ -37,6 +37,7 @@ class ReviewDialog : public LiveDialog {
   private:
     void arrange();
     void makeButtons(QDialogButtonBox& buttons);
+    void selectConflict();
     void showState();
     [[nodiscard]] ChangeLine lineOf(const Tool::PendingEdit& edit,
                                     const Tool::EditConflict* conflict) const;

@@ -169,7 +169,8 @@ void FileExamination::examineLink(const PathFacts& facts) {
     if (facts.kind == Kind::Missing)
         report(Level::Warning, "the link leads nowhere: " + target_ + " is not there",
                "put the file there, or remove the link: rm " + shellWord(location_) +
-                   "; the next save creates a file there");
+                   "; the next save creates a file there",
+               About::Missing);
 }
 
 void FileExamination::examinePlace(const PathFacts& facts) {
