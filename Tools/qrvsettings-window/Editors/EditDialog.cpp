@@ -70,6 +70,8 @@ EditedSetting common(const std::vector<EditedSetting>& settings, Tool::KnownSett
 class EditDialog::Inside {
   public:
     Inside(EditDialog& owner, const Subject& subject);
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
 
     ValueEditor* editor;
     QLabel* news;

@@ -19,6 +19,8 @@ namespace QRVWindow {
 class NewSettingDialog::Inside {
   public:
     Inside(NewSettingDialog& owner, Surroundings surroundings);
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
 
     void takeKeyPath();
     /// Says what is wrong; whether the key path can be taken.

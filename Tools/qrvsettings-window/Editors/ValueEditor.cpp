@@ -25,6 +25,8 @@ using Kind = PropertyListValue::Kind;
 class ValueEditor::Inside {
   public:
     Inside(ValueEditor& owner, const EditedSetting& setting, Place place);
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
     ~Inside() { delete message_; }
 
     void makeField(const FieldSubject& subject);

@@ -47,7 +47,7 @@ void Applier::start(const Tool::ApplyRequest& request) {
     connect(process, &QProcess::errorOccurred, this, [endOf](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) endOf();
     });
-    process_->start(
+    process->start(
         chosenProgram().isEmpty() ? QCoreApplication::applicationFilePath() : chosenProgram(),
         {QStringLiteral("--apply-edits")});
     if (process_ == nullptr) return;  // It has failed to start.

@@ -83,7 +83,8 @@ class LayerComparison::Level {
     }
     [[nodiscard]] const PropertyListValue& foundIn(std::size_t index) const {
         static constexpr PropertyListValue null;
-        return index == noDictionary ? null : found_[index];
+        if (index == noDictionary) return null;
+        return found_[index];
     }
     [[nodiscard]] LayerValues allFrom(std::size_t first) const {
         LayerValues all;
