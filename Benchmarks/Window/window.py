@@ -49,6 +49,8 @@ class Measures:
         assert process.stdout.readline() == "ready\n"
         self.write(*writer)
         output, _ = process.communicate(timeout=300)
+        if process.returncode:
+            raise SystemExit(f"window-measures {words}: exit code {process.returncode}")
         self.take(output.splitlines(), f"{words[0]} ")
 
     def median(self, name):
