@@ -13,8 +13,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "Edits/EditTable.h"
 #include "Look/Theme.h"
-#include "Session/PlaceOfStored.h"
 #include "Tool/ToolSupport.h"
 #include "Window/PictureRules.h"
 #include "Window/WindowSupport.h"
@@ -337,5 +337,5 @@ TEST(PlaceOfStored, IsTheOneThatHasThisStoredKeyPath) {
     for (const Tool::SettingPlace& place :
          {Tool::SettingPlace{"A.B", ""}, Tool::SettingPlace{"A.B", "travel"},
           Tool::SettingPlace{"Settings.X", "default"}, Tool::SettingPlace{"X", "a b"}})
-        EXPECT_EQ(QRVWindow::placeOfStored(place.storedKeyPath()), place) << place.storedKeyPath();
+        EXPECT_EQ(Tool::placeOfStored(place.storedKeyPath()), place) << place.storedKeyPath();
 }

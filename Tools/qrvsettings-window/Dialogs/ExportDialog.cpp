@@ -16,10 +16,10 @@
 #include "Dialogs/ImportExport.h"
 #include "Dialogs/SettingsFile.h"
 #include "Edits/EditCommands.h"
+#include "Edits/EditTable.h"
 #include "Look/Text.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "Reporting/Failure.h"
-#include "Session/PlaceOfStored.h"
 #include "Settings/MachineSettings.h"
 #include "Settings/Records.h"
 #include "Text/KeyPaths.h"
@@ -60,8 +60,9 @@ std::string commandsOfTree(const NSDictionary& tree) {
     std::vector<Tool::PendingEdit> edits;
     for (const auto& [keyPath, value] : Tool::leavesByKeyPath(tree))
         if (!Tool::isRecord(keyPath))
-            edits.push_back(
-                {.place = placeOfStored(std::string(keyPath)), .base = nullptr, .value = value});
+            edits.push_back({.place = Tool::placeOfStored(std::string(keyPath)),
+                             .base = nullptr,
+                             .value = value});
     return Tool::commandsOfEdits(edits);
 }
 

@@ -14,11 +14,11 @@
 
 #include "Dialogs/ChangeView.h"
 #include "Dialogs/ValueCells.h"
+#include "Edits/EditTable.h"
 #include "Edits/HistoryEdits.h"
 #include "History/ToolHistory.h"
 #include "Look/Signs.h"
 #include "Look/Text.h"
-#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
@@ -154,7 +154,7 @@ void HistoryDialog::showChanges() {
     std::vector<ChangeLine> lines;
     bool haveProfiles = false;
     for (const auto& [keyPath, change] : changesOf(saves)) {
-        const Tool::SettingPlace place = placeOfStored(keyPath);
+        const Tool::SettingPlace place = Tool::placeOfStored(keyPath);
         const PropertyListValue now = storedAt(session(), place);
         const KindShown kinds = kindShownFor({change.before, change.after, now});
         const bool isConflict = conflicts.contains(keyPath);
@@ -199,7 +199,7 @@ void HistoryDialog::takeBack() {
     std::vector<QRVHistorySave> saves = chosenSaves();
     for (QRVHistorySave& save : saves)
         std::erase_if(save.changes, [this](const QRVHistoryChange& change) {
-            return !model_.isChecked(placeOfStored(change.keyPath));
+            return !model_.isChecked(Tool::placeOfStored(change.keyPath));
         });
     const auto conflicts =
         overwrites_->isChecked() ? QRVHistoryConflicts::Overwrite : QRVHistoryConflicts::LeaveOut;

@@ -4,12 +4,12 @@
 #include <QCoreApplication>
 #include <algorithm>
 
+#include "Editors/Kinds.h"
 #include "Look/Text.h"
 #include "QRVSettings/NSDictionary+QRV.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Rows/SettingAnswer.h"
 #include "Text/KeyPaths.h"
-#include "Text/ValueText.h"
 
 namespace QRVWindow {
 namespace {
@@ -48,7 +48,7 @@ ChangeCell valueCell(const Session& session, const std::string& keyPath,
     if (value.isNull())
         return {.text = QCoreApplication::translate("QRVWindow::ValueCells", "not stored")};
     const QString text = valueAsText(value, shownOfValue);
-    const QString kind = fromText(Tool::kindWord(value));
+    const QString kind = kindText(value.kind());
     return {
         .text =
             kindShown == KindShown::Always

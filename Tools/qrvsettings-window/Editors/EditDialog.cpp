@@ -16,22 +16,19 @@
 #include "Edits/EditCommands.h"
 #include "Look/Text.h"
 #include "Settings/SettingObjections.h"
+#include "Text/Differences.h"
 
 namespace QRVWindow {
 namespace {
 
 using Kind = PropertyListValue::Kind;
 
-bool isSameValue(const PropertyListValue& one, const PropertyListValue& other) {
-    return one.kind() == other.kind() && one == other;
-}
-
 bool hasSameRules(const Tool::KnownSetting& one, const Tool::KnownSetting& other) {
     const auto isSame = [](const Tool::KnownChoice& left, const Tool::KnownChoice& right) {
-        return isSameValue(left.value, right.value) && left.sentence == right.sentence;
+        return Tool::areSameInKind(left.value, right.value) && left.sentence == right.sentence;
     };
-    return one.kind == other.kind && isSameValue(one.minimum, other.minimum) &&
-           isSameValue(one.maximum, other.maximum) && one.unit == other.unit &&
+    return one.kind == other.kind && Tool::areSameInKind(one.minimum, other.minimum) &&
+           Tool::areSameInKind(one.maximum, other.maximum) && one.unit == other.unit &&
            std::equal(one.choices.begin(), one.choices.end(), other.choices.begin(),
                       other.choices.end(), isSame);
 }
@@ -53,8 +50,8 @@ QPlainTextEdit* makeReadOnlyLines(const QString& name, int lineCount, QWidget* p
 EditedSetting common(const std::vector<EditedSetting>& settings, Tool::KnownSetting& rules) {
     EditedSetting result = settings.front();
     for (const EditedSetting& setting : settings) {
-        if (!isSameValue(setting.value, result.value)) result.value = nullptr;
-        if (!isSameValue(setting.byDefault, result.byDefault)) result.byDefault = nullptr;
+        if (!Tool::areSameInKind(setting.value, result.value)) result.value = nullptr;
+        if (!Tool::areSameInKind(setting.byDefault, result.byDefault)) result.byDefault = nullptr;
         const bool isKnown = setting.known != nullptr && result.known != nullptr;
         if (!isKnown || !hasSameRules(*setting.known, *result.known)) result.known = nullptr;
     }

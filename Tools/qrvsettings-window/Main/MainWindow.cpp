@@ -10,6 +10,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "Edits/EditTable.h"
 #include "Look/Text.h"
 #include "Main/RowActions.h"
 #include "Main/ScopeBar.h"
@@ -19,7 +20,6 @@
 #include "Panes/Findings.h"
 #include "Panes/PendingBar.h"
 #include "Panes/TroubleBanner.h"
-#include "Session/PlaceOfStored.h"
 #include "Settings/KnownKeyPaths.h"
 #include "Table/FilterBar.h"
 #include "Table/RowView.h"
@@ -177,7 +177,7 @@ void MainWindow::followEdits() {
 void MainWindow::followFindings() {
     std::map<std::string, QString> sentences;
     for (const Tool::Finding& finding : findings_->all()) {
-        const Tool::SettingPlace place = placeOfStored(finding.keyPath);
+        const Tool::SettingPlace place = Tool::placeOfStored(finding.keyPath);
         if (!place.keyPath.empty() && place.profile == toText(session_.profile()))
             sentences.emplace(place.keyPath, fromText(finding.message));
     }

@@ -7,10 +7,10 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "Edits/EditTable.h"
 #include "History/HistoryText.h"
 #include "Look/Text.h"
 #include "Panes/FactText.h"
-#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
@@ -129,7 +129,7 @@ HistoryList::Line& HistoryList::lineAt(std::size_t index) {
     static_cast<QVBoxLayout*>(this->layout())->addWidget(row);
     connect(takeBack, &QPushButton::clicked, this, [this, index] {
         const QRVHistoryChange& change = lines_[index].change;
-        if (isCurrent_) Q_EMIT takeBackWanted(placeOfStored(change.keyPath), change.before);
+        if (isCurrent_) Q_EMIT takeBackWanted(Tool::placeOfStored(change.keyPath), change.before);
     });
     return lines_.emplace_back(Line{row, text, takeBack, {}});
 }

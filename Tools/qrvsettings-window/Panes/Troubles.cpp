@@ -5,10 +5,10 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "Edits/EditTable.h"
 #include "Look/Text.h"
 #include "QRVSettings/QRVSettings.h"
 #include "Reporting/PrintableText.h"
-#include "Session/PlaceOfStored.h"
 
 namespace QRVWindow {
 namespace {
@@ -146,7 +146,7 @@ void Gatherer::addFindings() {
         if (finding.level == Level::Note || isSaid(finding)) continue;
         Trouble trouble{Trouble::Kind::Other, finding.level, printed(finding.message),
                         printed(finding.advice), fromText(Tool::commandOfAdvice(finding.advice))};
-        if (!finding.keyPath.empty()) trouble.place = placeOfStored(finding.keyPath);
+        if (!finding.keyPath.empty()) trouble.place = Tool::placeOfStored(finding.keyPath);
         troubles_.push_back(std::move(trouble));
     }
 }

@@ -72,7 +72,6 @@ class Session::Inside {
     void noteChanges(const std::vector<Tool::Difference>& differences);
     [[nodiscard]] bool isOfThisWindow(const SettingPlace& place,
                                       const PropertyListValue& after) const;
-    [[nodiscard]] SettingPlace placeOfStored(const std::string& storedKeyPath) const;
 
     void sayTableChange(const Tool::SettingsTable::Change& change);
     void sayPending(const std::vector<SettingPlace>& places);
@@ -171,19 +170,6 @@ void Session::Inside::showStored() {
     if (std::exchange(profiles, std::move(names)) != profiles) Q_EMIT session.profilesChanged();
 }
 
-SettingPlace Session::Inside::placeOfStored(const std::string& storedKeyPath) const {
-    const std::string start = std::string(QRVStoreKeyPaths::profiles) + ".";
-    if (!storedKeyPath.starts_with(start)) return {storedKeyPath, ""};
-    const std::string rest = storedKeyPath.substr(start.size());
-    // A name that holds a dot is known only where it is chosen.
-    for (const std::string& chosen : {table.profile(), otherTable ? otherTable->profile() : ""})
-        if (!chosen.empty() && rest.starts_with(chosen + "."))
-            return {rest.substr(chosen.size() + 1), chosen};
-    const std::size_t end = rest.find('.');
-    if (end == std::string::npos) return {storedKeyPath, ""};
-    return {rest.substr(end + 1), rest.substr(0, end)};
-}
-
 bool Session::Inside::isOfThisWindow(const SettingPlace& place,
                                      const PropertyListValue& after) const {
     return request &&
@@ -197,7 +183,7 @@ void Session::Inside::noteChanges(const std::vector<Tool::Difference>& differenc
         if (!difference.isReached) continue;
         LiveChange change;
         change.time = state.readAt;
-        change.place = placeOfStored(difference.keyPath);
+        change.place = Tool::placeOfStored(difference.keyPath);
         change.before = difference.oldValue;
         change.after = difference.newValue;
         change.isRecord = Tool::isOfStoreAlone(difference.keyPath, change.before, change.after);

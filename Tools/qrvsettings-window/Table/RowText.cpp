@@ -4,6 +4,7 @@
 #include <QLocale>
 #include <QStringList>
 
+#include "Editors/Kinds.h"
 #include "Look/Text.h"
 #include "Reporting/PrintableText.h"
 #include "Text/ValueText.h"
@@ -65,7 +66,7 @@ QString RowText::signs(const Tool::SettingRow& row) const {
 QString RowText::valueUpTo(const Tool::SettingRow& row, qsizetype maximum) const {
     const Tool::PendingEdit* edit = session_.pendingAt(row.keyPath);
     QString now = valueText(row.effective, maximum);
-    if (row.isOfOtherKind) now = tr("%1 (%2)").arg(now, fromText(Tool::kindWord(row.effective)));
+    if (row.isOfOtherKind) now = tr("%1 (%2)").arg(now, kindText(row.effective.kind()));
     if (edit == nullptr) return now;
     if (now.isEmpty()) now = tr("not set");
     const QString later = edit->value.isNull() ? tr("not stored") : valueText(edit->value, maximum);
